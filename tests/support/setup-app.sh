@@ -1,0 +1,26 @@
+# Run by privroot, as root, in a new private root: an ordinary user, the folders of a Mac, and the built bundle in
+# /Applications. QUILLMARK_APP names the bundle, and QUILLMARK_TESTS (optional) a folder that is wanted at /run/tests, both
+# as the host sees them.
+# shellcheck shell=bash
+
+# A copy of /etc of our own: the host's is read-only, and must not learn of the user.
+mkdir /run/etc
+cp -a /.old/etc/. /run/etc/ 2>/dev/null || : # an ordinary user can't read all of it, and needs none of that
+mount --bind /run/etc /etc
+echo 'tester:x:1001:1001::/home/t:/bin/bash' >>/etc/passwd
+echo 'tester:x:1001:' >>/etc/group
+
+install -d -o 1001 -g 1001 /Library "/Library/Application Support" "/Library/Application Support/Quillmark" \
+  /Applications /System /System/Library
+rm -rf /Applications/Quillmark.app
+cp -R --preserve=mode,links,timestamps "/.old$QUILLMARK_APP" /Applications/Quillmark.app
+chown -R 1001:1001 /Applications/Quillmark.app
+
+[ -z "${QUILLMARK_TESTS-}" ] || cp -R "/.old$QUILLMARK_TESTS" /run/tests
+
+# The display of whoever started this, when there is one.
+if [ -n "${DISPLAY-}" ] && [ -d /.old/tmp/.X11-unix ]; then
+  install -d -m 1777 /tmp/.X11-unix
+  mount --bind /.old/tmp/.X11-unix /tmp/.X11-unix
+  if [ -f "/.old${XAUTHORITY-/none}" ]; then install -o 1001 -g 1001 -m 600 "/.old$XAUTHORITY" /home/t/.Xauthority; fi
+fi
