@@ -8,14 +8,16 @@ function(quillmark_bundle_executable TARGET APP)
   set_target_properties(${TARGET} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${APP}/Contents/MacOS)
 endfunction()
 
-# Copies SOURCE (a file, beside the calling CMakeLists.txt) to DESTINATION whenever it changes; the copies belong to TARGET.
+# Copies SOURCE (beside the calling CMakeLists.txt, or a full path) to DESTINATION whenever it changes. The copies belong
+# to TARGET, a custom target of the calling CMakeLists.txt.
 function(quillmark_bundle_file TARGET SOURCE DESTINATION)
-  get_filename_component(folder ${DESTINATION} DIRECTORY)
+  cmake_path(ABSOLUTE_PATH SOURCE BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+  cmake_path(GET DESTINATION PARENT_PATH folder)
   add_custom_command(
     OUTPUT ${DESTINATION}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${folder}
-    COMMAND ${CMAKE_COMMAND} -E copy ${CMAKE_CURRENT_SOURCE_DIR}/${SOURCE} ${DESTINATION}
-    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${SOURCE}
+    COMMAND ${CMAKE_COMMAND} -E copy ${SOURCE} ${DESTINATION}
+    DEPENDS ${SOURCE}
     VERBATIM)
   set_property(TARGET ${TARGET} APPEND PROPERTY SOURCES ${DESTINATION})
 endfunction()
