@@ -4,7 +4,7 @@ add_library(quillmark_compile INTERFACE)
 target_compile_options(quillmark_compile INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 target_compile_definitions(quillmark_compile INTERFACE
-  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_USE_QSTRINGBUILDER)
+  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
 
 # Debug information in release builds stays off: the bundle is what the user downloads.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")

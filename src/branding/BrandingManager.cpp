@@ -1,0 +1,67 @@
+#include "branding/BrandingManager.h"
+
+#include "platform/Bundle.h"
+#include "platform/HomeFolder.h"
+#include "platform/Platform.h"
+
+#include <QFile>
+
+namespace quillmark {
+
+namespace {
+
+constexpr qint32 kNoBrand = -1;
+constexpr qint32 kLargestOwnBrand = 10000;
+/// The only brand whose logo ships with the application.
+constexpr qint32 kBrandWithShippedLogo = 15;
+
+QString logoName(qint32 brandID) { return formatted("logo-%d.bmp", brandID); }
+
+} // namespace
+
+BrandingManager &BrandingManager::sharedManager() {
+    static BrandingManager instance(platform().mainBundle, platform().images, LocalizedStrings::sharedManager(),
+                                    [] { return kNoBrand; });
+    return instance;
+}
+
+BrandingManager::BrandingManager(const Bundle &bundle, const Images &images, LocalizedStrings &strings,
+                                 BrandProvider brandProvider)
+    : m_bundle(bundle), m_images(images), m_strings(strings), m_brandProvider(std::move(brandProvider)) {}
+
+bool BrandingManager::isReseller() const { return getBrandingID() > kLargestOwnBrand; }
+
+std::optional<Image> BrandingManager::resourceImage(const QString &name) const {
+    auto image = m_images.load(m_bundle.pathForResource(name, QString()));
+    if (image) {
+        image->name = name;
+    }
+    return image;
+}
+
+std::optional<Image> BrandingManager::getBrandedLogoImageForBrandID(qint32 brandID) const {
+    const QString defaultName = logoName(1);
+    const QString name = logoName(brandID);
+    const QString path = expandingTilde(formatted("~/Library/Application Support/Quillmark/%@", name));
+    std::optional<Image> image;
+    if (QFile::exists(path)) {
+        image = m_images.load(path);
+    } else if (brandID == kBrandWithShippedLogo) {
+        image = resourceImage(name);
+    }
+    return image ? image : resourceImage(defaultName);
+}
+
+void BrandingManager::setHeaderViewBrandedLogoImage(LogoView &headerView) const {
+    if (const auto image = getBrandedLogoImage()) {
+        headerView.setLogoImage(*image);
+    }
+}
+
+void BrandingManager::setBrandedLogoImage(ImageView &imageView) const {
+    if (const auto image = getBrandedLogoImage()) {
+        imageView.setImage(*image);
+    }
+}
+
+} // namespace quillmark

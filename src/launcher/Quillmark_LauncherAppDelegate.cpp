@@ -1,0 +1,64 @@
+#include "launcher/Quillmark_LauncherAppDelegate.h"
+
+#include "branding/LocalizedStrings.h"
+#include "launcher/StaleBundles.h"
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/Platform.h"
+#include "platform/PropertyList.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "utils/IntegerValue.h"
+#include "utils/LogSetup.h"
+#include "utils/Version.h"
+
+namespace quillmark {
+
+Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings)
+    : m_platform(platform), m_strings(strings), m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
+
+void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
+    readConfiguration();
+    setUpLogging();
+    logNormal("%@ version %@", m_productName, versionOfThisAppAsString(true));
+    logNormal("%@ did begin launching...", m_productName);
+    m_staleBundles = staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList);
+    logNormal("%@ did finish launching", m_productName);
+    launchCore();
+}
+
+void Quillmark_LauncherAppDelegate::readConfiguration() {
+    const auto resource = [this](const QString &name) {
+        return m_platform.propertyList.readDictionary(
+            m_platform.mainBundle.pathForResource(name, QStringLiteral("plist")));
+    };
+    config = resource(QStringLiteral("Config"));
+    m_platform.userDefaults.registerDefaults(resource(QStringLiteral("Defaults")));
+}
+
+void Quillmark_LauncherAppDelegate::setUpLogging() {
+    UserDefaults &defaults = m_platform.userDefaults;
+    const QString fileLevel = defaults.stringForKey(QStringLiteral("FileLogging"));
+    const QString stdioLevel = defaults.stringForKey(QStringLiteral("StdioLogging"));
+    initLogging3(fileLevel, stdioLevel, QString(), m_productName, m_productName);
+    if (const QString damaged = defaults.damagedFile(); !damaged.isNull()) {
+        logError("The preferences were damaged and start anew; the old file is \"%@\"", damaged);
+    }
+}
+
+qint32 Quillmark_LauncherAppDelegate::brandId() const {
+    return static_cast<qint32>(integerValue(config.value(QStringLiteral("Brand"))));
+}
+
+void Quillmark_LauncherAppDelegate::launchCore() {
+    const QString name = formatted("%@Core", m_productName);
+    const QString bundle = m_platform.mainBundle.pathForResource(name, QStringLiteral("app"));
+    const QString executable = bundle.isNull() ? QString() : formatted("%@/Contents/MacOS/%@", bundle, name);
+    logNormal("Launching \"%@\"...", executable);
+    m_platform.workspace.launchApplication(executable);
+    logNormal("Launched \"%@\"", executable);
+    logNormal("Will terminate now");
+    m_platform.application.terminate();
+}
+
+} // namespace quillmark

@@ -1,0 +1,38 @@
+#pragma once
+
+namespace quillmark {
+
+class Application;
+class Bundle;
+class Clock;
+class Images;
+class MainThread;
+class PropertyList;
+class SystemInfo;
+class UserDefaults;
+class Workspace;
+
+/// Everything that an operating system must provide, one port a subject.
+struct Platform {
+    Application &application;
+    Bundle &mainBundle;
+    Clock &clock;
+    Images &images;
+    MainThread &mainThread;
+    PropertyList &propertyList;
+    SystemInfo &systemInfo;
+    UserDefaults &userDefaults;
+    Workspace &workspace;
+};
+
+/// The platform in force: the native one, unless another one was installed.
+const Platform &platform();
+
+/// Puts another platform in the native one's place; null brings the native one back. The caller keeps the object alive.
+/// Not to be called while another thread uses the platform.
+void installPlatform(const Platform *platform);
+
+/// The platform of the operating system that this program was built for, made on first use.
+const Platform &nativePlatform();
+
+} // namespace quillmark

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QVariantMap>
+
+namespace quillmark {
+
+/// The application's settings of this user: stored values over registered ones.
+class UserDefaults {
+public:
+    virtual ~UserDefaults() = default;
+
+    /// Values that answer where nothing is stored. They are never written.
+    virtual void registerDefaults(const QVariantMap &values) = 0;
+    /// The stored value, else the registered one, else an invalid QVariant.
+    virtual QVariant objectForKey(const QString &key) = 0;
+    /// The value when it is a text or a number (as text), else a null string.
+    QString stringForKey(const QString &key);
+    /// Stores a value; an invalid QVariant removes the key.
+    virtual void setObject(const QString &key, const QVariant &value) = 0;
+    /// Writes what was set to disk.
+    /// \returns false when the file could not be written; the values stay set and a later call tries again.
+    virtual bool synchronize() = 0;
+    /// The place where a damaged preference file was put aside by this process; a null string when none was.
+    virtual QString damagedFile() const = 0;
+};
+
+} // namespace quillmark

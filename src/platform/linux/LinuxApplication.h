@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <cstdlib>
+
+namespace quillmark {
+
+class LinuxApplication final : public Application {
+public:
+    /// exit() writes what stdio still holds; there is nothing else to tear down.
+    [[noreturn]] void terminate() override { std::exit(EXIT_SUCCESS); } // NOLINT(concurrency-mt-unsafe)
+};
+
+} // namespace quillmark

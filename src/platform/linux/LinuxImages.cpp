@@ -1,0 +1,48 @@
+#include "platform/linux/LinuxImages.h"
+
+#include "platform/ReadFile.h"
+
+#include <climits>
+
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_STATIC
+#define STBI_ONLY_BMP
+#define STBI_ONLY_PNG
+#define STBI_NO_STDIO
+#define STBI_NO_FAILURE_STRINGS
+#define STBI_MAX_DIMENSIONS 4096
+#define STBI_ASSERT(condition) ((void)0)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wunused-function"
+#include <stb_image.h>
+#pragma GCC diagnostic pop
+
+namespace quillmark {
+
+std::optional<Image> decodeImage(const QByteArray &bytes, const QString &name) {
+    constexpr int kChannels = 4;
+    if (bytes.isEmpty() || bytes.size() > INT_MAX) {
+        return std::nullopt;
+    }
+    int width = 0;
+    int height = 0;
+    stbi_uc *pixels = stbi_load_from_memory(reinterpret_cast<const stbi_uc *>(bytes.constData()), // NOLINT: bytes
+                                            static_cast<int>(bytes.size()), &width, &height, nullptr, kChannels);
+    if (pixels == nullptr) {
+        return std::nullopt;
+    }
+    Image image{name, width, height, {}};
+    image.rgba = QByteArray(reinterpret_cast<const char *>(pixels), // NOLINT: bytes
+                            static_cast<qsizetype>(width) * height * kChannels);
+    stbi_image_free(pixels);
+    return image;
+}
+
+std::optional<Image> LinuxImages::load(const QString &path) const {
+    constexpr qint64 kMaximumFileSize = 64LL << 20; // what 4096 by 4096 pixels take
+    auto contents = readRegularFile(path, kMaximumFileSize);
+    const auto *bytes = std::get_if<QByteArray>(&contents);
+    return bytes != nullptr ? decodeImage(*bytes, path) : std::nullopt;
+}
+
+} // namespace quillmark

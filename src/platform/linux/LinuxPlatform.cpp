@@ -1,0 +1,48 @@
+#include "platform/HomeFolder.h"
+#include "platform/Platform.h"
+#include "platform/linux/LinuxApplication.h"
+#include "platform/linux/LinuxBundle.h"
+#include "platform/linux/LinuxClock.h"
+#include "platform/linux/LinuxImages.h"
+#include "platform/linux/LinuxMainThread.h"
+#include "platform/linux/LinuxPropertyList.h"
+#include "platform/linux/LinuxSystemInfo.h"
+#include "platform/linux/LinuxUserDefaults.h"
+#include "platform/linux/LinuxWorkspace.h"
+
+namespace quillmark {
+
+namespace {
+
+QString preferenceFile(const Bundle &bundle) {
+    QString identifier = bundle.infoDictionary().value(QStringLiteral("CFBundleIdentifier")).toString();
+    if (identifier.isEmpty() || identifier.contains(u'/')) {
+        identifier = QStringLiteral("com.quillmark.QuillmarkLauncher");
+    }
+    return homeFolder() + QStringLiteral("/Library/Preferences/") + identifier + QStringLiteral(".plist");
+}
+
+struct LinuxBackends {
+    LinuxApplication application;
+    LinuxClock clock;
+    LinuxImages images;
+    LinuxMainThread mainThread;
+    LinuxPropertyList propertyList;
+    LinuxSystemInfo systemInfo;
+    LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
+    LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
+    LinuxWorkspace workspace{propertyList};
+
+    Platform platform{application,  mainBundle, clock,        images,   mainThread,
+                      propertyList, systemInfo, userDefaults, workspace};
+};
+
+} // namespace
+
+const Platform &nativePlatform() {
+    // Never destroyed: other threads and exit handlers may log until the very end.
+    static const auto *const backends = new LinuxBackends;
+    return backends->platform;
+}
+
+} // namespace quillmark

@@ -1,0 +1,145 @@
+#include "platform/linux/LinuxUserDefaults.h"
+
+#include "platform/Clock.h"
+#include "platform/PropertyList.h"
+#include "platform/ReadFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSaveFile>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace quillmark {
+
+namespace {
+
+/// An advisory lock on a folder. A holder keeps it for milliseconds, so one that does not let go counts as a failure.
+class FolderLock {
+public:
+    FolderLock(const QString &folder, Clock &clock) {
+        constexpr int kAttempts = 200;
+        constexpr std::chrono::milliseconds kPause(10);
+        m_descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        for (int attempt = 0; m_descriptor >= 0 && !m_isHeld && attempt < kAttempts; ++attempt) {
+            m_isHeld = ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0;
+            if (!m_isHeld) {
+                clock.sleep(kPause);
+            }
+        }
+    }
+    FolderLock(const FolderLock &) = delete;
+    FolderLock &operator=(const FolderLock &) = delete;
+    ~FolderLock() {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+    bool isHeld() const { return m_isHeld; }
+
+private:
+    int m_descriptor = -1;
+    bool m_isHeld = false;
+};
+
+void apply(const QVariantMap &changes, QVariantMap &values) {
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        if (change.value().isValid()) {
+            values.insert(change.key(), change.value());
+        } else {
+            values.remove(change.key());
+        }
+    }
+}
+
+} // namespace
+
+LinuxUserDefaults::LinuxUserDefaults(QString path, const PropertyList &propertyList, Clock &clock)
+    : m_path(std::move(path)), m_propertyList(propertyList), m_clock(clock) {}
+
+void LinuxUserDefaults::registerDefaults(const QVariantMap &values) {
+    const std::scoped_lock lock(m_mutex);
+    apply(values, m_registered);
+}
+
+QVariant LinuxUserDefaults::objectForKey(const QString &key) {
+    const std::scoped_lock lock(m_mutex);
+    if (m_fileState == FileState::Unread) {
+        read();
+    }
+    if (const auto change = m_changes.constFind(key); change != m_changes.constEnd()) {
+        return change->isValid() ? *change : m_registered.value(key);
+    }
+    return m_stored.value(key, m_registered.value(key));
+}
+
+void LinuxUserDefaults::setObject(const QString &key, const QVariant &value) {
+    const std::scoped_lock lock(m_mutex);
+    m_changes.insert(key, value);
+}
+
+QString LinuxUserDefaults::damagedFile() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_damagedFile;
+}
+
+void LinuxUserDefaults::read() {
+    m_stored.clear();
+    m_fileState = FileState::Usable;
+    auto contents = readRegularFile(m_path, PropertyList::kMaximumMemory);
+    if (const auto *failure = std::get_if<ReadError>(&contents)) {
+        m_fileState = failure->error == ENOENT ? FileState::Usable : FileState::Unreadable;
+        return;
+    }
+    const QVariant root = m_propertyList.parse(std::get<QByteArray>(std::move(contents)));
+    if (root.typeId() == QMetaType::QVariantMap) {
+        m_stored = root.toMap();
+        return;
+    }
+    const QString aside = m_path + QStringLiteral(".damaged");
+    if (::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(aside).constData()) == 0) {
+        m_damagedFile = aside;
+    } else {
+        m_fileState = FileState::Unreadable;
+    }
+}
+
+bool LinuxUserDefaults::synchronize() {
+    const std::scoped_lock lock(m_mutex);
+    if (m_changes.isEmpty()) {
+        read();
+        return m_fileState == FileState::Usable;
+    }
+    const QString folder = m_path.left(m_path.lastIndexOf(u'/'));
+    if (!QDir().mkpath(folder)) {
+        return false;
+    }
+    const FolderLock folderLock(folder, m_clock);
+    if (!folderLock.isHeld()) {
+        return false;
+    }
+    read();
+    QVariantMap values = m_stored;
+    apply(m_changes, values);
+    if (m_fileState != FileState::Usable || !write(values)) {
+        return false;
+    }
+    m_stored = std::move(values);
+    m_changes.clear();
+    return true;
+}
+
+bool LinuxUserDefaults::write(const QVariantMap &values) const {
+    const auto document = m_propertyList.toXml(values);
+    QSaveFile file(m_path);
+    if (!document || !file.open(QIODevice::WriteOnly)) {
+        return false;
+    }
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    file.write(*document);
+    return file.commit();
+}
+
+} // namespace quillmark

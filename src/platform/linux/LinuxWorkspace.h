@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+namespace quillmark {
+
+class PropertyList;
+
+class LinuxWorkspace final : public Workspace {
+public:
+    explicit LinuxWorkspace(const PropertyList &propertyList) : m_propertyList(propertyList) {}
+
+    QStringList applicationsFolders(Domain domain) const override;
+    bool launchApplication(const QString &path) override;
+
+private:
+    QString executableOf(const QString &path) const;
+
+    const PropertyList &m_propertyList;
+};
+
+} // namespace quillmark

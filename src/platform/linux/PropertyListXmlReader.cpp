@@ -1,0 +1,207 @@
+#include "platform/linux/LinuxPropertyList.h"
+#include "platform/linux/PropertyListCost.h"
+#include "platform/linux/PropertyListText.h"
+
+#include <cstdlib>
+#include <pugixml.hpp>
+
+namespace quillmark {
+
+namespace {
+
+// pugixml takes its memory functions once for the whole process, so each thread tells them whose budget to charge.
+thread_local PropertyListBudget *chargedBudget = nullptr;
+
+/// Allocations remember their size in front of them.
+constexpr size_t kSizeHeader = alignof(std::max_align_t);
+
+void *allocateCharged(size_t size) {
+    const auto bytes = static_cast<qint64>(size + kSizeHeader);
+    if (chargedBudget == nullptr || !chargedBudget->take(bytes)) {
+        return nullptr;
+    }
+    auto *block = static_cast<char *>(std::malloc(size + kSizeHeader)); // NOLINT: pugixml asks for malloc's contract
+    if (block == nullptr) {
+        return nullptr;
+    }
+    *reinterpret_cast<size_t *>(block) = size; // NOLINT: the header of the block
+    return block + kSizeHeader;
+}
+
+void releaseCharged(void *pointer) {
+    if (pointer == nullptr) {
+        return;
+    }
+    char *block = static_cast<char *>(pointer) - kSizeHeader;
+    if (chargedBudget != nullptr) {
+        chargedBudget->giveBack(static_cast<qint64>(*reinterpret_cast<size_t *>(block) + kSizeHeader)); // NOLINT
+    }
+    std::free(block); // NOLINT
+}
+
+/// Turns the parsed elements into values.
+class Converter {
+public:
+    explicit Converter(PropertyListBudget &budget) : m_budget(budget) {}
+
+    /// An invalid QVariant stands for any fault.
+    QVariant value(pugi::xml_node element, int depth);
+
+private:
+    QVariant dictionary(pugi::xml_node element, int depth);
+    QVariant array(pugi::xml_node element, int depth);
+    QVariant scalar(std::string_view type, std::string_view raw);
+    std::optional<QString> string(std::string_view raw);
+
+    PropertyListBudget &m_budget;
+};
+
+/// The text inside an element, in one piece; nothing when there are elements inside. `joined` keeps it alive where a
+/// comment or a CDATA section had cut it.
+std::optional<std::string_view> textOf(pugi::xml_node element, std::string &joined) {
+    const pugi::xml_node child = element.first_child();
+    if (!child) {
+        return element.value();
+    }
+    joined = element.value();
+    for (pugi::xml_node piece = child; piece; piece = piece.next_sibling()) {
+        if (piece.type() == pugi::node_cdata) {
+            // No reference is resolved in a CDATA section; its ampersands go on as references.
+            for (const char *character = piece.value(); *character != '\0'; ++character) {
+                joined += *character == '&' ? "&amp;" : std::string_view(character, 1);
+            }
+        } else if (piece.type() == pugi::node_pcdata) {
+            joined += piece.value();
+        } else {
+            return std::nullopt;
+        }
+    }
+    return joined;
+}
+
+QVariant Converter::value(pugi::xml_node element, int depth) {
+    const std::string_view type = element.name();
+    if (type == "dict") {
+        return dictionary(element, depth);
+    }
+    if (type == "array") {
+        return array(element, depth);
+    }
+    std::string joined;
+    const auto raw = textOf(element, joined);
+    return raw ? scalar(type, *raw) : QVariant();
+}
+
+std::optional<QString> Converter::string(std::string_view raw) {
+    if (!m_budget.take(cost::text(static_cast<qint64>(raw.size())))) {
+        return std::nullopt;
+    }
+    return propertyListString(raw);
+}
+
+QVariant Converter::scalar(std::string_view type, std::string_view raw) {
+    if (type == "string") {
+        const auto text = string(raw);
+        return text ? QVariant(*text) : QVariant();
+    }
+    if (type == "true" || type == "false") {
+        return type == "true";
+    }
+    if (type == "data") {
+        return m_budget.take(cost::data(static_cast<qint64>(raw.size()))) ? propertyListData(raw) : QVariant();
+    }
+    if (type == "date") {
+        return m_budget.take(cost::kScalar) ? propertyListDate(raw) : QVariant();
+    }
+    if (type == "integer") {
+        return propertyListInteger(raw);
+    }
+    return type == "real" ? propertyListReal(raw) : QVariant();
+}
+
+QVariant Converter::dictionary(pugi::xml_node element, int depth) {
+    if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kDictionary)) {
+        return {};
+    }
+    QVariantMap map;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element) {
+            continue;
+        }
+        const pugi::xml_node key = child;
+        do {
+            child = child.next_sibling();
+        } while (child && child.type() != pugi::node_element);
+        std::string joined;
+        const auto raw = std::string_view(key.name()) == "key" && child ? textOf(key, joined) : std::nullopt;
+        const auto name = raw && m_budget.take(cost::kEntry) ? string(*raw) : std::nullopt;
+        QVariant entry = name ? value(child, depth + 1) : QVariant();
+        if (!entry.isValid()) {
+            return {};
+        }
+        map.insert(*name, std::move(entry));
+    }
+    return map;
+}
+
+QVariant Converter::array(pugi::xml_node element, int depth) {
+    if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kArray)) {
+        return {};
+    }
+    QVariantList list;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        if (child.type() != pugi::node_element) {
+            continue;
+        }
+        // A growing list has room for twice its elements.
+        QVariant entry = m_budget.take(2 * cost::kElement) ? value(child, depth + 1) : QVariant();
+        if (!entry.isValid()) {
+            return {};
+        }
+        list.append(std::move(entry));
+    }
+    return list;
+}
+
+pugi::xml_node onlyElement(pugi::xml_node parent) {
+    pugi::xml_node found;
+    for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
+        if (child.type() == pugi::node_element) {
+            if (found) {
+                return {};
+            }
+            found = child;
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+QVariant parseXmlPropertyList(QByteArray document) {
+    static const bool charged = [] {
+        pugi::set_memory_management_functions(allocateCharged, releaseCharged);
+        return true;
+    }();
+    Q_UNUSED(charged)
+    PropertyListBudget budget;
+    if (document.isEmpty() || !budget.take(document.size())) {
+        return {};
+    }
+    struct Charge {
+        explicit Charge(PropertyListBudget &budget) { chargedBudget = &budget; }
+        ~Charge() { chargedBudget = nullptr; }
+    };
+    const Charge charge(budget);
+    constexpr unsigned int kFlags = pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata_single |
+                                    pugi::parse_embed_pcdata;
+    pugi::xml_document xml;
+    if (!xml.load_buffer_inplace(document.data(), static_cast<size_t>(document.size()), kFlags)) {
+        return {};
+    }
+    const pugi::xml_node root = onlyElement(xml);
+    const pugi::xml_node content = std::string_view(root.name()) == "plist" ? onlyElement(root) : pugi::xml_node();
+    return content ? Converter(budget).value(content, 0) : QVariant();
+}
+
+} // namespace quillmark

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QString>
+
+namespace quillmark {
+
+/// Makes sure that there is something at the path: a missing folder is created with all folders above it, with mode 0777
+/// less the user's mask. Raises a generic exception that names the path when that fails.
+void ensureFolderPathExists(const QString &folderPath);
+
+} // namespace quillmark

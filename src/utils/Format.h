@@ -1,0 +1,80 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <array>
+#include <concepts>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+
+namespace quillmark {
+
+/// A printf-style format, as UTF-8. It may be absent, as a null pointer or a null QString is.
+class FormatText {
+public:
+    FormatText(const char *text) : m_view(text == nullptr ? std::string_view() : text), m_isAbsent(text == nullptr) {}
+    FormatText(std::string_view text) : m_view(text) {}
+    FormatText(const std::string &text) : m_view(text) {}
+    FormatText(const QString &text)
+        : m_storage(text.toUtf8()), m_view(m_storage.constData(), static_cast<size_t>(m_storage.size())),
+          m_isAbsent(text.isNull()) {}
+
+    std::string_view view() const { return m_view; }
+    bool isAbsent() const { return m_isAbsent; }
+
+private:
+    QByteArray m_storage;
+    std::string_view m_view;
+    bool m_isAbsent = false;
+};
+
+/// One argument of a format: a number or a text. An absent text (a null pointer, a null QString, an empty optional)
+/// prints as "(null)".
+class FormatArgument {
+public:
+    using Value = std::variant<qlonglong, qulonglong, double, char, std::string_view>;
+
+    FormatArgument(const char *text) : m_value(text == nullptr ? kAbsent : std::string_view(text)) {}
+    FormatArgument(std::string_view text) : m_value(text) {}
+    FormatArgument(const std::string &text) : m_value(std::string_view(text)) {}
+    FormatArgument(const QString &text) : m_storage(text.toUtf8()) {
+        m_value = text.isNull() ? kAbsent : std::string_view(m_storage.constData(), static_cast<size_t>(m_storage.size()));
+    }
+    FormatArgument(const std::optional<QString> &text) : FormatArgument(text.value_or(QString())) {}
+    FormatArgument(char character) : m_value(character) {}
+    template <std::floating_point Number> FormatArgument(Number number) : m_value(static_cast<double>(number)) {}
+    template <std::integral Number>
+    FormatArgument(Number number)
+        : m_value([number]() -> Value {
+              if constexpr (std::is_signed_v<Number> || std::is_same_v<Number, bool>) {
+                  return static_cast<qlonglong>(number);
+              } else {
+                  return static_cast<qulonglong>(number);
+              }
+          }()) {}
+
+    const Value &value() const { return m_value; }
+
+private:
+    static constexpr std::string_view kAbsent = "(null)";
+
+    QByteArray m_storage;
+    Value m_value;
+};
+
+using FormatArguments = std::span<const FormatArgument>;
+
+/// What a call's arguments become.
+template <class... Arguments> using FormatArgumentArray = std::array<FormatArgument, sizeof...(Arguments)>;
+
+/// The arguments put into the format. Besides the conversions of printf (positions such as %1$s included), %@ prints any
+/// argument's text. Length modifiers such as the l of %ld are accepted and not needed.
+/// \returns nothing when the format is absent, malformed, or does not match the arguments; arguments too many are
+/// ignored, as printf does.
+std::optional<std::string> tryFormat(const FormatText &format, FormatArguments arguments);
+
+} // namespace quillmark

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QtGlobal>
+#include <atomic>
+#include <cstdio>
+
+namespace quillmark {
+
+/// An append-only file that threads write to while another one puts a new file in its place.
+///
+/// Nobody waits for writers: the stream lives as long as the process, and a switch exchanges the descriptor beneath it.
+/// Whole lines stay whole, since stdio serialises the calls on one stream. open() and close() are one thread's at a time.
+class LogFile {
+public:
+    constexpr LogFile() = default;
+    LogFile(const LogFile &) = delete;
+    LogFile &operator=(const LogFile &) = delete;
+
+    /// Closes the current file and opens another one for appending, which is made when it is missing.
+    /// \returns false when that fails; then no file is open, and errno says why.
+    bool open(const QByteArray &path);
+    void close();
+
+    /// The stream to write to; null while no file is open.
+    FILE *stream() const { return m_current.load(std::memory_order_acquire); }
+
+private:
+    bool replaceDescriptor(int descriptor);
+
+    std::atomic<FILE *> m_current{nullptr};
+    FILE *m_stream = nullptr; ///< made by the first open(), then kept
+};
+
+/// The length of the stream's file, of which only the lower 32 bits are told; 0xFFFFFFFF for a null stream.
+quint32 _fileLength(FILE *stream);
+
+} // namespace quillmark
