@@ -1,6 +1,6 @@
 # Run by privroot, as root, in a new private root: an ordinary user, the folders of a Mac, and the built bundle in
-# /Applications. QUILLMARK_APP names the bundle, and QUILLMARK_TESTS (optional) a folder that is wanted at /run/tests, both
-# as the host sees them.
+# /Applications. QUILLMARK_APP names the bundle, and QUILLMARK_SCRIPTS a folder of scripts that are wanted at /run/scripts, both
+# as the host sees them (inside, the host's home folders can't be seen).
 # shellcheck shell=bash
 
 # A copy of /etc of our own: the host's is read-only, and must not learn of the user.
@@ -16,7 +16,7 @@ rm -rf /Applications/Quillmark.app
 cp -R --preserve=mode,links,timestamps "/.old$QUILLMARK_APP" /Applications/Quillmark.app
 chown -R 1001:1001 /Applications/Quillmark.app
 
-[ -z "${QUILLMARK_TESTS-}" ] || cp -R "/.old$QUILLMARK_TESTS" /run/tests
+cp -R "/.old$QUILLMARK_SCRIPTS" /run/scripts
 
 # The display of whoever started this, when there is one.
 if [ -n "${DISPLAY-}" ] && [ -d /.old/tmp/.X11-unix ]; then
