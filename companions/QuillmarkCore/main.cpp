@@ -17,9 +17,7 @@ namespace {
 
 volatile std::sig_atomic_t quitSignal = 0;
 
-void askToQuit(int signal) {
-    quitSignal = signal;
-}
+void askToQuit(int signal) { quitSignal = signal; }
 
 /// A log that can't be opened is no reason to stop: every line is then dropped.
 std::ofstream openLog() {
