@@ -47,7 +47,7 @@ void Quillmark_LauncherAppDelegate::setUpLogging() {
 }
 
 qint32 Quillmark_LauncherAppDelegate::brandId() const {
-    return static_cast<qint32>(integerValue(config.value(QStringLiteral("Brand"))));
+    return static_cast<qint32>(integerValueOf(config.value(QStringLiteral("Brand"))));
 }
 
 void Quillmark_LauncherAppDelegate::launchCore() {

@@ -18,10 +18,10 @@ qint64 integerValue(QStringView text) {
     return static_cast<qint64>(isNegative ? 0 - magnitude : magnitude);
 }
 
-qint64 integerValue(const QVariant &value) {
+qint64 integerValueOf(const QVariant &value) {
     switch (value.typeId()) {
     case QMetaType::QString:
-        return integerValue(QStringView(value.toString()));
+        return integerValue(value.toString());
     case QMetaType::Double: {
         constexpr double kBound = 9223372036854775808.0; // 2^63
         const double number = value.toDouble();

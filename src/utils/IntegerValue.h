@@ -10,6 +10,6 @@ namespace quillmark {
 qint64 integerValue(QStringView text);
 
 /// A number cut to an integer, or the number that a text begins with; 0 for anything else.
-qint64 integerValue(const QVariant &value);
+qint64 integerValueOf(const QVariant &value);
 
 } // namespace quillmark

@@ -17,7 +17,7 @@ QString versionOfBundleAsString(const Bundle &bundle, qint32 defaultBuild, bool 
     if (!withBuild) {
         return formatted("%@", version.toString());
     }
-    return formatted("%@ (%d)", version.toString(), static_cast<qint32>(integerValue(build)));
+    return formatted("%@ (%d)", version.toString(), static_cast<qint32>(integerValueOf(build)));
 }
 
 QString versionOfThisAppAsString(bool withBuild) {

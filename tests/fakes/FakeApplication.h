@@ -1,0 +1,23 @@
+#pragma once
+
+#include "fakes/Transcript.h"
+#include "platform/Application.h"
+
+namespace quillmark::test {
+
+/// Thrown where the process would end.
+struct Terminated {};
+
+class FakeApplication final : public Application {
+public:
+    explicit FakeApplication(Transcript &transcript) : m_transcript(transcript) {}
+    [[noreturn]] void terminate() override {
+        m_transcript.record(QStringLiteral("terminate"));
+        throw Terminated();
+    }
+
+private:
+    Transcript &m_transcript;
+};
+
+} // namespace quillmark::test

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "fakes/FakeApplication.h"
+#include "fakes/FakeBundle.h"
+#include "fakes/FakeClock.h"
+#include "fakes/FakeImages.h"
+#include "fakes/FakeMainThread.h"
+#include "fakes/FakePropertyList.h"
+#include "fakes/FakeSystemInfo.h"
+#include "fakes/FakeUserDefaults.h"
+#include "fakes/FakeWorkspace.h"
+#include "platform/Platform.h"
+
+namespace quillmark::test {
+
+/// A whole platform of fakes, installed while it lives.
+class FakePlatform {
+public:
+    FakePlatform() { installPlatform(&platform); }
+    FakePlatform(const FakePlatform &) = delete;
+    FakePlatform &operator=(const FakePlatform &) = delete;
+    ~FakePlatform() { installPlatform(nullptr); }
+
+    Transcript transcript;
+    FakeApplication application{transcript};
+    FakeBundle bundle;
+    FakeClock clock;
+    FakeImages images;
+    FakeMainThread mainThread;
+    FakePropertyList propertyList;
+    FakeSystemInfo systemInfo;
+    FakeUserDefaults userDefaults{transcript};
+    FakeWorkspace workspace{transcript};
+
+    Platform platform{application,  bundle,     clock,        images,   mainThread,
+                      propertyList, systemInfo, userDefaults, workspace};
+};
+
+} // namespace quillmark::test

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "fakes/FakePlatform.h"
+#include "support/QtPrinters.h"
+#include "support/TemporaryHome.h"
+#include "utils/LogSetup.h"
+
+#include <ctime>
+#include <gtest/gtest.h>
+
+namespace quillmark::test {
+
+/// The process's logger, as new before and after each test: both levels normal, no file, fake platform, UTC.
+class LogFixture : public testing::Test {
+protected:
+    LogFixture() {
+        qputenv("TZ", "UTC");
+        ::tzset();
+        reset();
+        platform.clock.set(Clock::Time(std::chrono::microseconds(1709648102123456))); // 2024-03-05 14:15:02.123456
+    }
+    ~LogFixture() override { reset(); }
+
+    /// Sends the log to a file of the test's own at the given level; nothing but errors reaches the standard streams.
+    QString logToFile(LoggingLevel fileLevel, LoggingLevel stdioLevel = kLogLevelError) {
+        return initLogging(fileLevel, stdioLevel, home.path(QStringLiteral("test.log")));
+    }
+    static QByteArray contentsOf(const QString &path) {
+        _flushLog();
+        return readAll(path);
+    }
+    /// The messages of a log file, without what stands before them.
+    static QStringList messagesOf(const QString &path) {
+        QStringList messages;
+        for (const QByteArray &line : contentsOf(path).split('\n')) {
+            const qsizetype prefix = line.indexOf("] ", line.indexOf(") ["));
+            if (prefix >= 0) {
+                messages << QString::fromUtf8(line.mid(prefix + 2));
+            }
+        }
+        return messages;
+    }
+
+    FakePlatform platform;
+    TemporaryHome home;
+
+private:
+    static void reset() {
+        _initLogging(QString());
+        _fileLoggingLevel = kLogLevelNormal;
+        _stdioLoggingLevel = kLogLevelNormal;
+        _setStandardStreams(stderr, stdout);
+    }
+};
+
+} // namespace quillmark::test

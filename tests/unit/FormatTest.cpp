@@ -1,0 +1,78 @@
+#include "support/LogFixture.h"
+#include "utils/FormattedText.h"
+
+#include <limits>
+
+namespace quillmark {
+namespace {
+
+class Format : public test::LogFixture {};
+
+TEST_F(Format, AnObjectDirectivePrintsATextOrANumber) {
+    EXPECT_EQ(formatted("%@ (%d)", QStringLiteral("1.14.4"), 1303), QStringLiteral("1.14.4 (1303)"));
+    EXPECT_EQ(formatted("%@ %@ %@", 7, 2.5, std::string("x")), QStringLiteral("7 2.5 x"));
+}
+
+TEST_F(Format, AbsentTextsPrintAsNull) {
+    EXPECT_EQ(formatted("\"%@\" %s", QString(), static_cast<const char *>(nullptr)), QStringLiteral("\"(null)\" (null)"));
+    EXPECT_EQ(formatted("%@", std::optional<QString>()), QStringLiteral("(null)"));
+}
+
+TEST_F(Format, AnEmptyTextPrintsAsNothing) { EXPECT_EQ(formatted("[%@]", QStringLiteral("")), QStringLiteral("[]")); }
+
+TEST_F(Format, NumbersTakeFlagsWidthAndModifiers) {
+    EXPECT_EQ(formatted("%05d|%-4d|%x|%0llx|%ld|%qd", 42, 7, 255U, 0x1a03ULL, -5L, 9), QStringLiteral("00042|7   |ff|1a03|-5|9"));
+    EXPECT_EQ(formatted("%.2f %c %i %%", 1.239, 'a', 3), QStringLiteral("1.24 a 3 %"));
+}
+
+TEST_F(Format, TheRangeOf64BitsIsKept) {
+    EXPECT_EQ(formatted("%lld %llu", std::numeric_limits<qint64>::min(), std::numeric_limits<quint64>::max()),
+              QStringLiteral("-9223372036854775808 18446744073709551615"));
+}
+
+TEST_F(Format, PositionsReorderTheArguments) {
+    EXPECT_EQ(formatted("%2$@ %1$@", QStringLiteral("a"), QStringLiteral("b")), QStringLiteral("b a"));
+    EXPECT_EQ(formatted("%2$@ %1$d", 1, 2), QStringLiteral("2 1"));
+}
+
+TEST_F(Format, AStarTakesTheWidthFromTheArguments) {
+    EXPECT_EQ(formatted("[%*d] %@", 4, 7, QStringLiteral("x")), QStringLiteral("[   7] x"));
+}
+
+TEST_F(Format, TextOutsideAsciiSurvives) {
+    EXPECT_EQ(formatted("%@ – %@", QStringLiteral("Größe"), QStringLiteral("日本語 🪶")), QStringLiteral("Größe – 日本語 🪶"));
+}
+
+TEST_F(Format, ArgumentsTooManyAreIgnored) { EXPECT_EQ(formatted("%d", 1, 2, 3), QStringLiteral("1")); }
+
+TEST_F(Format, AFormatWithoutDirectivesComesBackAsItIs) { EXPECT_EQ(formatted("plain"), QStringLiteral("plain")); }
+
+TEST_F(Format, AnAbsentFormatGivesANullText) { EXPECT_TRUE(formatted(QString()).isNull()); }
+
+TEST_F(Format, AMismatchGivesTheFormatItselfAndAnErrorLine) {
+    const QString file = logToFile(kLogLevelError);
+    for (const char *format : {"%d", "%@ %@", "%", "%1", "%y", "%20$@", "%999999999999999999999$@"}) {
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(formatted(format, QStringLiteral("text")), QString::fromUtf8(format));
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(std::string("The text \"") + format + "\""), std::string::npos);
+    }
+    EXPECT_EQ(messagesOf(file).size(), 7);
+}
+
+TEST_F(Format, ATextNeverReachesANumberConversionAsAPointer) {
+    logToFile(kLogLevelError);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(formatted("%s", 5), QStringLiteral("%s"));
+    EXPECT_EQ(formatted("%n", 5), QStringLiteral("%n"));
+    testing::internal::GetCapturedStderr();
+}
+
+TEST_F(Format, MoreThanSixteenArgumentsAreRefused) {
+    logToFile(kLogLevelError);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(formatted("%d", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17), QStringLiteral("%d"));
+    testing::internal::GetCapturedStderr();
+}
+
+} // namespace
+} // namespace quillmark
