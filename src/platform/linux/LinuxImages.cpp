@@ -3,7 +3,24 @@
 #include "platform/ReadFile.h"
 
 #include <climits>
+#include <cstdlib>
 
+namespace {
+
+/// The most that the decoder may have in one block: the rows of the largest picture, at 16 bits a channel, each with a
+/// byte for its filter. A few kilobytes of packed zeros could otherwise unfold into gigabytes.
+constexpr size_t kLargestBlock = size_t{4096} * (4096 * 4 * 2 + 1);
+
+void *resizedBlock(void *block, size_t size) {
+    return size <= kLargestBlock ? std::realloc(block, size)
+                                 : nullptr; // NOLINT: the decoder asks for malloc's contract
+}
+
+} // namespace
+
+#define STBI_MALLOC(size) resizedBlock(nullptr, size)
+#define STBI_REALLOC(block, size) resizedBlock(block, size)
+#define STBI_FREE(block) std::free(block)
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
 #define STBI_ONLY_BMP
