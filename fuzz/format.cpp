@@ -1,0 +1,49 @@
+#include "utils/Format.h"
+#include "HeapLimit.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <vector>
+
+using namespace quillmark;
+
+namespace {
+
+FormatArgument anyArgument(FuzzedDataProvider &input) {
+    switch (input.ConsumeIntegralInRange(0, 5)) {
+    case 0:
+        return input.ConsumeIntegral<qlonglong>();
+    case 1:
+        return input.ConsumeIntegral<qulonglong>();
+    case 2:
+        return input.ConsumeFloatingPoint<double>();
+    case 3:
+        return static_cast<char>(input.ConsumeIntegral<uint8_t>());
+    case 4:
+        return static_cast<const char *>(nullptr);
+    default:
+        return QString::fromStdString(input.ConsumeRandomLengthString(16));
+    }
+}
+
+} // namespace
+
+/// The arguments are taken from the end of the input; what is left in front is the format.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
+    FuzzedDataProvider input(data, size);
+    std::vector<FormatArgument> arguments;
+    const int count = input.ConsumeIntegralInRange(0, 20);
+    for (int i = 0; i < count; ++i) {
+        arguments.push_back(anyArgument(input));
+    }
+    const std::string format = input.ConsumeRemainingBytesAsString();
+
+    const fuzz::HeapLimit limit(64);
+    const auto text = tryFormat(format, arguments);
+    if (format.find('%') == std::string::npos && arguments.size() <= 16 && text != format) {
+        std::abort();
+    }
+    return 0;
+}
