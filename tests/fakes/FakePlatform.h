@@ -36,4 +36,11 @@ public:
                       propertyList, systemInfo, userDefaults, workspace};
 };
 
+/// One that is never destroyed, for what keeps the platform of its first use. Installs it.
+inline FakePlatform &immortalPlatform() {
+    static auto &instance = *new FakePlatform;
+    installPlatform(&instance.platform);
+    return instance;
+}
+
 } // namespace quillmark::test

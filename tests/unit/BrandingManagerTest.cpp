@@ -125,10 +125,11 @@ TEST_F(Branding, TextsAreHandedOn) {
 }
 
 TEST(SharedBranding, AnswersNoBrandWhileNobodySignedIn) {
-    test::FakePlatform platform;
+    test::immortalPlatform();
     EXPECT_EQ(BrandingManager::sharedManager().getBrandingID(), -1);
     EXPECT_FALSE(BrandingManager::sharedManager().isReseller());
     EXPECT_EQ(&BrandingManager::sharedManager(), &BrandingManager::sharedManager());
+    installPlatform(nullptr);
 }
 
 } // namespace

@@ -158,9 +158,19 @@ TEST_F(LocalizedStringsTest, ManyThreadsMayLookTextsUpAtOnce) {
     EXPECT_EQ(right, 4 * 500);
 }
 
-TEST(SharedLocalizedStrings, AreThoseOfTheMainBundleAndMadeOnce) {
-    test::FakePlatform platform;
-    platform.bundle.strings[QStringLiteral("Greeting")] = QStringLiteral("%2$@ greets %1$@");
+class SharedLocalizedStrings : public testing::Test {
+protected:
+    SharedLocalizedStrings() {
+        const std::pair<const char *, const char *> texts[] = {
+            {"Greeting", "%2$@ greets %1$@"}, {"Quick_Fox", "sectioned"}, {"Fox", "plain"}, {"100%", "100% sure"}};
+        for (const auto &[key, text] : texts) {
+            test::immortalPlatform().bundle.strings.insert(QString::fromLatin1(key), QString::fromLatin1(text));
+        }
+    }
+    ~SharedLocalizedStrings() override { installPlatform(nullptr); }
+};
+
+TEST_F(SharedLocalizedStrings, AreMadeOnceEvenWhenManyThreadsAskFirst) {
     LocalizedStrings *seen[4] = {};
     std::vector<std::thread> threads;
     for (LocalizedStrings *&slot : seen) {
@@ -172,6 +182,25 @@ TEST(SharedLocalizedStrings, AreThoseOfTheMainBundleAndMadeOnce) {
     for (const LocalizedStrings *instance : seen) {
         EXPECT_EQ(instance, &LocalizedStrings::sharedManager());
     }
+}
+
+TEST_F(SharedLocalizedStrings, AreBehindTheFreeFunctions) {
+    EXPECT_EQ(QMLocalizedString(QStringLiteral("Fox")), QStringLiteral("plain"));
+    EXPECT_EQ(QMLocalizedMonoString(QStringLiteral("Quick"), QStringLiteral("Fox")), QStringLiteral("sectioned"));
+    EXPECT_EQ(QMLocalizedMonoString(QStringLiteral("Slow"), QStringLiteral("Fox")), QStringLiteral("plain"));
+    EXPECT_EQ(QMLocalizedMonoStringStripProduct(QStringLiteral("Qu ick"), QStringLiteral("Fox")), QStringLiteral("sectioned"));
+}
+
+TEST_F(SharedLocalizedStrings, ATextIsAFormatForItsArguments) {
+    EXPECT_EQ(QMLocalizedStringWithArguments(QStringLiteral("Greeting"), QStringLiteral("A"), QStringLiteral("B")),
+              QStringLiteral("B greets A"));
+    EXPECT_TRUE(QMLocalizedStringWithArguments(QString(), 1).isNull());
+}
+
+TEST_F(SharedLocalizedStrings, ATranslationThatDoesNotMatchItsArgumentsComesBackUnformatted) {
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(QMLocalizedStringWithArguments(QStringLiteral("100%")), QStringLiteral("100% sure"));
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("100% sure"), std::string::npos);
 }
 
 } // namespace

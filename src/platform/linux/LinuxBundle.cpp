@@ -43,7 +43,8 @@ QString LinuxBundle::localizedString(const QString &key) const {
 }
 
 QVariantMap LinuxBundle::readStringTable() const {
-    for (const QString &language : m_languages + QStringList{QStringLiteral("en")}) {
+    const QStringList languages = m_languages + QStringList{QStringLiteral("en")};
+    for (const QString &language : languages) {
         QVariantMap table = m_propertyList.readDictionary(m_resourcePath + u'/' + language +
                                                           QStringLiteral(".lproj/Localizable.strings"));
         if (!table.isEmpty()) {
@@ -79,8 +80,9 @@ QStringList LinuxBundle::preferredLanguages() {
     if (language.isEmpty() || language == u"C" || language == u"POSIX") {
         return {};
     }
+    const QStringList wantedLanguages = qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts) + QStringList{language};
     QStringList languages;
-    for (const QString &wanted : qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts) << language) {
+    for (const QString &wanted : wantedLanguages) {
         // A name with a slash would lead out of the resources folder.
         if (!wanted.contains(u'/')) {
             languages << wanted << wanted.section(u'_', 0, 0);

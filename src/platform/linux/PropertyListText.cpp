@@ -113,13 +113,8 @@ QVariant propertyListReal(std::string_view raw) {
     }
     double value = 0;
     const auto [end, error] = std::from_chars(digits.begin(), digits.end(), value);
-    // Too large or too small a number reads as what is nearest to it, as everywhere.
-    const bool isNumber = error == std::errc() || error == std::errc::result_out_of_range;
-    if (!isNumber || end != digits.end()) {
+    if (error != std::errc() || end != digits.end()) {
         return {};
-    }
-    if (error == std::errc::result_out_of_range) {
-        return QByteArray(digits.data(), static_cast<qsizetype>(digits.size())).toDouble();
     }
     return value;
 }

@@ -16,6 +16,7 @@ namespace quillmark {
 std::optional<QString> propertyListString(std::string_view raw);
 /// Decimal or, after 0x, hexadecimal; from -2^63 to 2^64 - 1.
 QVariant propertyListInteger(std::string_view raw);
+/// What a double can hold, infinities and "nan" included.
 QVariant propertyListReal(std::string_view raw);
 /// YYYY-MM-DDTHH:MM:SSZ
 QVariant propertyListDate(std::string_view raw);

@@ -1,0 +1,175 @@
+#include "platform/linux/LinuxUserDefaults.h"
+#include "fakes/FakeClock.h"
+#include "platform/linux/LinuxPropertyList.h"
+#include "support/QtPrinters.h"
+#include "support/TemporaryHome.h"
+
+#include <QFileInfo>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace quillmark {
+namespace {
+
+class UserDefaultsTest : public testing::Test {
+protected:
+    void store(const QVariantMap &values) { home.write(kFile, *list.toXml(values)); }
+    QVariantMap stored() const { return list.readDictionary(path); }
+
+    const QString kFile = QStringLiteral("Library/Preferences/com.example.plist");
+    const QString a = QStringLiteral("a");
+    const QString b = QStringLiteral("b");
+    test::TemporaryHome home;
+    test::FakeClock clock;
+    LinuxPropertyList list;
+    const QString path = home.path(kFile);
+    LinuxUserDefaults defaults{path, list, clock};
+};
+
+TEST_F(UserDefaultsTest, StoredValuesWinOverRegisteredOnes) {
+    store({{a, QStringLiteral("stored")}});
+    defaults.registerDefaults({{a, QStringLiteral("registered")}, {b, 5}});
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(QStringLiteral("stored")));
+    EXPECT_EQ(defaults.objectForKey(b), QVariant(5));
+    EXPECT_FALSE(defaults.objectForKey(QStringLiteral("c")).isValid());
+}
+
+TEST_F(UserDefaultsTest, RegisteringAgainAddsAndReplaces) {
+    defaults.registerDefaults({{a, 1}});
+    defaults.registerDefaults({{a, 2}, {b, 3}});
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(2));
+    EXPECT_EQ(defaults.objectForKey(b), QVariant(3));
+}
+
+TEST_F(UserDefaultsTest, TextsAndNumbersReadAsTextAllElseAsNone) {
+    store({{a, QStringLiteral("x")}, {b, 5LL}, {QStringLiteral("c"), true}, {QStringLiteral("d"), QVariantList{1}}});
+    EXPECT_EQ(defaults.stringForKey(a), QStringLiteral("x"));
+    EXPECT_EQ(defaults.stringForKey(b), QStringLiteral("5"));
+    EXPECT_TRUE(defaults.stringForKey(QStringLiteral("c")).isNull());
+    EXPECT_TRUE(defaults.stringForKey(QStringLiteral("d")).isNull());
+    EXPECT_TRUE(defaults.stringForKey(QStringLiteral("e")).isNull());
+}
+
+TEST_F(UserDefaultsTest, WhatIsSetIsSeenAtOnceAndWrittenBySynchronize) {
+    defaults.setObject(a, QStringLiteral("new"));
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(QStringLiteral("new")));
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored(), QVariantMap({{a, QStringLiteral("new")}}));
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(QStringLiteral("new")));
+}
+
+TEST_F(UserDefaultsTest, RegisteredValuesAreNotWritten) {
+    defaults.registerDefaults({{b, 1}});
+    defaults.setObject(a, 1);
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored().keys(), QStringList({a}));
+}
+
+TEST_F(UserDefaultsTest, ARemovedKeyShowsTheRegisteredValueAgain) {
+    store({{a, 1LL}, {b, 2LL}});
+    defaults.registerDefaults({{a, 7}});
+    defaults.setObject(a, QVariant());
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(7));
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored().keys(), QStringList({b}));
+}
+
+TEST_F(UserDefaultsTest, TheFileIsTheUsersAlone) {
+    defaults.setObject(a, 1);
+    ASSERT_TRUE(defaults.synchronize());
+    EXPECT_EQ(QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther), 0);
+}
+
+TEST_F(UserDefaultsTest, WhatAnotherProcessStoredMeanwhileSurvives) {
+    defaults.objectForKey(a);
+    store({{b, QStringLiteral("theirs")}});
+    defaults.setObject(a, QStringLiteral("ours"));
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored(), QVariantMap({{a, QStringLiteral("ours")}, {b, QStringLiteral("theirs")}}));
+    EXPECT_EQ(defaults.objectForKey(b), QVariant(QStringLiteral("theirs")));
+}
+
+TEST_F(UserDefaultsTest, SynchronizeWithoutChangesReadsTheFileAnew) {
+    EXPECT_FALSE(defaults.objectForKey(a).isValid());
+    store({{a, 1LL}});
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(1LL));
+}
+
+TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideAndTheSettingsStartAnew) {
+    for (const QByteArray &damage : {QByteArray("<plist><dict>"), QByteArray(), QByteArray("bplist00"), *list.toXml(QVariantList{1})}) {
+        home.write(kFile, damage);
+        LinuxUserDefaults fresh(path, list, clock);
+        fresh.registerDefaults({{a, 7}});
+        EXPECT_EQ(fresh.objectForKey(a), QVariant(7));
+        EXPECT_EQ(fresh.damagedFile(), path + QStringLiteral(".damaged"));
+        EXPECT_EQ(test::readAll(path + QStringLiteral(".damaged")), damage);
+        EXPECT_FALSE(QFile::exists(path));
+    }
+}
+
+TEST_F(UserDefaultsTest, AnIntactFileIsNotSetAside) {
+    store({{a, 1LL}});
+    defaults.objectForKey(a);
+    EXPECT_TRUE(defaults.damagedFile().isNull());
+}
+
+TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsNeverOverwritten) {
+    home.makeFolder(kFile); // a folder in the file's place can't be read, and is not absent
+    defaults.registerDefaults({{a, 7}});
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(7));
+    defaults.setObject(a, 1);
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_TRUE(QFileInfo(path).isDir());
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(1));
+}
+
+TEST_F(UserDefaultsTest, AFailedWriteKeepsTheChangesForALaterTry) {
+    home.write(QStringLiteral("Library"), "a file in the folder's place");
+    defaults.setObject(a, 1LL);
+    EXPECT_FALSE(defaults.synchronize());
+    ASSERT_TRUE(QFile::remove(home.path(QStringLiteral("Library"))));
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored(), QVariantMap({{a, 1LL}}));
+}
+
+TEST_F(UserDefaultsTest, AValueThatNoPropertyListHoldsIsNotWritten) {
+    store({{b, 1LL}});
+    defaults.setObject(a, QString(QChar(0)));
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_EQ(stored(), QVariantMap({{b, 1LL}}));
+}
+
+TEST_F(UserDefaultsTest, AnotherWritersLockIsWaitedForAndNotForEver) {
+    home.makeFolder(QStringLiteral("Library/Preferences"));
+    const int holder = ::open(QFile::encodeName(home.path(QStringLiteral("Library/Preferences"))).constData(), O_RDONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(holder, LOCK_EX), 0);
+    defaults.setObject(a, 1LL);
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(clock.sleeps().empty());
+    ::close(holder);
+    EXPECT_TRUE(defaults.synchronize());
+}
+
+TEST_F(UserDefaultsTest, TwoWritersOfDifferentKeysLoseNothing) {
+    constexpr int kRounds = 50;
+    const auto write = [this](const QString &prefix) {
+        LinuxUserDefaults own(path, list, clock);
+        for (int i = 0; i < kRounds; ++i) {
+            own.setObject(prefix + QString::number(i), qlonglong{i});
+            while (!own.synchronize()) { // the other one holds the lock, in virtual time for too long
+            }
+        }
+    };
+    std::thread other(write, a);
+    write(b);
+    other.join();
+    EXPECT_EQ(stored().size(), 2 * kRounds);
+}
+
+} // namespace
+} // namespace quillmark

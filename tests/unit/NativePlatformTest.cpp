@@ -1,0 +1,140 @@
+#include "platform/Clock.h"
+#include "platform/HomeFolder.h"
+#include "platform/Platform.h"
+#include "platform/linux/LinuxMainThread.h"
+#include "platform/linux/LinuxSystemInfo.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "fakes/FakePlatform.h"
+#include "support/QtPrinters.h"
+#include "support/TemporaryHome.h"
+#include "utils/CurrentThread.h"
+
+#include <QCoreApplication>
+#include <fstream>
+#include <thread>
+#include <unistd.h>
+
+namespace quillmark {
+namespace {
+
+TEST(NativePlatform, IsInForceUntilAnotherOneIsInstalled) {
+    EXPECT_EQ(&platform(), &nativePlatform());
+    {
+        const test::FakePlatform fake;
+        EXPECT_EQ(&platform(), &fake.platform);
+    }
+    EXPECT_EQ(&platform(), &nativePlatform());
+}
+
+TEST(NativePlatform, TellsTheTime) {
+    const auto before = std::chrono::system_clock::now();
+    const auto now = nativePlatform().clock.now();
+    EXPECT_GE(now + std::chrono::microseconds(1), before);
+    nativePlatform().clock.sleep(std::chrono::microseconds(1));
+    EXPECT_GT(nativePlatform().clock.now(), now);
+}
+
+TEST(SystemInfo, KnowsTheProcess) {
+    const LinuxSystemInfo info;
+    EXPECT_EQ(info.processIdentifier(), ::getpid());
+    EXPECT_EQ(info.processName(), QStringLiteral("quillmark_unit_tests"));
+}
+
+TEST(SystemInfo, ThreadsHaveNumbersOfTheirOwn) {
+    const LinuxSystemInfo info;
+    EXPECT_EQ(info.currentThreadNumber(), static_cast<quint32>(::gettid()));
+    quint32 other = 0;
+    std::thread([&] { other = info.currentThreadNumber(); }).join();
+    EXPECT_NE(other, info.currentThreadNumber());
+}
+
+TEST(SystemInfo, ErrorNumbersHaveTextsWhenTheSystemKnowsThem) {
+    const LinuxSystemInfo info;
+    EXPECT_EQ(info.posixErrorText(ENOENT), QStringLiteral("No such file or directory"));
+    EXPECT_EQ(info.posixErrorText(0), QStringLiteral("Success"));
+    EXPECT_FALSE(info.posixErrorText(99999));
+    EXPECT_FALSE(info.posixErrorText(-5));
+}
+
+TEST(CurrentThread, ItsNameIsSeenByTheSystem) {
+    std::string name;
+    std::thread([&name] {
+        setCurrentThreadName(QStringLiteral("a name that is longer than the system's"));
+        std::getline(std::ifstream("/proc/thread-self/comm"), name);
+    }).join();
+    EXPECT_EQ(name, "a name that is ");
+}
+
+TEST(MainThreadTest, CallsAreMadeInOrderByTheEventLoop) {
+    int count = 0;
+    char name[] = "test";
+    char *arguments[] = {name, nullptr};
+    const QCoreApplication application(count = 1, arguments);
+    LinuxMainThread mainThread;
+    QString order;
+    std::thread([&] {
+        mainThread.post([&] {
+            order += u'a';
+            mainThread.post([] { QCoreApplication::quit(); });
+        });
+        mainThread.post([&] { order += u'b'; });
+    }).join();
+    EXPECT_TRUE(order.isEmpty());
+    QCoreApplication::exec();
+    EXPECT_EQ(order, QStringLiteral("ab"));
+}
+
+TEST(MainThreadTest, TheFakeIsPumpedByHand) {
+    test::FakeMainThread mainThread;
+    int made = 0;
+    mainThread.post([&] { ++made; mainThread.post([&] { ++made; }); });
+    EXPECT_EQ(made, 0);
+    EXPECT_EQ(mainThread.pump(), 2);
+    EXPECT_EQ(made, 2);
+}
+
+TEST(HomeFolder, IsThatOfTheEnvironment) {
+    const test::TemporaryHome home;
+    EXPECT_EQ(homeFolder(), home.path());
+    qputenv("HOME", "/somewhere//");
+    EXPECT_EQ(homeFolder(), QStringLiteral("/somewhere"));
+}
+
+TEST(HomeFolder, IsTheAccountsWhenTheEnvironmentNamesNone) {
+    const test::TemporaryHome restoredAfterwards;
+    qputenv("HOME", "relative");
+    EXPECT_TRUE(homeFolder().startsWith(u'/'));
+    qunsetenv("HOME");
+    EXPECT_TRUE(homeFolder().startsWith(u'/'));
+}
+
+TEST(HomeFolder, ReplacesALeadingTildeOnly) {
+    const test::TemporaryHome home;
+    EXPECT_EQ(expandingTilde(QStringLiteral("~/a/~")), home.path(QStringLiteral("a/~")));
+    EXPECT_EQ(expandingTilde(QStringLiteral("~")), home.path());
+    EXPECT_EQ(expandingTilde(QStringLiteral("~other/a")), QStringLiteral("~other/a"));
+    EXPECT_EQ(expandingTilde(QStringLiteral("/~/a")), QStringLiteral("/~/a"));
+    EXPECT_EQ(expandingTilde(QString()), QString());
+}
+
+TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
+    const test::TemporaryHome home;
+    const test::FakePropertyList propertyList;
+    const LinuxWorkspace workspace(propertyList);
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), QStringList({home.path(QStringLiteral("Applications"))}));
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), QStringList({QStringLiteral("/Applications")}));
+}
+
+TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
+    const test::TemporaryHome home;
+    const test::FakePropertyList propertyList;
+    LinuxWorkspace workspace(propertyList);
+    EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("missing"))));
+    EXPECT_FALSE(workspace.launchApplication(home.write(QStringLiteral("not executable"), "x")));
+    EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("None.app"))));
+    EXPECT_FALSE(workspace.launchApplication(QString()));
+    EXPECT_FALSE(workspace.launchApplication(QStringLiteral("relative")));
+}
+
+} // namespace
+} // namespace quillmark
