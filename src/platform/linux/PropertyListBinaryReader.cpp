@@ -10,8 +10,11 @@
 // The form: the eight bytes "bplist00", the objects, a table of the objects' offsets, and a trailer of 32 bytes that
 // gives the sizes of offsets and references, the number of objects, the root object and the table's place. All numbers
 // are big-endian. An object begins with a marker byte: its type in the upper half, a length or a power of two in the
-// lower one. Containers name other objects by number, so that a small file can describe a huge or an endless tree; what
-// counts against the budget is therefore what the tree takes when it is written out.
+// lower one.
+//
+// Containers name other objects by number, so that a small file can describe a huge or an endless tree: what the tree
+// takes when it is written out is limited. And objects may lie on top of each other in the file, so that many large
+// ones fit into a small one: what they take together is limited as well, before each is read.
 
 namespace quillmark {
 
@@ -47,13 +50,28 @@ private:
     bool read(Object &target, qint64 at, int depth);
     bool readDictionary(Object &target, qint64 at, int depth);
     bool readArray(Object &target, qint64 at, int depth);
+    bool charge(Object &target, qint64 cost);
+    bool chargePart(Object &target, const Object &part) const;
 
     const QByteArray &m_bytes;
     qint64 m_objectsEnd = 0;
     qint64 m_offsetSize = 0;
     qint64 m_referenceSize = 0;
     std::vector<Object> m_objects;
+    PropertyListBudget m_budget;
 };
+
+/// Charges what the object itself will take.
+bool BinaryReader::charge(Object &target, qint64 cost) {
+    target.treeCost = cost;
+    return m_budget.take(cost);
+}
+
+/// Adds what a part of the object takes to the object's tree.
+bool BinaryReader::chargePart(Object &target, const Object &part) const {
+    target.treeCost += part.treeCost;
+    return target.treeCost <= PropertyList::kMaximumMemory;
+}
 
 /// An unsigned number of 1 to 8 bytes inside the objects' area or the offset table.
 std::optional<quint64> BinaryReader::number(qint64 at, qint64 width) const {
@@ -107,7 +125,7 @@ const BinaryReader::Object *BinaryReader::object(quint64 index, int depth) {
         }
         target.state = Object::State::Open;
         const bool isRead = read(target, static_cast<qint64>(*offset), depth);
-        if (!isRead || !target.value.isValid() || target.treeCost > PropertyList::kMaximumMemory) {
+        if (!isRead || !target.value.isValid()) {
             return nullptr;
         }
         target.state = Object::State::Read;
@@ -132,8 +150,8 @@ QVariant integerFrom(std::optional<quint64> upper, std::optional<quint64> lower,
 
 /// Seconds since 2001-01-01T00:00:00Z.
 QVariant dateFrom(double seconds) {
-    constexpr qint64 kReference = 978307200; // of 1 January 2001, since 1970
-    constexpr double kLatest = 253402300800.0 - kReference; // the year 10000
+    constexpr qint64 kReference = 978307200;                  // of 1 January 2001, since 1970
+    constexpr double kLatest = 253402300800.0 - kReference;   // the year 10000
     constexpr double kEarliest = -62135596800.0 - kReference; // the year 1
     if (!(seconds >= kEarliest && seconds < kLatest)) {
         return {};
@@ -169,30 +187,26 @@ bool BinaryReader::read(Object &target, qint64 at, int depth) {
         return true;
     }
     case 0x4:
-        if (const auto span = payload(at, 1)) {
-            target.treeCost = cost::data(span->count);
-            target.value = m_bytes.mid(span->begin, span->count);
+        if (const auto span = payload(at, 1); span && charge(target, cost::data(span->count))) {
+            target.value = QByteArray(m_bytes.constData() + span->begin, span->count);
         }
         return true;
     case 0x5:
-        if (const auto span = payload(at, 1)) {
+        if (const auto span = payload(at, 1); span && charge(target, cost::text(span->count))) {
             const auto text = QByteArrayView(m_bytes).sliced(span->begin, span->count);
-            target.treeCost = cost::text(span->count);
             target.value = isAscii(text) ? QVariant(QString::fromLatin1(text)) : QVariant();
         }
         return true;
     case 0x6:
-        if (const auto span = payload(at, 2)) {
+        if (const auto span = payload(at, 2); span && charge(target, cost::text(span->count))) {
             QString text(span->count, Qt::Uninitialized);
             qFromBigEndian<quint16>(m_bytes.constData() + span->begin, span->count, text.data());
-            target.treeCost = cost::text(span->count);
             target.value = text.isValidUtf16() ? QVariant(text) : QVariant();
         }
         return true;
     case 0x8: { // an archiver's identifier, in the form that the XML writers give it
         const auto identifier = number(at + 1, (marker & 0x0F) + 1);
-        target.treeCost = cost::kDictionary + cost::kEntry;
-        if (identifier && *identifier <= 0xFFFFFFFF) {
+        if (identifier && *identifier <= 0xFFFFFFFF && charge(target, cost::kDictionary + cost::kEntry)) {
             target.value = QVariantMap{{QStringLiteral("CF$UID"), static_cast<qint64>(*identifier)}};
         }
         return true;
@@ -208,41 +222,43 @@ bool BinaryReader::read(Object &target, qint64 at, int depth) {
 
 bool BinaryReader::readArray(Object &target, qint64 at, int depth) {
     const auto span = payload(at, m_referenceSize);
-    target.treeCost = cost::kArray;
+    if (!span || depth >= PropertyList::kMaximumDepth || !charge(target, cost::kArray + span->count * cost::kElement)) {
+        return false;
+    }
     QVariantList list;
-    for (qint64 i = 0; span && i < span->count; ++i) {
+    list.reserve(span->count);
+    for (qint64 i = 0; i < span->count; ++i) {
         const auto index = reference(*span, i);
         const Object *element = index ? object(*index, depth + 1) : nullptr;
-        target.treeCost += element != nullptr ? cost::kElement + element->treeCost : 0;
-        if (element == nullptr || target.treeCost > PropertyList::kMaximumMemory) {
+        if (element == nullptr || !chargePart(target, *element)) {
             return false;
         }
         list.append(element->value);
     }
-    target.value = list;
-    return span.has_value();
+    target.value = std::move(list);
+    return true;
 }
 
 bool BinaryReader::readDictionary(Object &target, qint64 at, int depth) {
     const auto span = payload(at, 2 * m_referenceSize); // all the keys, then all the values
-    target.treeCost = cost::kDictionary;
+    if (!span || depth >= PropertyList::kMaximumDepth ||
+        !charge(target, cost::kDictionary + span->count * cost::kEntry)) {
+        return false;
+    }
     QVariantMap map;
-    for (qint64 i = 0; span && i < span->count; ++i) {
+    for (qint64 i = 0; i < span->count; ++i) {
         const auto keyIndex = reference(*span, i);
         const auto valueIndex = reference(*span, span->count + i);
         const Object *key = keyIndex ? object(*keyIndex, depth + 1) : nullptr;
         const Object *value = key != nullptr && valueIndex ? object(*valueIndex, depth + 1) : nullptr;
-        if (value == nullptr || key->value.typeId() != QMetaType::QString) {
-            return false;
-        }
-        target.treeCost += cost::kEntry + key->treeCost + value->treeCost;
-        if (target.treeCost > PropertyList::kMaximumMemory) {
+        if (value == nullptr || key->value.typeId() != QMetaType::QString || !chargePart(target, *key) ||
+            !chargePart(target, *value)) {
             return false;
         }
         map.insert(key->value.toString(), value->value);
     }
-    target.value = map;
-    return span.has_value();
+    target.value = std::move(map);
+    return true;
 }
 
 QVariant BinaryReader::root() {
@@ -261,14 +277,13 @@ QVariant BinaryReader::root() {
         count > (end - table) / static_cast<quint64>(m_offsetSize)) {
         return {};
     }
-    PropertyListBudget budget;
-    if (!budget.take(m_bytes.size() + static_cast<qint64>(count * sizeof(Object)))) {
+    if (!m_budget.take(m_bytes.size() + static_cast<qint64>(count * sizeof(Object)))) {
         return {};
     }
     m_objectsEnd = static_cast<qint64>(table);
     m_objects.resize(count);
     const Object *object = this->object(top, 0);
-    return object != nullptr && object->treeCost <= budget.left() ? object->value : QVariant();
+    return object != nullptr ? object->value : QVariant();
 }
 
 } // namespace

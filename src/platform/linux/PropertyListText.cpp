@@ -21,7 +21,14 @@ std::optional<QString> fromValidUtf8(std::string_view raw) {
     if (!view.isValidUtf8() || raw.find('\0') != std::string_view::npos) {
         return std::nullopt;
     }
-    return view.toString();
+    // The conversion takes a mark of the byte order from the front; here it is a character like any other.
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    qsizetype marks = 0;
+    for (; raw.starts_with(kMark); ++marks) {
+        raw.remove_prefix(kMark.size());
+    }
+    const QString text = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
+    return marks == 0 ? text : QString(marks, QChar(QChar::ByteOrderMark)) + text;
 }
 
 /// The character behind "#65" or "#x41".
@@ -108,7 +115,7 @@ QVariant propertyListInteger(std::string_view raw) {
 
 QVariant propertyListReal(std::string_view raw) {
     std::string_view digits = trimmed(raw);
-    if (digits.starts_with('+')) {
+    if (digits.starts_with('+') && !digits.starts_with("+-")) {
         digits.remove_prefix(1);
     }
     double value = 0;

@@ -2,6 +2,7 @@
 #include "platform/linux/PropertyListCost.h"
 #include "platform/linux/PropertyListText.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <pugixml.hpp>
 
@@ -52,28 +53,40 @@ private:
     QVariant array(pugi::xml_node element, int depth);
     QVariant scalar(std::string_view type, std::string_view raw);
     std::optional<QString> string(std::string_view raw);
+    std::optional<std::string_view> textOf(pugi::xml_node element, std::string &joined);
 
     PropertyListBudget &m_budget;
 };
 
+bool isText(pugi::xml_node piece) { return piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata; }
+
 /// The text inside an element, in one piece; nothing when there are elements inside. `joined` keeps it alive where a
 /// comment or a CDATA section had cut it.
-std::optional<std::string_view> textOf(pugi::xml_node element, std::string &joined) {
-    const pugi::xml_node child = element.first_child();
-    if (!child) {
+std::optional<std::string_view> Converter::textOf(pugi::xml_node element, std::string &joined) {
+    if (!element.first_child()) {
         return element.value();
     }
-    joined = element.value();
-    for (pugi::xml_node piece = child; piece; piece = piece.next_sibling()) {
-        if (piece.type() == pugi::node_cdata) {
-            // No reference is resolved in a CDATA section; its ampersands go on as references.
-            for (const char *character = piece.value(); *character != '\0'; ++character) {
-                joined += *character == '&' ? "&amp;" : std::string_view(character, 1);
-            }
-        } else if (piece.type() == pugi::node_pcdata) {
-            joined += piece.value();
-        } else {
+    // No reference is resolved in a CDATA section; its ampersands go on as references.
+    constexpr std::string_view kAmpersand = "&amp;";
+    const std::string_view first = element.value();
+    size_t length = first.size();
+    for (const pugi::xml_node piece : element) {
+        const std::string_view text = piece.value();
+        const auto ampersands = piece.type() == pugi::node_cdata ? std::count(text.begin(), text.end(), '&') : 0;
+        length += text.size() + static_cast<size_t>(ampersands) * (kAmpersand.size() - 1);
+        if (!isText(piece)) {
             return std::nullopt;
+        }
+    }
+    if (!m_budget.take(static_cast<qint64>(length))) {
+        return std::nullopt;
+    }
+    joined.reserve(length);
+    joined = first;
+    for (const pugi::xml_node piece : element) {
+        for (const char character : std::string_view(piece.value())) {
+            const bool isBare = character == '&' && piece.type() == pugi::node_cdata;
+            joined += isBare ? kAmpersand : std::string_view(&character, 1);
         }
     }
     return joined;
@@ -193,8 +206,8 @@ QVariant parseXmlPropertyList(QByteArray document) {
         ~Charge() { chargedBudget = nullptr; }
     };
     const Charge charge(budget);
-    constexpr unsigned int kFlags = pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata_single |
-                                    pugi::parse_embed_pcdata;
+    constexpr unsigned int kFlags =
+        pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
     pugi::xml_document xml;
     if (!xml.load_buffer_inplace(document.data(), static_cast<size_t>(document.size()), kFlags)) {
         return {};

@@ -49,6 +49,9 @@ bool XmlWriter::text(const char *tag, const QString &text, int depth) {
 }
 
 bool XmlWriter::dictionary(const QVariantMap &map, int depth) {
+    if (depth >= PropertyList::kMaximumDepth) {
+        return false;
+    }
     if (map.isEmpty()) {
         indent(depth);
         out += "<dict/>\n";
@@ -67,6 +70,9 @@ bool XmlWriter::dictionary(const QVariantMap &map, int depth) {
 }
 
 bool XmlWriter::array(const QVariantList &list, int depth) {
+    if (depth >= PropertyList::kMaximumDepth) {
+        return false;
+    }
     indent(depth);
     if (list.isEmpty()) {
         out += "<array/>\n";
@@ -87,6 +93,9 @@ QByteArray realText(double real) {
     if (std::isnan(real)) {
         return "nan";
     }
+    if (real == 0 && std::signbit(real)) {
+        return "-0.0"; // the number's text below has no sign for it
+    }
     if (std::isinf(real)) {
         return real < 0 ? "-inf" : "inf";
     }
@@ -94,9 +103,6 @@ QByteArray realText(double real) {
 }
 
 bool XmlWriter::value(const QVariant &value, int depth) {
-    if (depth > PropertyList::kMaximumDepth) {
-        return false;
-    }
     switch (value.typeId()) {
     case QMetaType::QVariantMap:
         return dictionary(value.toMap(), depth);
