@@ -1,5 +1,9 @@
 #pragma once
 
+#include <memory>
+
+class QString;
+
 namespace quillmark {
 
 class Application;
@@ -23,6 +27,11 @@ struct Platform {
     SystemInfo &systemInfo;
     UserDefaults &userDefaults;
     Workspace &workspace;
+
+    /// The same with another main bundle.
+    Platform with(Bundle &otherBundle) const {
+        return {application, otherBundle, clock, images, mainThread, propertyList, systemInfo, userDefaults, workspace};
+    }
 };
 
 /// The platform in force: the native one, unless another one was installed.
@@ -34,5 +43,8 @@ void installPlatform(const Platform *platform);
 
 /// The platform of the operating system that this program was built for, made on first use.
 const Platform &nativePlatform();
+
+/// The bundle at a path, whether or not there is one, with texts in the user's language.
+std::unique_ptr<Bundle> nativeBundle(const QString &path);
 
 } // namespace quillmark

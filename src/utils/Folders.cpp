@@ -20,19 +20,21 @@ namespace {
 bool exists(const QByteArray &path) { return ::access(path.constData(), F_OK) == 0; }
 
 /// \returns 0, or the errno of the folder that could not be made.
-int makeFolders(const QByteArray &path) {
+int makeFolder(const QByteArray &path) {
     constexpr mode_t kMode = 0777;
-    if (::mkdir(path.constData(), kMode) == 0) {
-        return 0;
-    }
-    const int error = errno;
-    const qsizetype slash = path.lastIndexOf('/');
-    if (error == ENOENT && slash > 0) {
-        const int parentError = makeFolders(path.left(slash));
-        return parentError != 0 ? parentError : makeFolders(path);
-    }
     // Somebody else may have made it meanwhile.
-    return error == EEXIST && exists(path) ? 0 : error;
+    return ::mkdir(path.constData(), kMode) == 0 || (errno == EEXIST && exists(path)) ? 0 : errno;
+}
+
+/// The same with all folders above it.
+int makeFolders(const QByteArray &path) {
+    const qsizetype slash = path.lastIndexOf('/');
+    if (slash > 0 && !exists(path.left(slash))) {
+        if (const int error = makeFolders(path.left(slash)); error != 0) {
+            return error;
+        }
+    }
+    return makeFolder(path);
 }
 
 QByteArray withoutTrailingSlashes(QByteArray path) {

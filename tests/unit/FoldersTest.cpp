@@ -44,6 +44,11 @@ TEST_F(Folders, AFailureNamesThePathAndTheReason) {
     }
 }
 
+TEST_F(Folders, APlaceWhereNoFolderCanBeIsAFailureToo) {
+    EXPECT_THROW(ensureFolderPathExists(QStringLiteral("/proc/no/such/place")), Exception);
+    EXPECT_THROW(ensureFolderPathExists(QStringLiteral("")), Exception);
+}
+
 TEST_F(Folders, SeveralThreadsMayMakeTheSameOne) {
     std::vector<std::thread> threads;
     std::atomic<int> failures{0};

@@ -45,4 +45,8 @@ const Platform &nativePlatform() {
     return backends->platform;
 }
 
+std::unique_ptr<Bundle> nativeBundle(const QString &path) {
+    return std::make_unique<LinuxBundle>(path, LinuxBundle::preferredLanguages(), nativePlatform().propertyList);
+}
+
 } // namespace quillmark

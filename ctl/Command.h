@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QString>
+#include <functional>
+#include <span>
+
+namespace CLI {
+class App;
+}
+
+namespace quillmark::ctl {
+
+/// What a command found out; the exit status of the tool.
+enum class Answer { Yes = 0, No = 1 };
+
+inline constexpr int kWrongCommandLine = 2;
+inline constexpr int kFailed = 3;
+
+/// Thrown by a command that could not do its work: what is at fault (a file, a key, a program), and why.
+struct Failure {
+    QString what;
+    QString why;
+};
+
+/// Where results go: one line each. A result that can't be written is a Failure.
+class Output {
+public:
+    explicit Output(bool isPretty) : m_isPretty(isPretty) {}
+
+    void line(const QString &text);
+    void json(const QJsonArray &array);
+    void json(const QJsonObject &object);
+
+private:
+    bool m_isPretty;
+};
+
+using Action = std::function<Answer(Output &)>;
+
+/// One command of the tool: "quillmarkctl GROUP NAME", or "quillmarkctl NAME" when the group is null.
+struct Command {
+    const char *group;
+    const char *name;
+    const char *summary;
+    const char *example;
+    /// Adds the command's own options and arguments, and gives what runs once they are parsed.
+    Action (*define)(CLI::App &app);
+};
+
+/// A word before several commands.
+struct Group {
+    const char *name;
+    const char *summary;
+};
+
+std::span<const Command> bundleCommands();
+std::span<const Command> errorCommands();
+std::span<const Command> logCommands();
+std::span<const Command> textCommands();
+std::span<const Command> versionCommands();
+
+} // namespace quillmark::ctl

@@ -1,0 +1,80 @@
+#include "CommandLine.h"
+
+#include "utils/Version.h"
+
+namespace quillmark::ctl {
+
+namespace {
+
+constexpr Group kGroups[] = {
+    {"bundles", "application bundles on this computer"},
+    {"error", "texts of error numbers"},
+    {"log", "the log file"},
+    {"version", "versions of the application and of texts"},
+};
+
+const CLI::App *chosen(const CLI::App &app) {
+    const auto commands = app.get_subcommands();
+    return commands.empty() ? &app : chosen(*commands.front());
+}
+
+} // namespace
+
+CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "quillmarkctl") {
+    m_app.require_subcommand(1);
+    m_app.fallthrough();
+    m_app.set_version_flag("--version", [] { return versionOfThisAppAsString(true).toStdString(); },
+                           "print the product's version with its build");
+    m_app.add_option("--bundle", bundle, "take the resources of another launcher bundle")->type_name("APP");
+    m_app.add_flag("--pretty", isPretty, "indent JSON results");
+    m_app.add_option("--log-level", logLevel, "show log lines up to error, normal, verbose or detailed on standard error")
+        ->type_name("LEVEL")
+        ->check(CLI::IsMember({"error", "normal", "verbose", "detailed"}));
+    m_app.add_option("--generate", generatedForm)->group("")->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
+    for (const auto commands : {bundleCommands(), errorCommands(), logCommands(), textCommands(), versionCommands()}) {
+        for (const Command &command : commands) {
+            add(command);
+        }
+    }
+}
+
+CLI::App &CommandLine::groupNamed(const char *name) {
+    const auto isNamed = [name](const CLI::App *app) { return app->get_name() == name; };
+    if (const auto existing = m_app.get_subcommands(isNamed); !existing.empty()) {
+        return *existing.front();
+    }
+    std::string summary;
+    for (const Group &group : kGroups) {
+        if (std::string_view(group.name) == name) {
+            summary = group.summary;
+        }
+    }
+    CLI::App *group = m_app.add_subcommand(name, summary);
+    group->require_subcommand(1);
+    group->fallthrough();
+    return *group;
+}
+
+void CommandLine::add(const Command &command) {
+    CLI::App &parent = command.group != nullptr ? groupNamed(command.group) : m_app;
+    CLI::App *app = parent.add_subcommand(command.name, command.summary);
+    app->footer(std::string("Example: ") + command.example);
+    app->fallthrough();
+    m_actions.emplace(app, command.define(*app));
+}
+
+const Action &CommandLine::action() const { return m_actions.at(chosen(m_app)); }
+
+std::string CommandLine::commandName() const {
+    const CLI::App *command = chosen(m_app);
+    if (command == &m_app) {
+        return "command line";
+    }
+    std::string name = command->get_name();
+    for (const CLI::App *parent = command->get_parent(); parent != nullptr && parent != &m_app; parent = parent->get_parent()) {
+        name = parent->get_name() + ' ' + name;
+    }
+    return name;
+}
+
+} // namespace quillmark::ctl

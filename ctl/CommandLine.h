@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Command.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <optional>
+#include <string>
+
+namespace quillmark::ctl {
+
+/// The tool's command line: every command of the tables, and the options that all of them have.
+class CommandLine {
+public:
+    CommandLine();
+
+    CLI::App &app() { return m_app; }
+    const CLI::App &app() const { return m_app; }
+
+    /// The action of the command that was parsed.
+    const Action &action() const;
+    /// The words of the command that was parsed, or "command line" when it did not come to one.
+    std::string commandName() const;
+
+    bool isPretty = false;
+    std::optional<std::string> bundle;
+    std::optional<std::string> logLevel;
+    std::optional<std::string> generatedForm; ///< of the documentation that the build makes: man, bash, zsh or fish
+
+private:
+    void add(const Command &command);
+    CLI::App &groupNamed(const char *name);
+
+    CLI::App m_app;
+    std::map<const CLI::App *, Action> m_actions;
+};
+
+/// The manual page and the shells' completions, made from the command line itself. The name is one of
+/// CommandLine::generatedForm.
+std::string generated(const CLI::App &app, const std::string &form);
+
+} // namespace quillmark::ctl
