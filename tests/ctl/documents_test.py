@@ -1,0 +1,45 @@
+"""The manual page and the completions, which the build makes from the command line itself."""
+
+import subprocess
+import unittest
+
+from tool import APP, COMMANDS, ToolTest
+
+RESOURCES = APP / "Contents/Resources"
+
+
+class Documents(ToolTest):
+    def complete(self, *words):
+        """What bash offers for the last of the words."""
+        script = ('source "$1"; shift; COMP_WORDS=(quillmarkctl "$@"); COMP_CWORD=$#; _quillmarkctl; '
+                  'printf "%s\\n" "${COMPREPLY[@]}"')
+        done = subprocess.run(["bash", "-c", script, "-", RESOURCES / "completions/quillmarkctl.bash", *words],
+                              capture_output=True, text=True, check=True)
+        return done.stdout.split()
+
+    def test_the_manual_page_has_a_section_for_every_command(self):
+        page = (RESOURCES / "man/man1/quillmarkctl.1").read_text()
+        for command in COMMANDS:
+            self.assertIn(f"\n.SS {command}", page)
+        self.assertIn(".SH EXIT STATUS", page)
+
+    def test_bash_completes_commands_step_by_step(self):
+        self.assertEqual(self.complete("ve"), ["version"])
+        self.assertEqual(self.complete("version", ""), ["self", "--help", "--version", "--bundle", "--pretty", "--log-level"])
+        self.assertEqual(self.complete("log", "wr"), ["write"])
+
+    def test_bash_completes_a_commands_own_options_behind_its_arguments(self):
+        self.assertEqual(self.complete("log", "write", "normal", "x", "--fi"), ["--file-level"])
+
+    def test_bash_offers_no_hidden_option(self):
+        self.assertEqual(self.complete("--gen"), [])
+
+    def test_every_shell_has_every_command(self):
+        for shell in ("bash", "zsh", "fish"):
+            text = (RESOURCES / f"completions/quillmarkctl.{shell}").read_text()
+            for command in COMMANDS:
+                self.assertIn(command.split()[-1], text)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,56 @@
+"""Runs the built support tool in a home folder of the test's own."""
+
+import json
+import os
+import plistlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+APP = Path(os.environ["QUILLMARK_APP"])
+TOOL = APP / "Contents/MacOS/quillmarkctl"
+COMMANDS = ["bundles find", "bundles stale", "error posix", "log write", "text", "brand", "version self"]
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.home = Path(folder.name)
+
+    def run_tool(self, *arguments, status=0, stdout=subprocess.PIPE, **environment):
+        """Runs the tool and checks its status; one line on standard error for the statuses 2 and 3, else none."""
+        values = {"HOME": str(self.home), "PATH": os.environ["PATH"], "LANG": "C.UTF-8"} | environment
+        done = subprocess.run([TOOL, *map(str, arguments)], env=values, stdin=subprocess.DEVNULL, stdout=stdout,
+                              stderr=subprocess.PIPE, text=True, timeout=60)
+        self.assertEqual(done.returncode, status, done.stderr)
+        if status >= 2:
+            self.assertRegex(done.stderr, r"\Aquillmarkctl: [^\n]+: [^\n]+\n\Z")
+            self.assertIn(done.stdout, (None, ""))
+        return done
+
+    def plain(self, *arguments, **options):
+        """The one line that a command prints."""
+        output = self.run_tool(*arguments, **options).stdout
+        self.assertTrue(output.endswith("\n"))
+        return output[:-1]
+
+    def json(self, *arguments, **options):
+        output = self.run_tool(*arguments, **options).stdout
+        self.assertEqual(output.count("\n"), 1)
+        return json.loads(output)
+
+    def failure(self, *arguments, status=3, **options):
+        return self.run_tool(*arguments, status=status, **options).stderr
+
+    def copy_app(self):
+        """A bundle of the test's own, to be changed."""
+        return Path(shutil.copytree(APP, self.home / "Copy.app"))
+
+    def make_bundle(self, path, identifier):
+        contents = self.home / path / "Contents"
+        contents.mkdir(parents=True)
+        (contents / "Info.plist").write_bytes(plistlib.dumps({"CFBundleIdentifier": identifier}))
+        return str(self.home / path)
