@@ -78,11 +78,8 @@ std::optional<quint64> BinaryReader::number(qint64 at, qint64 width) const {
     if (width < 1 || width > 8 || at < kHeaderSize || at > m_bytes.size() - kTrailerSize - width) {
         return std::nullopt;
     }
-    quint64 value = 0;
-    for (qint64 i = 0; i < width; ++i) {
-        value = (value << 8) | static_cast<quint8>(m_bytes[at + i]);
-    }
-    return value;
+    // Eight bytes can be read for any width, since the trailer follows.
+    return qFromBigEndian<quint64>(m_bytes.constData() + at) >> (8 * (8 - width));
 }
 
 /// The bytes behind the marker at `at`, whose length counts units of `unit` bytes.
@@ -255,7 +252,8 @@ bool BinaryReader::readDictionary(Object &target, qint64 at, int depth) {
             !chargePart(target, *value)) {
             return false;
         }
-        map.insert(key->value.toString(), value->value);
+        // Writers often sort their keys: then the end is the place.
+        map.insert(map.cend(), *static_cast<const QString *>(key->value.constData()), value->value);
     }
     target.value = std::move(map);
     return true;

@@ -152,7 +152,7 @@ QVariant Converter::dictionary(pugi::xml_node element, int depth) {
         if (!entry.isValid()) {
             return {};
         }
-        map.insert(*name, std::move(entry));
+        map.insert(map.cend(), *name, std::move(entry)); // the place when the keys are sorted, as they often are
     }
     return map;
 }
