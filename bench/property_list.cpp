@@ -1,0 +1,178 @@
+/// Reading a catalogue of items from memory, in both forms: pugixml's parsing alone, libplist, ours. The latter two
+/// also visit every value.
+
+#include "platform/linux/LinuxPropertyList.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <plist/plist.h>
+#include <pugixml.hpp>
+
+namespace {
+
+using namespace quillmark;
+
+QByteArray xmlCatalogue(qint64 items) {
+    QVariantList list;
+    for (qint64 i = 0; i < items; ++i) {
+        const QString number = QString::number(i);
+        list.append(
+            QVariantMap{{QStringLiteral("Identifier"), QStringLiteral("com.quillmark.item") + number},
+                        {QStringLiteral("Path"), QStringLiteral("/Library/Quillmark/Tools/Item ") + number},
+                        {QStringLiteral("Version"), QStringLiteral("1.14.") + number},
+                        {QStringLiteral("Build"), i},
+                        {QStringLiteral("IsRequired"), i % 2 == 0},
+                        {QStringLiteral("Systems"), QStringList{QStringLiteral("10.4"), QStringLiteral("10.5")}}});
+    }
+    return LinuxPropertyList().toXml(QVariantMap{{QStringLiteral("Items"), list}}).value();
+}
+
+struct PlistDeleter {
+    void operator()(void *node) const { plist_free(node); }
+};
+using Plist = std::unique_ptr<void, PlistDeleter>;
+
+Plist peerFromXml(const QByteArray &document) {
+    plist_t node = nullptr;
+    plist_from_xml(document.constData(), static_cast<uint32_t>(document.size()), &node);
+    return Plist(node);
+}
+Plist peerFromBinary(const QByteArray &document) {
+    plist_t node = nullptr;
+    plist_from_bin(document.constData(), static_cast<uint32_t>(document.size()), &node);
+    return Plist(node);
+}
+
+QByteArray binaryCatalogue(qint64 items) {
+    char *bytes = nullptr;
+    uint32_t size = 0;
+    plist_to_bin(peerFromXml(xmlCatalogue(items)).get(), &bytes, &size);
+    const QByteArray document(bytes, size);
+    plist_to_bin_free(bytes);
+    return document;
+}
+
+uint64_t visit(const QVariant &value) {
+    uint64_t sum = 0;
+    switch (value.typeId()) {
+    case QMetaType::QVariantMap: {
+        const auto &map = *static_cast<const QVariantMap *>(value.constData());
+        for (auto entry = map.begin(); entry != map.end(); ++entry) {
+            sum += static_cast<uint64_t>(entry.key().size()) + visit(entry.value());
+        }
+        return sum;
+    }
+    case QMetaType::QVariantList:
+        for (const QVariant &element : *static_cast<const QVariantList *>(value.constData())) {
+            sum += visit(element);
+        }
+        return sum;
+    case QMetaType::QString:
+        return static_cast<uint64_t>(value.toString().size());
+    default:
+        return value.toULongLong();
+    }
+}
+
+struct Release {
+    void operator()(char *text) const { std::free(text); } // NOLINT: libplist hands out what malloc gave
+};
+using Text = std::unique_ptr<char, Release>;
+
+uint64_t visit(plist_t node) {
+    uint64_t sum = 0;
+    switch (plist_get_node_type(node)) {
+    case PLIST_DICT: {
+        plist_dict_iter place = nullptr;
+        plist_dict_new_iter(node, &place);
+        const std::unique_ptr<void, decltype(&std::free)> owner(place, &std::free);
+        while (true) {
+            char *key = nullptr;
+            plist_t value = nullptr;
+            plist_dict_next_item(node, place, &key, &value);
+            if (value == nullptr) {
+                return sum;
+            }
+            sum += std::char_traits<char>::length(Text(key).get()) + visit(value);
+        }
+    }
+    case PLIST_ARRAY: {
+        plist_array_iter place = nullptr;
+        plist_array_new_iter(node, &place);
+        const std::unique_ptr<void, decltype(&std::free)> owner(place, &std::free);
+        while (true) {
+            plist_t element = nullptr;
+            plist_array_next_item(node, place, &element);
+            if (element == nullptr) {
+                return sum;
+            }
+            sum += visit(element);
+        }
+    }
+    case PLIST_STRING: {
+        uint64_t length = 0;
+        plist_get_string_ptr(node, &length);
+        return length;
+    }
+    case PLIST_UINT:
+        plist_get_uint_val(node, &sum);
+        return sum;
+    default: {
+        uint8_t flag = 0;
+        plist_get_bool_val(node, &flag);
+        return flag;
+    }
+    }
+}
+
+/// With the usual memory functions, since our reader has put its own there, which serve its own documents only.
+void xmlFloor(benchmark::State &state) {
+    const QByteArray document = xmlCatalogue(state.range(0));
+    const auto allocate = pugi::get_memory_allocation_function();
+    const auto release = pugi::get_memory_deallocation_function();
+    pugi::set_memory_management_functions(std::malloc, std::free);
+    for ([[maybe_unused]] auto run : state) {
+        pugi::xml_document xml;
+        if (!xml.load_buffer(document.constData(), static_cast<size_t>(document.size()))) {
+            state.SkipWithError("not parsed");
+        }
+    }
+    pugi::set_memory_management_functions(allocate, release);
+}
+void byPeer(benchmark::State &state, Plist (*peer)(const QByteArray &), const QByteArray &document) {
+    for ([[maybe_unused]] auto run : state) {
+        benchmark::DoNotOptimize(visit(peer(document).get()));
+    }
+}
+/// Each reading takes a copy of the document, in place of the file's reading.
+void byUs(benchmark::State &state, Plist (*peer)(const QByteArray &), const QByteArray &document) {
+    const LinuxPropertyList propertyList;
+    uint64_t sum = 0;
+    for ([[maybe_unused]] auto run : state) {
+        sum = visit(propertyList.parse(QByteArray(document.constData(), document.size())));
+        benchmark::DoNotOptimize(sum);
+    }
+    if (sum != visit(peer(document).get())) {
+        state.SkipWithError("the readers disagree");
+    }
+}
+
+void xmlPeer(benchmark::State &state) { byPeer(state, peerFromXml, xmlCatalogue(state.range(0))); }
+void xmlOurs(benchmark::State &state) { byUs(state, peerFromXml, xmlCatalogue(state.range(0))); }
+void binaryPeer(benchmark::State &state) { byPeer(state, peerFromBinary, binaryCatalogue(state.range(0))); }
+void binaryOurs(benchmark::State &state) { byUs(state, peerFromBinary, binaryCatalogue(state.range(0))); }
+
+BENCHMARK(xmlFloor)->Name("XML of 20 items/floor")->Arg(20);
+BENCHMARK(xmlPeer)->Name("XML of 20 items/peer")->Arg(20);
+BENCHMARK(xmlOurs)->Name("XML of 20 items/ours")->Arg(20);
+BENCHMARK(xmlFloor)->Name("XML of 10,000 items/floor")->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(xmlPeer)->Name("XML of 10,000 items/peer")->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(xmlOurs)->Name("XML of 10,000 items/ours")->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(binaryPeer)->Name("binary of 20 items/peer")->Arg(20);
+BENCHMARK(binaryOurs)->Name("binary of 20 items/ours")->Arg(20);
+BENCHMARK(binaryPeer)->Name("binary of 10,000 items/peer")->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(binaryOurs)->Name("binary of 10,000 items/ours")->Arg(10'000)->Unit(benchmark::kMillisecond);
+
+} // namespace

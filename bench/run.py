@@ -1,0 +1,172 @@
+"""Runs the benchmarks of a build folder and writes its bench/report.md.
+
+    python3 bench/run.py BUILD_FOLDER REPORT
+
+Every figure is a median over many runs in which the sides take turns, since machines are shared and noisy.
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+
+PAIRS = 200
+UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+# What must hold: a row's name, the side that ours is measured against, and the most that the ratio may be. A number of
+# nanoseconds stands where the target is one.
+IN_PROCESS = {
+    "bench_log": [
+        ("log line, constant text", "constant line", "peer", 0.6),
+        ("log line with arguments", "line with arguments", "peer", 1.0),
+        ("log line with arguments, one of them a QString", "line with a QString", "peer", 1.0),
+        ("log call below the threshold", "unwanted line", "ns", 3),
+    ],
+    "bench_property_list": [
+        ("property list, XML, 20 items", "XML of 20 items/20", "peer", 1.0),
+        ("property list, XML, 10,000 items", "XML of 10,000 items/10000", "peer", 1.0),
+        ("property list, binary, 20 items", "binary of 20 items/20", "peer", 1.0),
+        ("property list, binary, 10,000 items", "binary of 10,000 items/10000", "peer", 1.0),
+    ],
+    "bench_bundle_search": [("bundle search, 300 applications in 3,000 folders", "bundle search", "peer", 1.1)],
+}
+PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts"}
+START = ("start to core launch, nothing to repair", "floor", 2.5)
+MEMORY = ("peak memory, nothing to repair", "floor", 1.3)
+
+
+def duration(nanoseconds):
+    for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
+        if nanoseconds >= size:
+            return f"{nanoseconds / size:.3g} {unit}"
+    return f"{nanoseconds:.3g} ns"
+
+
+def kilobytes(amount):
+    return f"{amount / 1024:.1f} MiB"
+
+
+class Report:
+    def __init__(self):
+        self.rows = []
+
+    def add(self, path, sides, against, limit, form=duration, peer_name=""):
+        """sides: the figures of "floor", "peer" and "ours"."""
+        if against == "ns":
+            ratio, target, is_met = "–", f"≤ {limit} ns", sides["ours"] <= limit
+        else:
+            factor = sides["ours"] / sides[against]
+            ratio, target, is_met = f"{factor:.2f} × {against}", f"≤ {limit} × {against}", factor <= limit
+        target += ", met" if is_met else ", missed"
+        cells = [form(sides[side]) if side in sides else "–" for side in ("floor", "peer", "ours")]
+        if "peer" in sides:
+            cells[1] += f" ({peer_name})"
+        self.rows.append([path, *cells, ratio, target])
+
+    def add_without_target(self, path, floor, ours):
+        self.rows.append([path, duration(floor), "–", duration(ours), f"{ours / floor:.2f} × floor", "–"])
+
+    def add_missing(self, path, reason):
+        self.rows.append([path, "–", "–", "–", "–", reason])
+
+    def text(self):
+        lines = [["path", "floor", "peer", "ours", "ratio", "target"], ["---"] * 6, *self.rows]
+        return "".join(f"| {' | '.join(cells)} |\n" for cells in lines)
+
+
+def medians(program):
+    """The median processor time of every benchmark of the program, in nanoseconds. Their repetitions take turns."""
+    with tempfile.NamedTemporaryFile(suffix=".json") as results:
+        subprocess.run([program, "--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=15",
+                        "--benchmark_min_time=0.05", f"--benchmark_out={results.name}"],
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+        benchmarks = json.load(results)["benchmarks"]
+    times = {}
+    for run in benchmarks:
+        if run.get("run_type") == "iteration" and not run.get("error_occurred"):
+            # A fixed number of runs becomes part of the name.
+            name = run["run_name"].partition("/iterations:")[0]
+            times.setdefault(name, []).append(run["cpu_time"] * UNITS[run["time_unit"]])
+    return {name: statistics.median(runs) for name, runs in times.items()}
+
+
+def side_of(times, name, side):
+    """The side stands before the argument: "XML of 20 items/ours/20"."""
+    subject, _, argument = name.partition("/")
+    return times.get(f"{subject}/{side}" + (f"/{argument}" if argument else ""))
+
+
+def measure_in_process(folder, report):
+    for program, rows in IN_PROCESS.items():
+        print(f"bench: {program}", flush=True)
+        times = medians(folder / "bench" / program)
+        for path, name, against, limit in rows:
+            sides = {side: side_of(times, name, side) for side in ("floor", "peer", "ours")}
+            sides = {side: time for side, time in sides.items() if time is not None}
+            if "ours" in sides and (against == "ns" or against in sides):
+                report.add(path, sides, against, limit, peer_name=PEERS[program])
+            else:
+                report.add_missing(path, "no result")
+
+
+class Processes:
+    """Whole programs, each in a home folder of its own on the memory disk."""
+
+    def __init__(self, folder, scratch):
+        self.bench = folder / "bench"
+        self.scratch = scratch
+        self.bundle = scratch / "Quillmark.app"
+        shutil.copytree(folder / "Quillmark.app", self.bundle, symlinks=True)
+        core = self.bundle / "Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore"
+        shutil.copy(self.bench / "bench_core_that_ends", core)
+
+    def once(self, name, command):
+        """Nanoseconds and kilobytes of one run."""
+        home = self.scratch / name
+        home.mkdir(exist_ok=True)
+        environment = {"HOME": str(home), "PATH": os.environ["PATH"], "LANG": "en_US.UTF-8"}
+        answer = subprocess.run([self.bench / "bench_measure", *command], env=environment, cwd=home, check=True,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        return tuple(map(int, answer.stdout.split()))
+
+    def alternate(self, commands):
+        """The medians of each command's time and size; the commands take turns."""
+        runs = {name: [] for name in commands}
+        for _ in range(PAIRS):
+            for name, command in commands.items():
+                runs[name].append(self.once(name, command))
+        return {name: tuple(map(statistics.median, zip(*results))) for name, results in runs.items()}
+
+    def measure(self, report):
+        print("bench: the launcher", flush=True)
+        launcher = self.bundle / "Contents/MacOS/Quillmark"
+        figures = self.alternate({"floor": [self.bench / "bench_start_floor", self.bundle],
+                                  "ours": [launcher],
+                                  "bare": [self.bench / "bench_bare_qt_core"],
+                                  "nothing": [self.bench / "bench_core_that_ends"]})
+        report.add(START[0], {"floor": figures["floor"][0], "ours": figures["ours"][0]}, START[1], START[2])
+        # The loading of Qt Core is no work of ours, and the floor's process has a start and an end, too.
+        report.add_without_target("the same, less a bare Qt Core program and a C program that only ends",
+                                  figures["floor"][0] - figures["nothing"][0], figures["ours"][0] - figures["bare"][0])
+        report.add(MEMORY[0], {"floor": figures["bare"][1], "ours": figures["ours"][1]}, MEMORY[1], MEMORY[2], kilobytes)
+
+
+def main(folder, report_file):
+    report = Report()
+    # The memory disk, where there is one: the disk's own time is nobody's subject here.
+    memory_disk = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
+    with tempfile.TemporaryDirectory(prefix="quillmark-bench-", dir=memory_disk) as scratch:
+        os.environ["TMPDIR"] = scratch
+        tempfile.tempdir = None
+        Processes(folder, pathlib.Path(scratch)).measure(report)
+        measure_in_process(folder, report)
+    report_file.parent.mkdir(parents=True, exist_ok=True)
+    report_file.write_text(report.text(), encoding="utf-8")
+    print(report.text(), end="")
+
+
+main(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]))
