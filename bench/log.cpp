@@ -16,7 +16,7 @@ namespace {
 using namespace quillmark;
 
 /// So many lines a run stay far below the size at which a log file is replaced, and leave the memory disk alone.
-constexpr int kLines = 200'000;
+constexpr benchmark::IterationCount kLines = 200'000;
 /// As long as the others' lines.
 constexpr char kReadyLine[] = "2024-03-05 14:15:02.1234 bench_log[12345] (nrm) [0x3039] The catalogue was read\n";
 

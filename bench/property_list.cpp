@@ -49,7 +49,7 @@ QByteArray binaryCatalogue(qint64 items) {
     char *bytes = nullptr;
     uint32_t size = 0;
     plist_to_bin(peerFromXml(xmlCatalogue(items)).get(), &bytes, &size);
-    const QByteArray document(bytes, size);
+    QByteArray document(bytes, size);
     plist_to_bin_free(bytes);
     return document;
 }

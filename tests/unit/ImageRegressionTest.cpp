@@ -20,14 +20,14 @@ public:
         code(0, 7); // the end
         bits(0, 7);
     }
-    QByteArray bytes = QByteArray::fromHex("7801");
+    const QByteArray &bytes() const { return m_bytes; }
 
 private:
     void bits(unsigned value, int count) {
         for (int i = 0; i < count; ++i) {
             m_byte |= ((value >> i) & 1U) << m_filled;
             if (++m_filled == 8) {
-                bytes.append(static_cast<char>(m_byte));
+                m_bytes.append(static_cast<char>(m_byte));
                 m_byte = 0;
                 m_filled = 0;
             }
@@ -40,6 +40,7 @@ private:
         }
     }
 
+    QByteArray m_bytes = QByteArray::fromHex("7801");
     unsigned m_byte = 0;
     int m_filled = 0;
 };
@@ -53,7 +54,7 @@ QByteArray chunk(const char *type, const QByteArray &contents) {
 /// One transparent pixel, and `count` bytes in place of the few that it takes.
 QByteArray onePixelOf(qint64 count) {
     return QByteArray::fromHex("89504e470d0a1a0a") + chunk("IHDR", QByteArray::fromHex("00000001000000010806000000")) +
-           chunk("IDAT", PackedZeros(count).bytes) + chunk("IEND", {});
+           chunk("IDAT", PackedZeros(count).bytes()) + chunk("IEND", {});
 }
 
 TEST(ImageRegression, ASmallFileThatUnfoldsBeyondTheLargestPictureIsRefused) {
