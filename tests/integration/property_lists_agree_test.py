@@ -143,7 +143,7 @@ class Generator:
 
     def value(self, depth=0):
         kinds = [self.text, self.number, self.real, self.date, self.data, lambda: self.random.random() < 0.5]
-        if depth < 6:
+        if depth < 4:
             kinds += [self.array, self.dictionary] * 2
         kind = self.random.choice(kinds)
         return kind(depth + 1) if kind in (self.array, self.dictionary) else kind()
