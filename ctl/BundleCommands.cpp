@@ -18,9 +18,11 @@ Action defineFind(CLI::App &app) {
         std::string folder;
     };
     const auto arguments = std::make_shared<Arguments>();
-    app.add_option("--identifier", arguments->identifier, "the bundle identifier to look for")->required()->type_name("ID");
+    app.add_option("--identifier", arguments->identifier, "the bundle identifier to look for")
+        ->required()
+        ->type_name("ID");
     app.add_option("FOLDER", arguments->folder, "where to look, folders below it included")->required();
-    return [arguments](Output &output) {
+    return [arguments](const Output &output) {
         std::optional<QStringList> paths;
         pathsForIdent(QString::fromStdString(arguments->identifier), QString::fromStdString(arguments->folder), &paths,
                       platform().propertyList);
@@ -30,7 +32,7 @@ Action defineFind(CLI::App &app) {
 }
 
 Action defineStale(CLI::App & /*app*/) {
-    return [](Output &output) {
+    return [](const Output &output) {
         output.json(QJsonArray::fromStringList(staleClientBundles(QMLocalizedString(QStringLiteral("ProductName")),
                                                                   platform().workspace, platform().propertyList)));
         return Answer::Yes;
@@ -40,8 +42,8 @@ Action defineStale(CLI::App & /*app*/) {
 constexpr Command kCommands[] = {
     {"bundles", "find", "list the application bundles with an identifier",
      "quillmarkctl bundles find --identifier com.quillmark.quillmarkclient /Applications", defineFind},
-    {"bundles", "stale", "list the older copies of the client that a move would remove", "quillmarkctl bundles stale --pretty",
-     defineStale},
+    {"bundles", "stale", "list the older copies of the client that a move would remove",
+     "quillmarkctl bundles stale --pretty", defineStale},
 };
 
 } // namespace

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
+#include <cstdio>
 #include <functional>
 #include <span>
 
@@ -27,17 +29,20 @@ struct Failure {
 /// Where results go: one line each. A result that can't be written is a Failure.
 class Output {
 public:
-    explicit Output(bool isPretty) : m_isPretty(isPretty) {}
+    Output(FILE *stream, bool isPretty) : m_stream(stream), m_isPretty(isPretty) {}
 
-    void line(const QString &text);
-    void json(const QJsonArray &array);
-    void json(const QJsonObject &object);
+    void line(const QString &text) const;
+    void json(const QJsonArray &array) const;
+    void json(const QJsonObject &object) const;
 
 private:
+    void write(const QByteArray &bytes) const;
+
+    FILE *m_stream;
     bool m_isPretty;
 };
 
-using Action = std::function<Answer(Output &)>;
+using Action = std::function<Answer(const Output &)>;
 
 /// One command of the tool: "quillmarkctl GROUP NAME", or "quillmarkctl NAME" when the group is null.
 struct Command {

@@ -23,14 +23,19 @@ const CLI::App *chosen(const CLI::App &app) {
 CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "quillmarkctl") {
     m_app.require_subcommand(1);
     m_app.fallthrough();
-    m_app.set_version_flag("--version", [] { return versionOfThisAppAsString(true).toStdString(); },
-                           "print the product's version with its build");
-    m_app.add_option("--bundle", bundle, "take the resources of another launcher bundle")->type_name("APP");
-    m_app.add_flag("--pretty", isPretty, "indent JSON results");
-    m_app.add_option("--log-level", logLevel, "show log lines up to error, normal, verbose or detailed on standard error")
+    m_app.set_version_flag(
+        "--version", [] { return versionOfThisAppAsString(true).toStdString(); },
+        "print the product's version with its build");
+    m_app.add_option("--bundle", m_options.bundle, "take the resources of another launcher bundle")->type_name("APP");
+    m_app.add_flag("--pretty", m_options.isPretty, "indent JSON results");
+    m_app
+        .add_option("--log-level", m_options.logLevel,
+                    "show log lines up to error, normal, verbose or detailed on standard error")
         ->type_name("LEVEL")
         ->check(CLI::IsMember({"error", "normal", "verbose", "detailed"}));
-    m_app.add_option("--generate", generatedForm)->group("")->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
+    m_app.add_option("--generate", m_options.generatedForm)
+        ->group("")
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands : {bundleCommands(), errorCommands(), logCommands(), textCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
@@ -71,8 +76,9 @@ std::string CommandLine::commandName() const {
         return "command line";
     }
     std::string name = command->get_name();
-    for (const CLI::App *parent = command->get_parent(); parent != nullptr && parent != &m_app; parent = parent->get_parent()) {
-        name = parent->get_name() + ' ' + name;
+    for (const CLI::App *parent = command->get_parent(); parent != nullptr && parent != &m_app;
+         parent = parent->get_parent()) {
+        name.insert(0, parent->get_name() + ' ');
     }
     return name;
 }

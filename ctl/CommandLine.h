@@ -9,7 +9,15 @@
 
 namespace quillmark::ctl {
 
-/// The tool's command line: every command of the tables, and the options that all of them have.
+/// The options that every command has.
+struct Options {
+    bool isPretty = false;
+    std::optional<std::string> bundle;
+    std::optional<std::string> logLevel;
+    std::optional<std::string> generatedForm; ///< of the documentation that the build makes: man, bash, zsh or fish
+};
+
+/// The tool's command line: every command of the tables.
 class CommandLine {
 public:
     CommandLine();
@@ -22,21 +30,19 @@ public:
     /// The words of the command that was parsed, or "command line" when it did not come to one.
     std::string commandName() const;
 
-    bool isPretty = false;
-    std::optional<std::string> bundle;
-    std::optional<std::string> logLevel;
-    std::optional<std::string> generatedForm; ///< of the documentation that the build makes: man, bash, zsh or fish
+    const Options &options() const { return m_options; }
 
 private:
     void add(const Command &command);
     CLI::App &groupNamed(const char *name);
 
     CLI::App m_app;
+    Options m_options;
     std::map<const CLI::App *, Action> m_actions;
 };
 
 /// The manual page and the shells' completions, made from the command line itself. The name is one of
-/// CommandLine::generatedForm.
+/// Options::generatedForm.
 std::string generated(const CLI::App &app, const std::string &form);
 
 } // namespace quillmark::ctl

@@ -12,7 +12,7 @@ namespace {
 Action definePosix(CLI::App &app) {
     const auto number = std::make_shared<int>(0);
     app.add_option("N", *number, "the error number")->required();
-    return [number](Output &output) {
+    return [number](const Output &output) {
         output.line(posixErrorToString(*number));
         return Answer::Yes;
     };

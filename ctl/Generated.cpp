@@ -85,22 +85,25 @@ std::string optionTexts(const CLI::App &app) {
         const std::string name = option->get_positional() ? "\\fI" + roff(option->get_name(true)) + "\\fR"
                                                           : "\\fB" + roff("--" + option->get_lnames().front()) + "\\fR";
         const bool takesValue = !option->get_positional() && option->get_items_expected_max() > 0;
-        text += ".TP\n" + name + (takesValue ? " \\fI" + roff(option->get_type_name()) + "\\fR" : "") + '\n' +
-                roff(option->get_description()) + '\n';
+        text.append(".TP\n").append(name);
+        text.append(takesValue ? " \\fI" + roff(option->get_type_name()) + "\\fR" : "").append("\n");
+        text.append(roff(option->get_description())).append("\n");
     }
     return text;
 }
 
 std::string manPage(const CLI::App &tool) {
-    std::string page = ".TH QUILLMARKCTL 1\n.SH NAME\nquillmarkctl \\- support tool of the Quillmark launcher\n"
-                       ".SH SYNOPSIS\n.B quillmarkctl\n[\\fIOPTIONS\\fR] \\fICOMMAND\\fR\n"
-                       ".SH DESCRIPTION\nResults go to standard output, a single value bare, all else as one JSON document.\n"
-                       ".SH OPTIONS\n" +
-                       optionTexts(tool) + ".SH COMMANDS\n";
+    std::string page =
+        ".TH QUILLMARKCTL 1\n.SH NAME\nquillmarkctl \\- support tool of the Quillmark launcher\n"
+        ".SH SYNOPSIS\n.B quillmarkctl\n[\\fIOPTIONS\\fR] \\fICOMMAND\\fR\n"
+        ".SH DESCRIPTION\nResults go to standard output, a single value bare, all else as one JSON document.\n"
+        ".SH OPTIONS\n" +
+        optionTexts(tool) + ".SH COMMANDS\n";
     for (const Entry &entry : entriesOf(tool)) {
         if (entry.app->get_subcommands({}).empty()) {
-            page += ".SS " + roff(entry.words) + usage(*entry.app) + '\n' + roff(entry.app->get_description()) + ".\n" +
-                    optionTexts(*entry.app) + ".PP\n" + roff(entry.app->get_footer()) + '\n';
+            page.append(".SS ").append(roff(entry.words)).append(usage(*entry.app)).append("\n");
+            page.append(roff(entry.app->get_description())).append(".\n").append(optionTexts(*entry.app));
+            page.append(".PP\n").append(roff(entry.app->get_footer())).append("\n");
         }
     }
     return page + ".SH EXIT STATUS\n.TP\n0\ndone, or the answer is yes\n.TP\n1\nthe answer is no\n.TP\n2\n"
@@ -111,7 +114,8 @@ std::string manPage(const CLI::App &tool) {
 std::string branches(const CLI::App &tool, const std::string &before, const std::string &after) {
     std::string text;
     for (const Entry &entry : entriesOf(tool)) {
-        text += "    '" + entry.words + "') " + before + wordsAfter(entry, tool) + after + " ;;\n";
+        text.append("    '").append(entry.words).append("') ");
+        text.append(before).append(wordsAfter(entry, tool)).append(after).append(" ;;\n");
     }
     return text;
 }
@@ -123,7 +127,8 @@ std::string pathLoop(const CLI::App &tool, const std::string &words) {
         known += entry.words.empty() ? "" : (known.empty() ? "'" : "|'") + entry.words + "'";
     }
     return "  local chain='' next word\n  for word in " + words +
-           "; do\n    next=\"${chain:+$chain }$word\"\n    case \"$next\" in\n    " + known + ") chain=\"$next\" ;;\n    esac\n  done\n";
+           "; do\n    next=\"${chain:+$chain }$word\"\n    case \"$next\" in\n    " + known +
+           ") chain=\"$next\" ;;\n    esac\n  done\n";
 }
 
 std::string bashCompletion(const CLI::App &tool) {
@@ -150,15 +155,18 @@ std::string fishCompletion(const CLI::App &tool) {
     std::string text;
     for (const Entry &entry : entriesOf(tool)) {
         const std::string condition =
-            entry.words.empty() ? "__fish_use_subcommand"
-                                : "string match -q -- " + fishQuoted("quillmarkctl " + entry.words + "*") + " (commandline -cp)";
+            entry.words.empty()
+                ? "__fish_use_subcommand"
+                : "string match -q -- " + fishQuoted("quillmarkctl " + entry.words + "*") + " (commandline -cp)";
         const std::string start = "complete -c quillmarkctl -n " + fishQuoted(condition);
         for (const CLI::App *command : entry.app->get_subcommands({})) {
-            text += start + " -a " + command->get_name() + " -d " + fishQuoted(command->get_description()) + '\n';
+            text.append(start).append(" -a ").append(command->get_name());
+            text.append(" -d ").append(fishQuoted(command->get_description())).append("\n");
         }
         for (const CLI::Option *option : optionsOf(*entry.app)) {
             for (const std::string &name : option->get_lnames()) {
-                text += start + " -l " + name + " -d " + fishQuoted(option->get_description()) + '\n';
+                text.append(start).append(" -l ").append(name);
+                text.append(" -d ").append(fishQuoted(option->get_description())).append("\n");
             }
         }
     }

@@ -35,12 +35,13 @@ QString notEmpty(const QString &text, const char *what) {
     return text;
 }
 
-Answer writeLines(const WriteArguments &arguments, Output &output) {
+Answer writeLines(const WriteArguments &arguments, const Output &output) {
     const QString fileLevel = notEmpty(QString::fromStdString(arguments.fileLevel), "file level");
     const QString family = notEmpty(orProductName(arguments.family), "family name");
     const QString product = notEmpty(orProductName(arguments.product), "product name");
-    const QString stdioLevel =
-        arguments.stdioLevel ? notEmpty(QString::fromStdString(*arguments.stdioLevel), "stdio level") : loggingLevelStrStdio();
+    const QString stdioLevel = arguments.stdioLevel
+                                   ? notEmpty(QString::fromStdString(*arguments.stdioLevel), "stdio level")
+                                   : loggingLevelStrStdio();
     if (arguments.stdioLevel) {
         _setStandardStreams(stderr, stderr);
     }
@@ -48,7 +49,8 @@ Answer writeLines(const WriteArguments &arguments, Output &output) {
     initLogging3(fileLevel, stdioLevel, folder, family, product);
 
     static constexpr std::string_view kLevels[] = {"error", "normal", "verbose", "detailed"};
-    const auto level = static_cast<LoggingLevel>(std::find(std::begin(kLevels), std::end(kLevels), arguments.level) - kLevels);
+    const auto level =
+        static_cast<LoggingLevel>(std::find(std::begin(kLevels), std::end(kLevels), arguments.level) - kLevels);
     for (unsigned int round = 0; round < arguments.repeat; ++round) {
         for (const std::string &text : arguments.texts) {
             const FormatArgument message(text);
@@ -70,9 +72,10 @@ Action defineWrite(CLI::App &app) {
     app.add_option("--family", arguments->family, "the product family, for the default folder")->type_name("N");
     app.add_option("--product", arguments->product, "the product, for the file's name")->type_name("N");
     app.add_option("--file-level", arguments->fileLevel, "the log file's level")->type_name("L");
-    app.add_option("--stdio-level", arguments->stdioLevel, "show the lines up to this level on standard error")->type_name("L");
+    app.add_option("--stdio-level", arguments->stdioLevel, "show the lines up to this level on standard error")
+        ->type_name("L");
     app.add_option("--repeat", arguments->repeat, "write the lines N times")->type_name("N");
-    return [arguments](Output &output) { return writeLines(*arguments, output); };
+    return [arguments](const Output &output) { return writeLines(*arguments, output); };
 }
 
 constexpr Command kCommands[] = {

@@ -2,19 +2,11 @@
 
 #include <QJsonDocument>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 namespace quillmark::ctl {
 
 namespace {
-
-void write(const QByteArray &bytes) {
-    const auto length = static_cast<size_t>(bytes.size());
-    if (std::fwrite(bytes.constData(), 1, length, stdout) != length || std::fflush(stdout) != 0) {
-        throw Failure{QStringLiteral("standard output"), QString::fromLocal8Bit(std::strerror(errno))}; // NOLINT
-    }
-}
 
 QByteArray lineOf(const QJsonDocument &document, bool isPretty) {
     const QByteArray text = document.toJson(isPretty ? QJsonDocument::Indented : QJsonDocument::Compact);
@@ -23,8 +15,15 @@ QByteArray lineOf(const QJsonDocument &document, bool isPretty) {
 
 } // namespace
 
-void Output::line(const QString &text) { write(text.toUtf8() + '\n'); }
-void Output::json(const QJsonArray &array) { write(lineOf(QJsonDocument(array), m_isPretty)); }
-void Output::json(const QJsonObject &object) { write(lineOf(QJsonDocument(object), m_isPretty)); }
+void Output::write(const QByteArray &bytes) const {
+    const auto length = static_cast<size_t>(bytes.size());
+    if (std::fwrite(bytes.constData(), 1, length, m_stream) != length || std::fflush(m_stream) != 0) {
+        throw Failure{QStringLiteral("standard output"), QString::fromLocal8Bit(std::strerror(errno))}; // NOLINT
+    }
+}
+
+void Output::line(const QString &text) const { write(text.toUtf8() + '\n'); }
+void Output::json(const QJsonArray &array) const { write(lineOf(QJsonDocument(array), m_isPretty)); }
+void Output::json(const QJsonObject &object) const { write(lineOf(QJsonDocument(object), m_isPretty)); }
 
 } // namespace quillmark::ctl

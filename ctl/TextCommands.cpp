@@ -33,13 +33,14 @@ Action defineText(CLI::App &app) {
     app.add_option("KEY", arguments->key, "the text's key")->required();
     CLI::Option *section =
         app.add_option("--section", arguments->section, "prefer the text of this section")->type_name("S");
-    app.add_flag("--strip", arguments->isStripped, "drop product names and blanks from the section's key")->needs(section);
+    app.add_flag("--strip", arguments->isStripped, "drop product names and blanks from the section's key")
+        ->needs(section);
     app.add_option("--arg", arguments->arguments, "take the text as a format, and put this in")
         ->type_name("TEXT")
         ->expected(1)
         ->take_all()
         ->allow_extra_args(false);
-    return [arguments, section](Output &output) {
+    return [arguments, section](const Output &output) {
         arguments->hasSection = section->count() > 0;
         const QString text = textOf(*arguments);
         const std::vector<FormatArgument> values(arguments->arguments.begin(), arguments->arguments.end());
@@ -49,7 +50,7 @@ Action defineText(CLI::App &app) {
 }
 
 Action defineBrand(CLI::App & /*app*/) {
-    return [](Output &output) {
+    return [](const Output &output) {
         const BrandingManager &branding = BrandingManager::sharedManager();
         const auto logo = branding.getBrandedLogoImage();
         output.json(QJsonObject{{QStringLiteral("brandID"), branding.getBrandingID()},
@@ -60,8 +61,8 @@ Action defineBrand(CLI::App & /*app*/) {
 }
 
 constexpr Command kCommands[] = {
-    {nullptr, "text", "print a localised text with the brand's product names", "quillmarkctl text QuillmarkLauncher_AlreadyRunning",
-     defineText},
+    {nullptr, "text", "print a localised text with the brand's product names",
+     "quillmarkctl text QuillmarkLauncher_AlreadyRunning", defineText},
     {nullptr, "brand", "tell the brand in force and its logo", "quillmarkctl brand --pretty", defineBrand},
 };
 

@@ -12,7 +12,7 @@ namespace {
 Action defineSelf(CLI::App &app) {
     const auto isShort = std::make_shared<bool>(false);
     app.add_flag("--short", *isShort, "leave the build out");
-    return [isShort](Output &output) {
+    return [isShort](const Output &output) {
         output.line(versionOfThisAppAsString(!*isShort));
         return Answer::Yes;
     };

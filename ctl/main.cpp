@@ -30,15 +30,16 @@ void takeBundle(const QString &path) {
     installPlatform(&withBundle);
 }
 
-int run(CommandLine &commandLine) {
-    if (commandLine.bundle) {
-        takeBundle(QString::fromStdString(*commandLine.bundle));
+int run(const CommandLine &commandLine) {
+    const Options &options = commandLine.options();
+    if (options.bundle) {
+        takeBundle(QString::fromStdString(*options.bundle));
     }
-    if (commandLine.logLevel) {
-        initLogging2(QStringLiteral("error"), QString::fromStdString(*commandLine.logLevel), QString());
+    if (options.logLevel) {
+        initLogging2(QStringLiteral("error"), QString::fromStdString(*options.logLevel), QString());
         _setStandardStreams(stderr, stderr);
     }
-    Output output(commandLine.isPretty);
+    const Output output(stdout, options.isPretty);
     return static_cast<int>(commandLine.action()(output));
 }
 
@@ -49,8 +50,8 @@ int parseAndRun(int count, char **arguments) {
     } catch (const CLI::Success &help) { // --help and --version
         return commandLine.app().exit(help);
     } catch (const CLI::ParseError &error) {
-        if (commandLine.generatedForm) {
-            std::fputs(generated(commandLine.app(), *commandLine.generatedForm).c_str(), stdout);
+        if (commandLine.options().generatedForm) {
+            std::fputs(generated(commandLine.app(), *commandLine.options().generatedForm).c_str(), stdout);
             return 0;
         }
         const std::vector<std::string> unknown = commandLine.app().remaining();

@@ -10,8 +10,8 @@ namespace quillmark {
 
 class Bundle;
 
-/// Looks up every text that the user sees, and puts the brand's product names in the place of their tokens. A text stays
-/// as it was at its first lookup.
+/// Looks up every text that the user sees, and puts the brand's product names in the place of their tokens. A text
+/// stays as it was at its first lookup.
 class LocalizedStrings {
 public:
     /// The strings of the main bundle.

@@ -24,7 +24,8 @@ constexpr const char *kFixedPaths[] = {
 
 } // namespace
 
-QStringList staleClientBundles(const QString &productName, const Workspace &workspace, const PropertyList &propertyList) {
+QStringList staleClientBundles(const QString &productName, const Workspace &workspace,
+                               const PropertyList &propertyList) {
     std::optional<QStringList> paths(std::in_place);
     for (const auto domain : {Workspace::Domain::User, Workspace::Domain::Local}) {
         const QStringList folders = workspace.applicationsFolders(domain);

@@ -39,7 +39,7 @@ const Platform &platform();
 
 /// Puts another platform in the native one's place; null brings the native one back. The caller keeps the object alive.
 /// Not to be called while another thread uses the platform.
-void installPlatform(const Platform *platform);
+void installPlatform(const Platform *replacement);
 
 /// The platform of the operating system that this program was built for, made on first use.
 const Platform &nativePlatform();

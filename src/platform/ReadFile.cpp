@@ -43,7 +43,8 @@ std::variant<QByteArray, ReadError> readRegularFileAt(int folder, const char *pa
     QByteArray contents(attributes.st_size, Qt::Uninitialized);
     qsizetype filled = 0;
     while (filled < contents.size()) {
-        const ssize_t count = ::read(file.get(), contents.data() + filled, static_cast<size_t>(contents.size() - filled));
+        const ssize_t count =
+            ::read(file.get(), contents.data() + filled, static_cast<size_t>(contents.size() - filled));
         if (count < 0 && errno != EINTR) {
             return ReadError{errno};
         }

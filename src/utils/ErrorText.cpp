@@ -20,9 +20,10 @@ QString errorExceptionToString(const Exception &exception) {
         return text;
     }
     QString indent;
-    for (auto cause = stack->crbegin(); cause != stack->crend(); ++cause) {
+    const QStringList newestFirst(stack->crbegin(), stack->crend());
+    for (const QString &cause : newestFirst) {
         indent += QStringLiteral("  ");
-        text += u'\n' + indent + QStringLiteral("Because:\n") + indent + *cause;
+        text += u'\n' + indent + QStringLiteral("Because:\n") + indent + cause;
     }
     return text;
 }

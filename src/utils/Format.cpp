@@ -41,7 +41,7 @@ std::optional<Conversion> conversionAt(std::string_view format, size_t percent) 
 }
 
 struct Plan {
-    std::string format;                              ///< with %s in place of %@, without modifiers that fmt doesn't know
+    std::string format;                             ///< with %s in place of %@, without modifiers that fmt doesn't know
     std::array<bool, kMaximumArguments> isObject{}; ///< arguments that %@ prints
 };
 

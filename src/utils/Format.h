@@ -42,11 +42,13 @@ public:
     FormatArgument(std::string_view text) : m_value(text) {}
     FormatArgument(const std::string &text) : m_value(std::string_view(text)) {}
     FormatArgument(const QString &text) : m_storage(text.toUtf8()) {
-        m_value = text.isNull() ? kAbsent : std::string_view(m_storage.constData(), static_cast<size_t>(m_storage.size()));
+        m_value =
+            text.isNull() ? kAbsent : std::string_view(m_storage.constData(), static_cast<size_t>(m_storage.size()));
     }
     FormatArgument(const std::optional<QString> &text) : FormatArgument(text.value_or(QString())) {}
     FormatArgument(char character) : m_value(character) {}
-    template <std::floating_point Number> FormatArgument(Number number) : m_value(static_cast<double>(number)) {}
+    template <std::floating_point Number>
+    FormatArgument(Number number) : m_value(static_cast<double>(number)) {}
     template <std::integral Number>
     FormatArgument(Number number)
         : m_value([number]() -> Value {
@@ -69,12 +71,12 @@ private:
 using FormatArguments = std::span<const FormatArgument>;
 
 /// What a call's arguments become.
-template <class... Arguments> using FormatArgumentArray = std::array<FormatArgument, sizeof...(Arguments)>;
+template <class... Arguments>
+using FormatArgumentArray = std::array<FormatArgument, sizeof...(Arguments)>;
 
-/// The arguments put into the format. Besides the conversions of printf (positions such as %1$s included), %@ prints any
-/// argument's text. Length modifiers such as the l of %ld are accepted and not needed.
-/// \returns nothing when the format is absent, malformed, or does not match the arguments; arguments too many are
-/// ignored, as printf does.
+/// The arguments put into the format. Besides the conversions of printf (positions such as %1$s included), %@ prints
+/// any argument's text. Length modifiers such as the l of %ld are accepted and not needed. \returns nothing when the
+/// format is absent, malformed, or does not match the arguments; arguments too many are ignored, as printf does.
 std::optional<std::string> tryFormat(const FormatText &format, FormatArguments arguments);
 
 } // namespace quillmark

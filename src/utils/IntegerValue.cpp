@@ -31,7 +31,8 @@ qint64 integerValueOf(const QVariant &value) {
         return number < kBound ? static_cast<qint64>(number) : std::numeric_limits<qint64>::max();
     }
     case QMetaType::ULongLong:
-        return static_cast<qint64>(qMin(value.toULongLong(), static_cast<qulonglong>(std::numeric_limits<qint64>::max())));
+        return static_cast<qint64>(
+            qMin(value.toULongLong(), static_cast<qulonglong>(std::numeric_limits<qint64>::max())));
     case QMetaType::Bool:
     case QMetaType::Int:
     case QMetaType::UInt:

@@ -11,6 +11,7 @@
 #include "utils/Raise.h"
 
 #include <QFile>
+#include <QScopeGuard>
 #include <array>
 #include <ctime>
 #include <fmt/format.h>
@@ -93,10 +94,8 @@ void writeToFile(const char *line) {
     std::fputs(line, stream);
     // Only the thread that takes the count from 0 measures; it counts from the start again when it is done.
     if (examineLengthInNLines.fetch_sub(1, std::memory_order_relaxed) == 0) {
-        struct Restart {
-            ~Restart() { examineLengthInNLines.store(kExamineLogFileLengthEveryNLines, std::memory_order_relaxed); }
-        };
-        const Restart restart;
+        const auto restart = qScopeGuard(
+            [] { examineLengthInNLines.store(kExamineLogFileLengthEveryNLines, std::memory_order_relaxed); });
         replaceGrownFile(stream);
     }
 }
@@ -141,14 +140,15 @@ void _log(LoggingLevel level, const FormatText &format, FormatArguments argument
     }
     const std::string_view text = format.view();
     const bool endLine = !text.ends_with('\n');
-    if (arguments.size() == 0 && text.find('%') == std::string_view::npos) {
+    if (arguments.empty() && text.find('%') == std::string_view::npos) {
         writeLine(level, text, endLine);
         return;
     }
     const auto message = tryFormat(format, arguments);
     writeLine(level, message ? std::string_view(*message) : text, endLine);
     if (!message) {
-        writeLine(kLogLevelError, "The line above could not be formatted: its format does not match its arguments", true);
+        writeLine(kLogLevelError, "The line above could not be formatted: its format does not match its arguments",
+                  true);
     }
 }
 

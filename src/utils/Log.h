@@ -11,8 +11,8 @@ namespace quillmark {
 class Exception;
 struct Error;
 
-// One logger for the process, with two sinks: a log file and the standard streams. Each sink takes the lines whose level
-// is not above its own. Any thread may log; nothing here takes a lock.
+// One logger for the process, with two sinks: a log file and the standard streams. Each sink takes the lines whose
+// level is not above its own. Any thread may log; nothing here takes a lock.
 
 /// 0 "error", 1 "normal", 2 "verbose", 3 "detailed".
 using LoggingLevel = quint32;
@@ -43,22 +43,26 @@ QString loggingLevelStrStdio();
 void _log(LoggingLevel level, const FormatText &format, FormatArguments arguments);
 
 /// A line of printf-style text with %@; a line end is added unless the format ends in one.
-template <class Format, class... Arguments> void logError(const Format &format, const Arguments &...arguments) {
+template <class Format, class... Arguments>
+void logError(const Format &format, const Arguments &...arguments) {
     if (_isLogLevelVisible(kLogLevelError)) {
         _log(kLogLevelError, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
     }
 }
-template <class Format, class... Arguments> void logNormal(const Format &format, const Arguments &...arguments) {
+template <class Format, class... Arguments>
+void logNormal(const Format &format, const Arguments &...arguments) {
     if (_isLogLevelVisible(kLogLevelNormal)) {
         _log(kLogLevelNormal, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
     }
 }
-template <class Format, class... Arguments> void logVerbose(const Format &format, const Arguments &...arguments) {
+template <class Format, class... Arguments>
+void logVerbose(const Format &format, const Arguments &...arguments) {
     if (_isLogLevelVisible(kLogLevelVerbose)) {
         _log(kLogLevelVerbose, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
     }
 }
-template <class Format, class... Arguments> void logDetail(const Format &format, const Arguments &...arguments) {
+template <class Format, class... Arguments>
+void logDetail(const Format &format, const Arguments &...arguments) {
     if (_isLogLevelVisible(kLogLevelDetailed)) {
         _log(kLogLevelDetailed, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
     }
@@ -70,11 +74,13 @@ void logErrorException(const Exception &exception);
 void _printLine(bool toStandardError, const FormatText &format, FormatArguments arguments);
 
 /// The message and a line end on standard output, whatever the levels are.
-template <class Format, class... Arguments> void NSPrintf(const Format &format, const Arguments &...arguments) {
+template <class Format, class... Arguments>
+void NSPrintf(const Format &format, const Arguments &...arguments) {
     _printLine(false, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
 }
 /// The same on standard error.
-template <class Format, class... Arguments> void NSPrintErrf(const Format &format, const Arguments &...arguments) {
+template <class Format, class... Arguments>
+void NSPrintErrf(const Format &format, const Arguments &...arguments) {
     _printLine(true, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
 }
 
@@ -97,8 +103,8 @@ inline constexpr qint64 kExamineLogFileLengthEveryNLines = 500;
 /// What makes the path of the file that replaces one which has grown too long; a null path keeps the old file.
 void _setLogPathMaker(QString (*makePath)());
 
-/// Where the second sink writes: lines of the error level, and all others. Null leaves them out. Standard error and standard
-/// output at first; for programs whose standard output carries results.
+/// Where the second sink writes: lines of the error level, and all others. Null leaves them out. Standard error and
+/// standard output at first; for programs whose standard output carries results.
 void _setStandardStreams(FILE *error, FILE *other);
 
 /// Writes out what the streams still hold.

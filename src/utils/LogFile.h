@@ -10,12 +10,14 @@ namespace quillmark {
 /// An append-only file that threads write to while another one puts a new file in its place.
 ///
 /// Nobody waits for writers: the stream lives as long as the process, and a switch exchanges the descriptor beneath it.
-/// Whole lines stay whole, since stdio serialises the calls on one stream. open() and close() are one thread's at a time.
+/// Whole lines stay whole, since stdio serialises the calls on one stream. open() and close() are one thread's at a
+/// time.
 class LogFile {
 public:
     constexpr LogFile() = default;
     LogFile(const LogFile &) = delete;
     LogFile &operator=(const LogFile &) = delete;
+    ~LogFile() = default;
 
     /// Closes the current file and opens another one for appending, which is made when it is missing.
     /// \returns false when that fails; then no file is open, and errno says why.

@@ -6,7 +6,8 @@ namespace quillmark {
 
 /// A process-wide value that any thread reads without a lock while one thread at a time replaces it. The values that
 /// were replaced live on, since a reader may still hold one: for things that change a few times in a process's life.
-template <class Value> class PublishedValue {
+template <class Value>
+class PublishedValue {
 public:
     constexpr PublishedValue() = default;
 

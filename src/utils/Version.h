@@ -11,8 +11,8 @@ inline constexpr double Quillmark_ClientVersionNumber = 1303.0;
 /// For tools that look for such strings in a program file; nothing reads it.
 extern const char Quillmark_ClientVersionString[];
 
-/// The bundle's short version, "1.14.4", or with its build, "1.14.4 (1303)". What the bundle does not tell is 1.14.4 and
-/// the default build.
+/// The bundle's short version, "1.14.4", or with its build, "1.14.4 (1303)". What the bundle does not tell is 1.14.4
+/// and the default build.
 QString versionOfBundleAsString(const Bundle &bundle, qint32 defaultBuild, bool withBuild);
 
 /// The same for the running application, as it was at the first call.

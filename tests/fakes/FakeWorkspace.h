@@ -16,11 +16,13 @@ public:
 
     QStringList applicationsFolders(Domain domain) const override {
         const bool isUser = domain == Domain::User;
-        m_transcript.record(isUser ? QStringLiteral("applicationsFolders user") : QStringLiteral("applicationsFolders local"));
+        m_transcript.record(isUser ? QStringLiteral("applicationsFolders user")
+                                   : QStringLiteral("applicationsFolders local"));
         return isUser ? userFolders : localFolders;
     }
     bool launchApplication(const QString &path) override {
-        return !m_transcript.recordOrFail(QStringLiteral("launchApplication ") + path, QStringLiteral("launchApplication"));
+        return !m_transcript.recordOrFail(QStringLiteral("launchApplication ") + path,
+                                          QStringLiteral("launchApplication"));
     }
 
 private:

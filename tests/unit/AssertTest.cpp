@@ -1,5 +1,5 @@
-#include "support/LogFixture.h"
 #include "utils/Assert.h"
+#include "support/LogFixture.h"
 #include "utils/Exception.h"
 #include "utils/Folders.h"
 #include "utils/Raise.h"
@@ -26,7 +26,8 @@ TEST_F(AssertDeathTest, AFailureIsLoggedWithExpressionFileAndLineAndAborts) {
 }
 
 TEST_F(AssertDeathTest, TheMacroPassesItsTexts) {
-    EXPECT_EXIT(QUILLMARK_ASSERT(1 > 2, "pid", "unit"), KilledBySignal(SIGABRT), "ASSERTION ERROR: pid \\(file \"unit\", line");
+    EXPECT_EXIT(QUILLMARK_ASSERT(1 > 2, "pid", "unit"), KilledBySignal(SIGABRT),
+                "ASSERTION ERROR: pid \\(file \"unit\", line");
 }
 
 TEST_F(AssertDeathTest, TheLineIsInTheLogFileWhenTheProcessHasEnded) {
@@ -46,7 +47,8 @@ TEST_F(AssertDeathTest, UnderADebuggerRaisingStopsAtATrapToo) {
 }
 
 TEST_F(AssertDeathTest, AFolderPathMustBePresent) {
-    EXPECT_EXIT(ensureFolderPathExists(QString()), KilledBySignal(SIGABRT), "ASSERTION ERROR: folderPath \\(file \"utils\"");
+    EXPECT_EXIT(ensureFolderPathExists(QString()), KilledBySignal(SIGABRT),
+                "ASSERTION ERROR: folderPath \\(file \"utils\"");
 }
 
 TEST(Assert, WhatHoldsIsPassedOver) { QUILLMARK_ASSERT(2 > 1, "x", "y"); }

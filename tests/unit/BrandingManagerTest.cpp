@@ -18,7 +18,8 @@ protected:
         images.pictures.insert(path, Image{path, 2, 1, {}});
     }
     QString download(qint32 brandID, bool decodable) {
-        const QString path = home.write(QStringLiteral("Library/Application Support/Quillmark/logo-%1.bmp").arg(brandID), "x");
+        const QString path =
+            home.write(QStringLiteral("Library/Application Support/Quillmark/logo-%1.bmp").arg(brandID), "x");
         if (decodable) {
             images.pictures.insert(path, Image{path, 4, 3, {}});
         }
@@ -121,7 +122,8 @@ TEST_F(Branding, ViewsStayAsTheyAreWithoutALogo) {
 TEST_F(Branding, TextsAreHandedOn) {
     EXPECT_EQ(manager.localisedString(QStringLiteral("ProductName")), QStringLiteral("Quillmark"));
     bundle.strings.insert(QStringLiteral("A_b"), QStringLiteral("section"));
-    EXPECT_EQ(manager.localisedStringStrippingBrandingSection(QStringLiteral("A"), QStringLiteral("b")), QStringLiteral("section"));
+    EXPECT_EQ(manager.localisedStringStrippingBrandingSection(QStringLiteral("A"), QStringLiteral("b")),
+              QStringLiteral("section"));
 }
 
 TEST(SharedBranding, AnswersNoBrandWhileNobodySignedIn) {

@@ -1,7 +1,7 @@
 #include "launcher/BundleSearch.h"
 #include "fakes/FakePropertyList.h"
-#include "launcher/StaleBundles.h"
 #include "fakes/FakeWorkspace.h"
+#include "launcher/StaleBundles.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 
@@ -17,7 +17,8 @@ class BundleSearchTest : public testing::Test {
 protected:
     BundleSearchTest() {
         for (const char *identifier : {"com.quillmark.quillmarkclient", "com.quillmark.QuillmarkClient", "com.other"}) {
-            propertyList.documents.insert(identifier, QVariantMap{{QStringLiteral("CFBundleIdentifier"), QString::fromLatin1(identifier)}});
+            propertyList.documents.insert(
+                identifier, QVariantMap{{QStringLiteral("CFBundleIdentifier"), QString::fromLatin1(identifier)}});
         }
         propertyList.documents.insert("number", QVariantMap{{QStringLiteral("CFBundleIdentifier"), 5}});
         propertyList.documents.insert("list", QVariantList{kWanted});
@@ -28,7 +29,8 @@ protected:
         return home.path(relative);
     }
     void link(const QString &target, const QString &relative) {
-        ASSERT_EQ(::symlink(QFile::encodeName(target).constData(), QFile::encodeName(home.path(relative)).constData()), 0);
+        ASSERT_EQ(::symlink(QFile::encodeName(target).constData(), QFile::encodeName(home.path(relative)).constData()),
+                  0);
     }
     QStringList found() {
         std::optional<QStringList> paths;
@@ -188,7 +190,8 @@ TEST_F(StaleBundles, TheUsersFolderIsSearchedBeforeTheComputers) {
     const QString local = bundle(QStringLiteral("local/A.app"));
     const QString user = bundle(QStringLiteral("user/Z.app"));
     EXPECT_EQ(stale(), QStringList({user, local}) + fixedPaths());
-    EXPECT_EQ(transcript.calls(), QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local")}));
+    EXPECT_EQ(transcript.calls(),
+              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local")}));
 }
 
 TEST_F(StaleBundles, TheLastFolderOfADomainIsTheOneSearched) {

@@ -13,7 +13,8 @@ protected:
 };
 
 TEST_F(Exceptions, WithoutCausesOneIsRenderedOnOneLineWithoutCarriageReturns) {
-    EXPECT_EQ(errorExceptionToString(Exception(QStringLiteral("A\r"), QStringLiteral("b\r\nc"))), QStringLiteral("A\r (b\nc)"));
+    EXPECT_EQ(errorExceptionToString(Exception(QStringLiteral("A\r"), QStringLiteral("b\r\nc"))),
+              QStringLiteral("A\r (b\nc)"));
 }
 
 TEST_F(Exceptions, WrappingKeepsTheNameAndGivesANewReason) {

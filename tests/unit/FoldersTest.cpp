@@ -1,6 +1,6 @@
+#include "utils/Folders.h"
 #include "support/LogFixture.h"
 #include "utils/Exception.h"
-#include "utils/Folders.h"
 
 #include <QFileInfo>
 #include <thread>

@@ -14,14 +14,16 @@ TEST_F(Format, AnObjectDirectivePrintsATextOrANumber) {
 }
 
 TEST_F(Format, AbsentTextsPrintAsNull) {
-    EXPECT_EQ(formatted("\"%@\" %s", QString(), static_cast<const char *>(nullptr)), QStringLiteral("\"(null)\" (null)"));
+    EXPECT_EQ(formatted("\"%@\" %s", QString(), static_cast<const char *>(nullptr)),
+              QStringLiteral("\"(null)\" (null)"));
     EXPECT_EQ(formatted("%@", std::optional<QString>()), QStringLiteral("(null)"));
 }
 
 TEST_F(Format, AnEmptyTextPrintsAsNothing) { EXPECT_EQ(formatted("[%@]", QStringLiteral("")), QStringLiteral("[]")); }
 
 TEST_F(Format, NumbersTakeFlagsWidthAndModifiers) {
-    EXPECT_EQ(formatted("%05d|%-4d|%x|%0llx|%ld|%qd", 42, 7, 255U, 0x1a03ULL, -5L, 9), QStringLiteral("00042|7   |ff|1a03|-5|9"));
+    EXPECT_EQ(formatted("%05d|%-4d|%x|%0llx|%ld|%qd", 42, 7, 255U, 0x1a03ULL, -5L, 9),
+              QStringLiteral("00042|7   |ff|1a03|-5|9"));
     EXPECT_EQ(formatted("%.2f %c %i %%", 1.239, 'a', 3), QStringLiteral("1.24 a 3 %"));
 }
 
@@ -40,7 +42,8 @@ TEST_F(Format, AStarTakesTheWidthFromTheArguments) {
 }
 
 TEST_F(Format, TextOutsideAsciiSurvives) {
-    EXPECT_EQ(formatted("%@ – %@", QStringLiteral("Größe"), QStringLiteral("日本語 🪶")), QStringLiteral("Größe – 日本語 🪶"));
+    EXPECT_EQ(formatted("%@ – %@", QStringLiteral("Größe"), QStringLiteral("日本語 🪶")),
+              QStringLiteral("Größe – 日本語 🪶"));
 }
 
 TEST_F(Format, ArgumentsTooManyAreIgnored) { EXPECT_EQ(formatted("%d", 1, 2, 3), QStringLiteral("1")); }
@@ -54,7 +57,8 @@ TEST_F(Format, AMismatchGivesTheFormatItselfAndAnErrorLine) {
     for (const char *format : {"%d", "%@ %@", "%", "%1", "%y", "%20$@", "%999999999999999999999$@"}) {
         testing::internal::CaptureStderr();
         EXPECT_EQ(formatted(format, QStringLiteral("text")), QString::fromUtf8(format));
-        EXPECT_NE(testing::internal::GetCapturedStderr().find(std::string("The text \"") + format + "\""), std::string::npos);
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(std::string("The text \"") + format + "\""),
+                  std::string::npos);
     }
     EXPECT_EQ(messagesOf(file).size(), 7);
 }

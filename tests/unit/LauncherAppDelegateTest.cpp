@@ -1,5 +1,5 @@
-#include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "branding/LocalizedStrings.h"
+#include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "support/LogFixture.h"
 #include "utils/Exception.h"
 #include "utils/Version.h"
@@ -13,7 +13,8 @@ protected:
         platform.bundle.bundlePath = home.path(QStringLiteral("Quillmark.app"));
         resource(QStringLiteral("Config.plist"), "config", {{QStringLiteral("Brand"), 15}});
         resource(QStringLiteral("Defaults.plist"), "defaults",
-                 {{QStringLiteral("FileLogging"), QStringLiteral("normal")}, {QStringLiteral("StdioLogging"), QStringLiteral("error")}});
+                 {{QStringLiteral("FileLogging"), QStringLiteral("normal")},
+                  {QStringLiteral("StdioLogging"), QStringLiteral("error")}});
         platform.bundle.resources << QStringLiteral("QuillmarkCore.app");
     }
     void resource(const QString &name, const QByteArray &document, const QVariantMap &values) {
@@ -22,9 +23,7 @@ protected:
         platform.propertyList.documents.insert(document, values);
     }
     /// Runs the start-up to the point where the process would end.
-    void start() {
-        EXPECT_THROW(delegate().applicationDidFinishLaunching(), test::Terminated);
-    }
+    void start() { EXPECT_THROW(delegate().applicationDidFinishLaunching(), test::Terminated); }
     Quillmark_LauncherAppDelegate &delegate() {
         if (!m_delegate) {
             m_strings.emplace(platform.bundle);
@@ -32,7 +31,9 @@ protected:
         }
         return *m_delegate;
     }
-    QString core() const { return platform.bundle.resourcePath() + QStringLiteral("/QuillmarkCore.app/Contents/MacOS/QuillmarkCore"); }
+    QString core() const {
+        return platform.bundle.resourcePath() + QStringLiteral("/QuillmarkCore.app/Contents/MacOS/QuillmarkCore");
+    }
 
 private:
     std::optional<LocalizedStrings> m_strings;
@@ -42,18 +43,20 @@ private:
 TEST_F(LauncherAppDelegate, TheStepsComeStrictlyInOrder) {
     start();
     EXPECT_EQ(platform.transcript.calls(),
-              QStringList({QStringLiteral("registerDefaults FileLogging,StdioLogging"), QStringLiteral("objectForKey FileLogging"),
-                           QStringLiteral("objectForKey StdioLogging"), QStringLiteral("applicationsFolders user"),
-                           QStringLiteral("applicationsFolders local"), QStringLiteral("launchApplication ") + core(),
-                           QStringLiteral("terminate")}));
+              QStringList({QStringLiteral("registerDefaults FileLogging,StdioLogging"),
+                           QStringLiteral("objectForKey FileLogging"), QStringLiteral("objectForKey StdioLogging"),
+                           QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
+                           QStringLiteral("launchApplication ") + core(), QStringLiteral("terminate")}));
 }
 
 TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
     start();
-    EXPECT_EQ(getLogFilePath(), home.path(QStringLiteral("Library/Logs/Quillmark/Quillmark/Quillmark-2024-03-05-141502.log")));
+    EXPECT_EQ(getLogFilePath(),
+              home.path(QStringLiteral("Library/Logs/Quillmark/Quillmark/Quillmark-2024-03-05-141502.log")));
     EXPECT_EQ(messagesOf(getLogFilePath()),
               QStringList({QStringLiteral("Quillmark version ") + versionOfThisAppAsString(true),
-                           QStringLiteral("Quillmark did begin launching..."), QStringLiteral("Quillmark did finish launching"),
+                           QStringLiteral("Quillmark did begin launching..."),
+                           QStringLiteral("Quillmark did finish launching"),
                            QStringLiteral("Launching \"") + core() + QStringLiteral("\"..."),
                            QStringLiteral("Launched \"") + core() + u'"', QStringLiteral("Will terminate now")}));
     EXPECT_FALSE(contentsOf(getLogFilePath()).contains("(ERR)"));
@@ -63,7 +66,8 @@ TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {
     platform.bundle.strings[QStringLiteral("ProductName")] = QStringLiteral("Feder");
     platform.bundle.resources << QStringLiteral("FederCore.app");
     start();
-    EXPECT_TRUE(platform.transcript.calls().contains(QStringLiteral("launchApplication ") + platform.bundle.resourcePath() +
+    EXPECT_TRUE(platform.transcript.calls().contains(QStringLiteral("launchApplication ") +
+                                                     platform.bundle.resourcePath() +
                                                      QStringLiteral("/FederCore.app/Contents/MacOS/FederCore")));
     EXPECT_TRUE(delegate().staleBundles().contains(QStringLiteral("/Applications/Feder Client-3.app")));
     EXPECT_TRUE(getLogFilePath().contains(QStringLiteral("/Library/Logs/Feder/Feder/Feder-")));
@@ -130,7 +134,8 @@ using LauncherAppDelegateDeathTest = LauncherAppDelegate;
 
 TEST_F(LauncherAppDelegateDeathTest, MissingDefaultsEndTheProcessForWantOfALevel) {
     platform.bundle.resources.removeAll(QStringLiteral("Defaults.plist"));
-    EXPECT_EXIT(delegate().applicationDidFinishLaunching(), testing::KilledBySignal(SIGABRT), "ASSERTION ERROR: fileLevel \\(");
+    EXPECT_EXIT(delegate().applicationDidFinishLaunching(), testing::KilledBySignal(SIGABRT),
+                "ASSERTION ERROR: fileLevel \\(");
 }
 
 } // namespace

@@ -18,7 +18,9 @@ protected:
                    *list.toXml(QVariantMap{{QStringLiteral("greet"), greeting}}));
     }
     LinuxBundle bundle(const QStringList &languages = {}) const { return {path, languages, list}; }
-    QString greeting(const QStringList &languages) const { return bundle(languages).localizedString(QStringLiteral("greet")); }
+    QString greeting(const QStringList &languages) const {
+        return bundle(languages).localizedString(QStringLiteral("greet"));
+    }
 
     test::TemporaryHome home;
     LinuxPropertyList list;
@@ -31,7 +33,8 @@ TEST_F(BundleTest, ResourcesLieInItsResourcesFolder) {
     EXPECT_EQ(bundle().resourcePath(), path + QStringLiteral("/Contents/Resources"));
     EXPECT_EQ(bundle().pathForResource(QStringLiteral("Config"), QStringLiteral("plist")),
               path + QStringLiteral("/Contents/Resources/Config.plist"));
-    EXPECT_EQ(bundle().pathForResource(QStringLiteral("bare"), QString()), path + QStringLiteral("/Contents/Resources/bare"));
+    EXPECT_EQ(bundle().pathForResource(QStringLiteral("bare"), QString()),
+              path + QStringLiteral("/Contents/Resources/bare"));
     EXPECT_TRUE(bundle().pathForResource(QStringLiteral("Config"), QStringLiteral("txt")).isNull());
     EXPECT_TRUE(bundle().pathForResource(QString(), QStringLiteral("plist")).isNull());
 }
@@ -72,11 +75,13 @@ TEST_F(BundleTest, ADamagedTableGivesWayToTheNextLanguage) {
 
 TEST_F(BundleTest, AMissingKeyIsItsOwnText) {
     EXPECT_EQ(bundle().localizedString(QStringLiteral("other")), QStringLiteral("other"));
-    EXPECT_EQ(LinuxBundle(home.path(QStringLiteral("none.app")), {}, list).localizedString(QStringLiteral("greet")), QStringLiteral("greet"));
+    EXPECT_EQ(LinuxBundle(home.path(QStringLiteral("none.app")), {}, list).localizedString(QStringLiteral("greet")),
+              QStringLiteral("greet"));
 }
 
 TEST_F(BundleTest, ATextThatIsNoTextIsItsKey) {
-    home.write(QStringLiteral("Q.app/Contents/Resources/en.lproj/Localizable.strings"), *list.toXml(QVariantMap{{QStringLiteral("greet"), 5}}));
+    home.write(QStringLiteral("Q.app/Contents/Resources/en.lproj/Localizable.strings"),
+               *list.toXml(QVariantMap{{QStringLiteral("greet"), 5}}));
     EXPECT_EQ(greeting({}), QStringLiteral("greet"));
 }
 

@@ -81,7 +81,9 @@ TEST_F(UserDefaultsTest, ARemovedKeyShowsTheRegisteredValueAgain) {
 TEST_F(UserDefaultsTest, TheFileIsTheUsersAlone) {
     defaults.setObject(a, 1);
     ASSERT_TRUE(defaults.synchronize());
-    EXPECT_EQ(QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther), 0);
+    EXPECT_EQ(QFileInfo(path).permissions() &
+                  (QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther),
+              0);
 }
 
 TEST_F(UserDefaultsTest, WhatAnotherProcessStoredMeanwhileSurvives) {
@@ -101,7 +103,8 @@ TEST_F(UserDefaultsTest, SynchronizeWithoutChangesReadsTheFileAnew) {
 }
 
 TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideAndTheSettingsStartAnew) {
-    for (const QByteArray &damage : {QByteArray("<plist><dict>"), QByteArray(), QByteArray("bplist00"), *list.toXml(QVariantList{1})}) {
+    for (const QByteArray &damage :
+         {QByteArray("<plist><dict>"), QByteArray(), QByteArray("bplist00"), *list.toXml(QVariantList{1})}) {
         home.write(kFile, damage);
         LinuxUserDefaults fresh(path, list, clock);
         fresh.registerDefaults({{a, 7}});
@@ -146,7 +149,8 @@ TEST_F(UserDefaultsTest, AValueThatNoPropertyListHoldsIsNotWritten) {
 
 TEST_F(UserDefaultsTest, AnotherWritersLockIsWaitedForAndNotForEver) {
     home.makeFolder(QStringLiteral("Library/Preferences"));
-    const int holder = ::open(QFile::encodeName(home.path(QStringLiteral("Library/Preferences"))).constData(), O_RDONLY | O_CLOEXEC);
+    const int holder =
+        ::open(QFile::encodeName(home.path(QStringLiteral("Library/Preferences"))).constData(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(::flock(holder, LOCK_EX), 0);
     defaults.setObject(a, 1LL);
     EXPECT_FALSE(defaults.synchronize());

@@ -36,7 +36,8 @@ protected:
     }
     QString text(const char *key) { return strings().localisedString(QString::fromLatin1(key)); }
     QString stripped(const char *section, const char *key) {
-        return strings().localisedStringStrippingBrandingSection(QString::fromLatin1(section), QString::fromLatin1(key));
+        return strings().localisedStringStrippingBrandingSection(QString::fromLatin1(section),
+                                                                 QString::fromLatin1(key));
     }
 
     test::FakeBundle bundle;
@@ -188,7 +189,8 @@ TEST_F(SharedLocalizedStrings, AreBehindTheFreeFunctions) {
     EXPECT_EQ(QMLocalizedString(QStringLiteral("Fox")), QStringLiteral("plain"));
     EXPECT_EQ(QMLocalizedMonoString(QStringLiteral("Quick"), QStringLiteral("Fox")), QStringLiteral("sectioned"));
     EXPECT_EQ(QMLocalizedMonoString(QStringLiteral("Slow"), QStringLiteral("Fox")), QStringLiteral("plain"));
-    EXPECT_EQ(QMLocalizedMonoStringStripProduct(QStringLiteral("Qu ick"), QStringLiteral("Fox")), QStringLiteral("sectioned"));
+    EXPECT_EQ(QMLocalizedMonoStringStripProduct(QStringLiteral("Qu ick"), QStringLiteral("Fox")),
+              QStringLiteral("sectioned"));
 }
 
 TEST_F(SharedLocalizedStrings, ATextIsAFormatForItsArguments) {

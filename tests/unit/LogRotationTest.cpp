@@ -15,7 +15,8 @@ constexpr qint64 k4GiB = 1LL << 32;
 class LogRotation : public test::LogFixture {
 protected:
     QString setUp() {
-        return initLogging3(QStringLiteral("normal"), QStringLiteral("error"), home.path(), QStringLiteral("Q"), QStringLiteral("Q"));
+        return initLogging3(QStringLiteral("normal"), QStringLiteral("error"), home.path(), QStringLiteral("Q"),
+                            QStringLiteral("Q"));
     }
     /// A sparse file stands in for a full one.
     static void grow(const QString &path, qint64 length) {
@@ -111,7 +112,8 @@ TEST_F(LogRotation, LengthsCountModulo4GiB) {
 TEST_F(LogRotation, APathThatCannotBeMadeLeavesTheOldFileOpenUntilTheNextLook) {
     startCountdown();
     const QString folder = home.makeFolder(QStringLiteral("x/logs"));
-    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), folder, QStringLiteral("Q"), QStringLiteral("Q"));
+    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), folder, QStringLiteral("Q"),
+                                      QStringLiteral("Q"));
     grow(file, kMaxLogFileLength + 1);
     passSeconds(5);
     ASSERT_TRUE(QDir().rename(home.path(QStringLiteral("x")), home.path(QStringLiteral("moved"))));
@@ -128,7 +130,8 @@ TEST_F(LogRotation, APathThatCannotBeMadeLeavesTheOldFileOpenUntilTheNextLook) {
 TEST_F(LogRotation, ANextFileThatCannotBeOpenedIsAConfigurationFaultAsAtSetUp) {
     startCountdown();
     const QString folder = home.makeFolder(QStringLiteral("logs"));
-    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), folder, QStringLiteral("Q"), QStringLiteral("Q"));
+    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), folder, QStringLiteral("Q"),
+                                      QStringLiteral("Q"));
     grow(file, kMaxLogFileLength + 1);
     passSeconds(5);
     const QString next = home.makeFolder(QStringLiteral("logs/Q-2024-03-05-141509.log"));
@@ -144,7 +147,8 @@ TEST_F(LogRotation, ANextFileThatCannotBeOpenedIsAConfigurationFaultAsAtSetUp) {
 TEST_F(LogRotation, AFolderThatIsGoneIsMadeAgain) {
     startCountdown();
     const QString folder = home.makeFolder(QStringLiteral("logs"));
-    const QString file = initLogging3(QStringLiteral("verbose"), QStringLiteral("error"), folder, QStringLiteral("Q"), QStringLiteral("Q"));
+    const QString file = initLogging3(QStringLiteral("verbose"), QStringLiteral("error"), folder, QStringLiteral("Q"),
+                                      QStringLiteral("Q"));
     grow(file, kMaxLogFileLength + 1);
     passSeconds(5);
     ASSERT_TRUE(QDir().rename(folder, home.path(QStringLiteral("moved"))));

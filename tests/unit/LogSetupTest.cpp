@@ -13,7 +13,8 @@ protected:
     const QString normal = QStringLiteral("normal");
     const QString product = QStringLiteral("Quillmark");
 
-    template <class Action> static void expectFault(Action action, const char *name, const QString &reason) {
+    template <class Action>
+    static void expectFault(Action action, const char *name, const QString &reason) {
         try {
             action();
             FAIL() << "nothing was raised";
@@ -77,7 +78,8 @@ TEST_F(LogSetup, TheFileLevelIsCheckedFirst) {
 
 TEST_F(LogSetup, NothingChangesWhenALevelIsInvalid) {
     const QString file = logToFile(kLogLevelVerbose, kLogLevelError);
-    EXPECT_THROW(initLogging2(QStringLiteral("detailed"), QStringLiteral("y"), home.path(QStringLiteral("other.log"))), Exception);
+    EXPECT_THROW(initLogging2(QStringLiteral("detailed"), QStringLiteral("y"), home.path(QStringLiteral("other.log"))),
+                 Exception);
     EXPECT_EQ(_fileLoggingLevel, kLogLevelVerbose);
     EXPECT_EQ(_stdioLoggingLevel, kLogLevelError);
     EXPECT_EQ(getLogFilePath(), file);
@@ -98,7 +100,8 @@ TEST_F(LogSetup, ASecondSetUpLogsTheLevelsToTheOldFile) {
     const QString first = initLogging(kLogLevelVerbose, kLogLevelError, home.path(QStringLiteral("1.log")));
     const QString second = initLogging(kLogLevelVerbose, kLogLevelError, home.path(QStringLiteral("2.log")));
     logNormal("new");
-    EXPECT_EQ(messagesOf(first), QStringList({QStringLiteral("Logging (file) level 2"), QStringLiteral("Logging (stdout) level 0")}));
+    EXPECT_EQ(messagesOf(first),
+              QStringList({QStringLiteral("Logging (file) level 2"), QStringLiteral("Logging (stdout) level 0")}));
     EXPECT_EQ(messagesOf(second), QStringList({QStringLiteral("new")}));
 }
 
@@ -176,7 +179,8 @@ TEST_F(LogSetupDeathTest, EachArgumentMustBePresentAndNotEmptyInThisOrder) {
         {normal, normal, product, empty, "ASSERTION ERROR: \\[productName length\\]"},
     };
     for (const auto &c : cases) {
-        EXPECT_EXIT(initLogging3(c.file, c.out, home.path(), c.family, c.name), testing::KilledBySignal(SIGABRT), c.expression);
+        EXPECT_EXIT(initLogging3(c.file, c.out, home.path(), c.family, c.name), testing::KilledBySignal(SIGABRT),
+                    c.expression);
     }
 }
 
@@ -184,9 +188,11 @@ TEST_F(LogSetupDeathTest, TheLevelNamesMustBePresentAndNotEmpty) {
     const QString none;
     const QString empty = QStringLiteral("");
     EXPECT_EXIT(initLogging2(none, normal, none), testing::KilledBySignal(SIGABRT), "ERROR: fileLevelStr \\(");
-    EXPECT_EXIT(initLogging2(empty, normal, none), testing::KilledBySignal(SIGABRT), "ERROR: \\[fileLevelStr length\\]");
+    EXPECT_EXIT(initLogging2(empty, normal, none), testing::KilledBySignal(SIGABRT),
+                "ERROR: \\[fileLevelStr length\\]");
     EXPECT_EXIT(initLogging2(normal, none, none), testing::KilledBySignal(SIGABRT), "ERROR: stdoutLevelStr \\(");
-    EXPECT_EXIT(initLogging2(normal, empty, none), testing::KilledBySignal(SIGABRT), "ERROR: \\[stdoutLevelStr length\\]");
+    EXPECT_EXIT(initLogging2(normal, empty, none), testing::KilledBySignal(SIGABRT),
+                "ERROR: \\[stdoutLevelStr length\\]");
 }
 
 } // namespace

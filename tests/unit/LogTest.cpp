@@ -17,7 +17,8 @@ using testing::internal::GetCapturedStdout;
 class Log : public test::LogFixture {
 protected:
     /// What `action` writes to standard output and to standard error.
-    template <class Action> static std::pair<std::string, std::string> streamsOf(Action action) {
+    template <class Action>
+    static std::pair<std::string, std::string> streamsOf(Action action) {
         CaptureStdout();
         CaptureStderr();
         action();
@@ -107,7 +108,11 @@ TEST_F(Log, OnlyErrorsGoToStandardErrorAllElseToStandardOutput) {
 TEST_F(Log, AProgramCanTakeTheStandardStreamsAway) {
     logToFile(kLogLevelError, kLogLevelDetailed);
     _setStandardStreams(nullptr, nullptr);
-    EXPECT_EQ(streamsOf([] { logError("e"); logNormal("n"); }), std::pair(std::string(), std::string()));
+    EXPECT_EQ(streamsOf([] {
+                  logError("e");
+                  logNormal("n");
+              }),
+              std::pair(std::string(), std::string()));
     _setStandardStreams(stderr, stderr);
     const auto [output, error] = streamsOf([] { logNormal("n"); });
     EXPECT_EQ(output, "");
@@ -213,8 +218,9 @@ TEST_F(Log, TheThreadNumberIsLowerCaseHexWithoutPadding) {
 TEST_F(Log, ErrorsAreLoggedByReasonAndDescription) {
     const QString file = logToFile(kLogLevelError);
     CaptureStderr();
-    logNSError({QStringLiteral("d"), 1, {{kLocalizedFailureReasonKey, QStringLiteral("r")},
-                                         {kLocalizedDescriptionKey, QStringLiteral("t")}}});
+    logNSError({QStringLiteral("d"),
+                1,
+                {{kLocalizedFailureReasonKey, QStringLiteral("r")}, {kLocalizedDescriptionKey, QStringLiteral("t")}}});
     GetCapturedStderr();
     EXPECT_TRUE(contentsOf(file).endsWith("Error:\n\"r\" because \"t\"\n"));
 }

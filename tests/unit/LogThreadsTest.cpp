@@ -69,7 +69,8 @@ TEST_F(LogThreads, NoLineIsLostWhileTheFileIsReplaced) {
 }
 
 TEST_F(LogThreads, OneThreadReplacesAGrownFileWhileTheOthersGoOn) {
-    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), home.path(), QStringLiteral("Q"), QStringLiteral("Q"));
+    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), home.path(),
+                                      QStringLiteral("Q"), QStringLiteral("Q"));
     ASSERT_EQ(::truncate(QFile::encodeName(file).constData(), kMaxLogFileLength + 1), 0);
     platform.clock.set(platform.clock.now() + std::chrono::seconds(1));
     logFromManyThreads();

@@ -1,10 +1,10 @@
+#include "fakes/FakePlatform.h"
 #include "platform/Clock.h"
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
 #include "platform/linux/LinuxMainThread.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxWorkspace.h"
-#include "fakes/FakePlatform.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 #include "utils/CurrentThread.h"
@@ -87,7 +87,10 @@ TEST(MainThreadTest, CallsAreMadeInOrderByTheEventLoop) {
 TEST(MainThreadTest, TheFakeIsPumpedByHand) {
     test::FakeMainThread mainThread;
     int made = 0;
-    mainThread.post([&] { ++made; mainThread.post([&] { ++made; }); });
+    mainThread.post([&] {
+        ++made;
+        mainThread.post([&] { ++made; });
+    });
     EXPECT_EQ(made, 0);
     EXPECT_EQ(mainThread.pump(), 2);
     EXPECT_EQ(made, 2);
@@ -121,7 +124,8 @@ TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
     const test::TemporaryHome home;
     const test::FakePropertyList propertyList;
     const LinuxWorkspace workspace(propertyList);
-    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), QStringList({home.path(QStringLiteral("Applications"))}));
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User),
+              QStringList({home.path(QStringLiteral("Applications"))}));
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), QStringList({QStringLiteral("/Applications")}));
 }
 

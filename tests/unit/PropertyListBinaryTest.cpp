@@ -77,23 +77,24 @@ TEST(PropertyListBinary, LongLengthsFollowAsNumbers) {
 }
 
 TEST(PropertyListBinary, SixteenByteIntegersHoldWhatEightCannot) {
-    EXPECT_EQ(value("\x14" + QByteArray(8, '\0') + QByteArray(8, '\xFF')), QVariant(std::numeric_limits<quint64>::max()));
+    EXPECT_EQ(value("\x14" + QByteArray(8, '\0') + QByteArray(8, '\xFF')),
+              QVariant(std::numeric_limits<quint64>::max()));
     EXPECT_EQ(value("\x14" + QByteArray(15, '\0') + '\5'), QVariant(5LL));
     EXPECT_EQ(value("\x14" + QByteArray(16, '\xFF')), QVariant(-1LL));
     EXPECT_FALSE(value("\x14" + QByteArray(7, '\0') + '\1' + QByteArray(8, '\0')).isValid());
 }
 
 TEST(PropertyListBinary, ObjectsThatAreNoValuesAreRefused) {
-    EXPECT_TRUE(isRefused({{bytes({0x00})}}));                 // null
-    EXPECT_TRUE(isRefused({{bytes({0x0F})}}));                 // fill
+    EXPECT_TRUE(isRefused({{bytes({0x00})}}));                     // null
+    EXPECT_TRUE(isRefused({{bytes({0x0F})}}));                     // fill
     EXPECT_TRUE(isRefused({{bytes({0x15}) + QByteArray(32, 0)}})); // an integer of 32 bytes
-    EXPECT_TRUE(isRefused({{bytes({0x21, 0, 0})}}));           // a real of two bytes
-    EXPECT_TRUE(isRefused({{bytes({0x32, 0, 0, 0, 0})}}));     // a date of four bytes
+    EXPECT_TRUE(isRefused({{bytes({0x21, 0, 0})}}));               // a real of two bytes
+    EXPECT_TRUE(isRefused({{bytes({0x32, 0, 0, 0, 0})}}));         // a date of four bytes
     EXPECT_TRUE(isRefused({{bytes({0x71, 'a'})}}));
     EXPECT_TRUE(isRefused({{bytes({0xC0})}}));
     EXPECT_TRUE(isRefused({{bytes({0xF0})}}));
-    EXPECT_TRUE(isRefused({{bytes({0x51, 0xE9})}}));           // no ASCII
-    EXPECT_TRUE(isRefused({{bytes({0x61, 0xD8, 0x3D})}}));     // half a surrogate pair
+    EXPECT_TRUE(isRefused({{bytes({0x51, 0xE9})}}));                   // no ASCII
+    EXPECT_TRUE(isRefused({{bytes({0x61, 0xD8, 0x3D})}}));             // half a surrogate pair
     EXPECT_TRUE(isRefused({{bytes({0x87, 1, 0, 0, 0, 0, 0, 0, 0})}})); // an identifier of more than 32 bits
 }
 
@@ -183,7 +184,8 @@ TEST(PropertyListBinary, NestingIsBounded) {
 }
 
 TEST(PropertyListBinary, EveryTruncationOfADocumentIsRefused) {
-    const QByteArray document = Document{{bytes({0xD1, 1, 2}), bytes({0x51, 'k'}), bytes({0x53, 'a', 'b', 'c'})}}.bytes();
+    const QByteArray document =
+        Document{{bytes({0xD1, 1, 2}), bytes({0x51, 'k'}), bytes({0x53, 'a', 'b', 'c'})}}.bytes();
     ASSERT_TRUE(LinuxPropertyList().parse(document).isValid());
     for (qsizetype length = 0; length < document.size(); ++length) {
         EXPECT_FALSE(LinuxPropertyList().parse(document.left(length)).isValid()) << length;

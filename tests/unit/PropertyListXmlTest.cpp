@@ -29,7 +29,8 @@ TEST(PropertyListXml, EachTypeHasItsValue) {
     EXPECT_EQ(value("<data>\n\tYWJj\n</data>"), QVariant(QByteArray("abc")));
     EXPECT_EQ(value("<date>2024-03-05T14:15:02Z</date>"), QVariant(QDateTime({2024, 3, 5}, {14, 15, 2}, Qt::UTC)));
     EXPECT_EQ(value("<array><true/><string/></array>"), QVariant(QVariantList({true, QString()})));
-    EXPECT_EQ(value("<dict><key>a</key><integer>1</integer></dict>"), QVariant(QVariantMap({{QStringLiteral("a"), 1LL}})));
+    EXPECT_EQ(value("<dict><key>a</key><integer>1</integer></dict>"),
+              QVariant(QVariantMap({{QStringLiteral("a"), 1LL}})));
 }
 
 TEST(PropertyListXml, BooleansAreNotNumbers) {
@@ -63,8 +64,12 @@ TEST(PropertyListXml, UnknownAndBrokenReferencesAreRefused) {
 }
 
 TEST(PropertyListXml, EntitiesOfTheDocumentItselfAreNotExpanded) {
-    EXPECT_FALSE(parse("<!DOCTYPE plist [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]><plist><string>&b;</string></plist>").isValid());
-    EXPECT_FALSE(parse("<!DOCTYPE plist [<!ENTITY f SYSTEM \"file:///etc/passwd\">]><plist><string>&f;</string></plist>").isValid());
+    EXPECT_FALSE(
+        parse("<!DOCTYPE plist [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]><plist><string>&b;</string></plist>")
+            .isValid());
+    EXPECT_FALSE(
+        parse("<!DOCTYPE plist [<!ENTITY f SYSTEM \"file:///etc/passwd\">]><plist><string>&f;</string></plist>")
+            .isValid());
 }
 
 TEST(PropertyListXml, CommentsAndCharacterDataSectionsAreUnderstood) {
@@ -80,7 +85,8 @@ TEST(PropertyListXml, IntegersReachFromMinus2To63To2To64) {
     EXPECT_EQ(value("<integer>18446744073709551615</integer>"), QVariant(std::numeric_limits<quint64>::max()));
     EXPECT_EQ(value("<integer> +0x1F </integer>"), QVariant(31LL));
     EXPECT_EQ(value("<integer>-0</integer>"), QVariant(0LL));
-    for (const char *number : {"", "-", "x", "1x", "1.5", "18446744073709551616", "-9223372036854775809", "0x", "--1", "1 2"}) {
+    for (const char *number :
+         {"", "-", "x", "1x", "1.5", "18446744073709551616", "-9223372036854775809", "0x", "--1", "1 2"}) {
         EXPECT_TRUE(isRefused(QByteArray("<integer>") + number + "</integer>")) << number;
     }
 }
@@ -109,27 +115,30 @@ TEST(PropertyListXml, BrokenBase64IsRefused) {
 }
 
 TEST(PropertyListXml, ALaterEntryOfOneKeyReplacesTheEarlier) {
-    EXPECT_EQ(value("<dict><key>a</key><true/><key>a</key><false/></dict>").toMap().value(QStringLiteral("a")), QVariant(false));
+    EXPECT_EQ(value("<dict><key>a</key><true/><key>a</key><false/></dict>").toMap().value(QStringLiteral("a")),
+              QVariant(false));
 }
 
 TEST(PropertyListXml, MalformedStructureIsRefused) {
-    for (const char *element : {"<dict><key>a</key></dict>", "<dict><string>a</string><true/></dict>", "<dict><true/></dict>",
-                                "<dict><key>a<b/></key><true/></dict>", "<array><odd/></array>", "<string><b/></string>",
-                                "<key>a</key>", "<odd/>", "", "<true/><false/>", "<dict><key>a</key><odd/></dict>"}) {
+    for (const char *element :
+         {"<dict><key>a</key></dict>", "<dict><string>a</string><true/></dict>", "<dict><true/></dict>",
+          "<dict><key>a<b/></key><true/></dict>", "<array><odd/></array>", "<string><b/></string>", "<key>a</key>",
+          "<odd/>", "", "<true/><false/>", "<dict><key>a</key><odd/></dict>"}) {
         EXPECT_TRUE(isRefused(element)) << element;
     }
 }
 
 TEST(PropertyListXml, TruncatedAndForeignDocumentsAreRefused) {
     for (const char *document : {"", " ", "x", "<", "<plist>", "<plist><dict>", "<plist><string>a</plist>", "<html/>",
-                                 "<plist/>", "<plist version=\"1.0\"></plist>", "<plist><true/></plist><plist><true/></plist>",
-                                 "{ a = b; }", "<string>a</string>"}) {
+                                 "<plist/>", "<plist version=\"1.0\"></plist>",
+                                 "<plist><true/></plist><plist><true/></plist>", "{ a = b; }", "<string>a</string>"}) {
         EXPECT_FALSE(parse(document).isValid()) << document;
     }
 }
 
 TEST(PropertyListXml, EveryTruncationOfADocumentIsRefused) {
-    const QByteArray document = "<plist version=\"1.0\"><dict><key>a</key><array><string>b</string></array></dict></plist>";
+    const QByteArray document =
+        "<plist version=\"1.0\"><dict><key>a</key><array><string>b</string></array></dict></plist>";
     ASSERT_TRUE(parse(document).isValid());
     for (qsizetype length = 0; length < document.size(); ++length) {
         EXPECT_FALSE(parse(document.left(length)).isValid()) << length;
@@ -145,16 +154,15 @@ TEST(PropertyListXml, BadUtf8AndZeroBytesAreRefused) {
 }
 
 TEST(PropertyListXml, Utf16AndByteOrderMarksAreUnderstood) {
-    const QString document = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>é📄</string></plist>");
-    const QByteArray utf16 = QByteArray("\xFF\xFE", 2) +
-                             QByteArray(reinterpret_cast<const char *>(document.utf16()), document.size() * 2);
+    const QString document =
+        QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><string>é📄</string></plist>");
+    const QByteArray utf16 =
+        QByteArray("\xFF\xFE", 2) + QByteArray(reinterpret_cast<const char *>(document.utf16()), document.size() * 2);
     EXPECT_EQ(parse(utf16), QVariant(QStringLiteral("é📄")));
     EXPECT_EQ(parse("\xEF\xBB\xBF<plist><string>é</string></plist>"), QVariant(QStringLiteral("é")));
 }
 
-QByteArray nested(int depth) {
-    return QByteArray("<array>").repeated(depth) + QByteArray("</array>").repeated(depth);
-}
+QByteArray nested(int depth) { return QByteArray("<array>").repeated(depth) + QByteArray("</array>").repeated(depth); }
 
 TEST(PropertyListXml, NestingIsBounded) {
     EXPECT_TRUE(value(nested(PropertyList::kMaximumDepth)).isValid());

@@ -1,6 +1,6 @@
+#include "utils/Version.h"
 #include "fakes/FakePlatform.h"
 #include "support/QtPrinters.h"
-#include "utils/Version.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,9 @@ namespace {
 class Version : public testing::Test {
 protected:
     QString version(bool withBuild) { return versionOfBundleAsString(platform.bundle, 1303, withBuild); }
-    void tell(const char *key, const QVariant &value) { platform.bundle.information.insert(QString::fromLatin1(key), value); }
+    void tell(const char *key, const QVariant &value) {
+        platform.bundle.information.insert(QString::fromLatin1(key), value);
+    }
 
     test::FakePlatform platform;
 };

@@ -14,7 +14,8 @@ LinuxBundle::LinuxBundle(QString path, QStringList languages, const PropertyList
     while (m_path.size() > 1 && m_path.endsWith(u'/')) {
         m_path.chop(1);
     }
-    m_resourcePath = m_path.endsWith(u".app", Qt::CaseInsensitive) ? m_path + QStringLiteral("/Contents/Resources") : m_path;
+    m_resourcePath =
+        m_path.endsWith(u".app", Qt::CaseInsensitive) ? m_path + QStringLiteral("/Contents/Resources") : m_path;
 }
 
 QString LinuxBundle::pathForResource(const QString &name, const QString &type) const {
@@ -80,7 +81,8 @@ QStringList LinuxBundle::preferredLanguages() {
     if (language.isEmpty() || language == u"C" || language == u"POSIX") {
         return {};
     }
-    const QStringList wantedLanguages = qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts) + QStringList{language};
+    const QStringList wantedLanguages =
+        qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts) + QStringList{language};
     QStringList languages;
     for (const QString &wanted : wantedLanguages) {
         // A name with a slash would lead out of the resources folder.

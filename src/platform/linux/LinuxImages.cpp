@@ -12,8 +12,8 @@ namespace {
 constexpr size_t kLargestBlock = size_t{4096} * (4096 * 4 * 2 + 1);
 
 void *resizedBlock(void *block, size_t size) {
-    return size <= kLargestBlock ? std::realloc(block, size)
-                                 : nullptr; // NOLINT: the decoder asks for malloc's contract
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): the decoder asks for malloc's contract
+    return size <= kLargestBlock ? std::realloc(block, size) : nullptr;
 }
 
 } // namespace

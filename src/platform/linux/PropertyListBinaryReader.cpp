@@ -232,7 +232,7 @@ bool BinaryReader::readArray(Object &target, qint64 at, int depth) {
         }
         list.append(element->value);
     }
-    target.value = std::move(list);
+    target.value = list;
     return true;
 }
 
@@ -255,7 +255,7 @@ bool BinaryReader::readDictionary(Object &target, qint64 at, int depth) {
         // Writers often sort their keys: then the end is the place.
         map.insert(map.cend(), *static_cast<const QString *>(key->value.constData()), value->value);
     }
-    target.value = std::move(map);
+    target.value = map;
     return true;
 }
 

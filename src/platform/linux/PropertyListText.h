@@ -9,8 +9,8 @@
 
 namespace quillmark {
 
-/// The scalar values of an XML property list, from the raw text between their tags. An invalid value or nothing when the
-/// text is malformed.
+/// The scalar values of an XML property list, from the raw text between their tags. An invalid value or nothing when
+/// the text is malformed.
 
 /// Raw UTF-8 with the predefined entities and character references resolved; no other entity is known.
 std::optional<QString> propertyListString(std::string_view raw);

@@ -2,6 +2,7 @@
 #include "platform/linux/PropertyListCost.h"
 #include "platform/linux/PropertyListText.h"
 
+#include <QScopeGuard>
 #include <algorithm>
 #include <cstdlib>
 #include <pugixml.hpp>
@@ -17,7 +18,7 @@ thread_local PropertyListBudget *chargedBudget = nullptr;
 constexpr size_t kSizeHeader = alignof(std::max_align_t);
 
 void *allocateCharged(size_t size) {
-    const auto bytes = static_cast<qint64>(size + kSizeHeader);
+    const qint64 bytes = static_cast<qint64>(size) + static_cast<qint64>(kSizeHeader);
     if (chargedBudget == nullptr || !chargedBudget->take(bytes)) {
         return nullptr;
     }
@@ -148,11 +149,11 @@ QVariant Converter::dictionary(pugi::xml_node element, int depth) {
         std::string joined;
         const auto raw = std::string_view(key.name()) == "key" && child ? textOf(key, joined) : std::nullopt;
         const auto name = raw && m_budget.take(cost::kEntry) ? string(*raw) : std::nullopt;
-        QVariant entry = name ? value(child, depth + 1) : QVariant();
+        const QVariant entry = name ? value(child, depth + 1) : QVariant();
         if (!entry.isValid()) {
             return {};
         }
-        map.insert(map.cend(), *name, std::move(entry)); // the place when the keys are sorted, as they often are
+        map.insert(map.cend(), *name, entry); // the place when the keys are sorted, as they often are
     }
     return map;
 }
@@ -201,11 +202,8 @@ QVariant parseXmlPropertyList(QByteArray document) {
     if (document.isEmpty() || !budget.take(document.size())) {
         return {};
     }
-    struct Charge {
-        explicit Charge(PropertyListBudget &budget) { chargedBudget = &budget; }
-        ~Charge() { chargedBudget = nullptr; }
-    };
-    const Charge charge(budget);
+    chargedBudget = &budget;
+    const auto endOfCharge = qScopeGuard([] { chargedBudget = nullptr; });
     constexpr unsigned int kFlags =
         pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
     pugi::xml_document xml;
