@@ -69,5 +69,11 @@ TEST(ImageRegression, ALittleMoreDataThanThePictureTakesIsIgnored) {
     EXPECT_EQ(image->rgba, QByteArray(4, '\0'));
 }
 
+TEST(ImageRegression, ABitmapWithoutRowsIsNoPicture) {
+    const QByteArray header = "BM" + QByteArray(8, '\0') + QByteArray::fromHex("3600000028000000") +
+                              QByteArray::fromHex("01000000") + QByteArray(4, '\0') + QByteArray::fromHex("01001800");
+    EXPECT_FALSE(decodeImage(header + QByteArray(100, '\0'), QString()).has_value());
+}
+
 } // namespace
 } // namespace quillmark

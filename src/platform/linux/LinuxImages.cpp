@@ -45,7 +45,8 @@ std::optional<Image> decodeImage(const QByteArray &bytes, const QString &name) {
     int height = 0;
     stbi_uc *pixels = stbi_load_from_memory(reinterpret_cast<const stbi_uc *>(bytes.constData()), // NOLINT: bytes
                                             static_cast<int>(bytes.size()), &width, &height, nullptr, kChannels);
-    if (pixels == nullptr) {
+    if (pixels == nullptr || width < 1 || height < 1) { // a bitmap without rows is decoded, too
+        stbi_image_free(pixels);
         return std::nullopt;
     }
     Image image{name, width, height, {}};
