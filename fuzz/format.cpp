@@ -35,6 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     FuzzedDataProvider input(data, size);
     std::vector<FormatArgument> arguments;
     const int count = input.ConsumeIntegralInRange(0, 20);
+    arguments.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
         arguments.push_back(anyArgument(input));
     }

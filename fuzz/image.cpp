@@ -14,7 +14,7 @@ namespace {
 /// tenth of a second.
 bool isLargeBitmap(const QByteArray &bytes) {
     constexpr int kSizeAt = 18;
-    constexpr qint64 kManyPixels = 256 * 256;
+    constexpr qint64 kManyPixels = 1 << 16;
     if (!bytes.startsWith("BM") || bytes.size() < kSizeAt + 8) {
         return false;
     }
