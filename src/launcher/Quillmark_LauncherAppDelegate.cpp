@@ -15,7 +15,7 @@
 namespace quillmark {
 
 Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings)
-    : m_platform(platform), m_strings(strings), m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
+    : m_platform(platform), m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
 
 void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     readConfiguration();

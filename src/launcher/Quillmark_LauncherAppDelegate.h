@@ -32,7 +32,6 @@ private:
     void setUpLogging();
 
     const Platform &m_platform;
-    LocalizedStrings &m_strings;
     const QString m_productName;
     QVariantMap config;
     QStringList m_staleBundles;

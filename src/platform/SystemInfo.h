@@ -1,11 +1,19 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QtGlobal>
 #include <optional>
-#include <string>
+#include <vector>
 
 namespace quillmark {
+
+/// The three numbers of an operating system's version.
+struct SystemVersion {
+    std::optional<qint32> major;
+    std::optional<qint32> minor;
+    std::optional<qint32> bugfix;
+};
 
 /// Facts about this process and the system that it runs on.
 class SystemInfo {
@@ -17,6 +25,19 @@ public:
     virtual QString processName() const = 0;
     /// The calling thread's number in the system's own count.
     virtual quint32 currentThreadNumber() const = 0;
+    /// The system's version; a number that can't be read is absent, and so are those behind it.
+    virtual SystemVersion systemVersion() const = 0;
+    /// Whether the processor is of Intel's kind; absent when that can't be told.
+    virtual std::optional<bool> isIntel() const = 0;
+    /// The version of the window library that macOS would report; newer ones have larger numbers.
+    virtual double appKitVersion() const = 0;
+
+    /// Writes the host name, cut to `size` bytes, without a zero byte when it is cut. \returns false when there is
+    /// none.
+    virtual bool readHostName(char *buffer, size_t size) const = 0;
+    /// The IPv4 addresses of a host, each in network byte order, in the resolver's order; none when it is unknown.
+    virtual std::vector<quint32> ipv4Addresses(const QByteArray &hostName) const = 0;
+
     /// True while a debugger or another tracer is attached to this process.
     virtual bool isTraced() const = 0;
     /// The system's text for an error number, or nothing when it has none.

@@ -5,12 +5,15 @@
 #include <cstdint>
 #include <fmt/format.h>
 #include <fmt/printf.h>
+#include <utility>
 
 namespace quillmark {
 
 namespace {
 
 constexpr size_t kMaximumArguments = 16;
+/// Widths and precisions beyond it make a format malformed: a translation's slip must not take gigabytes.
+constexpr size_t kWidestField = 4096;
 
 /// Where a conversion's argument stands: the text between '%' and the conversion letter, and the letter's place.
 struct Conversion {
@@ -26,9 +29,11 @@ std::optional<Conversion> conversionAt(std::string_view format, size_t percent) 
     for (; conversion.letter < format.size(); ++conversion.letter) {
         const char character = format[conversion.letter];
         if (character >= '0' && character <= '9') {
-            number = std::min<size_t>(number * 10 + static_cast<size_t>(character - '0'), kMaximumArguments + 1);
+            number = std::min<size_t>(number * 10 + static_cast<size_t>(character - '0'), kWidestField + 1);
+        } else if (number > kWidestField) {
+            return std::nullopt;
         } else if (character == '$') {
-            conversion.position = number;
+            conversion.position = std::exchange(number, 0);
         } else if (character == '*') {
             ++conversion.stars;
         } else if (std::string_view("-+ #.hlqjzt").find(character) == std::string_view::npos) {
@@ -43,6 +48,7 @@ std::optional<Conversion> conversionAt(std::string_view format, size_t percent) 
 struct Plan {
     std::string format;                             ///< with %s in place of %@, without modifiers that fmt doesn't know
     std::array<bool, kMaximumArguments> isObject{}; ///< arguments that %@ prints
+    std::array<bool, kMaximumArguments> isWidth{};  ///< arguments that * takes
 };
 
 /// Rewrites the conversions that fmt doesn't have.
@@ -76,6 +82,9 @@ std::optional<Plan> planFor(std::string_view format) {
             return std::nullopt;
         }
         plan.isObject[argument] = letter == '@';
+        for (size_t star = 1; star <= conversion->stars && star <= argument; ++star) {
+            plan.isWidth[argument - star] = true;
+        }
     }
     return plan;
 }
@@ -89,6 +98,12 @@ std::string textOf(const FormatArgument &argument) {
 PrintfArgument printfArgument(const FormatArgument &argument) {
     return std::visit([](const auto &value) { return fmt::detail::make_arg<fmt::printf_context>(value); },
                       argument.value());
+}
+
+bool isFieldWidth(const FormatArgument &argument) {
+    const auto *width = std::get_if<qlonglong>(&argument.value());
+    constexpr qlonglong kWidest = kWidestField;
+    return width != nullptr && *width >= -kWidest && *width <= kWidest;
 }
 
 bool isText(const FormatArgument &argument) { return std::holds_alternative<std::string_view>(argument.value()); }
@@ -110,6 +125,9 @@ std::optional<std::string> tryFormat(const FormatText &format, FormatArguments a
     std::array<std::string, kMaximumArguments> objectTexts;
     size_t count = 0;
     for (const FormatArgument &argument : arguments) {
+        if (plan->isWidth[count] && !isFieldWidth(argument)) {
+            return std::nullopt;
+        }
         if (plan->isObject[count] && !isText(argument)) {
             objectTexts[count] = textOf(argument);
             values[count] = fmt::detail::make_arg<fmt::printf_context>(std::string_view(objectTexts[count]));

@@ -71,6 +71,17 @@ TEST_F(Format, ATextNeverReachesANumberConversionAsAPointer) {
     testing::internal::GetCapturedStderr();
 }
 
+TEST_F(Format, AFieldThatWouldTakeMegabytesIsRefused) {
+    logToFile(kLogLevelError);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(formatted("%4096d", 1).size(), 4096);
+    EXPECT_EQ(formatted("%4097d", 1), QStringLiteral("%4097d"));
+    EXPECT_EQ(formatted("%.999999999f", 1.0), QStringLiteral("%.999999999f"));
+    EXPECT_EQ(formatted("%*d", 999999999, 1), QStringLiteral("%*d"));
+    EXPECT_EQ(formatted("%*d", QStringLiteral("wide"), 1), QStringLiteral("%*d"));
+    testing::internal::GetCapturedStderr();
+}
+
 TEST_F(Format, MoreThanSixteenArgumentsAreRefused) {
     logToFile(kLogLevelError);
     testing::internal::CaptureStderr();

@@ -34,22 +34,25 @@ TEST(NativePlatform, TellsTheTime) {
     EXPECT_GT(nativePlatform().clock.now(), now);
 }
 
-TEST(SystemInfo, KnowsTheProcess) {
-    const LinuxSystemInfo info;
+class SystemInfoTest : public testing::Test {
+protected:
+    const test::FakePropertyList propertyList;
+    const LinuxSystemInfo info{propertyList};
+};
+
+TEST_F(SystemInfoTest, KnowsTheProcess) {
     EXPECT_EQ(info.processIdentifier(), ::getpid());
     EXPECT_EQ(info.processName(), QStringLiteral("quillmark_unit_tests"));
 }
 
-TEST(SystemInfo, ThreadsHaveNumbersOfTheirOwn) {
-    const LinuxSystemInfo info;
+TEST_F(SystemInfoTest, ThreadsHaveNumbersOfTheirOwn) {
     EXPECT_EQ(info.currentThreadNumber(), static_cast<quint32>(::gettid()));
     quint32 other = 0;
     std::thread([&] { other = info.currentThreadNumber(); }).join();
     EXPECT_NE(other, info.currentThreadNumber());
 }
 
-TEST(SystemInfo, ErrorNumbersHaveTextsWhenTheSystemKnowsThem) {
-    const LinuxSystemInfo info;
+TEST_F(SystemInfoTest, ErrorNumbersHaveTextsWhenTheSystemKnowsThem) {
     EXPECT_EQ(info.posixErrorText(ENOENT), QStringLiteral("No such file or directory"));
     EXPECT_EQ(info.posixErrorText(0), QStringLiteral("Success"));
     EXPECT_FALSE(info.posixErrorText(99999));

@@ -8,6 +8,7 @@ class LinuxClock final : public Clock {
 public:
     Time now() const override;
     void sleep(std::chrono::microseconds duration) override;
+    bool waitUntil(std::condition_variable &condition, std::unique_lock<std::mutex> &lock, Time deadline) override;
 };
 
 } // namespace quillmark

@@ -28,7 +28,7 @@ struct LinuxBackends {
     LinuxImages images;
     LinuxMainThread mainThread;
     LinuxPropertyList propertyList;
-    LinuxSystemInfo systemInfo;
+    LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
     LinuxWorkspace workspace{propertyList};

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <sys/types.h>
+
+namespace quillmark {
+
+/// Files by their paths. Made once a thread and not to be shared.
+class FileManager {
+public:
+    FileManager() = default;
+    FileManager(const FileManager &) = delete;
+    FileManager &operator=(const FileManager &) = delete;
+    ~FileManager() = default;
+
+    /// True when there is something at the path; links are followed.
+    bool fileExists(const QString &path) const;
+
+    /// Creates a folder with all folders above it; the mode applies to each, less the user's mask. One that is there
+    /// already is fine.
+    /// \returns 0, or the errno of the folder that could not be created.
+    int createFolder(const QString &path, mode_t mode) const;
+};
+
+/// The calling thread's file manager, made at the thread's first call and gone with the thread.
+FileManager &__QMCurrentThreadFileManager();
+
+} // namespace quillmark
