@@ -1,0 +1,132 @@
+#include "support/LogFixture.h"
+#include "utils/ConditionLock+Waitable.h"
+
+#include <QRegularExpression>
+#include <atomic>
+#include <thread>
+#include <vector>
+
+namespace quillmark {
+namespace {
+
+using std::chrono::seconds;
+
+/// Locks in virtual time.
+class Waitable : public test::LogFixture {
+protected:
+    Clock::Time in(int count) const { return platform.clock.now() + seconds(count); }
+};
+
+TEST_F(Waitable, ALockBeginsWithItsCondition) {
+    const auto lock = condition(7, QStringLiteral("n"));
+    EXPECT_TRUE(isCondition(*lock, 7));
+    EXPECT_FALSE(isCondition(*lock, 8));
+    EXPECT_EQ(lock->name(), QStringLiteral("n"));
+}
+
+TEST_F(Waitable, SignallingAnswersTheConditionBefore) {
+    const auto lock = condition(0);
+    EXPECT_EQ(signalIncCondition(*lock), 0);
+    EXPECT_TRUE(isCondition(*lock, 1));
+    EXPECT_EQ(signalCondition(*lock, -5), 1);
+    EXPECT_EQ(signalDecCondition(*lock), -5);
+    EXPECT_TRUE(isCondition(*lock, -6));
+}
+
+TEST_F(Waitable, WaitingForTheConditionThatIsThereReturnsAtOnceAndLeavesIt) {
+    const auto lock = condition(3);
+    waitCondition(*lock, 3);
+    EXPECT_TRUE(isCondition(*lock, 3));
+    EXPECT_EQ(platform.clock.now(), in(0));
+}
+
+TEST_F(Waitable, AWaitOf25SecondsLeavesTwoLinesInTheLog) {
+    const QString file = logToFile(kLogLevelDetailed);
+    const auto lock = condition(0, QStringLiteral("repair"));
+    const Clock::Time arrival = in(25);
+    platform.clock.at(arrival, [&] { signalCondition(*lock, 1); });
+    waitCondition(*lock, 1);
+    EXPECT_EQ(platform.clock.now(), arrival);
+    const QRegularExpression form(
+        QStringLiteral("^Waiting for condition 1 in <ConditionLock: 0x[0-9a-f]+> \"repair\"$"));
+    ASSERT_EQ(messagesOf(file).size(), 2);
+    EXPECT_TRUE(form.match(messagesOf(file)[0]).hasMatch()) << messagesOf(file)[0].toStdString();
+    EXPECT_TRUE(form.match(messagesOf(file)[1]).hasMatch());
+}
+
+TEST_F(Waitable, ALockWithoutANameSaysSo) {
+    const QString file = logToFile(kLogLevelDetailed);
+    const auto lock = condition(0);
+    platform.clock.at(in(11), [&] { signalCondition(*lock, 1); });
+    waitCondition(*lock, 1);
+    EXPECT_TRUE(messagesOf(file).first().endsWith(QStringLiteral("\"(null)\"")));
+}
+
+TEST_F(Waitable, AnotherConditionDoesNotEndTheWait) {
+    const auto lock = condition(0);
+    platform.clock.at(in(1), [&] { signalCondition(*lock, 5); });
+    platform.clock.at(in(2), [&] { signalCondition(*lock, 1); });
+    waitCondition(*lock, 1);
+    EXPECT_EQ(platform.clock.now(), Clock::Time(std::chrono::microseconds(1709648102123456)) + seconds(2));
+}
+
+TEST_F(Waitable, ADeadlineEndsTheWait) {
+    const auto lock = condition(0);
+    EXPECT_FALSE(waitCondition(*lock, 1, in(4)));
+    signalCondition(*lock, 2); // the lock is not held
+    platform.clock.at(in(3), [&] { signalCondition(*lock, 1); });
+    EXPECT_TRUE(waitCondition(*lock, 1, in(4)));
+    signalCondition(*lock, 2);
+}
+
+TEST_F(Waitable, ADeadlineInThePastOnlyLooks) {
+    const auto lock = condition(0);
+    EXPECT_FALSE(waitCondition(*lock, 1, in(-1)));
+    EXPECT_TRUE(waitCondition(*lock, 0, in(-1)));
+}
+
+/// Locks in real time, between real threads.
+class WaitableThreads : public testing::Test {};
+
+TEST_F(WaitableThreads, NoChangeIsLostBetweenThem) {
+    const auto lock = condition(0);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 8; ++thread) {
+        threads.emplace_back([&lock, thread] {
+            for (int i = 0; i < 5000; ++i) {
+                thread % 4 == 0 ? signalDecCondition(*lock) : signalIncCondition(*lock);
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_TRUE(isCondition(*lock, 6 * 5000 - 2 * 5000));
+}
+
+TEST_F(WaitableThreads, EveryWaiterWakesForItsOwnCondition) {
+    const auto lock = condition(0);
+    std::atomic<int> woken{0};
+    std::vector<std::thread> threads;
+    for (int value = 1; value <= 4; ++value) {
+        threads.emplace_back([&, value] {
+            waitCondition(*lock, value);
+            ++woken;
+            signalIncCondition(*lock);
+        });
+    }
+    signalCondition(*lock, 1);
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(woken, 4);
+    EXPECT_TRUE(isCondition(*lock, 5));
+}
+
+TEST_F(WaitableThreads, ARealDeadlineComes) {
+    const auto lock = condition(0);
+    EXPECT_FALSE(waitCondition(*lock, 1, nativePlatform().clock.now() + std::chrono::milliseconds(5)));
+}
+
+} // namespace
+} // namespace quillmark

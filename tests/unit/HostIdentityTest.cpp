@@ -1,0 +1,96 @@
+#include "utils/HostIdentity.h"
+#include "support/LogFixture.h"
+
+#include <arpa/inet.h>
+
+namespace quillmark {
+namespace {
+
+class HostIdentity : public test::LogFixture {
+protected:
+    void know(const char *host, std::initializer_list<const char *> addresses) {
+        std::vector<quint32> &known = platform.systemInfo.addresses[QString::fromLatin1(host)];
+        for (const char *address : addresses) {
+            known.push_back(::inet_addr(address));
+        }
+    }
+    static bool same(const char *a, const char *b) {
+        return areHostnamesSameMachine(QString::fromLatin1(a), QString::fromLatin1(b));
+    }
+};
+
+TEST_F(HostIdentity, ALocalNameGetsItsRootDotAndOthersStay) {
+    for (const auto &[name, result] : {std::pair("office-mac.local", "office-mac.local."),
+                                       {"office", "office"},
+                                       {"office.example.com", "office.example.com"},
+                                       {"a.Local", "a.Local"},
+                                       {".local", ".local."}}) {
+        platform.systemInfo.hostName = QString::fromLatin1(name);
+        EXPECT_EQ(getThisMachinesHostname(), QString::fromLatin1(result));
+    }
+}
+
+TEST_F(HostIdentity, TheShortNameEndsAtTheFirstDot) {
+    platform.systemInfo.hostName = QStringLiteral("office.example.com");
+    EXPECT_EQ(getThisMachinesName(), QStringLiteral("office"));
+    platform.systemInfo.hostName = QStringLiteral("office");
+    EXPECT_EQ(getThisMachinesName(), QStringLiteral("office"));
+}
+
+TEST_F(HostIdentity, AFailureIsLoggedAndLeavesAnEmptyName) {
+    const QString file = logToFile(kLogLevelError);
+    platform.systemInfo.hasHostName = false;
+    platform.systemInfo.hostName = QString();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(getThisMachinesHostname(), QString());
+    EXPECT_EQ(getThisMachinesName(), QString());
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(messagesOf(file), QStringList(2, QStringLiteral("gethostname() failed")));
+}
+
+TEST_F(HostIdentity, ANameOf300CharactersIsCutTo255) {
+    platform.systemInfo.hostName = QString(300, u'h');
+    EXPECT_EQ(getThisMachinesHostname(), QString(255, u'h'));
+}
+
+TEST_F(HostIdentity, AddressesComeInTheResolversOrder) {
+    know("host", {"10.0.0.2", "10.0.0.1"});
+    EXPECT_EQ(ipAddressesFromHostname(QStringLiteral("host")),
+              QStringList({QStringLiteral("10.0.0.2"), QStringLiteral("10.0.0.1")}));
+    EXPECT_EQ(ipAddressesFromHostname(QStringLiteral("unknown")), QStringList());
+}
+
+TEST_F(HostIdentity, AnAddressInNetworkOrderIsDottedDecimal) {
+    EXPECT_EQ(_stringFromIPAddress(htonl(0x0A000001)), QStringLiteral("10.0.0.1"));
+    EXPECT_EQ(_stringFromIPAddress(0xFFFFFFFF), QStringLiteral("255.255.255.255"));
+}
+
+TEST_F(HostIdentity, EqualNamesAreOneMachineWithoutAnyLookup) {
+    EXPECT_TRUE(same("unknown", "unknown"));
+    EXPECT_TRUE(same("", ""));
+    EXPECT_TRUE(platform.systemInfo.lookups.isEmpty());
+}
+
+TEST_F(HostIdentity, NamesThatDifferInLetterCaseAndDoNotResolveAreTwoMachines) {
+    EXPECT_FALSE(same("Office", "office"));
+}
+
+TEST_F(HostIdentity, OneSharedAddressMakesOneMachine) {
+    know("a", {"10.0.0.1", "10.0.0.2"});
+    know("b", {"10.0.0.3", "10.0.0.2"});
+    know("c", {"10.0.0.4"});
+    EXPECT_TRUE(same("a", "b"));
+    EXPECT_FALSE(same("a", "c"));
+    EXPECT_FALSE(same("a", "unknown"));
+    EXPECT_FALSE(same("unknown", "a"));
+}
+
+TEST_F(HostIdentity, TheSecondNameIsResolvedForEachAddressOfTheFirst) {
+    know("a", {"10.0.0.1", "10.0.0.2"});
+    same("a", "c");
+    EXPECT_EQ(platform.systemInfo.lookups,
+              QStringList({QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("c")})); // deliberate
+}
+
+} // namespace
+} // namespace quillmark

@@ -1,0 +1,102 @@
+#include "utils/VersionText.h"
+#include "support/LogFixture.h"
+
+#include <csignal>
+#include <limits>
+
+namespace quillmark {
+namespace {
+
+class VersionText : public test::LogFixture {
+protected:
+    static MicrosoftStyleVersion parse(const char *text) {
+        return microsoftStyleVersionFromString(QString::fromUtf8(text));
+    }
+    static MicrosoftStyleVersion version(quint32 major, quint32 minor, quint32 build, quint32 revision) {
+        return {major, minor, build, revision};
+    }
+};
+
+TEST_F(VersionText, FourNumbersAreMajorMinorBuildAndRevision) {
+    EXPECT_EQ(parse("1.14.4 (1303)"), version(1, 14, 4, 1303));
+    EXPECT_EQ(parse("1.14.4.1303"), version(1, 14, 4, 1303));
+    EXPECT_EQ(parse("version 3.1.9.0"), version(3, 1, 9, 0));
+}
+
+TEST_F(VersionText, OneNumberIsTheMajorOne) {
+    EXPECT_EQ(parse("version 5"), version(5, 0, 0, 0));
+    EXPECT_EQ(parse("7"), version(7, 0, 0, 0));
+}
+
+TEST_F(VersionText, OnlyTheFirstLineCounts) {
+    EXPECT_EQ(parse("1.14.4 (1303)\nmore.of.it"), version(1, 14, 4, 1303));
+    EXPECT_EQ(parse("2\n1.2.3.4"), version(2, 0, 0, 0));
+}
+
+TEST_F(VersionText, TheEmptyTextIsZeroWithoutAnError) {
+    const QString file = logToFile(kLogLevelError);
+    EXPECT_EQ(parse(""), version(0, 0, 0, 0));
+    EXPECT_EQ(microsoftStyleVersionFromString(QString()), version(0, 0, 0, 0));
+    EXPECT_EQ(contentsOf(file), "");
+}
+
+TEST_F(VersionText, AnyOtherCountIsLoggedWithTheWholeTextAndGivesZeros) {
+    const QString file = logToFile(kLogLevelError);
+    testing::internal::CaptureStderr();
+    for (const char *text : {"1.14.4", "1.2.3.4.5", "1.2", "1 2 3", "a b"}) {
+        EXPECT_EQ(parse(text), version(0, 0, 0, 0)) << text;
+    }
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(messagesOf(file).first(), QStringLiteral("Failed to extract version from string \"1.14.4\""));
+    EXPECT_EQ(messagesOf(file).size(), 5);
+}
+
+TEST_F(VersionText, TheLettersAAndBAreDroppedWhereverTheyStand) {
+    EXPECT_EQ(parse("1.2.0b3.4"), version(1, 2, 3, 4)); // deliberate: 0b3 becomes 03
+    EXPECT_EQ(parse("1a2"), version(12, 0, 0, 0));
+    EXPECT_EQ(parse("B1"), version(0, 0, 0, 0));
+}
+
+TEST_F(VersionText, TheWordVersionGoesOnlyWithItsBlank) {
+    EXPECT_EQ(parse("version version 4"), version(4, 0, 0, 0));
+    EXPECT_EQ(parse("versions 4"), version(0, 0, 0, 0));
+}
+
+TEST_F(VersionText, PiecesAreTheNumbersTheyBeginWith) {
+    EXPECT_EQ(parse("1x.y2.+3.-4"), version(1, 0, 3, 0));
+    EXPECT_EQ(parse("..."), version(0, 0, 0, 0));
+}
+
+TEST_F(VersionText, NumbersBeyond32BitsAreTheLargest) {
+    EXPECT_EQ(parse("99999999999"), version(std::numeric_limits<quint32>::max(), 0, 0, 0));
+}
+
+TEST_F(VersionText, TheBuildStandsInParenthesesBehindOneBlank) {
+    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("1.14.4 (1303)")), 1303);
+    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("x ((7))")), 7);
+    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("x 8")), 8);
+    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral(" )(")), 0);
+    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("x (-5)")), -5);
+}
+
+TEST_F(VersionText, AComponentsVersionHasExactlyThreePieces) {
+    EXPECT_EQ(parseVersionString(QStringLiteral("2.0.1")), (ComponentVersion{2, 0, 1}));
+    EXPECT_EQ(parseVersionString(QStringLiteral("1.x.3")), (ComponentVersion{1, 0, 3}));
+    EXPECT_EQ(parseVersionString(QStringLiteral(" 1.-2.3b")), (ComponentVersion{1, -2, 3}));
+    EXPECT_EQ(parseVersionString(QStringLiteral("..")), (ComponentVersion{0, 0, 0}));
+    for (const char *text : {"", "1", "1.2", "1.2.3.4"}) {
+        EXPECT_FALSE(parseVersionString(QString::fromLatin1(text))) << text;
+    }
+}
+
+using VersionTextDeathTest = VersionText;
+
+TEST_F(VersionTextDeathTest, AnyOtherNumberOfBlanksEndsTheProcess) {
+    for (const char *text : {"", "1.14.4", "1 2 3", "a  b"}) {
+        EXPECT_EXIT(buildNumberFromVersionStr(QString::fromLatin1(text)), testing::KilledBySignal(SIGABRT),
+                    "ASSERTION ERROR: \\[vAndB count\\] == 2 \\(file \"utils\"");
+    }
+}
+
+} // namespace
+} // namespace quillmark
