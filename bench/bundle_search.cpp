@@ -1,6 +1,6 @@
 /// Finding a bundle by its identifier: listing the folders alone, fts with our property-list reader, ours.
 
-#include "launcher/BundleSearch.h"
+#include "platform/BundleSearch.h"
 #include "platform/linux/LinuxPropertyList.h"
 
 #include <QFile>

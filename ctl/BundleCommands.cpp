@@ -1,7 +1,7 @@
 #include "Command.h"
 
 #include "branding/LocalizedStrings.h"
-#include "launcher/BundleSearch.h"
+#include "platform/BundleSearch.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Platform.h"
 

@@ -1,6 +1,6 @@
 #include "launcher/StaleBundles.h"
 
-#include "launcher/BundleSearch.h"
+#include "platform/BundleSearch.h"
 #include "platform/Workspace.h"
 #include "utils/FormattedText.h"
 

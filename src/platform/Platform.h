@@ -6,6 +6,7 @@ class QString;
 
 namespace quillmark {
 
+class AppleEvents;
 class Application;
 class Bundle;
 class Clock;
@@ -13,11 +14,13 @@ class Images;
 class MainThread;
 class PropertyList;
 class SystemInfo;
+class Tasks;
 class UserDefaults;
 class Workspace;
 
 /// Everything that an operating system must provide, one port a subject.
 struct Platform {
+    AppleEvents &appleEvents;
     Application &application;
     Bundle &mainBundle;
     Clock &clock;
@@ -25,12 +28,14 @@ struct Platform {
     MainThread &mainThread;
     PropertyList &propertyList;
     SystemInfo &systemInfo;
+    Tasks &tasks;
     UserDefaults &userDefaults;
     Workspace &workspace;
 
     /// The same with another main bundle.
     Platform with(Bundle &otherBundle) const {
-        return {application, otherBundle, clock, images, mainThread, propertyList, systemInfo, userDefaults, workspace};
+        return {appleEvents,  application, otherBundle, clock,        images,   mainThread,
+                propertyList, systemInfo,  tasks,       userDefaults, workspace};
     }
 };
 

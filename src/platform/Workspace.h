@@ -1,9 +1,16 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariantMap>
 
 namespace quillmark {
+
+/// Keys of a launched-application record: the bundle's identifier and path, and the process's number.
+inline constexpr QLatin1StringView kApplicationBundleIdentifier("NSApplicationBundleIdentifier");
+inline constexpr QLatin1StringView kApplicationPath("NSApplicationPath");
+inline constexpr QLatin1StringView kApplicationProcessIdentifier("NSApplicationProcessIdentifier");
 
 /// The desktop: its standard folders and the applications on it.
 class Workspace {
@@ -14,6 +21,13 @@ public:
 
     /// The Applications folders of a domain, tilde expanded, in the platform's order.
     virtual QStringList applicationsFolders(Domain domain) const = 0;
+
+    /// The applications that run, in the order of their start: records with the keys above. Of other users'
+    /// applications only those are told that may be looked at.
+    virtual QList<QVariantMap> launchedApplications() const = 0;
+
+    /// The path of the application bundle with an identifier; a null string when there is none.
+    virtual QString bundleWithIdentifier(const QString &bundleIdentifier) const = 0;
 
     /// Starts an application, given its bundle or the executable inside it, in a session of its own. It inherits
     /// neither descriptors nor signal settings and outlives this process.

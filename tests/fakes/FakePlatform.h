@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fakes/FakeAppleEvents.h"
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeBundle.h"
 #include "fakes/FakeClock.h"
@@ -7,6 +8,7 @@
 #include "fakes/FakeMainThread.h"
 #include "fakes/FakePropertyList.h"
 #include "fakes/FakeSystemInfo.h"
+#include "fakes/FakeTasks.h"
 #include "fakes/FakeUserDefaults.h"
 #include "fakes/FakeWorkspace.h"
 #include "platform/Platform.h"
@@ -22,6 +24,7 @@ public:
     ~FakePlatform() { installPlatform(nullptr); }
 
     Transcript transcript;
+    FakeAppleEvents appleEvents{transcript};
     FakeApplication application{transcript};
     FakeBundle bundle;
     FakeClock clock;
@@ -29,11 +32,12 @@ public:
     FakeMainThread mainThread;
     FakePropertyList propertyList;
     FakeSystemInfo systemInfo;
+    FakeTasks tasks{transcript};
     FakeUserDefaults userDefaults{transcript};
     FakeWorkspace workspace{transcript};
 
-    Platform platform{application,  bundle,     clock,        images,   mainThread,
-                      propertyList, systemInfo, userDefaults, workspace};
+    Platform platform{appleEvents,  application, bundle, clock,        images,   mainThread,
+                      propertyList, systemInfo,  tasks,  userDefaults, workspace};
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.

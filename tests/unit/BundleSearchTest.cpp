@@ -1,4 +1,4 @@
-#include "launcher/BundleSearch.h"
+#include "platform/BundleSearch.h"
 #include "fakes/FakePropertyList.h"
 #include "fakes/FakeWorkspace.h"
 #include "launcher/StaleBundles.h"

@@ -1,5 +1,6 @@
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxApplication.h"
 #include "platform/linux/LinuxBundle.h"
 #include "platform/linux/LinuxClock.h"
@@ -7,6 +8,7 @@
 #include "platform/linux/LinuxMainThread.h"
 #include "platform/linux/LinuxPropertyList.h"
 #include "platform/linux/LinuxSystemInfo.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/LinuxWorkspace.h"
 
@@ -31,10 +33,12 @@ struct LinuxBackends {
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
+    LinuxTasks tasks;
     LinuxWorkspace workspace{propertyList};
+    LinuxAppleEvents appleEvents{workspace};
 
-    Platform platform{application,  mainBundle, clock,        images,   mainThread,
-                      propertyList, systemInfo, userDefaults, workspace};
+    Platform platform{appleEvents,  application, mainBundle, clock,        images,   mainThread,
+                      propertyList, systemInfo,  tasks,      userDefaults, workspace};
 };
 
 } // namespace

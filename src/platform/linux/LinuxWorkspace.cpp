@@ -1,13 +1,20 @@
 #include "platform/linux/LinuxWorkspace.h"
 
+#include "platform/BundleSearch.h"
 #include "platform/HomeFolder.h"
 #include "platform/PropertyList.h"
 
 #include <QFile>
+#include <algorithm>
+#include <array>
+#include <climits>
 #include <csignal>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <spawn.h>
 #include <unistd.h>
+#include <vector>
 
 namespace quillmark {
 
@@ -46,11 +53,76 @@ bool spawnDetached(const QByteArray &executable) {
     return error == 0;
 }
 
+std::vector<int> processNumbers() {
+    std::vector<int> numbers;
+    const std::unique_ptr<DIR, int (*)(DIR *)> directory(::opendir("/proc"), ::closedir);
+    while (directory != nullptr) {
+        const struct dirent *entry = ::readdir(directory.get()); // NOLINT(concurrency-mt-unsafe): a stream of our own
+        if (entry == nullptr) {
+            break;
+        }
+        bool isNumber = false;
+        const int number = QByteArray(entry->d_name).toInt(&isNumber);
+        if (isNumber) {
+            numbers.push_back(number);
+        }
+    }
+    std::sort(numbers.begin(), numbers.end());
+    return numbers;
+}
+
+/// Null when the process has ended or may not be looked at.
+QString executableOfProcess(int process) {
+    std::array<char, PATH_MAX> buffer{};
+    const QByteArray link = "/proc/" + QByteArray::number(process) + "/exe";
+    const ssize_t length = ::readlink(link.constData(), buffer.data(), buffer.size());
+    QByteArray path(buffer.data(), std::max<ssize_t>(length, 0));
+    if (path.endsWith(" (deleted)")) { // an update took the file's place
+        path.chop(10);
+    }
+    return path.isEmpty() ? QString() : QFile::decodeName(path);
+}
+
+/// The bundle whose Contents/MacOS folder holds the executable; null when there is none.
+QString bundleOf(const QString &executable) {
+    const QString folder = executable.left(executable.lastIndexOf(u'/'));
+    const QString suffix = QStringLiteral("/Contents/MacOS");
+    const QString bundle = folder.chopped(folder.endsWith(suffix) ? suffix.size() : folder.size());
+    return bundle.endsWith(u".app") ? bundle : QString();
+}
+
 } // namespace
 
 QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
     const QString folder = QStringLiteral("/Applications");
     return {domain == Domain::User ? homeFolder() + folder : folder};
+}
+
+QList<QVariantMap> LinuxWorkspace::launchedApplications() const {
+    QList<QVariantMap> records;
+    for (const int process : processNumbers()) {
+        const QString executable = executableOfProcess(process);
+        const QString bundle = bundleOf(executable);
+        if (bundle.isNull() || executableOf(bundle) != executable) {
+            continue;
+        }
+        const QVariantMap information = m_propertyList.readDictionary(bundle + QStringLiteral("/Contents/Info.plist"));
+        records.append(
+            {{kApplicationBundleIdentifier, information.value(QStringLiteral("CFBundleIdentifier")).toString()},
+             {kApplicationPath, bundle},
+             {kApplicationProcessIdentifier, process}});
+    }
+    return records;
+}
+
+QString LinuxWorkspace::bundleWithIdentifier(const QString &bundleIdentifier) const {
+    std::optional<QStringList> paths;
+    for (const Domain domain : {Domain::User, Domain::Local}) {
+        for (const QString &folder : applicationsFolders(domain)) {
+            pathsForIdent(bundleIdentifier, folder, &paths, m_propertyList);
+        }
+    }
+    return paths ? paths->first() : QString();
 }
 
 bool LinuxWorkspace::launchApplication(const QString &path) {

@@ -1,4 +1,4 @@
-#include "launcher/BundleSearch.h"
+#include "platform/BundleSearch.h"
 
 #include "platform/PropertyList.h"
 #include "platform/ReadFile.h"
