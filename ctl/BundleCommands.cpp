@@ -1,8 +1,8 @@
 #include "Command.h"
 
 #include "branding/LocalizedStrings.h"
-#include "platform/BundleSearch.h"
 #include "launcher/StaleBundles.h"
+#include "platform/BundleSearch.h"
 #include "platform/Platform.h"
 
 #include <CLI/CLI.hpp>

@@ -7,10 +7,9 @@ namespace quillmark::ctl {
 namespace {
 
 constexpr Group kGroups[] = {
-    {"bundles", "application bundles on this computer"},
-    {"error", "texts of error numbers"},
-    {"log", "the log file"},
-    {"version", "versions of the application and of texts"},
+    {"bundles", "application bundles on this computer"},   {"error", "texts of error numbers"},
+    {"host", "this computer's name, and other computers"}, {"log", "the log file"},
+    {"process", "applications and processes that run"},    {"version", "versions of the application and of texts"},
 };
 
 const CLI::App *chosen(const CLI::App &app) {
@@ -36,7 +35,8 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
     m_app.add_option("--generate", m_options.generatedForm)
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
-    for (const auto commands : {bundleCommands(), errorCommands(), logCommands(), textCommands(), versionCommands()}) {
+    for (const auto commands : {bundleCommands(), errorCommands(), logCommands(), processCommands(), systemCommands(),
+                                textCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

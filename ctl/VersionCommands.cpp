@@ -1,6 +1,7 @@
 #include "Command.h"
 
 #include "utils/Version.h"
+#include "utils/VersionText.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -18,8 +19,65 @@ Action defineSelf(CLI::App &app) {
     };
 }
 
+QJsonObject numbers(std::initializer_list<std::pair<const char *, qint64>> values) {
+    QJsonObject object;
+    for (const auto &[name, value] : values) {
+        object.insert(QString::fromLatin1(name), value);
+    }
+    return object;
+}
+
+std::shared_ptr<std::string> addText(CLI::App &app) {
+    const auto text = std::make_shared<std::string>();
+    app.add_option("TEXT", *text, "a version")->required();
+    return text;
+}
+
+Action defineParse(CLI::App &app) {
+    const auto text = addText(app);
+    return [text](const Output &output) {
+        const MicrosoftStyleVersion version = microsoftStyleVersionFromString(QString::fromStdString(*text));
+        output.json(numbers({{"major", version.major},
+                             {"minor", version.minor},
+                             {"build", version.build},
+                             {"revision", version.revision}}));
+        return Answer::Yes;
+    };
+}
+
+Action defineComponent(CLI::App &app) {
+    const auto text = addText(app);
+    return [text](const Output &output) {
+        const auto version = parseVersionString(QString::fromStdString(*text));
+        if (!version) {
+            return Answer::No;
+        }
+        output.json(numbers({{"major", version->major}, {"minor", version->minor}, {"bugfix", version->bugfix}}));
+        return Answer::Yes;
+    };
+}
+
+Action defineBuild(CLI::App &app) {
+    const auto text = addText(app);
+    return [text](const Output &output) {
+        const QString version = QString::fromStdString(*text);
+        if (version.count(u' ') != 1) { // would end the process
+            throw Failure{QStringLiteral("version build"),
+                          QStringLiteral("\"%1\" is not a version, one blank and a build").arg(version)};
+        }
+        output.line(QString::number(buildNumberFromVersionStr(version)));
+        return Answer::Yes;
+    };
+}
+
 constexpr Command kCommands[] = {
     {"version", "self", "print the bundle's version", "quillmarkctl version self --short", defineSelf},
+    {"version", "parse", "take a version text apart into its four numbers",
+     "quillmarkctl version parse \"1.14.4 (1303)\"", defineParse},
+    {"version", "component", "take a component's version apart into its three numbers",
+     "quillmarkctl version component 2.0.1", defineComponent},
+    {"version", "build", "print the build in a version text", "quillmarkctl version build \"1.14.4 (1303)\"",
+     defineBuild},
 };
 
 } // namespace

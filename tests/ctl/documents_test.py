@@ -20,12 +20,12 @@ class Documents(ToolTest):
     def test_the_manual_page_has_a_section_for_every_command(self):
         page = (RESOURCES / "man/man1/quillmarkctl.1").read_text()
         for command in COMMANDS:
-            self.assertIn(f"\n.SS {command}", page)
+            self.assertIn("\n.SS " + command.replace("-", "\\-"), page)
         self.assertIn(".SH EXIT STATUS", page)
 
     def test_bash_completes_commands_step_by_step(self):
         self.assertEqual(self.complete("ve"), ["version"])
-        self.assertEqual(self.complete("version", ""), ["self", "--help", "--version", "--bundle", "--pretty", "--log-level"])
+        self.assertEqual(self.complete("version", ""), ["self", "parse", "component", "build", "--help", "--version", "--bundle", "--pretty", "--log-level"])
         self.assertEqual(self.complete("log", "wr"), ["write"])
 
     def test_bash_completes_a_commands_own_options_behind_its_arguments(self):

@@ -64,6 +64,20 @@ class Versions(ToolTest):
         self.assertEqual(self.plain("version", "self"), "1.14.4 (1303)")
         self.assertEqual(self.plain("version", "self", "--short"), "1.14.4")
 
+    def test_a_text_is_taken_apart_into_four_numbers(self):
+        self.assertEqual(self.json("version", "parse", "1.14.4 (1303)\nmore"),
+                         {"major": 1, "minor": 14, "build": 4, "revision": 1303})
+        self.assertEqual(self.json("version", "parse", "1.2"), {"major": 0, "minor": 0, "build": 0, "revision": 0})
+        self.assertEqual(self.json("version", "parse", ""), {"major": 0, "minor": 0, "build": 0, "revision": 0})
+
+    def test_a_components_version_has_three_numbers_or_is_none(self):
+        self.assertEqual(self.json("version", "component", "2.0.1"), {"major": 2, "minor": 0, "bugfix": 1})
+        self.assertEqual(self.run_tool("version", "component", "1.2", status=1).stdout, "")
+
+    def test_the_build_is_printed_or_the_text_named(self):
+        self.assertEqual(self.plain("version", "build", "1.14.4 (1303)"), "1303")
+        self.assertIn('"1.14.4"', self.failure("version", "build", "1.14.4"))
+
     def test_another_bundle_has_its_own_version(self):
         app = self.copy_app()
         information = app / "Contents/Info.plist"

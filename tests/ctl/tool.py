@@ -11,7 +11,9 @@ from pathlib import Path
 
 APP = Path(os.environ["QUILLMARK_APP"])
 TOOL = APP / "Contents/MacOS/quillmarkctl"
-COMMANDS = ["bundles find", "bundles stale", "error posix", "log write", "text", "brand", "version self"]
+COMMANDS = ["bundles find", "bundles stale", "error posix", "host addresses", "host name", "host same", "host short",
+            "log write", "process core-running", "process launch", "process list", "process quit", "process running", "system",
+            "text", "brand", "version build", "version component", "version parse", "version self"]
 
 
 class ToolTest(unittest.TestCase):
@@ -41,6 +43,14 @@ class ToolTest(unittest.TestCase):
         output = self.run_tool(*arguments, **options).stdout
         self.assertEqual(output.count("\n"), 1)
         return json.loads(output)
+
+    def failed_json(self, *arguments):
+        """The error that a command of status 3 prints besides its line."""
+        done = subprocess.run([TOOL, *arguments], env={"HOME": str(self.home), "PATH": os.environ["PATH"]},
+                              capture_output=True, text=True, timeout=60)
+        self.assertEqual(done.returncode, 3)
+        self.assertRegex(done.stderr, r"\Aquillmarkctl: [^\n]+: [^\n]+\n\Z")
+        return json.loads(done.stdout)
 
     def failure(self, *arguments, status=3, **options):
         return self.run_tool(*arguments, status=status, **options).stderr

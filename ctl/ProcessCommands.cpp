@@ -1,0 +1,98 @@
+#include "Command.h"
+
+#include "platform/Platform.h"
+#include "platform/Workspace.h"
+#include "tools/Applications.h"
+#include "tools/ProcessUtilities.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+namespace quillmark::ctl {
+
+namespace {
+
+/// The error as the result, and as the reason of the failure.
+Answer tellError(const Output &output, const QString &what, const std::optional<Error> &error) {
+    if (!error) {
+        return Answer::Yes;
+    }
+    output.json(QJsonObject{{QStringLiteral("domain"), error->domain},
+                            {QStringLiteral("code"), error->code},
+                            {QStringLiteral("failureReason"), error->failureReason()},
+                            {QStringLiteral("description"), error->description()}});
+    throw Failure{what, error->description()};
+}
+
+std::shared_ptr<std::string> addText(CLI::App &app, const char *name, const char *description) {
+    const auto text = std::make_shared<std::string>();
+    app.add_option(name, *text, description)->required();
+    return text;
+}
+
+Action defineCoreRunning(CLI::App &app) {
+    const auto name = addText(app, "NAME", "the core's process name");
+    return [name](const Output & /*output*/) {
+        const bool isRunning = ProcessUtilities::quillmarkCoreAlreadyRunning(QString::fromStdString(*name));
+        return isRunning ? Answer::Yes : Answer::No;
+    };
+}
+
+Action defineList(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        QJsonArray applications;
+        for (const QVariantMap &record : platform().workspace.launchedApplications()) {
+            applications.append(QJsonObject{
+                {QStringLiteral("bundleIdentifier"), record.value(kApplicationBundleIdentifier).toString()},
+                {QStringLiteral("processIdentifier"), record.value(kApplicationProcessIdentifier).toInt()},
+                {QStringLiteral("path"), record.value(kApplicationPath).toString()},
+            });
+        }
+        output.json(applications);
+        return Answer::Yes;
+    };
+}
+
+Action defineRunning(CLI::App &app) {
+    const auto identifier = addText(app, "ID", "a bundle identifier");
+    return [identifier](const Output & /*output*/) {
+        return isApplicationRunning(QString::fromStdString(*identifier)) ? Answer::Yes : Answer::No;
+    };
+}
+
+Action defineLaunch(CLI::App &app) {
+    const auto identifier = addText(app, "ID", "a bundle identifier");
+    return [identifier](const Output &output) {
+        const QString what = QString::fromStdString(*identifier);
+        return tellError(output, what, launchApplication(what));
+    };
+}
+
+Action defineQuit(CLI::App &app) {
+    const auto identifier = addText(app, "ID", "a bundle identifier");
+    const auto seconds = std::make_shared<double>(0);
+    CLI::Option *wait =
+        app.add_option("--wait", *seconds, "wait until it has quit, so long at the most")->type_name("SECONDS");
+    return [identifier, seconds, wait](const Output &output) {
+        const QString what = QString::fromStdString(*identifier);
+        return tellError(output, what, quitApplication(what, wait->count() > 0, *seconds));
+    };
+}
+
+constexpr Command kCommands[] = {
+    {"process", "core-running", "tell by the exit status whether a core application runs",
+     "quillmarkctl process core-running QuillmarkCore", defineCoreRunning},
+    {"process", "list", "list the applications that run", "quillmarkctl process list --pretty", defineList},
+    {"process", "running", "tell by the exit status whether an application runs",
+     "quillmarkctl process running com.quillmark.QuillmarkCore", defineRunning},
+    {"process", "launch", "start an application from the Applications folders",
+     "quillmarkctl process launch com.quillmark.QuillmarkLauncher", defineLaunch},
+    {"process", "quit", "ask an application to quit", "quillmarkctl process quit com.quillmark.QuillmarkCore --wait 4",
+     defineQuit},
+};
+
+} // namespace
+
+std::span<const Command> processCommands() { return kCommands; }
+
+} // namespace quillmark::ctl
