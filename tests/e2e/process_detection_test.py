@@ -1,0 +1,86 @@
+"""The three questions to the process table, asked about real processes."""
+
+import shutil
+import signal
+import unittest
+from pathlib import Path
+
+from machine import APP, start, status_of, wait_until
+
+TOOL = APP / "Contents/MacOS/quillmarkctl"
+
+
+class ProcessDetection(unittest.TestCase):
+    def run_process(self, name):
+        """Lets a process of that name run until the test ends."""
+        program = Path("/tmp/processes") / name
+        program.parent.mkdir(exist_ok=True)
+        shutil.copy("/bin/sleep", program)
+        process = start(program, "1000")
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+        wait_until(lambda: status_of(process.pid)["Name"] != "python3", "the program runs")
+        return process
+
+    def finds(self, name="QuillmarkCore"):
+        tool = start(TOOL, "process", "core-running", name)
+        tool.communicate(timeout=20)
+        self.assertIn(tool.returncode, (0, 1))
+        return tool.returncode == 0
+
+    def test_finds_nothing_when_nothing_runs(self):
+        self.assertFalse(self.finds())
+
+    def test_finds_a_core(self):
+        self.run_process("QuillmarkCore")
+        self.assertTrue(self.finds())
+
+    def test_finds_a_core_whatever_name_is_asked_for(self):
+        self.run_process("QuillmarkCore")
+        self.assertTrue(self.finds("SomethingElse"))
+
+    def test_finds_the_core_of_another_product_name(self):
+        self.run_process("FederCore")
+        self.assertTrue(self.finds("FederCore"))
+        self.assertFalse(self.finds())
+
+    def test_finds_the_product_word_a_blank_and_mac(self):
+        self.run_process("Quillmark Mac")
+        self.assertTrue(self.finds())
+
+    def test_finds_a_process_whose_name_merely_contains_the_word(self):
+        self.run_process("MyQuillmarkCore")  # 15 characters, as many as the process table holds
+        self.assertTrue(self.finds())
+
+    def test_does_not_find_a_word_that_the_process_table_cuts_off(self):
+        self.run_process("AnotherQuillmarkCore")
+        self.assertFalse(self.finds())
+
+    def test_does_not_find_the_launcher_or_other_letter_case(self):
+        self.run_process("Quillmark")
+        self.run_process("quillmarkcore")
+        self.run_process("QuillmarkMac")
+        self.assertFalse(self.finds())
+
+    def test_does_not_find_the_relaunch_helper(self):
+        self.run_process("relaunchqm-X")
+        self.assertFalse(self.finds("relaunchqm"))
+        self.run_process("XrelaunchqmCore")
+        self.assertFalse(self.finds("Core"))
+
+    def test_is_not_confused_by_odd_names(self):
+        for name in ("a b c", "line\nbreak", "\xe4\xf6\xfc", "$(reboot)", "'"):
+            self.run_process(name)
+        self.assertFalse(self.finds())
+        self.run_process("QuillmarkCore")
+        self.assertTrue(self.finds())
+
+    def test_no_longer_finds_a_core_that_has_ended(self):
+        process = self.run_process("QuillmarkCore")
+        process.send_signal(signal.SIGTERM)
+        process.wait()
+        self.assertFalse(self.finds())
+
+
+if __name__ == "__main__":
+    unittest.main()
