@@ -1,5 +1,7 @@
 #include "platform/ReadFile.h"
 
+#include "platform/Descriptor.h"
+
 #include <QFile>
 #include <cerrno>
 #include <fcntl.h>
@@ -8,30 +10,10 @@
 
 namespace quillmark {
 
-namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    int get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
-} // namespace
-
 std::variant<QByteArray, ReadError> readRegularFileAt(int folder, const char *path, qint64 maximumSize) {
     const Descriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat attributes {};
-    if (file.get() < 0 || ::fstat(file.get(), &attributes) != 0) {
+    if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
         return ReadError{errno};
     }
     if (!S_ISREG(attributes.st_mode)) {

@@ -1,10 +1,20 @@
 #pragma once
 
+#include "platform/Descriptor.h"
+
 #include <QString>
 #include <QStringList>
 #include <optional>
 
 namespace quillmark {
+
+/// A child process whose standard output and standard error are pipes to this one.
+struct PipedTask {
+    qint32 processIdentifier = 0;
+    Descriptor standardOutput; ///< the reading ends; reading never blocks
+    Descriptor standardError;
+    Descriptor termination; ///< becomes readable when the child has ended
+};
 
 /// Child processes that share this process's standard streams and environment.
 class Tasks {
@@ -14,6 +24,12 @@ public:
     /// Runs a program, given by its path, to its end. \returns its exit status, 128 and the signal's number when a
     /// signal ended it; nothing when it could not be started.
     virtual std::optional<int> run(const QString &path, const QStringList &arguments) = 0;
+
+    /// Starts a program, given by its path, with pipes. \returns nothing when it could not be started.
+    virtual std::optional<PipedTask> launch(const QString &path, const QStringList &arguments) = 0;
+    /// Waits for a launched program's end. To be called once. \returns its exit status, or the number of the signal
+    /// that ended it.
+    virtual int terminationStatus(const PipedTask &task) = 0;
 };
 
 } // namespace quillmark

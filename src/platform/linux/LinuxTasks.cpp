@@ -1,36 +1,109 @@
 #include "platform/linux/LinuxTasks.h"
 
 #include <QFile>
+#include <array>
 #include <cerrno>
+#include <csignal>
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
+extern "C" { // which the header of glibc 2.36 does not say itself
+#include <sys/pidfd.h>
+}
+
 namespace quillmark {
 
-std::optional<int> LinuxTasks::run(const QString &path, const QStringList &arguments) {
+namespace {
+
+/// A pipe whose reading end never blocks. Neither end is inherited.
+struct Pipe {
+    Descriptor reading;
+    Descriptor writing;
+};
+
+std::optional<Pipe> makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        return std::nullopt;
+    }
+    constexpr int kCapacity = 1 << 20; // fewer turns for much output; a refusal does no harm
+    ::fcntl(ends[0], F_SETPIPE_SZ, kCapacity);
+    ::fcntl(ends[0], F_SETFL, O_NONBLOCK);
+    return Pipe{Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+/// \param streams what becomes the child's standard output and standard error; null leaves them as they are.
+/// \returns the process's number, or 0.
+pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams) {
     QByteArray program = QFile::encodeName(path);
     std::vector<QByteArray> texts;
     texts.reserve(static_cast<size_t>(arguments.size()));
     std::vector<char *> vector = {program.data()};
     for (const QString &argument : arguments) {
-        vector.push_back(texts.emplace_back(QFile::encodeName(argument)).data());
+        vector.push_back(texts.emplace_back(argument.toUtf8()).data());
     }
     vector.push_back(nullptr);
 
+    posix_spawn_file_actions_t actions;
+    if (::posix_spawn_file_actions_init(&actions) != 0) {
+        return 0;
+    }
+    if (streams != nullptr) {
+        ::posix_spawn_file_actions_adddup2(&actions, streams->first, STDOUT_FILENO);
+        ::posix_spawn_file_actions_adddup2(&actions, streams->second, STDERR_FILENO);
+    }
     pid_t child = 0;
-    if (::posix_spawn(&child, program.constData(), nullptr, nullptr, vector.data(), environ) != 0) {
+    const int error = ::posix_spawn(&child, program.constData(), &actions, nullptr, vector.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    return error == 0 ? child : 0;
+}
+
+/// The status as waitpid gives it.
+int waitFor(pid_t child) {
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
+} // namespace
+
+std::optional<int> LinuxTasks::run(const QString &path, const QStringList &arguments) {
+    const pid_t child = spawn(path, arguments, nullptr);
+    if (child == 0) {
         return std::nullopt;
     }
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0) {
-        if (errno != EINTR) {
-            return std::nullopt;
-        }
-    }
     constexpr int kEndedBySignal = 128;
+    const int status = waitFor(child);
     return WIFEXITED(status) ? WEXITSTATUS(status) : kEndedBySignal + WTERMSIG(status);
+}
+
+std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringList &arguments) {
+    auto output = makePipe();
+    auto error = makePipe();
+    if (!output || !error) {
+        return std::nullopt;
+    }
+    const std::pair streams(output->writing.get(), error->writing.get());
+    const pid_t child = spawn(path, arguments, &streams);
+    if (child == 0) {
+        return std::nullopt;
+    }
+    Descriptor termination(::pidfd_open(child, 0));
+    if (!termination.isOpen()) { // too many descriptors are open: nobody could wait for the child
+        ::kill(child, SIGKILL);
+        waitFor(child);
+        return std::nullopt;
+    }
+    return PipedTask{child, std::move(output->reading), std::move(error->reading), std::move(termination)};
+}
+
+int LinuxTasks::terminationStatus(const PipedTask &task) {
+    const int status = waitFor(task.processIdentifier);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
 }
 
 } // namespace quillmark

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxUserDefaults.h"
 
 #include "platform/Clock.h"
+#include "platform/Descriptor.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadFile.h"
 
@@ -10,39 +11,25 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 namespace quillmark {
 
 namespace {
 
-/// An advisory lock on a folder. A holder keeps it for milliseconds, so one that does not let go counts as a failure.
-class FolderLock {
-public:
-    FolderLock(const QString &folder, Clock &clock) {
-        constexpr int kAttempts = 200;
-        constexpr std::chrono::milliseconds kPause(10);
-        m_descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        for (int attempt = 0; m_descriptor >= 0 && !m_isHeld && attempt < kAttempts; ++attempt) {
-            m_isHeld = ::flock(m_descriptor, LOCK_EX | LOCK_NB) == 0;
-            if (!m_isHeld) {
-                clock.sleep(kPause);
-            }
+/// The folder, open and locked against other writers until it is closed. A holder keeps the lock for milliseconds, so
+/// one that does not let go counts as a failure.
+Descriptor lockedFolder(const QString &path, Clock &clock) {
+    constexpr int kAttempts = 200;
+    constexpr std::chrono::milliseconds kPause(10);
+    Descriptor folder(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (int attempt = 0; folder.isOpen() && attempt < kAttempts; ++attempt) {
+        if (::flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
+            return folder;
         }
+        clock.sleep(kPause);
     }
-    FolderLock(const FolderLock &) = delete;
-    FolderLock &operator=(const FolderLock &) = delete;
-    ~FolderLock() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    bool isHeld() const { return m_isHeld; }
-
-private:
-    int m_descriptor = -1;
-    bool m_isHeld = false;
-};
+    return {};
+}
 
 void apply(const QVariantMap &changes, QVariantMap &values) {
     for (auto change = changes.begin(); change != changes.end(); ++change) {
@@ -107,7 +94,7 @@ void LinuxUserDefaults::read() {
 }
 
 bool LinuxUserDefaults::synchronize() {
-    const std::scoped_lock lock(m_mutex);
+    const std::scoped_lock mutexLock(m_mutex);
     if (m_changes.isEmpty()) {
         read();
         return m_fileState == FileState::Usable;
@@ -116,8 +103,8 @@ bool LinuxUserDefaults::synchronize() {
     if (!QDir().mkpath(folder)) {
         return false;
     }
-    const FolderLock folderLock(folder, m_clock);
-    if (!folderLock.isHeld()) {
+    const Descriptor lock = lockedFolder(folder, m_clock);
+    if (!lock.isOpen()) {
         return false;
     }
     read();

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <unistd.h>
+#include <utility>
+
+namespace quillmark {
+
+/// An open file descriptor, closed with its owner; -1 when there is none.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+    Descriptor(Descriptor &&other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
+    Descriptor &operator=(Descriptor &&other) noexcept {
+        std::swap(m_descriptor, other.m_descriptor);
+        return *this;
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    ~Descriptor() { close(); }
+
+    int get() const { return m_descriptor; }
+    bool isOpen() const { return m_descriptor >= 0; }
+    void close() {
+        if (isOpen()) {
+            ::close(std::exchange(m_descriptor, -1));
+        }
+    }
+
+private:
+    int m_descriptor = -1;
+};
+
+} // namespace quillmark

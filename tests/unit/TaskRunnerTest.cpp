@@ -1,0 +1,258 @@
+#include "fakes/FakePlatform.h"
+#include "platform/Authorization.h"
+#include "support/LogFixture.h"
+#include "tools/Task+OneLineTasksWithOutput.h"
+#include "utils/Exception.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <csignal>
+#include <dirent.h>
+#include <fcntl.h>
+
+namespace quillmark {
+namespace {
+
+/// Real programs, run by the real platform.
+class TaskRunner : public testing::Test {
+protected:
+    QString shell(const QString &script) {
+        return stringByLaunchingPath(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, {}, &error);
+    }
+    static int openDescriptors() {
+        int count = 0;
+        DIR *folder = ::opendir("/proc/self/fd");
+        while (::readdir(folder) != nullptr) { // NOLINT(concurrency-mt-unsafe)
+            ++count;
+        }
+        ::closedir(folder);
+        return count;
+    }
+    QVariant info(QLatin1StringView key) const { return error->userInfo.value(key); }
+
+    int m_argumentCount = 1;
+    char m_name[5] = "test";
+    char *m_arguments[2] = {m_name, nullptr};
+    QCoreApplication application{m_argumentCount, m_arguments};
+    std::optional<Error> error = Error{};
+};
+
+TEST_F(TaskRunner, OutputComesBackAsPrinted) {
+    EXPECT_EQ(shell(QStringLiteral("printf ' a\\n\\nb \\n\\n'")), QStringLiteral(" a\n\nb \n\n"));
+    EXPECT_FALSE(error);
+}
+
+TEST_F(TaskRunner, NoOutputIsAnEmptyTextAndNotANullOne) {
+    const QString output = shell(QStringLiteral("true"));
+    EXPECT_TRUE(output.isEmpty());
+    EXPECT_FALSE(output.isNull());
+    EXPECT_FALSE(error);
+}
+
+TEST_F(TaskRunner, ArgumentsArePassedAsTheyAre) {
+    const QStringList arguments = {QStringLiteral("%s|"), QStringLiteral("a b"), QStringLiteral(""),
+                                   QStringLiteral("$(x) 'é'")};
+    EXPECT_EQ(stringByLaunchingPath(QStringLiteral("/usr/bin/printf"), arguments, {}, &error),
+              QStringLiteral("a b||$(x) 'é'|"));
+}
+
+TEST_F(TaskRunner, AnythingOnStandardErrorIsAnErrorBesidesTheOutput) {
+    EXPECT_EQ(shell(QStringLiteral("echo out; echo err >&2")), QStringLiteral("out\n")); // required as it stands
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->domain, QStringLiteral("com.apple.NSTask.OneLineTasksWithOutput"));
+    EXPECT_EQ(error->code, -2);
+    EXPECT_EQ(error->userInfo,
+              QVariantMap({{kTaskStandardErrorKey, QStringLiteral("err\n")}, {kTaskTerminationStatusKey, 0}}));
+}
+
+TEST_F(TaskRunner, AnotherStatusThanZeroIsAFailureBesidesTheOutput) {
+    EXPECT_EQ(shell(QStringLiteral("echo out; exit 3")), QStringLiteral("out\n"));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, -1);
+    EXPECT_EQ(error->failureReason(), QStringLiteral("Process Failed"));
+    EXPECT_EQ(error->description(), QStringLiteral("Task terminationStatus was 3"));
+    EXPECT_EQ(info(kTaskTerminationStatusKey), QVariant(3));
+    EXPECT_EQ(info(kTaskStandardErrorKey), QVariant(QStringLiteral("")));
+    EXPECT_EQ(error->userInfo.size(), 4);
+}
+
+TEST_F(TaskRunner, ASignalsNumberIsTheStatusOfWhatItEnded) {
+    shell(QStringLiteral("kill -KILL $$"));
+    EXPECT_EQ(info(kTaskTerminationStatusKey), QVariant(SIGKILL));
+}
+
+TEST_F(TaskRunner, AProgramThatCannotBeLaunchedIsAFailureWithoutUserInfo) {
+    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/no/such/program"), {}, {}, &error).isNull());
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, -1);
+    EXPECT_TRUE(error->userInfo.isEmpty()); // deliberate: the list of values ends at the first missing one
+}
+
+TEST_F(TaskRunner, TheErrorNeedsNoPlace) {
+    EXPECT_EQ(stringByLaunchingPath(QStringLiteral("/bin/echo"), {}, {}, nullptr), QStringLiteral("\n"));
+    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/no/such/program"), {}, {}, nullptr).isNull());
+}
+
+TEST_F(TaskRunner, OutputThatIsNoUtf8IsNull) {
+    EXPECT_TRUE(shell(QStringLiteral("printf 'a\\377b'")).isNull());
+    EXPECT_FALSE(error);
+    EXPECT_EQ(shell(QStringLiteral("echo out; printf '\\377' >&2")), QStringLiteral("out\n"));
+    EXPECT_FALSE(error); // what can't be read counts as nothing
+    shell(QStringLiteral("printf '\\377' >&2; exit 4"));
+    EXPECT_TRUE(error->userInfo.isEmpty());
+}
+
+TEST_F(TaskRunner, TheCallbackIsToldTheProcessBeforeAnyOutput) {
+    qint32 told = 0;
+    const QString output = stringByLaunchingPath(
+        QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("echo $$")},
+        [&told](qint32 pid) { told = pid; }, &error);
+    EXPECT_EQ(output.trimmed().toInt(), told);
+}
+
+TEST_F(TaskRunner, AGrandchildThatHoldsAPipeIsWaitedFor) {
+    EXPECT_EQ(shell(QStringLiteral("(sleep 0.2; echo late) & echo early")), QStringLiteral("early\nlate\n"));
+}
+
+TEST_F(TaskRunner, AChildThatClosesItsPipesAndStaysIsWaitedFor) {
+    EXPECT_EQ(shell(QStringLiteral("echo a; exec >&- 2>&-; sleep 0.2; exit 5")), QStringLiteral("a\n"));
+    EXPECT_EQ(info(kTaskTerminationStatusKey), QVariant(5));
+}
+
+TEST_F(TaskRunner, MuchOutputOnBothPipesAtOnceIsReadWhole) {
+    constexpr qsizetype kBytes = 100'000'000;
+    const QString output = shell(QStringLiteral(
+        "head -c 100000000 /dev/zero | tr '\\0' e >&2 & head -c 100000000 /dev/zero | tr '\\0' o; wait"));
+    EXPECT_EQ(output.size(), kBytes);
+    EXPECT_EQ(output.count(u'o'), kBytes);
+    EXPECT_EQ(info(kTaskStandardErrorKey).toString().size(), kBytes);
+}
+
+TEST_F(TaskRunner, OtherEventsOfTheLoopAreServedMeanwhile) {
+    int turns = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&turns] { ++turns; });
+    timer.start(1);
+    shell(QStringLiteral("sleep 0.2"));
+    EXPECT_GT(turns, 5);
+}
+
+TEST_F(TaskRunner, NoDescriptorIsLeftBehindByAThousandRuns) {
+    shell(QStringLiteral("true"));
+    const int before = openDescriptors();
+    for (int i = 0; i < 500; ++i) {
+        stringByLaunchingPath(QStringLiteral("/bin/true"), {}, {}, &error);
+        stringByLaunchingPath(QStringLiteral("/no/such/program"), {}, {}, &error);
+    }
+    EXPECT_EQ(openDescriptors(), before);
+}
+
+TEST_F(TaskRunner, TheChildHoldsNoDescriptorOfOursButTheInheritedOnes) {
+    int inherited = 0;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        const int flags = ::fcntl(descriptor, F_GETFD);
+        inherited += flags >= 0 && (flags & FD_CLOEXEC) == 0 ? 1 : 0;
+    }
+    EXPECT_EQ(shell(QStringLiteral("ls /proc/$$/fd | wc -l")).toInt(), inherited);
+}
+
+/// With fakes at the ports.
+class TaskRunnerPorts : public test::LogFixture {};
+
+TEST_F(TaskRunnerPorts, ALaunchIsLoggedInDetail) {
+    platform.tasks.canStart = false;
+    std::optional<Error> error;
+    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/bin/x"), {QStringLiteral("a")}, {}, &error).isNull());
+    EXPECT_EQ(platform.transcript.calls(), QStringList({QStringLiteral("launch /bin/x a")}));
+    EXPECT_EQ(error->code, -1);
+}
+
+using TaskRunnerDeathTest = TaskRunnerPorts;
+
+TEST_F(TaskRunnerDeathTest, AProcessWithoutANumberEndsTheProgram) {
+    platform.tasks.processIdentifier = 0;
+    EXPECT_EXIT(stringByLaunchingPath(QStringLiteral("/bin/x"), {}, {}, nullptr), testing::KilledBySignal(SIGABRT),
+                "ASSERTION ERROR: pid \\(file \"NSTask\\+OneLineTasksWithOutput\", line 183\\)");
+}
+
+/// An authorization that runs nothing and prints what it is told.
+class FakeAuthorization final : public Authorization {
+public:
+    qint32 status = 0;
+    QByteArray output;
+    QByteArray path;
+    QList<QByteArray> arguments;
+    QList<qint64> reads;
+
+    qint32 executeWithPrivileges(const QByteArray &program, const QList<QByteArray> &vector,
+                                 std::unique_ptr<CommunicationsPipe> *pipe) override {
+        path = program;
+        arguments = vector;
+        *pipe = std::make_unique<Pipe>(*this);
+        return status;
+    }
+
+private:
+    class Pipe final : public CommunicationsPipe {
+    public:
+        explicit Pipe(FakeAuthorization &owner) : m_owner(owner) {}
+        qint64 read(char *buffer, qint64 size) override {
+            const QByteArray piece = m_owner.output.left(size);
+            std::copy(piece.begin(), piece.end(), buffer);
+            m_owner.output.remove(0, piece.size());
+            m_owner.reads << size;
+            return piece.size();
+        }
+
+    private:
+        FakeAuthorization &m_owner;
+    };
+};
+
+class PrivilegedTask : public testing::Test {
+protected:
+    QString run() {
+        return stringByLaunchingPath(
+            QStringLiteral("/bin/tööl"), {QStringLiteral("a b"), QStringLiteral("é")}, authorization,
+            [this](qint32) { isCalled = true; }, &error);
+    }
+    FakeAuthorization authorization;
+    std::optional<Error> error = Error{};
+    bool isCalled = false;
+};
+
+TEST_F(PrivilegedTask, PathAndArgumentsArePassedAsUtf8) {
+    authorization.output = "done\n";
+    EXPECT_EQ(run(), QStringLiteral("done\n"));
+    EXPECT_FALSE(error);
+    EXPECT_EQ(authorization.path, QByteArray("/bin/tööl"));
+    EXPECT_EQ(authorization.arguments, QList<QByteArray>({"a b", "é"}));
+}
+
+TEST_F(PrivilegedTask, AFailedStartIsAnErrorWithThePlatformsStatus) {
+    authorization.status = -60006;
+    EXPECT_TRUE(run().isNull());
+    EXPECT_EQ(error->domain, QStringLiteral("com.apple.NSTask.OneLineTasksWithOutput"));
+    EXPECT_EQ(error->code, -60006);
+    EXPECT_TRUE(error->userInfo.isEmpty());
+}
+
+TEST_F(PrivilegedTask, OutputIsReadInPiecesOf64BytesAndDecodedAcrossThem) {
+    const QString text = QString(63, u'x') + QStringLiteral("é📄") + QString(70, u'y');
+    authorization.output = text.toUtf8();
+    EXPECT_EQ(run(), text);
+    EXPECT_EQ(authorization.reads, QList<qint64>(4, 64));
+}
+
+TEST_F(PrivilegedTask, NoOutputIsAnEmptyText) {
+    EXPECT_FALSE(run().isNull());
+    EXPECT_TRUE(run().isEmpty());
+}
+
+TEST_F(PrivilegedTask, TheCallbackIsNeverCalled) {
+    run();
+    EXPECT_FALSE(isCalled); // deliberate
+}
+
+} // namespace
+} // namespace quillmark
