@@ -6,6 +6,7 @@ class QString;
 
 namespace quillmark {
 
+class Alerts;
 class AppleEvents;
 class Application;
 class Bundle;
@@ -20,6 +21,7 @@ class Workspace;
 
 /// Everything that an operating system must provide, one port a subject.
 struct Platform {
+    Alerts &alerts;
     AppleEvents &appleEvents;
     Application &application;
     Bundle &mainBundle;
@@ -34,8 +36,8 @@ struct Platform {
 
     /// The same with another main bundle.
     Platform with(Bundle &otherBundle) const {
-        return {appleEvents,  application, otherBundle, clock,        images,   mainThread,
-                propertyList, systemInfo,  tasks,       userDefaults, workspace};
+        return {alerts,     appleEvents,  application, otherBundle, clock,        images,
+                mainThread, propertyList, systemInfo,  tasks,       userDefaults, workspace};
     }
 };
 

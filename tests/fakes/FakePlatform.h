@@ -1,5 +1,6 @@
 #pragma once
 
+#include "fakes/FakeAlerts.h"
 #include "fakes/FakeAppleEvents.h"
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeBundle.h"
@@ -24,6 +25,7 @@ public:
     ~FakePlatform() { installPlatform(nullptr); }
 
     Transcript transcript;
+    FakeAlerts alerts{transcript};
     FakeAppleEvents appleEvents{transcript};
     FakeApplication application{transcript};
     FakeBundle bundle;
@@ -36,8 +38,8 @@ public:
     FakeUserDefaults userDefaults{transcript};
     FakeWorkspace workspace{transcript};
 
-    Platform platform{appleEvents,  application, bundle, clock,        images,   mainThread,
-                      propertyList, systemInfo,  tasks,  userDefaults, workspace};
+    Platform platform{alerts,     appleEvents,  application, bundle, clock,        images,
+                      mainThread, propertyList, systemInfo,  tasks,  userDefaults, workspace};
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.

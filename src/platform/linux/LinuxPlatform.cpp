@@ -1,5 +1,6 @@
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "platform/linux/LinuxAlerts.h"
 #include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxApplication.h"
 #include "platform/linux/LinuxBundle.h"
@@ -11,6 +12,7 @@
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/WindowModule.h"
 
 namespace quillmark {
 
@@ -32,13 +34,15 @@ struct LinuxBackends {
     LinuxPropertyList propertyList;
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
+    WindowModule windowModule{mainBundle};
+    LinuxAlerts alerts{windowModule};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
     LinuxTasks tasks;
     LinuxWorkspace workspace{propertyList};
     LinuxAppleEvents appleEvents{workspace};
 
-    Platform platform{appleEvents,  application, mainBundle, clock,        images,   mainThread,
-                      propertyList, systemInfo,  tasks,      userDefaults, workspace};
+    Platform platform{alerts,     appleEvents,  application, mainBundle, clock,        images,
+                      mainThread, propertyList, systemInfo,  tasks,      userDefaults, workspace};
 };
 
 } // namespace

@@ -1,0 +1,106 @@
+#include "launcher/windows/AlertDialog.h"
+
+#include "launcher/windows/AlertParts.h"
+#include "platform/Alerts.h"
+
+#include <QAccessible>
+#include <QCursor>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QPushButton>
+#include <QScreen>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace quillmark {
+
+namespace {
+
+constexpr int kMargin = 20;       // between the window's edge and what it holds
+constexpr int kIconSpacing = 18;  // between icon and texts
+constexpr int kTextSpacing = 8;   // between the two texts
+constexpr int kAboveButtons = 22; // between texts and buttons
+constexpr int kMinimumButtonWidth = 88;
+
+} // namespace
+
+AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon)
+    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+      m_escapeButton(alert.escapeButton.value_or(alert.lastButton())) {
+    setObjectName(QStringLiteral("alert"));
+    setWindowTitle(alert.windowTitle);
+    setWindowIcon(icon);
+    // A screen reader reads these two when the window appears.
+    setAccessibleName(alert.messageText);
+    setAccessibleDescription(alert.informativeText);
+
+    auto *const texts = new QVBoxLayout;
+    addTexts(*texts, alert);
+    auto *const upper = new QHBoxLayout;
+    upper->setSpacing(kIconSpacing);
+    upper->addWidget(new AlertIcon(icon), 0, Qt::AlignTop);
+    upper->addLayout(texts, 1);
+    auto *const lower = new QHBoxLayout;
+    addButtons(*lower, alert.buttons);
+
+    auto *const all = new QVBoxLayout(this);
+    all->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    all->setSpacing(kAboveButtons);
+    all->addLayout(upper, 1);
+    all->addLayout(lower);
+    all->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void AlertDialog::addTexts(QBoxLayout &layout, const AlertDescription &alert) {
+    layout.setSpacing(kTextSpacing);
+    auto *const message = new AlertText(alert.messageText);
+    message->setObjectName(QStringLiteral("messageText"));
+    QFont bold;
+    bold.setBold(true);
+    message->setFont(bold);
+    layout.addWidget(message);
+    if (!alert.informativeText.isEmpty()) {
+        auto *const informative = new AlertText(alert.informativeText);
+        informative->setObjectName(QStringLiteral("informativeText"));
+        layout.addWidget(informative);
+    }
+    layout.addStretch(1);
+}
+
+/// The default button is made first, which makes it the first for the Tab key, and stands outermost.
+void AlertDialog::addButtons(QBoxLayout &layout, QStringList titles) {
+    if (titles.isEmpty()) {
+        titles << QStringLiteral("OK");
+    }
+    layout.addStretch(1);
+    for (int index = 0; index < titles.size(); ++index) {
+        // An ampersand is no mnemonic here; the texts are shared with systems that have none.
+        auto *const button = new QPushButton(QString(titles[index]).replace(u'&', QStringLiteral("&&")), this);
+        button->setObjectName(QStringLiteral("button%1").arg(index));
+        button->setAccessibleName(titles[index]);
+        button->setMinimumWidth(kMinimumButtonWidth);
+        button->setAutoDefault(false); // Return presses the default button wherever the focus is
+        button->setDefault(index == 0);
+        connect(button, &QPushButton::clicked, this, [this, index] { done(index); });
+        layout.insertWidget(1, button); // behind the stretch, before the earlier ones
+        if (index == 0) {
+            button->setFocus();
+        }
+    }
+}
+
+void AlertDialog::showEvent(QShowEvent *event) {
+    // Where the user looks: the screen with the pointer.
+    const QScreen *pointed = QGuiApplication::screenAt(QCursor::pos());
+    const QScreen &shown = pointed != nullptr ? *pointed : *screen();
+    adjustSize();
+    move(QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, size(), shown.availableGeometry()).topLeft());
+    QDialog::showEvent(event);
+    raise();
+    activateWindow();
+    QAccessibleEvent alert(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+} // namespace quillmark

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDialog>
+
+class QBoxLayout;
+class QIcon;
+
+namespace quillmark {
+
+struct AlertDescription;
+
+/// The window of an alert; exec() answers the index of the pressed button. Widgets can be found by their names: "alert"
+/// (the window itself), "icon", "messageText", "informativeText", "button0" (the default one) and so on.
+class AlertDialog final : public QDialog {
+public:
+    AlertDialog(const AlertDescription &alert, const QIcon &icon);
+
+    /// Escape and the close box end here.
+    void reject() override { done(m_escapeButton); }
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void addTexts(QBoxLayout &layout, const AlertDescription &alert);
+    void addButtons(QBoxLayout &layout, QStringList titles);
+
+    const int m_escapeButton;
+};
+
+} // namespace quillmark

@@ -1,0 +1,31 @@
+#include "launcher/windows/Alerts.h"
+
+#include "launcher/windows/AlertDialog.h"
+
+#include <QAccessibleWidget>
+
+namespace quillmark {
+
+namespace {
+
+/// Assistive programs treat an alert with more urgency than a dialog.
+QAccessibleInterface *accessibleAlert(const QString & /*className*/, QObject *object) {
+    auto *const alert = dynamic_cast<AlertDialog *>(object);
+    return alert != nullptr ? new QAccessibleWidget(alert, QAccessible::AlertMessage) : nullptr;
+}
+
+} // namespace
+
+DialogAlerts::DialogAlerts(const QString &resourceFolder) {
+    for (const int size : {16, 24, 32, 48, 64, 128, 256}) {
+        m_icon.addFile(resourceFolder + QStringLiteral("/Quillmark-%1.png").arg(size));
+    }
+    QAccessible::installFactory(accessibleAlert);
+}
+
+int DialogAlerts::runModal(const AlertDescription &alert) {
+    AlertDialog dialog(alert, m_icon);
+    return dialog.exec();
+}
+
+} // namespace quillmark

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Alerts.h"
+
+#include <QIcon>
+
+namespace quillmark {
+
+/// Alerts as dialogs, with the application's icon.
+class DialogAlerts final : public Alerts {
+public:
+    explicit DialogAlerts(const QString &resourceFolder);
+    int runModal(const AlertDescription &alert) override;
+
+private:
+    QIcon m_icon;
+};
+
+} // namespace quillmark

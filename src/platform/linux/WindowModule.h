@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/linux/Windows.h"
+
+#include <QString>
+
+namespace quillmark {
+
+class Bundle;
+
+/// Loads the window module of a bundle when the first window is wanted: the usual start needs none, and window
+/// libraries take longer to load than all the rest takes to run.
+///
+/// Concurrency: the main thread only.
+class WindowModule {
+public:
+    explicit WindowModule(const Bundle &bundle) : m_bundle(bundle) {}
+
+    /// The module's windows, or null when it can't be loaded or no display can be reached; a later call tries again.
+    /// \param obstacle receives the reason, as a part of a sentence.
+    Windows *open(QString &obstacle);
+
+private:
+    const Bundle &m_bundle;
+    Windows *m_windows = nullptr;
+};
+
+} // namespace quillmark
