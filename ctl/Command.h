@@ -64,6 +64,7 @@ std::span<const Command> bundleCommands();
 std::span<const Command> errorCommands();
 std::span<const Command> logCommands();
 std::span<const Command> processCommands();
+std::span<const Command> runCommands();
 std::span<const Command> systemCommands();
 std::span<const Command> textCommands();
 std::span<const Command> versionCommands();

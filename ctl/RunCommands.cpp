@@ -1,0 +1,64 @@
+#include "Command.h"
+
+#include "tools/Task+OneLineTasksWithOutput.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <memory>
+
+namespace quillmark::ctl {
+
+namespace {
+
+QJsonValue orNull(const QString &text) { return text.isNull() ? QJsonValue() : QJsonValue(text); }
+
+QJsonValue jsonOf(const std::optional<Error> &error) {
+    if (!error) {
+        return {};
+    }
+    return QJsonObject{
+        {QStringLiteral("domain"), error->domain},
+        {QStringLiteral("code"), error->code},
+        {QStringLiteral("standardError"), orNull(error->userInfo.value(kTaskStandardErrorKey).toString())},
+        {QStringLiteral("terminationStatus"),
+         QJsonValue::fromVariant(error->userInfo.value(kTaskTerminationStatusKey))},
+        {QStringLiteral("failureReason"), orNull(error->failureReason())},
+        {QStringLiteral("description"), orNull(error->description())}};
+}
+
+Action defineRun(CLI::App &app) {
+    const auto path = std::make_shared<std::string>();
+    app.add_option("PATH", *path, "the program; what follows are its arguments, for certain behind --")->required();
+    app.prefix_command();
+    app.fallthrough(false);
+    return [path, &app](const Output &output) {
+        int count = 1;
+        char name[] = "quillmarkctl";
+        char *vector[] = {name, nullptr};
+        const QCoreApplication eventLoop(count, vector);
+        QStringList arguments;
+        for (const std::string &word : app.remaining()) {
+            arguments << QString::fromStdString(word);
+        }
+        const QString program = QString::fromStdString(*path);
+        std::optional<Error> error;
+        const QString printed = stringByLaunchingPath(program, arguments, {}, &error);
+        output.json(QJsonObject{{QStringLiteral("output"), orNull(printed)}, {QStringLiteral("error"), jsonOf(error)}});
+        if (error && error->code == kTaskFailed) {
+            throw Failure{program,
+                          error->userInfo.isEmpty() ? QStringLiteral("could not be run") : error->description()};
+        }
+        return Answer::Yes;
+    };
+}
+
+constexpr Command kCommands[] = {
+    {nullptr, "run", "run a program to its end and tell what it printed", "quillmarkctl run /bin/ls -l /Applications",
+     defineRun},
+};
+
+} // namespace
+
+std::span<const Command> runCommands() { return kCommands; }
+
+} // namespace quillmark::ctl
