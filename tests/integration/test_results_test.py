@@ -32,6 +32,12 @@ class TestResults(unittest.TestCase):
                             "set_tests_properties(s PROPERTIES SKIP_RETURN_CODE 77)")
         self.assertEqual(lines, ["skipped: s: no display", "0 0 1"])
 
+    def test_names_no_more_than_three_tests_that_were_skipped_for_the_same_reason(self):
+        names = ["a", "b", "c", "d", "e"]
+        tests = "".join(f'add_test({name} sh -c "echo no display && exit 77")\n' for name in names)
+        lines = self.report(tests + f"set_tests_properties({' '.join(names)} PROPERTIES SKIP_RETURN_CODE 77)")
+        self.assertEqual(lines, ["skipped: a, b, c and 2 more: no display", "0 0 5"])
+
     def test_counts_a_disabled_test_as_skipped(self):
         self.assertEqual(self.report("add_test(d true)\nset_tests_properties(d PROPERTIES DISABLED ON)"),
                          ["skipped: d: disabled", "0 0 1"])
