@@ -2,12 +2,14 @@
 
 #include "branding/LocalizedStrings.h"
 #include "launcher/StaleBundles.h"
+#include "platform/Alerts.h"
 #include "platform/Application.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "tools/ProcessUtilities.h"
 #include "utils/IntegerValue.h"
 #include "utils/LogSetup.h"
 #include "utils/Version.h"
@@ -15,13 +17,14 @@
 namespace quillmark {
 
 Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings)
-    : m_platform(platform), m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
+    : m_platform(platform), m_strings(strings), m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
 
 void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     readConfiguration();
     setUpLogging();
     logNormal("%@ version %@", m_productName, versionOfThisAppAsString(true));
     logNormal("%@ did begin launching...", m_productName);
+    ensureCoreNotRunning();
     m_staleBundles = staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList);
     logNormal("%@ did finish launching", m_productName);
     launchCore();
@@ -50,8 +53,25 @@ qint32 Quillmark_LauncherAppDelegate::brandId() const {
     return static_cast<qint32>(integerValueOf(config.value(QStringLiteral("Brand"))));
 }
 
+QString Quillmark_LauncherAppDelegate::coreName() const { return formatted("%@Core", m_productName); }
+
+void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
+    if (!ProcessUtilities::quillmarkCoreAlreadyRunning(coreName())) {
+        return;
+    }
+    AlertDescription alert;
+    alert.windowTitle = m_productName;
+    alert.messageText = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_AlreadyRunning"));
+    alert.informativeText = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_YouMustQuit"));
+    alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("Quit"))};
+    logNormal("Letting other copy run, we will terminate");
+    m_platform.alerts.runModal(alert);
+    logNormal("User did quit");
+    m_platform.application.terminate();
+}
+
 void Quillmark_LauncherAppDelegate::launchCore() {
-    const QString name = formatted("%@Core", m_productName);
+    const QString name = coreName();
     const QString bundle = m_platform.mainBundle.pathForResource(name, QStringLiteral("app"));
     const QString executable = bundle.isNull() ? QString() : formatted("%@/Contents/MacOS/%@", bundle, name);
     logNormal("Launching \"%@\"...", executable);

@@ -9,7 +9,7 @@ namespace quillmark {
 class LocalizedStrings;
 struct Platform;
 
-/// Drives the start-up, strictly in order: settings, log, stale copies, the core application, the end.
+/// Drives the start-up, strictly in order: settings, log, single instance, stale copies, the core application, the end.
 ///
 /// Concurrency: the main thread only.
 class Quillmark_LauncherAppDelegate {
@@ -22,6 +22,9 @@ public:
     /// The "Brand" of the configuration; 0 when absent.
     qint32 brandId() const;
 
+    /// Returns only when no core application runs; else tells the user so, and ends the process.
+    void ensureCoreNotRunning();
+
     /// Starts the core application and ends the launcher. A launch that fails is not noticed.
     void launchCore();
 
@@ -31,7 +34,11 @@ private:
     void readConfiguration();
     void setUpLogging();
 
+    /// The core application's name: the product's with "Core" behind it.
+    QString coreName() const;
+
     const Platform &m_platform;
+    LocalizedStrings &m_strings;
     const QString m_productName;
     QVariantMap config;
     QStringList m_staleBundles;

@@ -3,7 +3,7 @@
 import re
 import unittest
 
-from machine import CORE, LauncherTest, launcher_logs, run_launcher
+from machine import CORE, LauncherTest, end_cores, launcher_logs, run_launcher
 
 
 class UsualStart(LauncherTest):
@@ -49,6 +49,7 @@ class UsualStart(LauncherTest):
     def test_appends_to_the_log_when_the_second_start_falls_into_the_same_second(self):
         for _ in range(3):
             run_launcher()
+            end_cores()
         text = "".join(path.read_text() for path in launcher_logs())
         self.assertEqual(text.count("Will terminate now"), 3)
 

@@ -119,6 +119,13 @@ def launcher_logs():
     return sorted(LOG_FOLDER.glob("*")) if LOG_FOLDER.is_dir() else []
 
 
+def end_cores():
+    """Kills every core, so that the launcher can start another one."""
+    for pid in processes_of(CORE):
+        os.kill(pid, signal.SIGKILL)
+    wait_until(lambda: not processes_of(CORE), "the cores are gone")
+
+
 class LauncherTest(unittest.TestCase):
     """Asserts what the launcher has done."""
 

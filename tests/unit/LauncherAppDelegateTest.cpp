@@ -31,6 +31,15 @@ protected:
         }
         return *m_delegate;
     }
+    /// The questions to the process table.
+    static QStringList pipelines() {
+        const QString run = QStringLiteral("run /bin/sh -c ");
+        return {run + kFirstPipeline,
+                run + QStringLiteral("ps ax -o comm | grep 'Quillmark Mac' | grep -v grep >/dev/null"),
+                run + QStringLiteral("ps ax -o comm | grep 'QuillmarkCore' | grep -v grep >/dev/null")};
+    }
+    static inline const QString kFirstPipeline =
+        QStringLiteral("ps ax -o comm | fgrep 'QuillmarkCore' | grep -v grep | grep -v relaunchqm > /dev/null");
     QString core() const {
         return platform.bundle.resourcePath() + QStringLiteral("/QuillmarkCore.app/Contents/MacOS/QuillmarkCore");
     }
@@ -45,8 +54,9 @@ TEST_F(LauncherAppDelegate, TheStepsComeStrictlyInOrder) {
     EXPECT_EQ(platform.transcript.calls(),
               QStringList({QStringLiteral("registerDefaults FileLogging,StdioLogging"),
                            QStringLiteral("objectForKey FileLogging"), QStringLiteral("objectForKey StdioLogging"),
-                           QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
-                           QStringLiteral("launchApplication ") + core(), QStringLiteral("terminate")}));
+                           pipelines()[0], pipelines()[1], pipelines()[2], QStringLiteral("applicationsFolders user"),
+                           QStringLiteral("applicationsFolders local"), QStringLiteral("launchApplication ") + core(),
+                           QStringLiteral("terminate")}));
 }
 
 TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
@@ -60,6 +70,23 @@ TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
                            QStringLiteral("Launching \"") + core() + QStringLiteral("\"..."),
                            QStringLiteral("Launched \"") + core() + u'"', QStringLiteral("Will terminate now")}));
     EXPECT_FALSE(contentsOf(getLogFilePath()).contains("(ERR)"));
+}
+
+TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingElse) {
+    for (const auto &[key, text] : {std::pair("QuillmarkLauncher_AlreadyRunning", "It runs."),
+                                    {"QuillmarkLauncher_YouMustQuit", "Quit it first."},
+                                    {"Quit", "Leave"}}) {
+        platform.bundle.strings.insert(QString::fromLatin1(key), QString::fromLatin1(text));
+    }
+    platform.tasks.statuses.insert(kFirstPipeline, 0);
+    start();
+    EXPECT_EQ(platform.transcript.calls().mid(3),
+              pipelines() + QStringList({QStringLiteral("runModal [Quillmark] It runs. | Quit it first. | Leave"),
+                                         QStringLiteral("terminate")}));
+    EXPECT_EQ(
+        messagesOf(getLogFilePath()).mid(2),
+        QStringList({QStringLiteral("Letting other copy run, we will terminate"), QStringLiteral("User did quit")}));
+    EXPECT_TRUE(delegate().staleBundles().isEmpty());
 }
 
 TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {

@@ -4,12 +4,14 @@
 #include "platform/Platform.h"
 #include "platform/linux/LinuxMainThread.h"
 #include "platform/linux/LinuxSystemInfo.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 #include "utils/CurrentThread.h"
 
 #include <QCoreApplication>
+#include <csignal>
 #include <fstream>
 #include <thread>
 #include <unistd.h>
@@ -141,6 +143,19 @@ TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
     EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("None.app"))));
     EXPECT_FALSE(workspace.launchApplication(QString()));
     EXPECT_FALSE(workspace.launchApplication(QStringLiteral("relative")));
+}
+
+TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {
+    ::signal(SIGCHLD, SIG_IGN);
+    LinuxTasks tasks;
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 3")}), 3);
+}
+
+TEST(TasksTest, AProgramsStatusIsItsOwnOrItsSignalsNumberAbove128) {
+    LinuxTasks tasks;
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/true"), {}), 0);
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("kill -9 $$")}), 137);
+    EXPECT_FALSE(tasks.run(QStringLiteral("/no/such/program"), {}));
 }
 
 } // namespace

@@ -71,6 +71,13 @@ int waitFor(pid_t child) {
 
 } // namespace
 
+LinuxTasks::LinuxTasks() {
+    struct sigaction current {};
+    if (::sigaction(SIGCHLD, nullptr, &current) == 0 && current.sa_handler == SIG_IGN) {
+        ::signal(SIGCHLD, SIG_DFL);
+    }
+}
+
 std::optional<int> LinuxTasks::run(const QString &path, const QStringList &arguments) {
     const pid_t child = spawn(path, arguments, nullptr);
     if (child == 0) {

@@ -6,6 +6,9 @@ namespace quillmark {
 
 class LinuxTasks final : public Tasks {
 public:
+    /// Takes it back when whoever started this process had it ignore the end of children: none could be waited for.
+    LinuxTasks();
+
     std::optional<int> run(const QString &path, const QStringList &arguments) override;
     std::optional<PipedTask> launch(const QString &path, const QStringList &arguments) override;
     int terminationStatus(const PipedTask &task) override;
