@@ -1,6 +1,8 @@
 #include "launcher/windows/AlertParts.h"
 
+#include <QFontInfo>
 #include <QPainter>
+#include <algorithm>
 
 namespace quillmark {
 
@@ -8,8 +10,8 @@ namespace {
 
 constexpr int kIconSize = 64;
 
-/// Lines of some 60 letters are read most easily. An average letter is narrower than averageCharWidth().
-constexpr int kMeasure = 54;
+/// How long a line may get, in units of the font's size: some 55 letters, or 30 characters of Japanese, read well.
+constexpr int kMeasure = 30;
 
 } // namespace
 
@@ -34,10 +36,18 @@ AlertText::AlertText(const QString &text) : QLabel(text) {
 
 QSize AlertText::sizeHint() const {
     const QFontMetrics metrics = fontMetrics();
+    const auto wrappedAt = [&metrics, this](int width) {
+        return metrics.boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), Qt::TextWordWrap, text());
+    };
     // A word that is longer than the measure makes the text wider.
-    const QRect measure(0, 0, metrics.averageCharWidth() * kMeasure, QWIDGETSIZE_MAX);
-    const int width = metrics.boundingRect(measure, Qt::TextWordWrap, text()).width() + 1;
-    return {width, heightForWidth(width)};
+    int width = wrappedAt(QFontInfo(font()).pixelSize() * kMeasure).width();
+    // Lines of like length look better than a last one with a single word.
+    const int step = std::max(1, metrics.height() / 4);
+    const int height = wrappedAt(width).height();
+    while (width > step && wrappedAt(width - step).height() == height && wrappedAt(width - step).width() < width) {
+        width = wrappedAt(width - step).width();
+    }
+    return {width + 1, heightForWidth(width + 1)};
 }
 
 } // namespace quillmark

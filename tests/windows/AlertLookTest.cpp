@@ -1,0 +1,127 @@
+#include "windows/AlertFixture.h"
+
+#include <QAccessible>
+#include <QImage>
+#include <QScreen>
+
+namespace quillmark::test {
+
+namespace {
+
+using AlertLook = AlertFixture;
+
+QRect placeIn(const QDialog &dialog, const QWidget &widget) {
+    return {widget.mapTo(&dialog, QPoint(0, 0)), widget.size()};
+}
+
+QAccessibleInterface &accessible(QObject &object) { return *QAccessible::queryAccessibleInterface(&object); }
+
+/// How far a colour is from another, from 0 to 255.
+int contrast(const QColor &a, const QColor &b) { return std::abs(qGray(a.rgb()) - qGray(b.rgb())); }
+
+} // namespace
+
+TEST_F(AlertLook, ShowsItsTexts) {
+    lookAt([this](QDialog &dialog) {
+        EXPECT_EQ(dialog.windowTitle(), alert.windowTitle);
+        EXPECT_EQ(label(dialog, "messageText").text(), alert.messageText);
+        EXPECT_TRUE(label(dialog, "messageText").font().bold());
+        EXPECT_EQ(label(dialog, "informativeText").text(), alert.informativeText);
+        EXPECT_FALSE(label(dialog, "informativeText").font().bold());
+        EXPECT_EQ(button(dialog, 0).text(), alert.buttons[0]);
+        EXPECT_EQ(button(dialog, 2).text(), alert.buttons[2]);
+    });
+}
+
+TEST_F(AlertLook, HasNoRoomForAnInformativeTextThatIsEmpty) {
+    alert.informativeText.clear();
+    lookAt([](QDialog &dialog) { EXPECT_EQ(dialog.findChild<QLabel *>(QStringLiteral("informativeText")), nullptr); });
+}
+
+TEST_F(AlertLook, TakesNoTextForMarkup) {
+    alert.messageText = QStringLiteral("<b>1 < 2</b>");
+    lookAt([](QDialog &dialog) { EXPECT_EQ(label(dialog, "messageText").textFormat(), Qt::PlainText); });
+}
+
+TEST_F(AlertLook, NamesTheOnlyButtonOkWhenNoneIsGiven) {
+    alert.buttons.clear();
+    lookAt([](QDialog &dialog) { EXPECT_EQ(button(dialog, 0).text(), QStringLiteral("OK")); });
+}
+
+TEST_F(AlertLook, HasItsButtonsAtTheLowerRightWithTheDefaultOneOutermost) {
+    lookAt([](QDialog &dialog) {
+        const QRect first = placeIn(dialog, button(dialog, 0));
+        const QRect second = placeIn(dialog, button(dialog, 1));
+        const QRect third = placeIn(dialog, button(dialog, 2));
+        EXPECT_LT(dialog.width() - first.right(), 30);
+        EXPECT_LT(dialog.height() - first.bottom(), 30);
+        EXPECT_LT(second.right(), first.left());
+        EXPECT_LT(third.right(), second.left());
+    });
+}
+
+TEST_F(AlertLook, StandsInTheMiddleOfTheScreen) {
+    lookAt([](QDialog &dialog) {
+        const QPoint offset = dialog.geometry().center() - dialog.screen()->availableGeometry().center();
+        EXPECT_LE(offset.manhattanLength(), 60) << "more than a title bar away";
+    });
+}
+
+TEST_F(AlertLook, DrawsTheIconPixelByPixelAtTheScreensResolution) {
+    lookAt([](QDialog &dialog) {
+        auto *const icon = dialog.findChild<QWidget *>(QStringLiteral("icon"));
+        ASSERT_NE(icon, nullptr);
+        const int pixels = 64 * static_cast<int>(dialog.devicePixelRatio());
+        const QImage stored(QStringLiteral(QUILLMARK_APP "/Contents/Resources/Quillmark-%1.png").arg(pixels));
+        ASSERT_EQ(stored.width(), pixels);
+
+        QPixmap drawn(pixels, pixels);
+        drawn.setDevicePixelRatio(dialog.devicePixelRatio());
+        drawn.fill(Qt::transparent);
+        icon->render(&drawn, QPoint(), QRegion(), QWidget::DrawChildren);
+        const auto format = QImage::Format_ARGB32_Premultiplied;
+        EXPECT_EQ(drawn.toImage().convertToFormat(format), stored.convertToFormat(format));
+    });
+}
+
+TEST_F(AlertLook, GivesTheWindowTheApplicationsIcon) {
+    lookAt([](QDialog &dialog) { EXPECT_FALSE(dialog.windowIcon().pixmap(16).isNull()); });
+}
+
+TEST_F(AlertLook, TellsScreenReadersThatItIsAnAlertAndWhatItSays) {
+    lookAt([this](QDialog &dialog) {
+        QAccessibleInterface &window = accessible(dialog);
+        EXPECT_EQ(window.role(), QAccessible::AlertMessage);
+        EXPECT_EQ(window.text(QAccessible::Name), alert.messageText);
+        EXPECT_EQ(window.text(QAccessible::Description), alert.informativeText);
+    });
+}
+
+TEST_F(AlertLook, TellsScreenReadersTheButtonsWithTheirTitles) {
+    alert.buttons[1] = QStringLiteral("Save & Quit");
+    lookAt([this](QDialog &dialog) {
+        for (int index = 0; index < 3; ++index) {
+            QAccessibleInterface &pushButton = accessible(button(dialog, index));
+            EXPECT_EQ(pushButton.role(), QAccessible::Button);
+            EXPECT_EQ(pushButton.text(QAccessible::Name), alert.buttons[index]);
+        }
+    });
+}
+
+TEST_F(AlertLook, FollowsADarkPalette) {
+    const QPalette before = QApplication::palette();
+    QPalette dark(QColor(0x2a, 0x2e, 0x32));
+    QApplication::setPalette(dark);
+    lookAt([](QDialog &dialog) {
+        const QImage picture = dialog.grab().toImage();
+        const QColor ground = picture.pixelColor(2, 2);
+        EXPECT_LT(qGray(ground.rgb()), 0x40);
+        for (const char *name : {"messageText", "informativeText"}) {
+            QLabel &text = label(dialog, name);
+            EXPECT_GT(contrast(text.palette().color(text.foregroundRole()), ground), 0x80) << name;
+        }
+    });
+    QApplication::setPalette(before);
+}
+
+} // namespace quillmark::test
