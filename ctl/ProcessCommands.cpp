@@ -25,7 +25,7 @@ Answer tellError(const Output &output, const QString &what, const std::optional<
 }
 
 std::shared_ptr<std::string> addText(CLI::App &app, const char *name, const char *description) {
-    const auto text = std::make_shared<std::string>();
+    auto text = std::make_shared<std::string>();
     app.add_option(name, *text, description)->required();
     return text;
 }

@@ -28,7 +28,7 @@ QJsonObject numbers(std::initializer_list<std::pair<const char *, qint64>> value
 }
 
 std::shared_ptr<std::string> addText(CLI::App &app) {
-    const auto text = std::make_shared<std::string>();
+    auto text = std::make_shared<std::string>();
     app.add_option("TEXT", *text, "a version")->required();
     return text;
 }

@@ -15,7 +15,7 @@ namespace {
 
 /// Appends what the pipe holds. \returns false at its end.
 bool readAvailable(int pipe, QByteArray &data) {
-    constexpr qsizetype kPiece = 64 * 1024;
+    constexpr qsizetype kPiece = qsizetype{64} * 1024;
     constexpr int kPiecesATurn = 16; // then other events have their turn
     for (int piece = 0; piece < kPiecesATurn; ++piece) {
         const qsizetype before = data.size();

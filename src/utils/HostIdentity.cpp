@@ -5,6 +5,7 @@
 #include "utils/Assert.h"
 #include "utils/Log.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 
@@ -42,13 +43,11 @@ bool areHostnamesSameMachine(const QString &hostnameA, const QString &hostnameB)
     if (hostnameA == hostnameB) {
         return true;
     }
-    for (const QString &addressA : ipAddressesFromHostname(hostnameA)) {
+    const QStringList addressesA = ipAddressesFromHostname(hostnameA);
+    return std::any_of(addressesA.begin(), addressesA.end(), [&hostnameB](const QString &addressA) {
         // Deliberately asked again for each address: hosts have one or two.
-        if (ipAddressesFromHostname(hostnameB).contains(addressA)) {
-            return true;
-        }
-    }
-    return false;
+        return ipAddressesFromHostname(hostnameB).contains(addressA);
+    });
 }
 
 } // namespace quillmark

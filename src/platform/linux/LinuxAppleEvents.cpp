@@ -32,7 +32,7 @@ qint32 LinuxAppleEvents::buildQuitEvent(const QString &bundleIdentifier, std::un
 }
 
 qint32 LinuxAppleEvents::sendMessage(const Event &event) {
-    const QString &identifier = static_cast<const QuitEvent &>(event).bundleIdentifier(); // the only kind there is
+    const QString &identifier = dynamic_cast<const QuitEvent &>(event).bundleIdentifier(); // the only kind there is
     bool isSent = false;
     for (const QVariantMap &record : m_workspace.launchedApplications()) {
         if (record.value(kApplicationBundleIdentifier).toString() == identifier) {
