@@ -58,7 +58,7 @@ TEST_P(AlertLanguages, WrapLongTextsAtAComfortableMeasure) {
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(, AlertLanguages, testing::Values("en", "de", "fr", "es", "ja"),
+INSTANTIATE_TEST_SUITE_P(EachOne, AlertLanguages, testing::Values("en", "de", "fr", "es", "ja"),
                          [](const auto &language) { return std::string(language.param); });
 
 TEST_F(AlertFixture, AWordThatIsLongerThanTheMeasureIsNotClipped) {
