@@ -3,6 +3,7 @@
 import os
 import pwd
 import shutil
+import subprocess
 import unittest
 from pathlib import Path
 
@@ -75,6 +76,14 @@ class Surroundings(LauncherTest):
         with open("/dev/full", "w") as full:
             self.assertEqual(run_launcher(stdout=full, stderr=full).returncode, 0)
         self.core()
+
+    def test_where_the_process_table_is_hidden(self):
+        script = f"umount -l /proc && exec setpriv --reuid {USER} --regid {USER} --clear-groups {LAUNCHER}"
+        result = subprocess.run(["unshare", "--mount", "sh", "-c", script], env=environment(), cwd=HOME, stdin=subprocess.DEVNULL,
+                                capture_output=True, text=True, timeout=60)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.core()
+        self.assertIn(" Quillmark[", self.log())
 
     def assert_starts_one_more(self, env):
         before = set(processes_of(CORE))

@@ -38,7 +38,7 @@ TEST(NativePlatform, TellsTheTime) {
 
 class SystemInfoTest : public testing::Test {
 protected:
-    const test::FakePropertyList propertyList;
+    test::FakePropertyList propertyList;
     const LinuxSystemInfo info{propertyList};
 };
 

@@ -1,10 +1,9 @@
 #include "platform/linux/LinuxBundle.h"
 
 #include "platform/PropertyList.h"
+#include "platform/linux/ExecutablePath.h"
 
 #include <QFile>
-#include <array>
-#include <climits>
 #include <unistd.h>
 
 namespace quillmark {
@@ -56,9 +55,7 @@ QVariantMap LinuxBundle::readStringTable() const {
 }
 
 QString LinuxBundle::pathOfRunningBundle() {
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    const QString executable = QFile::decodeName(QByteArray(buffer.data(), length < 0 ? 0 : length));
+    const QString executable = executablePath();
     const auto parent = [](const QString &path) { return path.left(path.lastIndexOf(u'/')); };
     for (QString folder = parent(executable); !folder.isEmpty(); folder = parent(folder)) {
         if (folder.endsWith(u".app")) {

@@ -1,13 +1,12 @@
 #include "platform/linux/LinuxSystemInfo.h"
 
 #include "platform/PropertyList.h"
+#include "platform/linux/ExecutablePath.h"
 
 #include <QFile>
 #include <QStringList>
-#include <array>
 #include <cerrno>
 #include <charconv>
-#include <climits>
 #include <cstring>
 #include <netdb.h>
 #include <sys/socket.h>
@@ -44,16 +43,8 @@ SystemVersion systemVersionIn(const QString &text) {
 qint32 LinuxSystemInfo::processIdentifier() const { return ::getpid(); }
 
 QString LinuxSystemInfo::processName() const {
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    if (length <= 0) { // no /proc
-        return QFile::decodeName(program_invocation_short_name);
-    }
-    QByteArray executable(buffer.data(), length);
-    if (executable.endsWith(" (deleted)")) { // an update took the file's place
-        executable.chop(10);
-    }
-    return QFile::decodeName(executable.mid(executable.lastIndexOf('/') + 1));
+    const QString path = executablePath();
+    return path.isNull() ? QFile::decodeName(program_invocation_short_name) : path.mid(path.lastIndexOf(u'/') + 1);
 }
 
 quint32 LinuxSystemInfo::currentThreadNumber() const {
