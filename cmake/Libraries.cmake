@@ -5,6 +5,8 @@ find_package(fmt REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
 find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
 
 # Qt Core alone. The include folder that Qt's own target hands out also holds the window libraries' headers; this one

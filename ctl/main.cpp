@@ -38,6 +38,7 @@ int run(const CommandLine &commandLine) {
     if (options.logLevel) {
         initLogging2(QStringLiteral("error"), QString::fromStdString(*options.logLevel), QString());
         _setStandardStreams(stderr, stderr);
+        logReportedProblems();
     }
     const Output output(stdout, options.isPretty);
     return static_cast<int>(commandLine.action()(output));

@@ -1,7 +1,6 @@
 #include "branding/LocalizedStrings.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "platform/Platform.h"
-#include "platform/Problem.h"
 #include "utils/Exception.h"
 #include "utils/Log.h"
 
@@ -31,7 +30,7 @@ int endAfterFault(const QString &reason) {
 
 int main() {
     std::signal(SIGABRT, endAfterAssertion);
-    quillmark::setProblemReporter([](const QString &sentence) { quillmark::logError("%@", sentence); });
+    quillmark::logReportedProblems();
     try {
         quillmark::Quillmark_LauncherAppDelegate delegate(quillmark::platform(),
                                                           quillmark::LocalizedStrings::sharedManager());

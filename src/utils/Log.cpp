@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "platform/Problem.h"
 #include "platform/SystemInfo.h"
 #include "utils/CurrentThread.h"
 #include "utils/ErrorText.h"
@@ -155,6 +156,10 @@ void _log(LoggingLevel level, const FormatText &format, FormatArguments argument
 void logNSError(const Error &error) { logError("Error:\n%@", nserrorToString(error)); }
 
 void logErrorException(const Exception &exception) { logError("%@", errorExceptionToString(exception)); }
+
+void logReportedProblems() {
+    setProblemReporter([](const QString &sentence) { logError("%@", sentence); });
+}
 
 void _printLine(bool toStandardError, const FormatText &format, FormatArguments arguments) {
     if (format.isAbsent()) {

@@ -71,6 +71,9 @@ void logDetail(const Format &format, const Arguments &...arguments) {
 void logNSError(const Error &error);
 void logErrorException(const Exception &exception);
 
+/// Logs as errors, from now on, what the platform's backends report.
+void logReportedProblems();
+
 void _printLine(bool toStandardError, const FormatText &format, FormatArguments arguments);
 
 /// The message and a line end on standard output, whatever the levels are.

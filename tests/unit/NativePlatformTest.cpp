@@ -1,7 +1,9 @@
 #include "fakes/FakePlatform.h"
+#include "fakes/FakeSessionBus.h"
 #include "platform/Clock.h"
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxMainThread.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxTasks.h"
@@ -13,6 +15,7 @@
 #include <QCoreApplication>
 #include <csignal>
 #include <fstream>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -128,7 +131,8 @@ TEST(HomeFolder, ReplacesALeadingTildeOnly) {
 TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
     const test::TemporaryHome home;
     const test::FakePropertyList propertyList;
-    const LinuxWorkspace workspace(propertyList);
+    test::FakeSessionBus bus;
+    const LinuxWorkspace workspace(propertyList, bus);
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User),
               QStringList({home.path(QStringLiteral("Applications"))}));
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), QStringList({QStringLiteral("/Applications")}));
@@ -137,12 +141,89 @@ TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
 TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
     const test::TemporaryHome home;
     const test::FakePropertyList propertyList;
-    LinuxWorkspace workspace(propertyList);
+    test::FakeSessionBus bus;
+    LinuxWorkspace workspace(propertyList, bus);
     EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("missing"))));
     EXPECT_FALSE(workspace.launchApplication(home.write(QStringLiteral("not executable"), "x")));
     EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("None.app"))));
     EXPECT_FALSE(workspace.launchApplication(QString()));
     EXPECT_FALSE(workspace.launchApplication(QStringLiteral("relative")));
+}
+
+class FileManager : public testing::Test {
+protected:
+    const QString kFinder = QStringLiteral("com.apple.finder");
+
+    test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    LinuxWorkspace workspace{propertyList, bus};
+    LinuxAppleEvents events{workspace, bus};
+
+    /// What comes of a request to quit.
+    qint32 quit(const QString &bundleIdentifier) {
+        std::unique_ptr<AppleEvents::Event> event;
+        EXPECT_EQ(events.buildQuitEvent(bundleIdentifier, event), 0);
+        return events.sendMessage(*event);
+    }
+};
+
+TEST_F(FileManager, TakesTheFindersPlaceAmongTheApplications) {
+    bus.processes.insert(QStringLiteral("org.freedesktop.FileManager1"), ::getpid());
+    const QVariantMap expected{{kApplicationBundleIdentifier, kFinder},
+                               {kApplicationPath, QStringLiteral("/System/Library/CoreServices/Finder.app")},
+                               {kApplicationProcessIdentifier, ::getpid()}};
+    EXPECT_TRUE(workspace.launchedApplications().contains(expected));
+}
+
+TEST_F(FileManager, IsNotAmongThemWhenNoneRuns) {
+    for (const QVariantMap &record : workspace.launchedApplications()) {
+        EXPECT_NE(record.value(kApplicationBundleIdentifier).toString(), kFinder);
+    }
+}
+
+TEST_F(FileManager, CanAlwaysBeLaunched) {
+    const QString path = workspace.bundleWithIdentifier(kFinder);
+    EXPECT_EQ(path, QStringLiteral("/System/Library/CoreServices/Finder.app"));
+    EXPECT_TRUE(workspace.launchApplication(path));
+}
+
+TEST_F(FileManager, IsEndedByTheRequestToQuit) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::pause();
+        ::_exit(1);
+    }
+    bus.processes.insert(QStringLiteral("org.freedesktop.FileManager1"), child);
+    EXPECT_EQ(quit(kFinder), 0);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGTERM);
+}
+
+TEST_F(FileManager, CannotBeAskedToQuitWhenNoneRuns) { EXPECT_EQ(quit(kFinder), -600); }
+
+TEST(AppleEventsTest, AnApplicationWithAnActionToQuitGetsNoSignal) {
+    const test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    const QString identifier = QStringLiteral("com.example.polite");
+    bus.quittable << identifier;
+    LinuxWorkspace workspace(propertyList, bus); // where it does not run, so that a signal would fail
+    LinuxAppleEvents events(workspace, bus);
+    std::unique_ptr<AppleEvents::Event> event;
+    ASSERT_EQ(events.buildQuitEvent(identifier, event), 0);
+    EXPECT_EQ(events.sendMessage(*event), 0);
+    EXPECT_EQ(bus.activated, QStringList{identifier});
+}
+
+TEST(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
+    const test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    LinuxWorkspace workspace(propertyList, bus);
+    LinuxAppleEvents events(workspace, bus);
+    std::unique_ptr<AppleEvents::Event> event;
+    EXPECT_EQ(events.buildQuitEvent(QString(), event), -50);
+    EXPECT_EQ(event, nullptr);
 }
 
 TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {

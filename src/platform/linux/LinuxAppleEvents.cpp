@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxAppleEvents.h"
 
 #include "platform/Workspace.h"
+#include "platform/linux/SessionBus.h"
 
 #include <csignal>
 
@@ -33,6 +34,9 @@ qint32 LinuxAppleEvents::buildQuitEvent(const QString &bundleIdentifier, std::un
 
 qint32 LinuxAppleEvents::sendMessage(const Event &event) {
     const QString &identifier = dynamic_cast<const QuitEvent &>(event).bundleIdentifier(); // the only kind there is
+    if (m_sessionBus.activateQuit(identifier)) {
+        return 0;
+    }
     bool isSent = false;
     for (const QVariantMap &record : m_workspace.launchedApplications()) {
         if (record.value(kApplicationBundleIdentifier).toString() == identifier) {

@@ -4,18 +4,21 @@
 
 namespace quillmark {
 
+class SessionBus;
 class Workspace;
 
-/// Requests become signals to the application's processes: to quit is SIGTERM.
+/// A request to quit activates the application's "quit" action on the session's bus; an application without one gets
+/// SIGTERM.
 class LinuxAppleEvents final : public AppleEvents {
 public:
-    explicit LinuxAppleEvents(Workspace &workspace) : m_workspace(workspace) {}
+    LinuxAppleEvents(Workspace &workspace, SessionBus &sessionBus) : m_workspace(workspace), m_sessionBus(sessionBus) {}
 
     qint32 buildQuitEvent(const QString &bundleIdentifier, std::unique_ptr<Event> &event) override;
     qint32 sendMessage(const Event &event) override;
 
 private:
     Workspace &m_workspace;
+    SessionBus &m_sessionBus;
 };
 
 } // namespace quillmark

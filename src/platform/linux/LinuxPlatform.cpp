@@ -12,6 +12,7 @@
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxUserDefaults.h"
 #include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/SessionModule.h"
 #include "platform/linux/WindowModule.h"
 
 namespace quillmark {
@@ -38,8 +39,9 @@ struct LinuxBackends {
     LinuxAlerts alerts{windowModule};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
     LinuxTasks tasks;
-    LinuxWorkspace workspace{propertyList};
-    LinuxAppleEvents appleEvents{workspace};
+    SessionModule sessionModule{mainBundle};
+    LinuxWorkspace workspace{propertyList, sessionModule};
+    LinuxAppleEvents appleEvents{workspace, sessionModule};
 
     Platform platform{alerts,     appleEvents,  application, mainBundle, clock,        images,
                       mainThread, propertyList, systemInfo,  tasks,      userDefaults, workspace};

@@ -3,6 +3,7 @@
 #include "platform/BundleSearch.h"
 #include "platform/HomeFolder.h"
 #include "platform/PropertyList.h"
+#include "platform/linux/SessionBus.h"
 
 #include <QFile>
 #include <algorithm>
@@ -19,6 +20,9 @@
 namespace quillmark {
 
 namespace {
+
+constexpr QLatin1StringView kFinderIdentifier("com.apple.finder");
+constexpr QLatin1StringView kFinderPath("/System/Library/CoreServices/Finder.app"); // where it is on a Mac
 
 /// Starts a program that has nothing in common with this process but its user and its environment.
 bool spawnDetached(const QByteArray &executable) {
@@ -99,23 +103,33 @@ QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
 }
 
 QList<QVariantMap> LinuxWorkspace::launchedApplications() const {
+    const auto recordOf = [](const QString &identifier, const QString &bundle, int process) {
+        return QVariantMap{{kApplicationBundleIdentifier, identifier},
+                           {kApplicationPath, bundle},
+                           {kApplicationProcessIdentifier, process}};
+    };
+    const std::optional<int> fileManager = m_sessionBus.processOwning(QStringLiteral("org.freedesktop.FileManager1"));
     QList<QVariantMap> records;
     for (const int process : processNumbers()) {
+        if (process == fileManager) {
+            records.append(recordOf(kFinderIdentifier, kFinderPath, process));
+            continue;
+        }
         const QString executable = executableOfProcess(process);
         const QString bundle = bundleOf(executable);
         if (bundle.isNull() || executableOf(bundle) != executable) {
             continue;
         }
         const QVariantMap information = m_propertyList.readDictionary(bundle + QStringLiteral("/Contents/Info.plist"));
-        records.append(
-            {{kApplicationBundleIdentifier, information.value(QStringLiteral("CFBundleIdentifier")).toString()},
-             {kApplicationPath, bundle},
-             {kApplicationProcessIdentifier, process}});
+        records.append(recordOf(information.value(QStringLiteral("CFBundleIdentifier")).toString(), bundle, process));
     }
     return records;
 }
 
 QString LinuxWorkspace::bundleWithIdentifier(const QString &bundleIdentifier) const {
+    if (bundleIdentifier == kFinderIdentifier) {
+        return kFinderPath;
+    }
     std::optional<QStringList> paths;
     for (const Domain domain : {Domain::User, Domain::Local}) {
         for (const QString &folder : applicationsFolders(domain)) {
@@ -126,6 +140,9 @@ QString LinuxWorkspace::bundleWithIdentifier(const QString &bundleIdentifier) co
 }
 
 bool LinuxWorkspace::launchApplication(const QString &path) {
+    if (path == kFinderPath) {
+        return true;
+    }
     const QString executable = executableOf(path);
     return executable.startsWith(u'/') && spawnDetached(QFile::encodeName(executable));
 }

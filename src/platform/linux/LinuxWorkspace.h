@@ -5,13 +5,17 @@
 namespace quillmark {
 
 class PropertyList;
+class SessionBus;
 
+/// The desktop's file manager takes the Finder's place, under the Finder's identifier. It runs as soon as a desktop
+/// wants it, so it can always be launched.
 class LinuxWorkspace final : public Workspace {
 public:
-    explicit LinuxWorkspace(const PropertyList &propertyList) : m_propertyList(propertyList) {}
+    LinuxWorkspace(const PropertyList &propertyList, SessionBus &sessionBus)
+        : m_propertyList(propertyList), m_sessionBus(sessionBus) {}
 
     QStringList applicationsFolders(Domain domain) const override;
-    /// Processes whose program is the main executable of a bundle, by process number.
+    /// Processes whose program is the main executable of a bundle, and the file manager, by process number.
     QList<QVariantMap> launchedApplications() const override;
     /// The first one in the user's Applications folder, then in the computer's.
     QString bundleWithIdentifier(const QString &bundleIdentifier) const override;
@@ -21,6 +25,7 @@ private:
     QString executableOf(const QString &path) const;
 
     const PropertyList &m_propertyList;
+    SessionBus &m_sessionBus;
 };
 
 } // namespace quillmark

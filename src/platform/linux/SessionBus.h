@@ -1,0 +1,30 @@
+#pragma once
+
+#include <optional>
+
+class QByteArray;
+class QString;
+
+namespace quillmark {
+
+/// The message bus of the user's desktop session, as far as it knows of applications. Nothing is ever started by
+/// asking, and every call comes back within a few seconds whatever the others on the bus do. Any thread may call.
+class SessionBus {
+public:
+    virtual ~SessionBus() = default;
+
+    /// The process that owns a name on the bus; nothing when none does.
+    virtual std::optional<int> processOwning(const QString &busName) = 0;
+
+    /// Activates the "quit" action of the application whose name on the bus is its bundle identifier.
+    /// \returns false when no such application, or none with such an action, is on the bus. An application that is
+    /// too busy to answer has been asked.
+    virtual bool activateQuit(const QString &bundleIdentifier) = 0;
+};
+
+/// The session module's one exported function. \param address where the bus listens.
+/// \returns the bus, which lives as long as the process.
+using QuillmarkOpenSessionBus = SessionBus *(const QByteArray &address);
+inline constexpr const char *kOpenSessionBusSymbol = "quillmarkOpenSessionBus";
+
+} // namespace quillmark

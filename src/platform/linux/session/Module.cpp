@@ -1,0 +1,144 @@
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/session/TimeLimit.h"
+
+#include <QByteArray>
+#include <QString>
+#include <memory>
+#include <type_traits>
+
+namespace quillmark {
+
+namespace {
+
+struct Release {
+    void operator()(GDBusConnection *connection) const { g_object_unref(connection); }
+    void operator()(GVariant *value) const { g_variant_unref(value); }
+    void operator()(GError *error) const { g_error_free(error); }
+};
+using Connection = std::unique_ptr<GDBusConnection, Release>;
+using Value = std::unique_ptr<GVariant, Release>;
+using Problem = std::unique_ptr<GError, Release>;
+
+/// A method of an object on the bus.
+struct Method {
+    const char *busName;
+    const char *objectPath;
+    const char *interface;
+    const char *name;
+};
+
+/// What came of a call: a value, or a problem.
+struct Reply {
+    Value value;
+    Problem problem;
+};
+
+/// One dialogue on the bus, over a connection of its own, within a time limit for the whole of it.
+class Dialogue {
+public:
+    explicit Dialogue(const QByteArray &address)
+        : m_connection(g_dbus_connection_new_for_address_sync(
+              address.constData(),
+              static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+              nullptr, m_limit.cancellable(), nullptr)) {}
+
+    bool isOpen() const { return m_connection != nullptr; }
+
+    /// \param arguments a new tuple, or null for none. \param replyType a tuple's type.
+    Reply call(const Method &method, GVariant *arguments, const char *replyType) {
+        constexpr int kCallLimit = 1000; // milliseconds
+        GError *error = nullptr;
+        GVariant *const value = g_dbus_connection_call_sync(
+            m_connection.get(), method.busName, method.objectPath, method.interface, method.name, arguments,
+            G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NO_AUTO_START, kCallLimit, m_limit.cancellable(), &error);
+        return {Value(value), Problem(error)};
+    }
+
+private:
+    TimeLimit m_limit{std::chrono::milliseconds(3000)};
+    Connection m_connection;
+};
+
+/// The object that an application shows on the bus: its name as a path, as the Desktop Entry Specification has it.
+QByteArray objectPathOf(const QByteArray &busName) {
+    return '/' + QByteArray(busName).replace('.', '/').replace('-', '_');
+}
+
+bool isIn(const char *wanted, GVariant *tupleOfNames) {
+    GVariantIter *names = nullptr;
+    const char *name = nullptr;
+    bool isFound = false;
+    g_variant_get(tupleOfNames, "(as)", &names);
+    while (g_variant_iter_next(names, "&s", &name) != FALSE) {
+        isFound = isFound || qstrcmp(name, wanted) == 0;
+    }
+    g_variant_iter_free(names);
+    return isFound;
+}
+
+/// The application has the request although it has not answered: it is busy, or it has quit at once.
+bool isWithoutAnswer(const GError *problem) {
+    return g_error_matches(problem, G_IO_ERROR, G_IO_ERROR_TIMED_OUT) ||
+           g_error_matches(problem, G_IO_ERROR, G_IO_ERROR_CANCELLED) ||
+           g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_NO_REPLY);
+}
+
+class GioSessionBus final : public SessionBus {
+public:
+    explicit GioSessionBus(QByteArray address) : m_address(std::move(address)) {}
+
+    std::optional<int> processOwning(const QString &busName) override {
+        Dialogue dialogue(m_address);
+        if (!dialogue.isOpen()) {
+            return std::nullopt;
+        }
+        const Reply reply = dialogue.call(
+            {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID"},
+            g_variant_new("(s)", busName.toUtf8().constData()), "(u)");
+        if (reply.value == nullptr) {
+            return std::nullopt;
+        }
+        guint32 process = 0;
+        g_variant_get(reply.value.get(), "(u)", &process);
+        return static_cast<int>(process);
+    }
+
+    bool activateQuit(const QString &bundleIdentifier) override {
+        const QByteArray name = bundleIdentifier.toUtf8();
+        const QByteArray path = objectPathOf(name);
+        if (g_dbus_is_name(name.constData()) == FALSE || g_variant_is_object_path(path.constData()) == FALSE) {
+            return false;
+        }
+        Dialogue dialogue(m_address);
+        if (!dialogue.isOpen()) {
+            return false;
+        }
+        // Applications take the activation of an action that they don't have without a word, so they are asked first.
+        const Reply actions =
+            dialogue.call({name.constData(), path.constData(), "org.gtk.Actions", "List"}, nullptr, "(as)");
+        if (actions.value != nullptr && !isIn(kQuit, actions.value.get())) {
+            return false;
+        }
+        const Reply done =
+            dialogue.call({name.constData(), path.constData(), "org.freedesktop.Application", "ActivateAction"},
+                          g_variant_new("(sava{sv})", kQuit, nullptr, nullptr), "()");
+        return done.value != nullptr || isWithoutAnswer(done.problem.get());
+    }
+
+private:
+    static constexpr const char *kQuit = "quit";
+
+    QByteArray m_address;
+};
+
+} // namespace
+
+} // namespace quillmark
+
+extern "C" Q_DECL_EXPORT quillmark::SessionBus *quillmarkOpenSessionBus(const QByteArray &address) {
+    static auto *const bus = new quillmark::GioSessionBus(address);
+    return bus;
+}
+
+static_assert(std::is_same_v<decltype(quillmarkOpenSessionBus), quillmark::QuillmarkOpenSessionBus>);

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <gio/gio.h>
+#include <mutex>
+#include <thread>
+
+namespace quillmark {
+
+/// Cancels calls that last too long: some have no time limit of their own.
+class TimeLimit {
+public:
+    explicit TimeLimit(std::chrono::milliseconds limit)
+        : m_cancellable(g_cancellable_new()), m_watch([this, limit](const std::stop_token &isDone) {
+              std::mutex mutex;
+              std::unique_lock lock(mutex);
+              std::condition_variable_any sleep;
+              sleep.wait_for(lock, isDone, limit, [] { return false; });
+              if (!isDone.stop_requested()) {
+                  g_cancellable_cancel(m_cancellable);
+              }
+          }) {}
+    TimeLimit(const TimeLimit &) = delete;
+    TimeLimit &operator=(const TimeLimit &) = delete;
+    ~TimeLimit() {
+        m_watch.request_stop();
+        m_watch.join();
+        g_object_unref(m_cancellable);
+    }
+
+    /// To be handed to the calls.
+    GCancellable *cancellable() const { return m_cancellable; }
+
+private:
+    GCancellable *m_cancellable;
+    std::jthread m_watch;
+};
+
+} // namespace quillmark
