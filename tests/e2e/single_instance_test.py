@@ -2,24 +2,13 @@
 
 import os
 import signal
-import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, CORE, LauncherTest, environment, processes_of, run_launcher, start, wait_until
+from desktop import Desktop
+from machine import CORE, LAUNCHER, LauncherTest, processes_of, run_launcher, wait_until
 
-LAUNCHER = APP / "Contents/MacOS/Quillmark"
 WINDOW_LIBRARIES = ("libquillmark-windows", "libQt6Gui", "libQt6Widgets")
-
-
-def display():
-    """A display of the test's own. \returns its name and its server."""
-    reading, writing = os.pipe()
-    server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x768x24", "-nolisten", "tcp", "-noreset"],
-                              pass_fds=[writing], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    os.close(writing)
-    with os.fdopen(reading) as number:
-        return ":" + number.readline().strip(), server
 
 
 def maps(pid):
@@ -50,21 +39,16 @@ class SingleInstance(LauncherTest):
         self.assertNotIn("Quillmark did finish launching", self.messages()[-3:])
 
     def test_with_a_display_the_alert_is_a_window_and_only_now_its_libraries_are_loaded(self):
-        name, server = display()
-        self.addCleanup(server.wait)
-        self.addCleanup(server.kill)
-        second = start(LAUNCHER, env=environment(DISPLAY=name))
-        self.addCleanup(second.communicate)
-        self.addCleanup(second.kill)
-        tools = {"env": os.environ | {"DISPLAY": name}, "capture_output": True, "text": True}
+        desktop = Desktop(self)
+        second = desktop.start(LAUNCHER)
 
         def window():
-            return subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Quillmark$"], **tools).stdout.split()
+            return desktop.run("xdotool", "search", "--onlyvisible", "--name", "^Quillmark$").stdout.split()
 
         found = wait_until(window, "the alert is on the screen")
         for library in WINDOW_LIBRARIES:
             self.assertIn(library, maps(second.pid))
-        subprocess.run(["xdotool", "windowfocus", "--sync", found[-1], "key", "Return"], **tools)
+        desktop.run("xdotool", "windowfocus", "--sync", found[-1], "key", "Return")
         self.assertEqual(second.wait(timeout=20), 0)
         self.assertEqual(self.messages()[-1], "User did quit")
         self.assertEqual(processes_of(CORE), [self.running_core])

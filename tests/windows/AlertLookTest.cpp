@@ -92,8 +92,8 @@ TEST_F(AlertLook, TellsScreenReadersThatItIsAnAlertAndWhatItSays) {
     lookAt([this](QDialog &dialog) {
         QAccessibleInterface &window = accessible(dialog);
         EXPECT_EQ(window.role(), QAccessible::AlertMessage);
-        EXPECT_EQ(window.text(QAccessible::Name), alert.messageText);
-        EXPECT_EQ(window.text(QAccessible::Description), alert.informativeText);
+        EXPECT_EQ(window.text(QAccessible::Name), alert.windowTitle);
+        EXPECT_EQ(window.text(QAccessible::Description), alert.messageText + u' ' + alert.informativeText);
     });
 }
 

@@ -31,25 +31,25 @@ AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon)
     setObjectName(QStringLiteral("alert"));
     setWindowTitle(alert.windowTitle);
     setWindowIcon(icon);
-    // A screen reader reads these two when the window appears.
-    setAccessibleName(alert.messageText);
-    setAccessibleDescription(alert.informativeText);
+    // Its accessible name is the title; a screen reader reads this beside it when the window appears.
+    setAccessibleDescription(QStringList{alert.messageText, alert.informativeText}.join(u' ').trimmed());
 
-    auto *const texts = new QVBoxLayout;
-    addTexts(*texts, alert);
-    auto *const upper = new QHBoxLayout;
-    upper->setSpacing(kIconSpacing);
-    upper->addWidget(new AlertIcon(icon), 0, Qt::AlignTop);
-    upper->addLayout(texts, 1);
-    auto *const lower = new QHBoxLayout;
-    addButtons(*lower, alert.buttons);
-
+    // A layout that stands in the window makes what is added to it the window's child at once, and the order of the
+    // children is the order in which assistive programs read them.
     auto *const all = new QVBoxLayout(this);
     all->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     all->setSpacing(kAboveButtons);
-    all->addLayout(upper, 1);
-    all->addLayout(lower);
     all->setSizeConstraint(QLayout::SetFixedSize);
+    auto *const upper = new QHBoxLayout;
+    all->addLayout(upper, 1);
+    upper->setSpacing(kIconSpacing);
+    upper->addWidget(new AlertIcon(icon), 0, Qt::AlignTop);
+    auto *const texts = new QVBoxLayout;
+    upper->addLayout(texts, 1);
+    addTexts(*texts, alert);
+    auto *const lower = new QHBoxLayout;
+    all->addLayout(lower);
+    addButtons(*lower, alert.buttons);
 }
 
 void AlertDialog::addTexts(QBoxLayout &layout, const AlertDescription &alert) {
