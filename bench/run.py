@@ -2,9 +2,11 @@
 
     python3 bench/run.py BUILD_FOLDER REPORT
 
-Every figure is a median over many runs in which the sides take turns, since machines are shared and noisy.
+Every figure is a median over many runs in which the sides take turns, since machines are shared and noisy. It is meant
+to be the first process of a process table of its own, where no core runs and the number of processes is known.
 """
 
+import contextlib
 import json
 import os
 import pathlib
@@ -15,6 +17,8 @@ import sys
 import tempfile
 
 PAIRS = 100
+NEIGHBOURS = 100  # idle processes beside the start, as on a quiet desktop
+STARTERS = ("floor", "ours")  # the programs that start a core
 UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 # What must hold: a row's name, the side that ours is measured against, and the most that the ratio may be. A number of
@@ -42,7 +46,8 @@ IN_PROCESS = {
 PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts",
          "bench_condition": "std::condition_variable", "bench_task_runner": ""}
 START = ("start to core launch, nothing to repair", "floor", 1.1)
-START_ALONE = ("the same, less the questions to the process table", "floor", 2.5)
+START_CROWDED = ("start to core launch with three times the number of running processes", "floor", 1.1)
+START_ALONE = ("start to core launch, less the questions to the process table", "floor", 2.5)
 MEMORY = ("peak memory, nothing to repair", "floor", 1.3)
 
 
@@ -135,31 +140,42 @@ class Processes:
         shutil.copy(self.bench / "bench_core_that_ends", core)
 
     def once(self, name, command):
-        """Nanoseconds and kilobytes of one run."""
+        """Nanoseconds and kilobytes of one run. What has the bundle to start a core from must have started one."""
         home = self.scratch / name
         home.mkdir(exist_ok=True)
         environment = {"HOME": str(home), "PATH": os.environ["PATH"], "LANG": "en_US.UTF-8"}
         answer = subprocess.run([self.bench / "bench_measure", *command], env=environment, cwd=home, check=True,
-                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        return tuple(map(int, answer.stdout.split()))
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        time, size, cores = map(int, answer.stdout.split())
+        wanted = 1 if name in STARTERS else 0
+        if cores != wanted:
+            told = answer.stderr.strip() or "it told nothing"
+            sys.exit(f'bench: a run of "{name}" started {cores} cores, not {wanted}: {told}')
+        return time, size
 
-    def alternate(self, commands):
-        """The medians of each command's time and size; the commands take turns."""
+    def alternate(self, neighbours, commands):
+        """The medians of each command's time and size, beside so many idle processes; the commands take turns."""
         runs = {name: [] for name in commands}
-        for _ in range(PAIRS):
-            for name, command in commands.items():
-                runs[name].append(self.once(name, command))
+        with contextlib.ExitStack() as stack:
+            for _ in range(neighbours):
+                process = stack.enter_context(subprocess.Popen(["sleep", "infinity"]))
+                stack.callback(process.kill)
+            for _ in range(PAIRS):
+                for name, command in commands.items():
+                    runs[name].append(self.once(name, command))
         return {name: tuple(map(statistics.median, zip(*results))) for name, results in runs.items()}
 
     def measure(self, report):
         print("bench: the launcher", flush=True)
-        launcher = self.bundle / "Contents/MacOS/Quillmark"
-        figures = self.alternate({"floor": [self.bench / "bench_start_floor", self.bundle],
-                                  "ours": [launcher],
-                                  "pipelines": [self.bench / "bench_start_floor"],
-                                  "bare": [self.bench / "bench_bare_qt_core"],
-                                  "nothing": [self.bench / "bench_core_that_ends"]})
-        report.add(START[0], {"floor": figures["floor"][0], "ours": figures["ours"][0]}, START[1], START[2])
+        starters = {"floor": [self.bench / "bench_start_floor", self.bundle],
+                    "ours": [self.bundle / "Contents/MacOS/Quillmark"]}
+        for row, neighbours in ((START, NEIGHBOURS), (START_CROWDED, 3 * NEIGHBOURS)):
+            figures = self.alternate(neighbours, starters)
+            report.add(row[0], {side: figures[side][0] for side in STARTERS}, row[1], row[2])
+        # Without neighbours, for a small figure can't be told from the difference of two large ones.
+        figures = self.alternate(0, starters | {"pipelines": [self.bench / "bench_start_floor"],
+                                                "bare": [self.bench / "bench_bare_qt_core"],
+                                                "nothing": [self.bench / "bench_core_that_ends"]})
         # What asks has a start and an end of its own, which the others need as well.
         pipelines = figures["pipelines"][0] - figures["nothing"][0]
         floor, ours = figures["floor"][0] - pipelines, figures["ours"][0] - pipelines

@@ -1,7 +1,6 @@
 /* The least that a start needs when nothing is to be repaired: it reads the bytes of the property lists, writes the
    log's lines, asks the process table three times, lists the two Applications folders, starts the core in a session of
-   its own, and ends. bench_start_floor BUNDLE    all of it bench_start_floor           only the questions to the
-   process table */
+   its own, and ends. With a bundle as its argument it does all of that; without one, it only asks the process table. */
 
 #define _GNU_SOURCE
 #include <dirent.h>
