@@ -1,6 +1,8 @@
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 
+#include "accounts/KeyList.h"
 #include "branding/LocalizedStrings.h"
+#include "installcheck/InstallCheckManager.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Alerts.h"
 #include "platform/Application.h"
@@ -16,8 +18,10 @@
 
 namespace quillmark {
 
-Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings)
-    : m_platform(platform), m_strings(strings), m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
+Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
+                                                             std::function<InstallCheckManager &()> installCheck)
+    : m_platform(platform), m_strings(strings), m_installCheck(std::move(installCheck)),
+      m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
 
 void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     readConfiguration();
@@ -27,7 +31,11 @@ void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     ensureCoreNotRunning();
     m_staleBundles = staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList);
     logNormal("%@ did finish launching", m_productName);
-    launchCore();
+    InstallCheckManager &installCheck = m_installCheck();
+    if (installCheck.checkForRequiredItems()) {
+        launchCore();
+    }
+    logFaults(installCheck);
 }
 
 void Quillmark_LauncherAppDelegate::readConfiguration() {
@@ -46,6 +54,17 @@ void Quillmark_LauncherAppDelegate::setUpLogging() {
     initLogging3(fileLevel, stdioLevel, QString(), m_productName, m_productName);
     if (const QString damaged = defaults.damagedFile(); !damaged.isNull()) {
         logError("The preferences were damaged and start anew; the old file is \"%@\"", damaged);
+    }
+}
+
+void Quillmark_LauncherAppDelegate::logFaults(const InstallCheckManager &installCheck) const {
+    for (qsizetype index = 0; index < installCheck.requiredItemsList().size(); ++index) {
+        const QString &status = installCheck.requiredItemsStatusList()[index];
+        if (status != m_strings.localisedString(QStringLiteral("OK")) &&
+            status != m_strings.localisedString(QStringLiteral("Not Required"))) {
+            const RequiredItem item = installCheck.requiredItemsList()[index].toMap();
+            logError("\"%@\" is not in order: %@ (\"%@\")", textOf(item, kName), status, textOf(item, kInstallPath));
+        }
     }
 }
 

@@ -3,20 +3,26 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
+#include <functional>
 
 namespace quillmark {
 
+class InstallCheckManager;
 class LocalizedStrings;
 struct Platform;
 
-/// Drives the start-up, strictly in order: settings, log, single instance, stale copies, the core application, the end.
+/// Drives the start-up, strictly in order: settings, log, single instance, stale copies, components, the core
+/// application, the end.
 ///
 /// Concurrency: the main thread only.
 class Quillmark_LauncherAppDelegate {
 public:
-    Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings);
+    /// \param installCheck gives the install check when its turn has come: it reads the catalogue and may log.
+    Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
+                                  std::function<InstallCheckManager &()> installCheck);
 
-    /// The start-up. It ends the process when the core was launched. Raises what the logger's set-up raises.
+    /// The start-up. It ends the process when the core was launched, and comes back when components are at fault.
+    /// Raises what the logger's set-up raises.
     void applicationDidFinishLaunching();
 
     /// The "Brand" of the configuration; 0 when absent.
@@ -33,12 +39,14 @@ public:
 private:
     void readConfiguration();
     void setUpLogging();
+    void logFaults(const InstallCheckManager &installCheck) const;
 
     /// The core application's name: the product's with "Core" behind it.
     QString coreName() const;
 
     const Platform &m_platform;
     LocalizedStrings &m_strings;
+    const std::function<InstallCheckManager &()> m_installCheck;
     const QString m_productName;
     QVariantMap config;
     QStringList m_staleBundles;

@@ -1,4 +1,5 @@
 #include "branding/LocalizedStrings.h"
+#include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "platform/Platform.h"
 #include "utils/Exception.h"
@@ -32,8 +33,9 @@ int main() {
     std::signal(SIGABRT, endAfterAssertion);
     quillmark::logReportedProblems();
     try {
-        quillmark::Quillmark_LauncherAppDelegate delegate(quillmark::platform(),
-                                                          quillmark::LocalizedStrings::sharedManager());
+        quillmark::Quillmark_LauncherAppDelegate delegate(
+            quillmark::platform(), quillmark::LocalizedStrings::sharedManager(),
+            []() -> quillmark::InstallCheckManager & { return quillmark::InstallCheckManager::sharedManager(); });
         delegate.applicationDidFinishLaunching();
     } catch (const quillmark::Exception &exception) {
         quillmark::logErrorException(exception);
@@ -42,5 +44,5 @@ int main() {
         quillmark::logError("%s", exception.what());
         return endAfterFault(QString::fromLocal8Bit(exception.what()));
     }
-    return EXIT_SUCCESS;
+    return EXIT_FAILURE; // components are at fault, and the log says which
 }

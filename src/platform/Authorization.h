@@ -6,6 +6,19 @@
 
 namespace quillmark {
 
+/// Statuses of the platform's authorization services; 0 is success.
+inline constexpr qint32 kAuthorizationDenied = -60005;
+inline constexpr qint32 kAuthorizationCanceled = -60006;
+inline constexpr qint32 kAuthorizationToolExecuteFailure = -60031;
+
+/// Flags of copyRights().
+inline constexpr quint32 kAuthorizationInteractionAllowed = 1U << 0U;
+inline constexpr quint32 kAuthorizationExtendRights = 1U << 1U;
+inline constexpr quint32 kAuthorizationPreAuthorize = 1U << 4U;
+
+/// The right to run programs as the administrator.
+inline constexpr const char *kAuthorizationRightAdmin = "system.privilege.admin";
+
 /// The communications pipe of a privileged program.
 class CommunicationsPipe {
 public:
@@ -18,19 +31,33 @@ public:
     virtual qint64 read(char *buffer, qint64 size) = 0;
 };
 
-/// Programs with administrator rights, as the platform's authorization services run them. Statuses are theirs; 0 is
-/// success.
+/// Programs with administrator rights, as the platform's authorization services run them.
 class Authorization {
 public:
+    /// What the user has been asked for, and has granted. Its rights end with it.
+    class Reference {
+    public:
+        Reference() = default;
+        Reference(const Reference &) = delete;
+        Reference &operator=(const Reference &) = delete;
+        virtual ~Reference() = default;
+
+        /// Asks for a right, with the platform's password dialog where that is needed. \returns a status.
+        virtual qint32 copyRights(const QByteArray &right, quint32 flags) = 0;
+
+        /// Starts a program as the administrator and does not wait for it. \param pipe receives the program's standard
+        /// output, when it is not null. \returns a status.
+        virtual qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
+                                             std::unique_ptr<CommunicationsPipe> *pipe) = 0;
+    };
+
     Authorization() = default;
     Authorization(const Authorization &) = delete;
     Authorization &operator=(const Authorization &) = delete;
     virtual ~Authorization() = default;
 
-    /// Starts a program with the rights of this authorization.
-    /// \param pipe receives the program's standard output, when it is not null.
-    virtual qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
-                                         std::unique_ptr<CommunicationsPipe> *pipe) = 0;
+    /// Makes a reference that holds no rights yet. \returns a status.
+    virtual qint32 create(std::unique_ptr<Reference> &reference) = 0;
 };
 
 } // namespace quillmark

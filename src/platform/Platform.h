@@ -9,6 +9,7 @@ namespace quillmark {
 class Alerts;
 class AppleEvents;
 class Application;
+class Authorization;
 class Bundle;
 class Clock;
 class Images;
@@ -24,6 +25,7 @@ struct Platform {
     Alerts &alerts;
     AppleEvents &appleEvents;
     Application &application;
+    Authorization &authorization;
     Bundle &mainBundle;
     Clock &clock;
     Images &images;
@@ -36,8 +38,8 @@ struct Platform {
 
     /// The same with another main bundle.
     Platform with(Bundle &otherBundle) const {
-        return {alerts,     appleEvents,  application, otherBundle, clock,        images,
-                mainThread, propertyList, systemInfo,  tasks,       userDefaults, workspace};
+        return {alerts,     appleEvents,  application, authorization, otherBundle,  clock,    images,
+                mainThread, propertyList, systemInfo,  tasks,         userDefaults, workspace};
     }
 };
 

@@ -12,21 +12,28 @@ namespace quillmark {
 struct PipedTask {
     qint32 processIdentifier = 0;
     Descriptor standardOutput; ///< the reading ends; reading never blocks
-    Descriptor standardError;
-    Descriptor termination; ///< becomes readable when the child has ended
+    Descriptor standardError;  ///< closed when the child has inherited this process's
+    Descriptor termination;    ///< becomes readable when the child has ended
 };
 
 /// Child processes that share this process's standard streams and environment.
 class Tasks {
 public:
+    /// What becomes of a launched program's standard error.
+    enum class StandardError { Piped, Inherited };
+
     virtual ~Tasks() = default;
 
     /// Runs a program, given by its path, to its end. \returns its exit status, 128 and the signal's number when a
     /// signal ended it; nothing when it could not be started.
     virtual std::optional<int> run(const QString &path, const QStringList &arguments) = 0;
 
+    /// Starts a program, given by its path, and leaves it to itself. \returns false when it could not be started.
+    virtual bool start(const QString &path, const QStringList &arguments) = 0;
+
     /// Starts a program, given by its path, with pipes. \returns nothing when it could not be started.
-    virtual std::optional<PipedTask> launch(const QString &path, const QStringList &arguments) = 0;
+    virtual std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
+                                            StandardError standardError) = 0;
     /// Waits for a launched program's end. To be called once. \returns its exit status, or the number of the signal
     /// that ended it.
     virtual int terminationStatus(const PipedTask &task) = 0;

@@ -78,6 +78,10 @@ std::optional<QVariantMap> launchedApplication(const QString &bundleIdentifier) 
 
 bool isApplicationRunning(const QString &bundleIdentifier) { return launchedApplication(bundleIdentifier).has_value(); }
 
+Error launchFailed(const QString &path) {
+    return errorOf(kLaunchFailed, "launchApplication failed", formatted("launchApplication \"%@\" failed", path));
+}
+
 std::optional<Error> launchApplication(const QString &bundleIdentifier) {
     Workspace &workspace = platform().workspace;
     const QString bundle = workspace.bundleWithIdentifier(bundleIdentifier);
@@ -86,7 +90,7 @@ std::optional<Error> launchApplication(const QString &bundleIdentifier) {
                        formatted("bundleWithIdentifier \"%@\" failed", bundleIdentifier));
     }
     if (!workspace.launchApplication(bundle)) {
-        return errorOf(kLaunchFailed, "launchApplication failed", formatted("launchApplication \"%@\" failed", bundle));
+        return launchFailed(bundle);
     }
     return std::nullopt;
 }

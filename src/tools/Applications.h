@@ -18,6 +18,9 @@ inline constexpr qint32 kQuitTimedOut = -3;
 /// The first record of the desktop's launched applications with that identifier, compared exactly.
 std::optional<QVariantMap> launchedApplication(const QString &bundleIdentifier);
 
+/// The error of an application that could not be launched. \param path its bundle.
+Error launchFailed(const QString &path);
+
 bool isApplicationRunning(const QString &bundleIdentifier);
 
 /// \returns nothing on success.

@@ -69,8 +69,9 @@ QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
     return output;
 }
 
-QString stringByLaunchingPath(const QString &path, const QStringList &arguments, Authorization &authorization,
-                              const OnCreatedBlock & /*onCreatedDoBlock*/, std::optional<Error> *error) {
+QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
+                              Authorization::Reference &authorization, const OnCreatedBlock & /*onCreatedDoBlock*/,
+                              std::optional<Error> *error) {
     QList<QByteArray> vector;
     for (const QString &argument : arguments) {
         vector.append(argument.toUtf8());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Authorization.h"
 #include "utils/Error.h"
 
 #include <QStringList>
@@ -7,8 +8,6 @@
 #include <optional>
 
 namespace quillmark {
-
-class Authorization;
 
 /// The domain of the errors made here. Their codes: -1 the run failed, -2 it succeeded and something was written to
 /// standard error; in the privileged form the platform's status.
@@ -30,7 +29,8 @@ QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
 
 /// Runs a program with administrator rights. \returns its standard output, null on failure. Nobody learns its exit
 /// status. \param onCreatedDoBlock is accepted and never called.
-QString stringByLaunchingPath(const QString &path, const QStringList &arguments, Authorization &authorization,
-                              const OnCreatedBlock &onCreatedDoBlock, std::optional<Error> *error);
+QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
+                              Authorization::Reference &authorization, const OnCreatedBlock &onCreatedDoBlock,
+                              std::optional<Error> *error);
 
 } // namespace quillmark

@@ -1,7 +1,7 @@
 #include "tools/TaskOutputReader.h"
 
+#include "tools/LaunchException.h"
 #include "utils/Assert.h"
-#include "utils/Exception.h"
 #include "utils/Log.h"
 
 #include <QEventLoop>
@@ -58,9 +58,9 @@ TaskOutputReader::TaskOutputReader(Tasks &tasks, QString path, QStringList argum
     : m_tasks(tasks), m_path(std::move(path)), m_arguments(std::move(arguments)) {}
 
 void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(qint32)> &onCreated) {
-    const auto task = m_tasks.launch(m_path, m_arguments);
+    const auto task = m_tasks.launch(m_path, m_arguments, Tasks::StandardError::Piped);
     if (!task) {
-        throw Exception(QStringLiteral("NSInvalidArgumentException"), QStringLiteral("launch path not accessible"));
+        throw launchException();
     }
     const qint32 pid = task->processIdentifier;
     logDetail("Launched process %d", pid);

@@ -2,8 +2,11 @@
 
 #include <QFile>
 #include <cerrno>
+#include <filesystem>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace quillmark {
 
@@ -26,9 +29,32 @@ int makeFolders(const QByteArray &path, mode_t mode) {
     return makeFolder(path, mode);
 }
 
+QString accountName(uid_t account) {
+    constexpr size_t kRecordSize = 16384; // more than any system asks for
+    std::vector<char> buffer(kRecordSize);
+    passwd record{};
+    passwd *found = nullptr;
+    ::getpwuid_r(account, &record, buffer.data(), buffer.size(), &found);
+    return found != nullptr ? QString::fromLocal8Bit(found->pw_name) : QString();
+}
+
 } // namespace
 
 bool FileManager::fileExists(const QString &path) const { return exists(QFile::encodeName(path)); }
+
+std::optional<FileAttributes> FileManager::attributes(const QString &path) const {
+    struct stat status {};
+    if (::lstat(QFile::encodeName(path).constData(), &status) != 0) {
+        return std::nullopt;
+    }
+    return FileAttributes{accountName(status.st_uid), status.st_mode & 07777U};
+}
+
+int FileManager::copyFile(const QString &source, const QString &target) const {
+    std::error_code error;
+    std::filesystem::copy_file(QFile::encodeName(source).constData(), QFile::encodeName(target).constData(), error);
+    return error.value();
+}
 
 int FileManager::createFolder(const QString &path, mode_t mode) const {
     QByteArray folder = QFile::encodeName(path);

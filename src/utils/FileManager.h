@@ -1,9 +1,15 @@
 #pragma once
 
 #include <QString>
+#include <optional>
 #include <sys/types.h>
 
 namespace quillmark {
+
+struct FileAttributes {
+    QString ownerAccountName; ///< empty for a number that no account has
+    quint32 posixPermissions; ///< the lowest twelve bits
+};
 
 /// Files by their paths. Made once a thread and not to be shared.
 class FileManager {
@@ -15,6 +21,12 @@ public:
 
     /// True when there is something at the path; links are followed.
     bool fileExists(const QString &path) const;
+
+    /// Of what is at the path, be it a link; nothing when there is nothing or it can't be told.
+    std::optional<FileAttributes> attributes(const QString &path) const;
+
+    /// Copies a file's contents and mode to a place where there is nothing yet. \returns 0 or an errno.
+    int copyFile(const QString &source, const QString &target) const;
 
     /// Creates a folder with all folders above it; the mode applies to each, less the user's mask. One that is there
     /// already is fine.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <compare>
 #include <optional>
 
 namespace quillmark {
@@ -21,7 +22,7 @@ struct ComponentVersion {
     qint32 minor = 0;
     qint32 bugfix = 0;
 
-    bool operator==(const ComponentVersion &) const = default;
+    auto operator<=>(const ComponentVersion &) const = default;
 };
 
 /// The four numbers in a text such as "1.14.4 (1303)" or "version 5". Only the first line counts; every "version ",

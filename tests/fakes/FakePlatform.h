@@ -3,6 +3,7 @@
 #include "fakes/FakeAlerts.h"
 #include "fakes/FakeAppleEvents.h"
 #include "fakes/FakeApplication.h"
+#include "fakes/FakeAuthorization.h"
 #include "fakes/FakeBundle.h"
 #include "fakes/FakeClock.h"
 #include "fakes/FakeImages.h"
@@ -28,6 +29,7 @@ public:
     FakeAlerts alerts{transcript};
     FakeAppleEvents appleEvents{transcript};
     FakeApplication application{transcript};
+    FakeAuthorization authorization{transcript};
     FakeBundle bundle;
     FakeClock clock;
     FakeImages images;
@@ -38,8 +40,8 @@ public:
     FakeUserDefaults userDefaults{transcript};
     FakeWorkspace workspace{transcript};
 
-    Platform platform{alerts,     appleEvents,  application, bundle, clock,        images,
-                      mainThread, propertyList, systemInfo,  tasks,  userDefaults, workspace};
+    Platform platform{alerts,     appleEvents,  application, authorization, bundle,       clock,    images,
+                      mainThread, propertyList, systemInfo,  tasks,         userDefaults, workspace};
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.

@@ -4,6 +4,10 @@
 #include "platform/Tasks.h"
 
 #include <QMap>
+#include <QStringList>
+#include <cstdlib>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace quillmark::test {
 
@@ -13,6 +17,8 @@ public:
     explicit FakeTasks(Transcript &transcript) : m_transcript(transcript) {}
 
     QMap<QString, int> statuses;
+    QMap<QString, QByteArray> outputs; ///< by path
+    QStringList unstartable;           ///< paths
     bool canStart = true;
 
     std::optional<int> run(const QString &path, const QStringList &arguments) override {
@@ -20,10 +26,25 @@ public:
         return canStart ? std::optional(statuses.value(arguments.value(arguments.size() - 1), 1)) : std::nullopt;
     }
 
-    /// A task that has ended at once, without output.
-    std::optional<PipedTask> launch(const QString &path, const QStringList &arguments) override {
+    bool start(const QString &path, const QStringList &arguments) override {
+        m_transcript.record(QStringLiteral("start ") + path + u' ' + arguments.join(u' '));
+        return canStart;
+    }
+
+    /// A task that has ended at once, with the output that was set for its path.
+    std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
+                                    StandardError /*standardError*/) override {
         m_transcript.record(QStringLiteral("launch ") + path + u' ' + arguments.join(u' '));
-        return canStart ? std::optional(PipedTask{processIdentifier, {}, {}, {}}) : std::nullopt;
+        if (!canStart || unstartable.contains(path)) {
+            return std::nullopt;
+        }
+        Descriptor output(::memfd_create("output", MFD_CLOEXEC));
+        const QByteArray bytes = outputs.value(path);
+        if (::write(output.get(), bytes.constData(), static_cast<size_t>(bytes.size())) != bytes.size()) {
+            std::abort();
+        }
+        ::lseek(output.get(), 0, SEEK_SET);
+        return PipedTask{processIdentifier, std::move(output), {}, {}};
     }
     int terminationStatus(const PipedTask & /*task*/) override { return 0; }
 

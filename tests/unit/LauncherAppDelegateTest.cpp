@@ -1,6 +1,8 @@
 #include "branding/LocalizedStrings.h"
+#include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "support/LogFixture.h"
+#include "tools/UpdateToolManager.h"
 #include "utils/Exception.h"
 #include "utils/Version.h"
 
@@ -15,6 +17,8 @@ protected:
         resource(QStringLiteral("Defaults.plist"), "defaults",
                  {{QStringLiteral("FileLogging"), QStringLiteral("normal")},
                   {QStringLiteral("StdioLogging"), QStringLiteral("error")}});
+        resource(QStringLiteral("RequiredItems.plist"), "catalogue",
+                 {{QStringLiteral("RequiredItems"), QVariantList()}});
         platform.bundle.resources << QStringLiteral("QuillmarkCore.app");
     }
     void resource(const QString &name, const QByteArray &document, const QVariantMap &values) {
@@ -27,7 +31,12 @@ protected:
     Quillmark_LauncherAppDelegate &delegate() {
         if (!m_delegate) {
             m_strings.emplace(platform.bundle);
-            m_delegate.emplace(platform.platform, *m_strings);
+            m_delegate.emplace(platform.platform, *m_strings, [this]() -> InstallCheckManager & {
+                if (!m_installCheck) {
+                    m_installCheck.emplace(platform.platform, *m_strings, m_updateTool);
+                }
+                return *m_installCheck;
+            });
         }
         return *m_delegate;
     }
@@ -46,6 +55,8 @@ protected:
 
 private:
     std::optional<LocalizedStrings> m_strings;
+    UpdateToolManager m_updateTool{platform.platform};
+    std::optional<InstallCheckManager> m_installCheck;
     std::optional<Quillmark_LauncherAppDelegate> m_delegate;
 };
 

@@ -1,5 +1,4 @@
 #include "fakes/FakePlatform.h"
-#include "platform/Authorization.h"
 #include "support/LogFixture.h"
 #include "tools/Task+OneLineTasksWithOutput.h"
 #include "utils/Exception.h"
@@ -177,48 +176,17 @@ TEST_F(TaskRunnerDeathTest, AProcessWithoutANumberEndsTheProgram) {
                 "ASSERTION ERROR: pid \\(file \"NSTask\\+OneLineTasksWithOutput\", line 183\\)");
 }
 
-/// An authorization that runs nothing and prints what it is told.
-class FakeAuthorization final : public Authorization {
-public:
-    qint32 status = 0;
-    QByteArray output;
-    QByteArray path;
-    QList<QByteArray> arguments;
-    QList<qint64> reads;
-
-    qint32 executeWithPrivileges(const QByteArray &program, const QList<QByteArray> &vector,
-                                 std::unique_ptr<CommunicationsPipe> *pipe) override {
-        path = program;
-        arguments = vector;
-        *pipe = std::make_unique<Pipe>(*this);
-        return status;
-    }
-
-private:
-    class Pipe final : public CommunicationsPipe {
-    public:
-        explicit Pipe(FakeAuthorization &owner) : m_owner(owner) {}
-        qint64 read(char *buffer, qint64 size) override {
-            const QByteArray piece = m_owner.output.left(size);
-            std::copy(piece.begin(), piece.end(), buffer);
-            m_owner.output.remove(0, piece.size());
-            m_owner.reads << size;
-            return piece.size();
-        }
-
-    private:
-        FakeAuthorization &m_owner;
-    };
-};
-
 class PrivilegedTask : public testing::Test {
 protected:
     QString run() {
+        std::unique_ptr<Authorization::Reference> reference;
+        EXPECT_EQ(authorization.create(reference), 0);
         return stringByLaunchingPath(
-            QStringLiteral("/bin/tööl"), {QStringLiteral("a b"), QStringLiteral("é")}, authorization,
+            QStringLiteral("/bin/tööl"), {QStringLiteral("a b"), QStringLiteral("é")}, *reference,
             [this](qint32) { isCalled = true; }, &error);
     }
-    FakeAuthorization authorization;
+    test::Transcript transcript;
+    test::FakeAuthorization authorization{transcript};
     std::optional<Error> error = Error{};
     bool isCalled = false;
 };
@@ -227,12 +195,11 @@ TEST_F(PrivilegedTask, PathAndArgumentsArePassedAsUtf8) {
     authorization.output = "done\n";
     EXPECT_EQ(run(), QStringLiteral("done\n"));
     EXPECT_FALSE(error);
-    EXPECT_EQ(authorization.path, QByteArray("/bin/tööl"));
-    EXPECT_EQ(authorization.arguments, QList<QByteArray>({"a b", "é"}));
+    EXPECT_TRUE(transcript.calls().contains(QStringLiteral("AuthorizationExecuteWithPrivileges /bin/tööl a b é")));
 }
 
 TEST_F(PrivilegedTask, AFailedStartIsAnErrorWithThePlatformsStatus) {
-    authorization.status = -60006;
+    authorization.executeStatus = -60006;
     EXPECT_TRUE(run().isNull());
     EXPECT_EQ(error->domain, QStringLiteral("com.apple.NSTask.OneLineTasksWithOutput"));
     EXPECT_EQ(error->code, -60006);

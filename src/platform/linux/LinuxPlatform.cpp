@@ -3,6 +3,7 @@
 #include "platform/linux/LinuxAlerts.h"
 #include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxApplication.h"
+#include "platform/linux/LinuxAuthorization.h"
 #include "platform/linux/LinuxBundle.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxImages.h"
@@ -35,6 +36,7 @@ struct LinuxBackends {
     LinuxPropertyList propertyList;
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
+    LinuxAuthorization authorization{mainBundle};
     WindowModule windowModule{mainBundle};
     LinuxAlerts alerts{windowModule};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
@@ -43,8 +45,8 @@ struct LinuxBackends {
     LinuxWorkspace workspace{propertyList, sessionModule};
     LinuxAppleEvents appleEvents{workspace, sessionModule};
 
-    Platform platform{alerts,     appleEvents,  application, mainBundle, clock,        images,
-                      mainThread, propertyList, systemInfo,  tasks,      userDefaults, workspace};
+    Platform platform{alerts,     appleEvents,  application, authorization, mainBundle,   clock,    images,
+                      mainThread, propertyList, systemInfo,  tasks,         userDefaults, workspace};
 };
 
 } // namespace

@@ -88,13 +88,18 @@ std::optional<int> LinuxTasks::run(const QString &path, const QStringList &argum
     return WIFEXITED(status) ? WEXITSTATUS(status) : kEndedBySignal + WTERMSIG(status);
 }
 
-std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringList &arguments) {
+bool LinuxTasks::start(const QString &path, const QStringList &arguments) {
+    return spawn(path, arguments, nullptr) != 0; // the system sees to its end when this process has ended
+}
+
+std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringList &arguments,
+                                            StandardError standardError) {
     auto output = makePipe();
-    auto error = makePipe();
+    auto error = standardError == StandardError::Piped ? makePipe() : Pipe{};
     if (!output || !error) {
         return std::nullopt;
     }
-    const std::pair streams(output->writing.get(), error->writing.get());
+    const std::pair streams(output->writing.get(), error->writing.isOpen() ? error->writing.get() : STDERR_FILENO);
     const pid_t child = spawn(path, arguments, &streams);
     if (child == 0) {
         return std::nullopt;

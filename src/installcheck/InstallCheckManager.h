@@ -1,0 +1,142 @@
+#pragma once
+
+#include "utils/VersionText.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <QVariantMap>
+#include <optional>
+#include <span>
+
+namespace quillmark {
+
+class LocalizedStrings;
+class UpdateToolManager;
+struct Platform;
+
+/// One component of the catalogue, by the keys of its family in the key list. A value that is no text counts as absent.
+using RequiredItem = QVariantMap;
+
+/// Compares the components that are installed outside the launcher's bundle with the catalogue that ships in it.
+///
+/// Concurrency: an evaluation runs on one thread at a time.
+class InstallCheckManager {
+public:
+    static InstallCheckManager &sharedManager();
+    /// Reads the catalogue, the resource "RequiredItems". One that can't be read holds nothing.
+    InstallCheckManager(const Platform &platform, LocalizedStrings &strings, UpdateToolManager &updateTool);
+
+    /// Evaluates. \returns true when nothing needs repair.
+    bool checkForRequiredItems();
+
+    /// Examines every item, in the catalogue's order. Raises nothing for an item that is at fault in whatever way.
+    void updateStatus();
+
+    // What the last evaluation found.
+
+    const QVariantList &requiredItemsList() const { return m_requiredItemsList; }
+    /// The status of each item, as the localised text of its key.
+    const QStringList &requiredItemsStatusList() const { return m_requiredItemsStatusList; }
+    /// How many items of the kinds that the update tool repairs one by one are not in order: all but bundles.
+    qint32 numberRepairsRequired() const { return m_numberRepairsRequired; }
+    /// How many items are not in order, for whatever reason.
+    qint32 numberItemsMissing() const { return m_numberItemsMissing; }
+    bool isHelperRepairRequired() const { return m_helperRepairRequired; }
+    /// Whether the last bundle that is not in order was the file system.
+    bool isMacFuseRepairRequired() const { return m_macFuseRepairRequired; }
+    /// The item whose plug-in was last found out of date in the life of this object, else -1. A record only.
+    qint32 restartIndex() const { return m_restartIndex; }
+
+    // Examining one item: its status and what it counts for.
+
+    void updateRequiredItemStatusCoreApp(const RequiredItem &item, qint32 index);
+    /// Finds no fault, ever.
+    void updateRequiredItemStatusFramework(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusBundle(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusTool(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusToolRoot(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusFinderCM(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusFinderOverlayInsert(const RequiredItem &item, qint32 index);
+
+    /// Whether the installed tool is the administrator's, with mode 0755.
+    bool verifyQMToolPermissions(const RequiredItem &item) const;
+    /// Whether the core application has mode 0755; its owner does not matter.
+    bool verifyCoreAppPermissions(const RequiredItem &item) const;
+
+    // Where an item's files are among the resources; the resource folder itself for an item without the key.
+
+    QString pathToRequiredItemInResources(const RequiredItem &item) const;
+    QString pathToRequiredItemInstallerInResources(const RequiredItem &item) const;
+    QString pathToRequiredItemSignatureInResources(const RequiredItem &item) const;
+
+    // The rules for versions.
+
+    static std::optional<ComponentVersion> parseVersionString(const QString &text);
+    std::optional<ComponentVersion> getFrameworkVersion(const RequiredItem &item) const;
+    std::optional<ComponentVersion> getBundleVersion(const RequiredItem &item) const;
+    /// Whether the installed version satisfies the item's "Version".
+    static bool checkFrameworkVersion(const RequiredItem &item, const ComponentVersion &installed);
+    /// Asks the tool itself, and waits for it without limit. Raises an exception when it can't be started.
+    bool doesToolNeedUpdate(const RequiredItem &item) const;
+    /// Whether the installed bundle has an older major or minor version than this application, or none.
+    bool doesBundleNeedUpdate(const RequiredItem &item) const;
+    /// \param major … stay untouched from the first number on that can't be read. \returns whether all could.
+    bool getMacOSXVersion(qint32 &major, qint32 &minor, qint32 &bugfix) const;
+    /// Whether the item is required on this system by its lowest system version.
+    bool checkMinMacOSXVersion(const RequiredItem &item) const;
+    /// Whether the item is required on this system by its highest system version.
+    bool checkMaxMacOSXVersion(const RequiredItem &item) const;
+    static QString getMacClientVersionAsString();
+    static MicrosoftStyleVersion getVersionFromString(const QString &text);
+    static MicrosoftStyleVersion getMacClientVersion();
+    bool areIntel_10_5FixesRequired() const;
+
+private:
+    /// What an item that is not in order counts for.
+    enum class Fault { None, Helper, HelperToRestart, Bundle };
+
+    /// The first rule of an item's type that holds gives its status; when none does, the item is in order.
+    struct StatusRule {
+        QStringView type;
+        bool (InstallCheckManager::*holds)(const RequiredItem &item) const;
+        const char16_t *status;
+        Fault fault;
+    };
+    static std::span<const StatusRule> statusRules();
+
+    void examine(QStringView type, const RequiredItem &item, qint32 index);
+    void applyStatusRules(QStringView type, const RequiredItem &item, qint32 index);
+    void count(Fault fault, const RequiredItem &item, qint32 index);
+    QString resourcePath(const QString &fileName) const;
+    /// The short version of the bundle whose property list that is; null when it has none.
+    QString shortVersionIn(const QString &informationPath) const;
+    std::optional<ComponentVersion> installedVersion(const QString &informationPath) const;
+
+    bool isAbsent(const RequiredItem &item) const;
+    bool hasWrongCoreAppPermissions(const RequiredItem &item) const;
+    bool hasWrongToolPermissions(const RequiredItem &item) const;
+    bool hasWrongToolRootPermissions(const RequiredItem &item) const;
+    bool hasNoVersion(const RequiredItem &item) const;
+    bool isOldBundle(const RequiredItem &item) const;
+    bool isOldTool(const RequiredItem &item) const;
+    bool isNotRequiredYet(const RequiredItem &item) const;
+    bool isNotRequiredAnyMore(const RequiredItem &item) const;
+
+    const Platform &m_platform;
+    LocalizedStrings &m_strings;
+    UpdateToolManager &m_updateTool;
+    const QVariantMap m_requiredItems;
+    const QVariantList m_requiredItemsList;
+    QStringList m_requiredItemsStatusList;
+    bool m_macFuseRepairRequired = false;
+    bool m_helperRepairRequired = false;
+    qint32 m_numberRepairsRequired = 0;
+    qint32 m_numberItemsMissing = 0;
+    qint32 m_restartIndex = -1;
+};
+
+/// An item's value of a key; null when it is no text.
+QString textOf(const RequiredItem &item, const QString &key);
+
+} // namespace quillmark

@@ -1,0 +1,202 @@
+#include "platform/linux/LinuxAuthorization.h"
+
+#include "platform/Bundle.h"
+#include "platform/Descriptor.h"
+#include "platform/Problem.h"
+#include "platform/linux/HelperProtocol.h"
+
+#include <QFile>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace quillmark {
+
+namespace {
+
+class OutputPipe final : public CommunicationsPipe {
+public:
+    explicit OutputPipe(Descriptor reading) : m_reading(std::move(reading)) {}
+
+    qint64 read(char *buffer, qint64 size) override {
+        ssize_t count = 0;
+        do {
+            count = ::read(m_reading.get(), buffer, static_cast<size_t>(size));
+        } while (count < 0 && errno == EINTR);
+        return qMax<qint64>(count, 0);
+    }
+
+private:
+    Descriptor m_reading;
+};
+
+/// The dialog's exit statuses, when the helper was not started.
+qint32 statusOfDialog(int status) {
+    constexpr int kDismissed = 126;
+    return WIFEXITED(status) && WEXITSTATUS(status) == kDismissed ? kAuthorizationCanceled : kAuthorizationDenied;
+}
+
+/// The root helper, from its start to the end of this object.
+class RootHelper {
+public:
+    explicit RootHelper(QByteArray program) : m_program(std::move(program)) {}
+    RootHelper(const RootHelper &) = delete;
+    RootHelper &operator=(const RootHelper &) = delete;
+    ~RootHelper() { end(); }
+
+    bool isRunning() const { return m_process != 0; }
+
+    /// Waits for as long as the user takes with the password. \returns a status.
+    qint32 start() {
+        std::array<int, 2> ends{};
+        if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+            return kAuthorizationDenied;
+        }
+        m_socket = Descriptor(ends[0]);
+        {
+            const Descriptor helpersEnd(ends[1]);
+            m_process = spawn(helpersEnd.get());
+        }
+        if (m_process == 0) {
+            return kAuthorizationDenied;
+        }
+        std::array<char, sizeof kHelperGreeting> greeting{};
+        const ssize_t size = receive(greeting.data(), greeting.size());
+        const bool isGreeted = size == sizeof kHelperGreeting - 1 &&
+                               std::memcmp(greeting.data(), kHelperGreeting, sizeof kHelperGreeting - 1) == 0;
+        return isGreeted ? 0 : statusOfDialog(end());
+    }
+
+    /// \returns 0, or the `errno` of the program's start.
+    HelperAnswer execute(const QByteArray &request, int output) {
+        QByteArray bytes = request;
+        iovec piece{bytes.data(), static_cast<size_t>(bytes.size())};
+        alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> parts{};
+        msghdr message{};
+        message.msg_iov = &piece;
+        message.msg_iovlen = 1;
+        if (output >= 0) {
+            message.msg_control = parts.data();
+            message.msg_controllen = parts.size();
+            cmsghdr *const part = CMSG_FIRSTHDR(&message);
+            part->cmsg_level = SOL_SOCKET;
+            part->cmsg_type = SCM_RIGHTS;
+            part->cmsg_len = CMSG_LEN(sizeof output);
+            std::memcpy(CMSG_DATA(part), &output, sizeof output);
+        }
+        HelperAnswer answer = 0;
+        if (::sendmsg(m_socket.get(), &message, MSG_NOSIGNAL) != bytes.size() ||
+            receive(&answer, sizeof answer) != sizeof answer) {
+            return EPIPE;
+        }
+        return answer;
+    }
+
+private:
+    /// \returns the process's number, or 0.
+    pid_t spawn(int helpersEnd) {
+        QByteArray dialog = "/usr/bin/pkexec";
+        QByteArray withoutTerminal = "--disable-internal-agent"; // it would ask there, and wait
+        std::vector<char *> arguments;
+        if (::geteuid() != 0) {
+            arguments = {dialog.data(), withoutTerminal.data()};
+        }
+        arguments.push_back(m_program.data());
+        arguments.push_back(nullptr);
+
+        posix_spawn_file_actions_t actions;
+        if (::posix_spawn_file_actions_init(&actions) != 0) {
+            return 0;
+        }
+        ::posix_spawn_file_actions_adddup2(&actions, helpersEnd, STDIN_FILENO);
+        pid_t process = 0;
+        const int error = ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+        ::posix_spawn_file_actions_destroy(&actions);
+        if (error != 0) {
+            reportProblem(QStringLiteral("\"%1\" can't be started: %2")
+                              .arg(QFile::decodeName(arguments[0]), qt_error_string(error)));
+        }
+        return error == 0 ? process : 0;
+    }
+
+    ssize_t receive(void *buffer, size_t size) {
+        ssize_t count = 0;
+        do {
+            count = ::recv(m_socket.get(), buffer, size, 0);
+        } while (count < 0 && errno == EINTR);
+        return count;
+    }
+
+    /// \returns the status as waitpid gives it.
+    int end() {
+        m_socket.close(); // it ends then; it can't be signalled
+        int status = 0;
+        if (const pid_t process = std::exchange(m_process, 0); process != 0) {
+            while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
+            }
+        }
+        return status;
+    }
+
+    QByteArray m_program;
+    Descriptor m_socket;
+    pid_t m_process = 0;
+};
+
+class HelperReference final : public Authorization::Reference {
+public:
+    explicit HelperReference(QByteArray program) : m_helper(std::move(program)) {}
+
+    /// The helper is started even without the flags that ask for it: there is no other way to learn of the right.
+    qint32 copyRights(const QByteArray &right, quint32 /*flags*/) override {
+        if (right != kAuthorizationRightAdmin) {
+            return kAuthorizationDenied;
+        }
+        return m_helper.isRunning() ? 0 : m_helper.start();
+    }
+
+    qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
+                                 std::unique_ptr<CommunicationsPipe> *pipe) override {
+        QByteArray request = path + '\0';
+        for (const QByteArray &argument : arguments) {
+            request += argument + '\0';
+        }
+        if (!m_helper.isRunning() || !path.startsWith('/') || request.count('\0') != arguments.size() + 1 ||
+            static_cast<size_t>(arguments.size()) >= kHelperMaximumTexts ||
+            static_cast<size_t>(request.size()) > kHelperMaximumRequest) {
+            return kAuthorizationToolExecuteFailure;
+        }
+        std::array<int, 2> ends{-1, -1};
+        if (pipe != nullptr && ::pipe2(ends.data(), O_CLOEXEC) != 0) {
+            return kAuthorizationToolExecuteFailure;
+        }
+        Descriptor reading(ends[0]);
+        const Descriptor writing(ends[1]);
+        if (m_helper.execute(request, writing.get()) != 0) {
+            return kAuthorizationToolExecuteFailure;
+        }
+        if (pipe != nullptr) {
+            *pipe = std::make_unique<OutputPipe>(std::move(reading));
+        }
+        return 0;
+    }
+
+private:
+    RootHelper m_helper;
+};
+
+} // namespace
+
+qint32 LinuxAuthorization::create(std::unique_ptr<Reference> &reference) {
+    const QString helper = m_bundle.path() + QStringLiteral("/Contents/Helpers/quillmark-root-helper");
+    reference = std::make_unique<HelperReference>(QFile::encodeName(helper));
+    return 0;
+}
+
+} // namespace quillmark

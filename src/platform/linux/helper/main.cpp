@@ -1,0 +1,184 @@
+/// The root helper: starts programs as the administrator for the launcher that started it, with the user's leave,
+/// through the desktop's password dialog. It serves nobody else, and ends with its launcher.
+///
+/// It trusts nothing that it is given but what the password was given for: to run what its launcher names.
+
+#include "platform/linux/HelperProtocol.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <optional>
+#include <spawn.h>
+#include <string_view>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using quillmark::HelperAnswer;
+
+constexpr int kLauncher = STDIN_FILENO;
+
+/// Exit statuses; 0 after the launcher has gone.
+constexpr int kNotForUse = 2;      // started by hand, or by somebody who does not speak to it
+constexpr int kBadRequest = 3;     // cut, too long, or not as the protocol has it
+constexpr int kNoSurroundings = 4; // the system gives it less than it needs
+
+/// The descriptor that comes with a request.
+class Output {
+public:
+    Output() = default;
+    Output(const Output &) = delete;
+    Output &operator=(const Output &) = delete;
+    ~Output() {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+    void take(int descriptor) { m_descriptor = descriptor; }
+    int get() const { return m_descriptor; }
+
+private:
+    int m_descriptor = -1;
+};
+
+/// The other end is this process's own parent, and keeps messages apart.
+bool isLaunchersSocket() {
+    int type = 0;
+    socklen_t size = sizeof type;
+    if (::getsockopt(kLauncher, SOL_SOCKET, SO_TYPE, &type, &size) != 0 || type != SOCK_SEQPACKET) {
+        return false;
+    }
+    ucred peer{};
+    size = sizeof peer;
+    return ::getsockopt(kLauncher, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.pid == ::getppid();
+}
+
+/// Nothing of the user's surroundings reaches what runs as the administrator.
+bool takeSurroundings() {
+    ::umask(S_IWGRP | S_IWOTH);
+    const rlimit noCore{};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    ::signal(SIGCHLD, SIG_IGN); // ended programs are gone at once
+    ::signal(SIGPIPE, SIG_IGN);
+    const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (null < 0 || ::dup2(null, STDOUT_FILENO) < 0 || ::chdir("/") != 0) {
+        return false;
+    }
+    return ::close_range(STDERR_FILENO + 1, ~0U, 0) == 0;
+}
+
+/// Takes the descriptor of a message, if there is one. \returns false for anything else beside the bytes.
+bool takeDescriptor(msghdr &message, Output &output) {
+    for (cmsghdr *part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
+        if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_RIGHTS ||
+            part->cmsg_len != CMSG_LEN(sizeof(int)) || output.get() >= 0) {
+            return false;
+        }
+        int descriptor = -1;
+        std::memcpy(&descriptor, CMSG_DATA(part), sizeof descriptor);
+        output.take(descriptor);
+    }
+    return true;
+}
+
+/// The path and the arguments of a request; nothing when it is not as the protocol has it.
+std::optional<std::vector<char *>> textsOf(char *bytes, size_t size) {
+    if (size == 0 || bytes[0] != '/' || bytes[size - 1] != '\0') {
+        return std::nullopt;
+    }
+    std::vector<char *> texts;
+    for (char *text = bytes; text < bytes + size; text += std::strlen(text) + 1) {
+        texts.push_back(text);
+    }
+    if (texts.size() > quillmark::kHelperMaximumTexts) {
+        return std::nullopt;
+    }
+    texts.push_back(nullptr);
+    return texts;
+}
+
+HelperAnswer start(const std::vector<char *> &texts, const Output &output) {
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    if (::posix_spawn_file_actions_init(&actions) != 0 || ::posix_spawnattr_init(&attributes) != 0) {
+        return ENOMEM;
+    }
+    sigset_t none;
+    sigset_t all;
+    ::sigemptyset(&none);
+    ::sigfillset(&all);
+    ::posix_spawnattr_setsigmask(&attributes, &none);
+    ::posix_spawnattr_setsigdefault(&attributes, &all);
+    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    if (output.get() >= 0) {
+        ::posix_spawn_file_actions_adddup2(&actions, output.get(), STDOUT_FILENO);
+    }
+    ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+
+    std::array<char, 64> path{"PATH=/usr/bin:/bin:/usr/sbin:/sbin"};
+    std::array<char, 16> language{"LANG=C.UTF-8"};
+    std::array<char *, 3> environment{path.data(), language.data(), nullptr};
+    pid_t child = 0;
+    const int error = ::posix_spawn(&child, texts[0], &actions, &attributes, texts.data(), environment.data());
+    ::posix_spawnattr_destroy(&attributes);
+    ::posix_spawn_file_actions_destroy(&actions);
+    return error;
+}
+
+bool send(const void *bytes, size_t size) {
+    return ::send(kLauncher, bytes, size, MSG_NOSIGNAL) == static_cast<ssize_t>(size);
+}
+
+/// Serves the launcher to its end. \returns the exit status.
+int serve() {
+    std::vector<char> bytes(quillmark::kHelperMaximumRequest);
+    while (true) {
+        Output output;
+        alignas(cmsghdr) std::array<char, 2 * CMSG_SPACE(sizeof(int))> parts{};
+        iovec piece{bytes.data(), bytes.size()};
+        msghdr message{};
+        message.msg_iov = &piece;
+        message.msg_iovlen = 1;
+        message.msg_control = parts.data();
+        message.msg_controllen = parts.size();
+        const ssize_t size = ::recvmsg(kLauncher, &message, MSG_CMSG_CLOEXEC);
+        if (size < 0 && errno == EINTR) {
+            continue;
+        }
+        if (size <= 0) {
+            return EXIT_SUCCESS;
+        }
+        const bool isWhole = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
+        const bool hasPlainParts = takeDescriptor(message, output);
+        const auto texts = textsOf(bytes.data(), static_cast<size_t>(size));
+        if (!isWhole || !hasPlainParts || !texts) {
+            return kBadRequest;
+        }
+        const HelperAnswer answer = start(*texts, output);
+        if (!send(&answer, sizeof answer)) {
+            return EXIT_SUCCESS;
+        }
+    }
+}
+
+} // namespace
+
+int main() {
+    if (!isLaunchersSocket()) {
+        return kNotForUse;
+    }
+    if (!takeSurroundings()) {
+        return kNoSurroundings;
+    }
+    constexpr std::string_view greeting = quillmark::kHelperGreeting;
+    return send(greeting.data(), greeting.size()) ? serve() : EXIT_SUCCESS;
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "utils/Exception.h"
+
+namespace quillmark {
+
+/// What the platform raises for a program that can't be started.
+inline Exception launchException() {
+    return {QStringLiteral("NSInvalidArgumentException"), QStringLiteral("launch path not accessible")};
+}
+
+} // namespace quillmark
