@@ -5,8 +5,12 @@ find_package(fmt REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(Threads REQUIRED)
+find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
+find_package(ZLIB REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(GIO REQUIRED IMPORTED_TARGET gio-2.0)
+pkg_check_modules(ARCHIVE REQUIRED IMPORTED_TARGET libarchive)
+pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
 find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb REQUIRED)
 
 # Qt Core alone. The include folder that Qt's own target hands out also holds the window libraries' headers; this one

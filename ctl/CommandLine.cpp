@@ -35,8 +35,9 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
     m_app.add_option("--generate", m_options.generatedForm)
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
-    for (const auto commands : {bundleCommands(), errorCommands(), logCommands(), processCommands(), runCommands(),
-                                systemCommands(), textCommands(), versionCommands()}) {
+    for (const auto commands :
+         {bundleCommands(), errorCommands(), integrityCommands(), logCommands(), processCommands(), runCommands(),
+          systemCommands(), textCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

@@ -1,0 +1,192 @@
+#include "integrity/SignatureManager.h"
+
+#include "utils/Log.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <memory>
+#include <openssl/decoder.h>
+#include <openssl/err.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rsa.h>
+#include <openssl/sha.h>
+#include <string_view>
+
+namespace quillmark {
+
+namespace {
+
+template <auto Free>
+struct Release {
+    template <class Object>
+    void operator()(Object *object) const {
+        Free(object);
+    }
+};
+
+using Stream = std::unique_ptr<BIO, Release<BIO_free>>;
+using Key = std::unique_ptr<EVP_PKEY, Release<EVP_PKEY_free>>;
+using Operation = std::unique_ptr<EVP_PKEY_CTX, Release<EVP_PKEY_CTX_free>>;
+using Decoder = std::unique_ptr<OSSL_DECODER_CTX, Release<OSSL_DECODER_CTX_free>>;
+using Digest = std::array<unsigned char, SHA_DIGEST_LENGTH>;
+
+/// The thread's queue of library errors, empty at the start, so that the first one is this operation's, and at the end.
+class ErrorQueue {
+public:
+    ErrorQueue() { ERR_clear_error(); }
+    ErrorQueue(const ErrorQueue &) = delete;
+    ErrorQueue &operator=(const ErrorQueue &) = delete;
+    ~ErrorQueue() { ERR_clear_error(); }
+};
+
+/// One block of a PEM text.
+struct Block {
+    Block() = default;
+    Block(const Block &) = delete;
+    Block &operator=(const Block &) = delete;
+    ~Block() {
+        OPENSSL_clear_free(contents, static_cast<size_t>(length));
+        OPENSSL_free(label);
+    }
+
+    char *label = nullptr;
+    unsigned char *contents = nullptr;
+    long length = 0;
+};
+
+/// What stands in a block with a certain label.
+struct Form {
+    std::string_view label;
+    const char *structure;
+};
+
+// The second form is the one that other programs have written since they took up more kinds of keys than RSA's.
+constexpr Form kPublicForms[] = {{PEM_STRING_PUBLIC, "SubjectPublicKeyInfo"}};
+constexpr Form kPrivateForms[] = {{PEM_STRING_RSA, "type-specific"}, {PEM_STRING_PKCS8INF, "PrivateKeyInfo"}};
+
+/// Without this the library would ask on the terminal.
+int noPassPhrase(char * /*buffer*/, int /*size*/, int /*isForWriting*/, void * /*context*/) { return -1; }
+
+Key decoded(const Block &block, const char *structure, int selection) {
+    EVP_PKEY *key = nullptr;
+    const Decoder decoder(
+        OSSL_DECODER_CTX_new_for_pkey(&key, "DER", structure, "RSA", selection, /*libctx*/ nullptr, nullptr));
+    const unsigned char *contents = block.contents;
+    auto length = static_cast<size_t>(block.length);
+    if (decoder != nullptr) {
+        OSSL_DECODER_from_data(decoder.get(), &contents, &length);
+    }
+    return Key(key);
+}
+
+/// The key in the first block that the library takes for a key of the wanted sort; null when it is not one of the
+/// forms.
+template <size_t Count>
+Key readKey(const QString &text, const char *sort, const Form (&forms)[Count], int selection) {
+    const auto isAscii = [](QChar character) { return character.unicode() < 0x80; };
+    if (text.size() > std::numeric_limits<int>::max() || !std::all_of(text.begin(), text.end(), isAscii)) {
+        return nullptr;
+    }
+    const QByteArray bytes = text.toLatin1();
+    const Stream stream(BIO_new_mem_buf(bytes.constData(), static_cast<int>(bytes.size())));
+    Block block;
+    if (stream == nullptr || PEM_bytes_read_bio(&block.contents, &block.length, &block.label, sort, stream.get(),
+                                                noPassPhrase, nullptr) != 1) {
+        return nullptr;
+    }
+    const Form *form = std::find_if(std::begin(forms), std::end(forms),
+                                    [&block](const Form &candidate) { return candidate.label == block.label; });
+    return form == std::end(forms) ? nullptr : decoded(block, form->structure, selection);
+}
+
+bool computeDigest(const QByteArray &data, Digest &digest) {
+    return SHA1(reinterpret_cast<const unsigned char *>(data.constData()), static_cast<size_t>(data.size()),
+                digest.data()) != nullptr;
+}
+
+/// An operation that `init` begins, set to PKCS #1 v1.5 over a SHA-1 digest; null when the key does not do that.
+Operation operationOn(const Key &key, int (*init)(EVP_PKEY_CTX *)) {
+    Operation operation(EVP_PKEY_CTX_new(key.get(), nullptr));
+    if (operation == nullptr || init(operation.get()) != 1 ||
+        EVP_PKEY_CTX_set_rsa_padding(operation.get(), RSA_PKCS1_PADDING) != 1 ||
+        EVP_PKEY_CTX_set_signature_md(operation.get(), EVP_sha1()) != 1) {
+        return nullptr;
+    }
+    return operation;
+}
+
+void logFirstError() {
+    const unsigned long error = ERR_get_error();
+    std::array<char, 256> text{};
+    ERR_error_string_n(error, text.data(), text.size());
+    logError("Signature verify failed (error %i, %s)", static_cast<int>(error), text.data());
+}
+
+/// As byte blocks are printed: in hexadecimal, four bytes together.
+QString printed(const QByteArray &bytes) {
+    constexpr qsizetype kDigitsTogether = 8;
+    QByteArray text = bytes.toHex();
+    for (qsizetype at = (text.size() - 1) / kDigitsTogether * kDigitsTogether; at > 0; at -= kDigitsTogether) {
+        text.insert(at, ' ');
+    }
+    return u'<' + QString::fromLatin1(text) + u'>';
+}
+
+} // namespace
+
+SignatureManager &SignatureManager::sharedManager() {
+    static SignatureManager manager;
+    return manager;
+}
+
+bool SignatureManager::verifySignature(const QByteArray &signature, const QString &publicKey,
+                                       const QByteArray &data) const {
+    if (signature.isEmpty() || publicKey.isEmpty() || data.isEmpty()) {
+        return false;
+    }
+    const ErrorQueue errors;
+    const Key key = readKey(publicKey, PEM_STRING_PUBLIC, kPublicForms, EVP_PKEY_PUBLIC_KEY);
+    Digest digest{};
+    if (key == nullptr || !computeDigest(data, digest)) {
+        return false;
+    }
+    const Operation operation = operationOn(key, EVP_PKEY_verify_init);
+    if (operation == nullptr ||
+        EVP_PKEY_verify(operation.get(), reinterpret_cast<const unsigned char *>(signature.constData()),
+                        static_cast<size_t>(signature.size()), digest.data(), digest.size()) != 1) {
+        logFirstError();
+        return false;
+    }
+    logVerbose("Signature verified");
+    return true;
+}
+
+std::optional<QByteArray> SignatureManager::generateSignature(const QString &privateKey, const QByteArray &data) const {
+    if (privateKey.isEmpty() || data.isEmpty()) {
+        return std::nullopt;
+    }
+    const ErrorQueue errors;
+    const Key key = readKey(privateKey, PEM_STRING_EVP_PKEY, kPrivateForms, EVP_PKEY_KEYPAIR);
+    Digest digest{};
+    if (key == nullptr || !computeDigest(data, digest)) {
+        return std::nullopt;
+    }
+    const Operation operation = operationOn(key, EVP_PKEY_sign_init);
+    QByteArray signature(EVP_PKEY_get_size(key.get()), Qt::Uninitialized);
+    auto length = static_cast<size_t>(signature.size());
+    if (operation == nullptr ||
+        EVP_PKEY_sign(operation.get(), reinterpret_cast<unsigned char *>(signature.data()), &length, digest.data(),
+                      digest.size()) != 1 ||
+        length == 0) {
+        return std::nullopt;
+    }
+    signature.truncate(static_cast<qsizetype>(length));
+    if (isLogVerboseVisible()) {
+        logVerbose("Generated signature \"%@\"", printed(signature));
+    }
+    return signature;
+}
+
+} // namespace quillmark
