@@ -40,7 +40,7 @@ class PrivateRoot(unittest.TestCase):
                 Path(folder, "written").touch()
 
     def test_lets_the_user_write_where_a_mac_does(self):
-        for folder in (HOME, Path("/Applications"), Path("/Library/Application Support/Quillmark"), Path("/tmp")):
+        for folder in (HOME, Path("/Applications"), Path("/Library/Application Support"), Path("/tmp")):
             with self.subTest(folder):
                 self.answer("/usr/bin/touch", folder / "written")
 

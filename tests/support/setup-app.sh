@@ -10,11 +10,23 @@ mount --bind /run/etc /etc
 echo 'tester:x:1001:1001::/home/t:/bin/bash' >>/etc/passwd
 echo 'tester:x:1001:' >>/etc/group
 
-install -d -o 1001 -g 1001 /Library "/Library/Application Support" "/Library/Application Support/Quillmark" \
-  /Applications /System /System/Library
+install -d -o 1001 -g 1001 /Library "/Library/Application Support" /Applications /System /System/Library
 rm -rf /Applications/Quillmark.app
 cp -R --preserve=mode,links,timestamps "/.old$QUILLMARK_APP" /Applications/Quillmark.app
 chown -R 1001:1001 /Applications/Quillmark.app
+
+# What the launcher expects outside its bundle, as a finished installation has it. QUILLMARK_BROKEN=yes leaves several
+# things at fault: a tool missing, one that others could change, a bundle missing, the core with a wrong mode.
+resources=/Applications/Quillmark.app/Contents/Resources
+tools="/Library/Application Support/Quillmark"
+"$resources/updateqm" repair "$resources/updateqm.sig"
+"$tools/updateqm" repairother "$resources/finderoverlaytool" "$resources/finderoverlaytool.sig"
+"$tools/updateqm" repairpackage "$resources/QuillmarkRuntime.pkg"
+"$tools/updateqm" repairpackage "$resources/QuillmarkFS.pkg"
+if [ "${QUILLMARK_BROKEN-}" = yes ]; then
+  chmod 775 "$tools/updateqm" "$resources/QuillmarkCore.app"
+  rm -r "$tools/finderoverlaytool" /Library/Filesystems/QuillmarkFS.fs
+fi
 
 cp -R "/.old$QUILLMARK_SCRIPTS" /run/scripts
 

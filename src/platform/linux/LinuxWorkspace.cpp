@@ -81,7 +81,8 @@ QString executableOfProcess(int process) {
     const QByteArray link = "/proc/" + QByteArray::number(process) + "/exe";
     const ssize_t length = ::readlink(link.constData(), buffer.data(), buffer.size());
     QByteArray path(buffer.data(), std::max<ssize_t>(length, 0));
-    if (path.endsWith(" (deleted)")) { // an update took the file's place
+    // An update took the file's place; but a file may be called like this, too.
+    if (path.endsWith(" (deleted)") && ::access(path.constData(), F_OK) != 0) {
         path.chop(10);
     }
     return path.isEmpty() ? QString() : QFile::decodeName(path);

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+
+namespace updateqm {
+
+/// Installs this very program, when its signature is right.
+void installItself(const std::string &signaturePath);
+
+/// Installs a tool whose mode the catalogue gives as this one.
+void installTool(const std::string &path, const std::string &signaturePath, unsigned mode);
+
+/// Gives an installed tool its owner and mode back, when it still is what the vendor signed.
+void repairTool(const std::string &name, unsigned mode);
+
+/// The same for all tools that are installed.
+void repairAllTools();
+
+} // namespace updateqm
