@@ -1,5 +1,7 @@
 #include "integrity/UnzipManager.h"
 
+#include "integrity/ArchiveStream.h"
+
 #include <QFile>
 #include <algorithm>
 #include <array>
@@ -84,7 +86,8 @@ UnzipManager::UnzipManager(const QString &path) {
     const qsizetype slash = path.lastIndexOf(u'/');
     outputPath = QStringLiteral("%1/").arg(slash < 0 ? QStringLiteral(".") : path.left(slash));
     if (!path.contains(QChar(0))) {
-        uf = unzOpen(QFile::encodeName(path).constData());
+        zlib_filefunc64_def functions = archiveStreamFunctions();
+        uf = unzOpen2_64(QFile::encodeName(path).constData(), &functions);
     }
     if (uf != nullptr) {
         m_folder = Descriptor(::open(QFile::encodeName(outputPath).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));

@@ -24,7 +24,7 @@ class Documents(ToolTest):
         self.assertIn(".SH EXIT STATUS", page)
 
     def test_bash_completes_commands_step_by_step(self):
-        self.assertEqual(self.complete("ve"), ["version"])
+        self.assertEqual(self.complete("ve"), ["verify", "version"])
         self.assertEqual(self.complete("version", ""), ["self", "parse", "component", "build", "--help", "--version", "--bundle", "--pretty", "--log-level"])
         self.assertEqual(self.complete("log", "wr"), ["write"])
 
