@@ -36,8 +36,10 @@ void unpackArchive(const Staging &staging, const VerifiedPayload &payload, const
             throw Failure(Status::WrongPayload, payload.source(), "holds something else than " + bundleName);
         }
     }
-    const auto archivePath = QString::fromStdString(staging.path() + '/' + payload.name());
-    if (quillmark::UnzipManager(archivePath).extractAll() != 0) {
+    // Archives are unpacked where they lie.
+    const std::string archive = "archive";
+    writeFile(staging, archive, payload.bytes(), S_IRUSR | S_IWUSR);
+    if (quillmark::UnzipManager(QString::fromStdString(staging.path() + '/' + archive)).extractAll() != 0) {
         throw damaged("can't be unpacked");
     }
     Reader entries(payload.bytes(), payload.source(), readsZip);

@@ -6,6 +6,7 @@
 #include "Failure.h"
 #include "Package.h"
 #include "Payload.h"
+#include "Tools.h"
 
 #include <algorithm>
 #include <span>
@@ -27,12 +28,21 @@ void settleAndInstall(const Staging &staging, const std::string &name, Programs 
 }
 
 void installArchiveAt(const std::string &path, const std::string &signaturePath, const std::string &installPath) {
+    // Nothing is touched elsewhere before the signature is found to be right.
+    const Folder tools = toolFolder();
+    const Staging inspection(tools);
+    const auto payload = VerifiedPayload::copy(inspection, path, signaturePath);
     const Place place = Place::of(installPath);
     const Folder folder = Folder::make(place.folder);
     const Staging staging(folder);
-    const auto payload = VerifiedPayload::copy(staging, path, signaturePath);
     unpackArchive(staging, payload, place.name);
     settleAndInstall(staging, place.name, Programs::ByTheirFolder);
+}
+
+void installPackageAt(const VerifiedPayload &package, const Folder &folder, const std::string &name) {
+    const Staging staging(folder);
+    unpackPackage(staging, package, name);
+    settleAndInstall(staging, name, Programs::ByTheirMode);
 }
 
 /// The client may stand in the computer's Applications folder, or wherever the caller could have put it himself.
@@ -58,20 +68,14 @@ void installSystemFixes(const std::string &path, const std::string &signaturePat
 }
 
 void installPackage(const std::string &path) {
-    // Its place is known only when it has been verified, so it is copied twice: first where nobody else can write.
-    const Folder toolFolder = Folder::make(std::string(kToolFolder));
-    toolFolder.secure();
-    const Staging first(toolFolder);
-    const std::string signaturePath = path + ".sig";
-    const auto payload = VerifiedPayload::copy(first, path, signaturePath);
+    // Nothing is touched elsewhere before the signature is found to be right.
+    const Folder tools = toolFolder();
+    const Staging inspection(tools);
+    const auto payload = VerifiedPayload::copy(inspection, path, path + ".sig");
     const std::string installPath = installPathOf(payload);
     requirePlace(kPackagedBundles, installPath);
-
     const Place place = Place::of(installPath);
-    const Folder folder = Folder::make(place.folder);
-    const Staging staging(folder);
-    unpackPackage(staging, payload, place.name);
-    settleAndInstall(staging, place.name, Programs::ByTheirMode);
+    installPackageAt(payload, Folder::make(place.folder), place.name);
 }
 
 void installClient(const std::string &path, const std::string &signaturePath, const std::string &installPath) {
@@ -80,13 +84,14 @@ void installClient(const std::string &path, const std::string &signaturePath, co
         throw Failure(Status::WrongPlace, installPath, "is not the client");
     }
     const Folder folder = folderForClient(place.folder);
-    const Staging staging(folder);
-    const auto payload = VerifiedPayload::copy(staging, path, signaturePath);
+    // Nothing is touched elsewhere before the signature is found to be right.
+    const Folder tools = toolFolder();
+    const Staging inspection(tools);
+    const auto payload = VerifiedPayload::copy(inspection, path, signaturePath);
     if (Place::of(installPathOf(payload)).name != kClientBundle) {
         throw Failure(Status::WrongPayload, path, "is not the client");
     }
-    unpackPackage(staging, payload, place.name);
-    settleAndInstall(staging, place.name, Programs::ByTheirMode);
+    installPackageAt(payload, folder, place.name);
 }
 
 } // namespace updateqm

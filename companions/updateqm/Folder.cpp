@@ -127,15 +127,27 @@ void Folder::secure() const {
     must(::fchown(get(), 0, 0) == 0 && ::fchmod(get(), kMode) == 0, m_path);
 }
 
-Staging::Staging(const Folder &beside) : m_folder(beside.get()), m_folderPath(beside.path()), m_name(newStagingName()) {
+Staging::Staging(const Folder &beside) : m_folder(beside.get()), m_folderPath(beside.path()) {
     clearLeftOvers(m_folder);
-    must(::mkdirat(m_folder, m_name.c_str(), S_IRWXU) == 0, m_folderPath);
-    m_descriptor = openFolder(m_folder, m_name);
-    // In a folder that others can write to, somebody may have been quicker.
-    if (!m_descriptor.isOpen() || !isAdministrators(get()) || ::flock(get(), LOCK_EX | LOCK_NB) != 0 ||
-        ::fchmod(get(), S_IRWXU) != 0 || !entriesOf(get()).empty()) {
-        throw Failure(Status::UnsafePlace, m_folderPath, "somebody interferes");
+    constexpr int kAttempts = 20;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        m_name = newStagingName();
+        must(::mkdirat(m_folder, m_name.c_str(), S_IRWXU) == 0, m_folderPath);
+        m_descriptor = openFolder(m_folder, m_name);
+        if (m_descriptor.isOpen() && ::flock(get(), LOCK_EX | LOCK_NB) == 0 && isOwn()) {
+            return;
+        }
+        // Another process took it for a left-over before it was locked; or, where others can write, somebody
+        // interferes.
     }
+    throw Failure(Status::UnsafePlace, m_folderPath, "somebody interferes");
+}
+
+/// An empty folder of the administrator's that is still there.
+bool Staging::isOwn() const {
+    struct stat status {};
+    return ::fstat(get(), &status) == 0 && status.st_uid == 0 && status.st_nlink > 0 && ::fchmod(get(), S_IRWXU) == 0 &&
+           entriesOf(get()).empty();
 }
 
 Staging::~Staging() {

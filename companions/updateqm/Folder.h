@@ -59,6 +59,8 @@ public:
     void install(const std::string &entry, const std::string &name) const;
 
 private:
+    bool isOwn() const;
+
     int m_folder;
     std::string m_folderPath;
     std::string m_name;

@@ -28,13 +28,6 @@ const Tool &toolNamed(const std::string &name, unsigned mode) {
     return *tool;
 }
 
-/// The tools' folder, which only the administrator can write to from now on.
-Folder toolFolder() {
-    Folder folder = Folder::make(std::string(kToolFolder));
-    folder.secure();
-    return folder;
-}
-
 /// The version that the payload claims for the tool of that name. Raises a Failure when it is not that tool.
 QString versionOf(const VerifiedPayload &payload, const Tool &tool) {
     const QByteArray mark =
@@ -72,6 +65,12 @@ void install(const Staging &staging, const VerifiedPayload &payload, const Tool 
 }
 
 } // namespace
+
+Folder toolFolder() {
+    Folder folder = Folder::make(std::string(kToolFolder));
+    folder.secure();
+    return folder;
+}
 
 void installItself(const std::string &signaturePath) {
     const Tool &tool = kTools[0];

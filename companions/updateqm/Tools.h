@@ -1,8 +1,13 @@
 #pragma once
 
+#include "Folder.h"
+
 #include <string>
 
 namespace updateqm {
+
+/// The tools' own folder, to which only the administrator can write from now on. It is made when it is missing.
+Folder toolFolder();
 
 /// Installs this very program, when its signature is right.
 void installItself(const std::string &signaturePath);

@@ -32,13 +32,23 @@ protected:
     /// The messages of a log file, without what stands before them.
     static QStringList messagesOf(const QString &path) {
         QStringList messages;
-        for (const QByteArray &line : contentsOf(path).split('\n')) {
-            const qsizetype prefix = line.indexOf("] ", line.indexOf(") ["));
-            if (prefix >= 0) {
-                messages << QString::fromUtf8(line.mid(prefix + 2));
-            }
+        for (const QString &line : linesOf(path)) {
+            messages << line.mid(line.indexOf(u' ') + 1);
         }
         return messages;
+    }
+    /// The same, each with its level before it: "vrb Launching".
+    static QStringList linesOf(const QString &path) {
+        QStringList lines;
+        for (const QByteArray &line : contentsOf(path).split('\n')) {
+            constexpr qsizetype kLevel = 3; // letters
+            const qsizetype behindLevel = line.indexOf(") [");
+            const qsizetype prefix = line.indexOf("] ", behindLevel);
+            if (behindLevel >= kLevel && prefix >= 0) {
+                lines << QString::fromUtf8(line.mid(behindLevel - kLevel, kLevel) + line.mid(prefix + 1));
+            }
+        }
+        return lines;
     }
 
     FakePlatform platform;
