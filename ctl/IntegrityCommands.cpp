@@ -6,7 +6,9 @@
 #include <CLI/CLI.hpp>
 #include <QFile>
 #include <algorithm>
+#include <csignal>
 #include <memory>
+#include <unistd.h>
 
 namespace quillmark::ctl {
 
@@ -25,14 +27,18 @@ void openForReading(QFile &file, const std::string &name) {
     }
 }
 
+QByteArray readAll(QFile &file) {
+    QByteArray contents = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        throw Failure{file.fileName(), file.errorString()};
+    }
+    return contents;
+}
+
 QByteArray contentsOf(const std::string &name) {
     QFile file;
     openForReading(file, name);
-    const QByteArray contents = file.readAll();
-    if (file.error() != QFileDevice::NoError) { // a folder, for one
-        throw Failure{QString::fromStdString(name), file.errorString()};
-    }
-    return contents;
+    return readAll(file);
 }
 
 /// A key's text. Keys are ASCII; what is not stays other than ASCII.
@@ -47,6 +53,40 @@ void allowOneStandardInput(CLI::App &app, std::initializer_list<const std::strin
     });
 }
 
+std::string shortenedLine;
+
+/// What was mapped and is not there any more, since another program has shortened the file.
+void endShortened(int /*signal*/) {
+    // Nothing is left to be done if the line can't be written.
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, shortenedLine.data(), shortenedLine.size());
+    ::_exit(kFailed);
+}
+
+/// A file's contents. A regular file is mapped: to read a large one takes as long as to compute its digest.
+class Contents {
+public:
+    explicit Contents(const std::string &name) {
+        openForReading(m_file, name);
+        uchar *mapped = name == kStandardStream || m_file.size() == 0 ? nullptr : m_file.map(0, m_file.size());
+        if (mapped == nullptr) {
+            m_bytes = readAll(m_file);
+            return;
+        }
+        shortenedLine = "quillmarkctl: " + name + ": was shortened while it was read\n";
+        std::signal(SIGBUS, endShortened);
+        m_bytes = QByteArray::fromRawData(reinterpret_cast<const char *>(mapped), m_file.size());
+    }
+    Contents(const Contents &) = delete;
+    Contents &operator=(const Contents &) = delete;
+    ~Contents() = default;
+
+    const QByteArray &bytes() const { return m_bytes; }
+
+private:
+    QFile m_file; // keeps the mapping
+    QByteArray m_bytes;
+};
+
 struct SignArguments {
     std::string key;
     std::string file;
@@ -55,11 +95,11 @@ struct SignArguments {
 
 Answer sign(const SignArguments &arguments) {
     const QString key = keyIn(arguments.key);
-    const QByteArray data = contentsOf(arguments.file);
-    if (data.isEmpty()) {
+    const Contents data(arguments.file);
+    if (data.bytes().isEmpty()) {
         throw Failure{QString::fromStdString(arguments.file), QStringLiteral("is empty, so there is nothing to sign")};
     }
-    const auto signature = SignatureManager::sharedManager().generateSignature(key, data);
+    const auto signature = SignatureManager::sharedManager().generateSignature(key, data.bytes());
     if (!signature) {
         throw Failure{
             QString::fromStdString(arguments.key),
@@ -102,9 +142,9 @@ Action defineVerify(CLI::App &app) {
     return [arguments](const Output & /*output*/) {
         const QString key = keyIn(arguments->key);
         const QByteArray signature = contentsOf(arguments->signature);
-        const bool isVerified =
-            SignatureManager::sharedManager().verifySignature(signature, key, contentsOf(arguments->file));
-        return isVerified ? Answer::Yes : Answer::No;
+        const Contents data(arguments->file);
+        return SignatureManager::sharedManager().verifySignature(signature, key, data.bytes()) ? Answer::Yes
+                                                                                               : Answer::No;
     };
 }
 

@@ -6,12 +6,12 @@
 #include <array>
 #include <limits>
 #include <memory>
-#include <openssl/decoder.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/rsa.h>
 #include <openssl/sha.h>
+#include <openssl/x509.h>
 #include <string_view>
 
 namespace quillmark {
@@ -29,7 +29,6 @@ struct Release {
 using Stream = std::unique_ptr<BIO, Release<BIO_free>>;
 using Key = std::unique_ptr<EVP_PKEY, Release<EVP_PKEY_free>>;
 using Operation = std::unique_ptr<EVP_PKEY_CTX, Release<EVP_PKEY_CTX_free>>;
-using Decoder = std::unique_ptr<OSSL_DECODER_CTX, Release<OSSL_DECODER_CTX_free>>;
 using Digest = std::array<unsigned char, SHA_DIGEST_LENGTH>;
 
 /// The thread's queue of library errors, empty at the start, so that the first one is this operation's, and at the end.
@@ -56,35 +55,33 @@ struct Block {
     long length = 0;
 };
 
-/// What stands in a block with a certain label.
+/// What stands in a block with a certain label, and what reads that and nothing else.
 struct Form {
     std::string_view label;
-    const char *structure;
+    EVP_PKEY *(*decode)(const unsigned char *contents, long length);
 };
 
-// The second form is the one that other programs have written since they took up more kinds of keys than RSA's.
-constexpr Form kPublicForms[] = {{PEM_STRING_PUBLIC, "SubjectPublicKeyInfo"}};
-constexpr Form kPrivateForms[] = {{PEM_STRING_RSA, "type-specific"}, {PEM_STRING_PKCS8INF, "PrivateKeyInfo"}};
+EVP_PKEY *decodePublic(const unsigned char *contents, long length) { return d2i_PUBKEY(nullptr, &contents, length); }
+EVP_PKEY *decodePrivate(const unsigned char *contents, long length) {
+    const std::unique_ptr<PKCS8_PRIV_KEY_INFO, Release<PKCS8_PRIV_KEY_INFO_free>> information(
+        d2i_PKCS8_PRIV_KEY_INFO(nullptr, &contents, length));
+    return information == nullptr ? nullptr : EVP_PKCS82PKEY(information.get());
+}
+EVP_PKEY *decodeRsaPrivate(const unsigned char *contents, long length) {
+    return d2i_PrivateKey(EVP_PKEY_RSA, nullptr, &contents, length);
+}
+
+// The second private form is the one that other programs have written since they took up more kinds of keys than RSA's.
+constexpr Form kPublicForms[] = {{PEM_STRING_PUBLIC, decodePublic}};
+constexpr Form kPrivateForms[] = {{PEM_STRING_RSA, decodeRsaPrivate}, {PEM_STRING_PKCS8INF, decodePrivate}};
 
 /// Without this the library would ask on the terminal.
 int noPassPhrase(char * /*buffer*/, int /*size*/, int /*isForWriting*/, void * /*context*/) { return -1; }
 
-Key decoded(const Block &block, const char *structure, int selection) {
-    EVP_PKEY *key = nullptr;
-    const Decoder decoder(
-        OSSL_DECODER_CTX_new_for_pkey(&key, "DER", structure, "RSA", selection, /*libctx*/ nullptr, nullptr));
-    const unsigned char *contents = block.contents;
-    auto length = static_cast<size_t>(block.length);
-    if (decoder != nullptr) {
-        OSSL_DECODER_from_data(decoder.get(), &contents, &length);
-    }
-    return Key(key);
-}
-
 /// The key in the first block that the library takes for a key of the wanted sort; null when it is not one of the
 /// forms.
 template <size_t Count>
-Key readKey(const QString &text, const char *sort, const Form (&forms)[Count], int selection) {
+Key readKey(const QString &text, const char *sort, const Form (&forms)[Count]) {
     const auto isAscii = [](QChar character) { return character.unicode() < 0x80; };
     if (text.size() > std::numeric_limits<int>::max() || !std::all_of(text.begin(), text.end(), isAscii)) {
         return nullptr;
@@ -98,7 +95,8 @@ Key readKey(const QString &text, const char *sort, const Form (&forms)[Count], i
     }
     const Form *form = std::find_if(std::begin(forms), std::end(forms),
                                     [&block](const Form &candidate) { return candidate.label == block.label; });
-    return form == std::end(forms) ? nullptr : decoded(block, form->structure, selection);
+    Key key(form == std::end(forms) ? nullptr : form->decode(block.contents, block.length));
+    return key != nullptr && EVP_PKEY_is_a(key.get(), "RSA") == 1 ? std::move(key) : nullptr;
 }
 
 bool computeDigest(const QByteArray &data, Digest &digest) {
@@ -147,7 +145,7 @@ bool SignatureManager::verifySignature(const QByteArray &signature, const QStrin
         return false;
     }
     const ErrorQueue errors;
-    const Key key = readKey(publicKey, PEM_STRING_PUBLIC, kPublicForms, EVP_PKEY_PUBLIC_KEY);
+    const Key key = readKey(publicKey, PEM_STRING_PUBLIC, kPublicForms);
     Digest digest{};
     if (key == nullptr || !computeDigest(data, digest)) {
         return false;
@@ -168,7 +166,7 @@ std::optional<QByteArray> SignatureManager::generateSignature(const QString &pri
         return std::nullopt;
     }
     const ErrorQueue errors;
-    const Key key = readKey(privateKey, PEM_STRING_EVP_PKEY, kPrivateForms, EVP_PKEY_KEYPAIR);
+    const Key key = readKey(privateKey, PEM_STRING_EVP_PKEY, kPrivateForms);
     Digest digest{};
     if (key == nullptr || !computeDigest(data, digest)) {
         return std::nullopt;
