@@ -29,8 +29,10 @@ if [ "${QUILLMARK_BROKEN-}" = yes ]; then
 fi
 
 cp -R "/.old$QUILLMARK_SCRIPTS" /run/scripts
-# What tests sign with, in the vendor's place.
-install -m 600 "/.old$(dirname "$QUILLMARK_APP")/vendor-key/private.pem" /run/vendor-key.pem
+# What tests sign with, in the vendor's place, and small programs of theirs.
+build=/.old$(dirname "$QUILLMARK_APP")
+install -m 600 "$build/vendor-key/private.pem" /run/vendor-key.pem
+cp -R "$build/probes" /run/probes
 
 # The display of whoever started this, when there is one.
 if [ -n "${DISPLAY-}" ] && [ -d /.old/tmp/.X11-unix ]; then

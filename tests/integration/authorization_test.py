@@ -1,0 +1,234 @@
+"""Administrator rights through the real polkit: who is asked, what is granted, and what the root helper does with it."""
+
+import os
+import shutil
+import signal
+import socket
+import struct
+import subprocess
+import unittest
+from pathlib import Path
+
+from machine import APP, has_ended, processes_of, start, wait_until
+from polkit import confirm_password, prepare_pkexec, require_polkit, start_agent, start_polkit
+
+ADMIN = "system.privilege.admin"
+DENIED, CANCELED, CANNOT_EXECUTE = "-60005", "-60006", "-60031"
+PROBE = APP / "Contents/MacOS/AuthorizationProbe"
+HELPER = APP / "Contents/Helpers/quillmark-root-helper"
+
+
+class AuthorizationTest(unittest.TestCase):
+    def setUp(self):
+        shutil.copy("/run/probes/AuthorizationProbe", PROBE)
+
+    def start_probe(self, *steps, as_root=False):
+        command = [PROBE, *map(str, steps)]
+        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "text": True}
+        probe = subprocess.Popen(command, **pipes) if as_root else start(*command, **pipes)
+        self.addCleanup(probe.communicate)
+        self.addCleanup(probe.kill)
+        return probe
+
+    def go(self, probe):
+        probe.stdin.write("\n")
+        probe.stdin.flush()
+
+    def answers(self, *steps, **options):
+        """What the steps answer, as lines, with nobody there to answer a dialog."""
+        out, _ = self.start_probe(*steps, **options).communicate("\n", timeout=60)
+        lines = out.splitlines()
+        self.assertEqual(lines[0], "0")
+        return lines[1:]
+
+
+class Rights(AuthorizationTest):
+    def test_granted_by_the_rules_let_programs_run_as_root(self):
+        start_polkit(self, "YES")
+        self.assertEqual(self.answers("rights", ADMIN, "output", 1, "/usr/bin/id", "-u"), ["0", "0", "0"])
+
+    def test_refused_by_the_rules_are_denied(self):
+        start_polkit(self, "NO")
+        self.assertEqual(self.answers("rights", ADMIN, "run", 0, "/usr/bin/true"), [DENIED, CANNOT_EXECUTE])
+
+    def test_that_a_password_is_needed_for_are_denied_where_nobody_can_ask_for_it(self):
+        start_polkit(self, "AUTH_ADMIN")
+        self.assertEqual(self.answers("rights", ADMIN), [DENIED])
+
+    def test_are_denied_without_a_system_bus(self):
+        require_polkit()
+        prepare_pkexec()
+        self.assertEqual(self.answers("rights", ADMIN), [DENIED])
+
+    def test_are_denied_without_the_program_that_asks(self):
+        require_polkit()
+        empty = Path("/tmp/empty")
+        empty.write_text("")
+        subprocess.run(["mount", "--bind", empty, "/usr/bin/pkexec"], check=True)
+        self.assertEqual(self.answers("rights", ADMIN), [DENIED])
+
+    def test_are_denied_without_the_helper(self):
+        start_polkit(self, "YES")
+        HELPER.unlink()
+        self.assertEqual(self.answers("rights", ADMIN), [DENIED])
+
+    def test_of_another_name_are_denied_without_a_dialog(self):
+        start_polkit(self, "YES")
+        self.assertEqual(self.answers("rights", "system.preferences", "rights", ""), [DENIED, DENIED])
+
+    def test_are_not_asked_for_when_the_process_is_root_already(self):
+        self.assertEqual(self.answers("rights", ADMIN, "output", 1, "/usr/bin/id", "-u", as_root=True), ["0", "0", "0"])
+
+    def test_without_rights_nothing_runs(self):
+        self.assertEqual(self.answers("run", 1, "/usr/bin/touch", "/tmp/ran", as_root=True), [CANNOT_EXECUTE])
+        self.assertFalse(Path("/tmp/ran").exists())
+
+
+class Dialog(AuthorizationTest):
+    def test_that_the_user_dismisses_is_a_cancel(self):
+        start_polkit(self, "AUTH_ADMIN")
+        probe = self.start_probe("rights", ADMIN)
+        agent = start_agent(self, "dismiss", probe.pid)
+        out, _ = probe.communicate("\n", timeout=60)
+        self.assertEqual(out.splitlines(), ["0", CANCELED])
+        self.assertEqual(agent.stdout.readline(), "asked\n")
+
+    def test_comes_once_for_a_whole_reference(self):
+        start_polkit(self, "AUTH_ADMIN")
+        identity = ("output", 1, "/usr/bin/id", "-u")
+        probe = self.start_probe("rights", ADMIN, *identity, "rights", ADMIN, *identity, *identity)
+        agent = start_agent(self, "allow", probe.pid)
+        self.go(probe)
+        self.assertEqual(agent.stdout.readline(), "asked\n")
+        confirm_password(agent)
+        out, _ = probe.communicate(timeout=60)
+        self.assertEqual(out.splitlines(), ["0", "0", "0", "0", "0", "0", "0", "0", "0"])
+        agent.kill()
+        self.assertEqual(agent.stdout.read(), "")
+
+
+class Programs(AuthorizationTest):
+    def run_as_root(self, *steps):
+        return self.answers("rights", ADMIN, *steps, as_root=True)[1:]
+
+    def test_get_nothing_of_the_users_surroundings(self):
+        start_polkit(self, "YES")
+        lines = self.answers("rights", ADMIN, "output", 0, "/usr/bin/env", "output", 0, "/usr/bin/pwd",
+                             "output", 2, "/bin/sh", "-c", "umask; ls /proc/self/fd | wc -l; readlink /proc/self/fd/0")
+        self.assertEqual([line for line in lines if line.startswith(("PATH", "LANG"))],
+                         ["PATH=/usr/bin:/bin:/usr/sbin:/sbin", "LANG=C.UTF-8"])
+        self.assertEqual(lines[-6:-4], ["0", "/"])
+        self.assertEqual([line for line in lines if "=" in line and not line.startswith(("PATH", "LANG"))], [])
+        self.assertEqual(lines[-3:], ["0022", "4", "/dev/null"])
+
+    def test_that_are_missing_or_no_programs_are_an_error(self):
+        Path("/tmp/plain").write_text("x")
+        self.assertEqual(self.run_as_root("run", 0, "/no/such/program", "run", 0, "/tmp/plain", "run", 0, "/tmp"),
+                         [CANNOT_EXECUTE] * 3)
+
+    def test_are_named_by_absolute_paths_only(self):
+        self.assertEqual(self.run_as_root("run", 0, "id", "run", 0, "./id", "run", 0, ""), [CANNOT_EXECUTE] * 3)
+
+    def test_get_their_arguments_as_they_are(self):
+        arguments = ["a b", "", "ä\n'\"$(x)", "--"]
+        text = self.run_as_root("output", 5, "/usr/bin/printf", "[%s]", *arguments)
+        self.assertEqual("\n".join(text), "0\n" + "".join(f"[{argument}]" for argument in arguments))
+
+    def test_get_no_more_arguments_than_a_request_can_hold(self):
+        self.assertEqual(self.run_as_root("run", 300, "/usr/bin/true", *["a"] * 300), [CANNOT_EXECUTE])
+        self.assertEqual(self.run_as_root("run", 1, "/usr/bin/true", "a" * 70000), [CANNOT_EXECUTE])
+        self.assertEqual(self.run_as_root("run", 1, "/usr/bin/true", "a" * 60000), ["0"])
+
+    def test_are_not_waited_for(self):
+        self.assertEqual(self.run_as_root("run", 1, "/usr/bin/sleep", "1000", "run", 0, "/usr/bin/false"), ["0", "0"])
+        for pid in processes_of("/usr/bin/sleep"):
+            os.kill(pid, signal.SIGKILL)
+
+
+class Helper(AuthorizationTest):
+    def start_helper(self):
+        """The helper as the launcher's child. \\returns it and the launcher's end of the socket."""
+        ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+        helper = subprocess.Popen([HELPER], stdin=theirs, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        theirs.close()
+        ours.settimeout(20)
+        self.addCleanup(helper.communicate)
+        self.addCleanup(helper.kill)
+        self.addCleanup(ours.close)
+        self.assertEqual(ours.recv(100), b"quillmark root helper 1")
+        return helper, ours
+
+    def test_started_by_hand_does_nothing(self):
+        helper = subprocess.run([HELPER], stdin=subprocess.DEVNULL, capture_output=True)
+        self.assertEqual((helper.returncode, helper.stdout, helper.stderr), (2, b"", b""))
+
+    def test_speaks_to_its_parent_only(self):
+        """A socket that was made by another process than the one that starts the helper."""
+        ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_SEQPACKET)
+        starter = 'import subprocess, sys; sys.exit(subprocess.call([sys.argv[1]], stdin=0))'
+        result = subprocess.run(["/usr/bin/python3", "-c", starter, HELPER], stdin=theirs)
+        self.assertEqual(result.returncode, 2)
+        ours.close()
+
+    def test_speaks_over_a_socket_that_keeps_messages_apart_only(self):
+        ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_STREAM)
+        self.assertEqual(subprocess.run([HELPER], stdin=theirs).returncode, 2)
+        ours.close()
+
+    def test_ends_when_the_launcher_lets_go(self):
+        helper, ours = self.start_helper()
+        ours.close()
+        self.assertEqual(helper.wait(timeout=20), 0)
+
+    def test_ends_when_the_launcher_is_killed(self):
+        start_polkit(self, "YES")
+        probe = self.start_probe("rights", ADMIN)
+        self.go(probe)
+        self.assertEqual([probe.stdout.readline(), probe.stdout.readline()], ["0\n", "0\n"])
+        helpers = wait_until(lambda: processes_of(HELPER), "the helper runs")
+        probe.kill()
+        wait_until(lambda: all(has_ended(pid) for pid in helpers), "the helper has ended")
+
+    def test_leaves_nothing_of_ended_programs(self):
+        helper, ours = self.start_helper()
+        for _ in range(20):
+            ours.send(b"/usr/bin/true\0")
+            self.assertEqual(ours.recv(4), struct.pack("i", 0))
+        children = f"/proc/{helper.pid}/task/{helper.pid}/children"
+        wait_until(lambda: Path(children).read_text() == "", "all are gone")
+
+    def test_answers_with_the_reason_when_a_program_cannot_be_started(self):
+        _, ours = self.start_helper()
+        ours.send(b"/no/such\0")
+        self.assertEqual(struct.unpack("i", ours.recv(4))[0], 2)
+
+    def test_ends_at_the_first_request_that_is_none(self):
+        requests = {"no end": b"/usr/bin/touch\0/tmp/ran", "relative": b"usr/bin/touch\0/tmp/ran\0", "no path": b"\0/tmp/ran\0",
+                    "zero bytes": b"\0\0\0", "too many texts": b"/usr/bin/touch\0" + b"/tmp/ran\0" * 300,
+                    "too long": b"/usr/bin/touch\0/tmp/ran\0" + b"x" * 66000 + b"\0"}
+        for name, request in requests.items():
+            with self.subTest(name):
+                helper, ours = self.start_helper()
+                ours.send(request)
+                self.assertEqual(helper.wait(timeout=20), 3)
+                self.assertFalse(Path("/tmp/ran").exists())
+
+    def test_takes_one_descriptor_with_a_request_at_the_most(self):
+        helper, ours = self.start_helper()
+        reading, writing = os.pipe()
+        socket.send_fds(ours, [b"/usr/bin/echo\0hello\0"], [writing])
+        ours.recv(4)
+        self.assertEqual(os.read(reading, 100), b"hello\n")
+        socket.send_fds(ours, [b"/usr/bin/echo\0hello\0"], [writing, writing])
+        self.assertEqual(helper.wait(timeout=20), 3)
+
+    def test_any_bytes_do_it_no_harm(self):
+        for seed in range(200):
+            helper, ours = self.start_helper()
+            ours.send(os.urandom(seed + 1))
+            self.assertEqual(helper.wait(timeout=20), 3)
+            ours.close()
+
+
+if __name__ == "__main__":
+    unittest.main()
