@@ -72,6 +72,7 @@ std::span<const InstallCheckManager::StatusRule> InstallCheckManager::statusRule
 
 void InstallCheckManager::updateStatus() {
     logDetail("Updating status...");
+    m_requiredItemsStatusKeys.fill(QStringLiteral("OK"), m_requiredItemsList.size());
     m_requiredItemsStatusList.fill(m_strings.localisedString(QStringLiteral("OK")), m_requiredItemsList.size());
     m_numberRepairsRequired = 0;
     m_numberItemsMissing = 0;
@@ -142,7 +143,8 @@ void InstallCheckManager::examine(QStringView type, const RequiredItem &item, qi
 void InstallCheckManager::applyStatusRules(QStringView type, const RequiredItem &item, qint32 index) {
     for (const StatusRule &rule : statusRules()) {
         if (rule.type == type && (this->*rule.holds)(item)) {
-            m_requiredItemsStatusList[index] = m_strings.localisedString(QString::fromUtf16(rule.status));
+            m_requiredItemsStatusKeys[index] = QString::fromUtf16(rule.status);
+            m_requiredItemsStatusList[index] = m_strings.localisedString(m_requiredItemsStatusKeys[index]);
             count(rule.fault, item, index);
             return;
         }

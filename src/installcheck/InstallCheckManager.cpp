@@ -12,14 +12,15 @@ namespace quillmark {
 
 namespace {
 
-QVariantMap readCatalogue(const Platform &platform) {
+QVariantList readCatalogue(const Platform &platform) {
     const QString path = platform.mainBundle.pathForResource(QStringLiteral("RequiredItems"), QStringLiteral("plist"));
-    QVariantMap catalogue = platform.propertyList.readDictionary(path);
-    if (catalogue.value(QStringLiteral("RequiredItems")).typeId() != QMetaType::QVariantList) {
+    const QVariant items = platform.propertyList.readDictionary(path).value(QStringLiteral("RequiredItems"));
+    if (items.typeId() != QMetaType::QVariantList) { // others can be taken for a list too
         logError("The catalogue of required items (\"%@\") can't be read: no component is checked",
                  platform.mainBundle.resourcePath() + QStringLiteral("/RequiredItems.plist"));
+        return {};
     }
-    return catalogue;
+    return items.toList();
 }
 
 } // namespace
@@ -32,8 +33,8 @@ InstallCheckManager &InstallCheckManager::sharedManager() {
 
 InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
                                          UpdateToolManager &updateTool)
-    : m_platform(platform), m_strings(strings), m_updateTool(updateTool), m_requiredItems(readCatalogue(platform)),
-      m_requiredItemsList(m_requiredItems.value(QStringLiteral("RequiredItems")).toList()) {}
+    : m_platform(platform), m_strings(strings), m_updateTool(updateTool), m_requiredItemsList(readCatalogue(platform)) {
+}
 
 bool InstallCheckManager::checkForRequiredItems() {
     updateStatus();

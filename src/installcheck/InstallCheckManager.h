@@ -38,6 +38,8 @@ public:
     const QVariantList &requiredItemsList() const { return m_requiredItemsList; }
     /// The status of each item, as the localised text of its key.
     const QStringList &requiredItemsStatusList() const { return m_requiredItemsStatusList; }
+    /// The same as keys: "OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not Required".
+    const QStringList &requiredItemsStatusKeys() const { return m_requiredItemsStatusKeys; }
     /// How many items of the kinds that the update tool repairs one by one are not in order: all but bundles.
     qint32 numberRepairsRequired() const { return m_numberRepairsRequired; }
     /// How many items are not in order, for whatever reason.
@@ -126,8 +128,8 @@ private:
     const Platform &m_platform;
     LocalizedStrings &m_strings;
     UpdateToolManager &m_updateTool;
-    const QVariantMap m_requiredItems;
     const QVariantList m_requiredItemsList;
+    QStringList m_requiredItemsStatusKeys;
     QStringList m_requiredItemsStatusList;
     bool m_macFuseRepairRequired = false;
     bool m_helperRepairRequired = false;

@@ -36,8 +36,8 @@ UpdateToolManager &UpdateToolManager::sharedManager() {
 
 UpdateToolManager::UpdateToolManager(const Platform &platform) : UpdateToolManager(platform, QString(kToolPath)) {}
 
-UpdateToolManager::UpdateToolManager(const Platform &platform, QString toolPathFormat)
-    : m_platform(platform), m_toolPathFormat(std::move(toolPathFormat)) {}
+UpdateToolManager::UpdateToolManager(const Platform &platform, QString toolPathFormat, QString macFuseLog)
+    : m_platform(platform), m_toolPathFormat(std::move(toolPathFormat)), m_macFuseLog(std::move(macFuseLog)) {}
 
 qint32 UpdateToolManager::repairCoreAppPermissions(const QString &path) {
     return runCommand({QStringLiteral("repaircore"), path});
@@ -115,14 +115,16 @@ qint32 UpdateToolManager::repairQMToolRoot(const QString &path, const QString &s
 }
 
 qint32 UpdateToolManager::verifyUpdateTool(const QString &name) {
-    const auto attributes = __QMCurrentThreadFileManager().attributes(installedTool(name));
-    if (!attributes) {
+    const QString path = installedTool(name);
+    const FileManager &files = __QMCurrentThreadFileManager();
+    if (!files.fileExists(path)) {
         m_status = kToolMissing;
-    } else if (attributes->ownerAccountName == u"root" && attributes->posixPermissions == kToolMode) {
-        m_status = kSucceeded;
-    } else {
-        m_status = kToolHasWrongPermissions;
+        return m_status;
     }
+    const auto attributes = files.attributes(path);
+    const bool mayActAsRoot =
+        attributes && attributes->ownerAccountName == u"root" && attributes->posixPermissions == kToolMode;
+    m_status = mayActAsRoot ? kSucceeded : kToolHasWrongPermissions;
     return m_status;
 }
 
@@ -201,24 +203,23 @@ std::optional<Error> UpdateToolManager::restartFinder() {
 }
 
 void UpdateToolManager::keepMacFuseLog() {
-    const QString source = QStringLiteral("/tmp/.macfuse-install.log");
     const QString folder = expandingTilde(QStringLiteral("~/Library/Logs/Quillmark/MacFUSE"));
     const QString target = folder + QStringLiteral("/macfuse-install.log");
     const FileManager &files = __QMCurrentThreadFileManager();
-    if (!files.fileExists(source)) {
-        logVerbose("\"%@\" doesn't exists - no MacFUSE log will be available", source);
+    if (!files.fileExists(m_macFuseLog)) {
+        logVerbose("\"%@\" doesn't exists - no MacFUSE log will be available", m_macFuseLog);
         return;
     }
     ensureFolderPathExists(folder);
-    logVerbose("Copying \"%@\" to \"%@\"...", source, target);
-    if (const int error = files.copyFile(source, target); error != 0) {
+    logVerbose("Copying \"%@\" to \"%@\"...", m_macFuseLog, target);
+    if (const int error = files.copyFile(m_macFuseLog, target); error != 0) {
         const Error reason{QStringLiteral("NSPOSIXErrorDomain"),
                            error,
                            {{kLocalizedFailureReasonKey, QStringLiteral("copyFile failed")},
                             {kLocalizedDescriptionKey, posixErrorToString(error)}}};
-        logError("Failed to copy \"%@\" to \"%@\" (%@)", source, target, nserrorToString(reason));
+        logError("Failed to copy \"%@\" to \"%@\" (%@)", m_macFuseLog, target, nserrorToString(reason));
     } else {
-        logVerbose("Copied \"%@\" to \"%@\" - MacFUSE log available", source, target);
+        logVerbose("Copied \"%@\" to \"%@\" - MacFUSE log available", m_macFuseLog, target);
     }
 }
 

@@ -27,9 +27,11 @@ public:
     static constexpr qint32 kCommandBegun = 5;
 
     static UpdateToolManager &sharedManager();
-    /// \param toolPathFormat where tools are installed; the file name of one takes the place of %@.
     explicit UpdateToolManager(const Platform &platform);
-    UpdateToolManager(const Platform &platform, QString toolPathFormat);
+    /// \param toolPathFormat where tools are installed; the file name of one takes the place of %@.
+    /// \param macFuseLog where the installation of MacFUSE leaves its log.
+    UpdateToolManager(const Platform &platform, QString toolPathFormat,
+                      QString macFuseLog = QStringLiteral("/tmp/.macfuse-install.log"));
 
     /// What came of the last operation. A command that failed leaves kCommandBegun.
     qint32 status() const { return m_status; }
@@ -82,6 +84,7 @@ private:
 
     const Platform &m_platform;
     const QString m_toolPathFormat;
+    const QString m_macFuseLog;
     qint32 m_status = kNothingDone;
 };
 

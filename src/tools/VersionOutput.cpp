@@ -34,7 +34,7 @@ public:
 
     QString atEnd() {
         take(std::exchange(m_rest, QString()));
-        return m_line;
+        return m_line.isNull() ? QStringLiteral("") : m_line; // nothing printed is a text all the same
     }
 
 private:
@@ -78,17 +78,16 @@ QString versionPrintedBy(const QString &path, Tasks &tasks) {
     VersionLine line;
     QStringDecoder decoder(QStringDecoder::Utf8);
     auto buffer = std::make_unique<std::array<char, 65536>>();
-    bool isText = true;
     while (true) {
         const QByteArrayView piece = nextPiece(task->standardOutput.get(), *buffer);
         if (piece.isEmpty()) {
             break;
         }
         line.append(decoder.decode(piece));
-        isText = isText && !decoder.hasError();
     }
     tasks.terminationStatus(*task);
-    return isText ? line.atEnd() : QString();
+    line.append(decoder.decode("\n")); // a character that the end has cut off shows when another one follows
+    return decoder.hasError() ? QString() : line.atEnd();
 }
 
 } // namespace quillmark

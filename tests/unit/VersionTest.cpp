@@ -43,7 +43,7 @@ TEST_F(Version, ABuildThatIsNoNumberIsZero) {
 }
 
 TEST_F(Version, TheRunningApplicationsVersionIsThatOfTheFirstCall) {
-    tell("CFBundleShortVersionString", QStringLiteral("5.0"));
+    tell("CFBundleShortVersionString", QStringLiteral("1.14.5"));
     const QString plain = versionOfThisAppAsString(false); // fills both
     tell("CFBundleShortVersionString", QStringLiteral("6.0"));
     EXPECT_EQ(versionOfThisAppAsString(true), plain + QStringLiteral(" (1303)"));

@@ -1,0 +1,359 @@
+#include "support/InstallCheckFixture.h"
+
+namespace quillmark {
+namespace {
+
+using test::listOf;
+
+class StatusEvaluation : public test::InstallCheckFixture {
+protected:
+    struct Counts {
+        qint32 repairs;
+        qint32 missing;
+        bool helper;
+
+        bool operator==(const Counts &) const = default;
+        friend void PrintTo(const Counts &counts, std::ostream *stream) {
+            *stream << counts.repairs << " repairs, " << counts.missing << " missing, helper " << counts.helper;
+        }
+    };
+    Counts counts() {
+        return {manager().numberRepairsRequired(), manager().numberItemsMissing(), manager().isHelperRepairRequired()};
+    }
+    static constexpr Counts kNone{0, 0, false};
+    static constexpr Counts kHelperFault{1, 1, true};
+    static constexpr Counts kBundleFault{0, 1, false};
+
+    void expect(const RequiredItem &item, const char *status, const Counts &expected) {
+        EXPECT_EQ(statusOf(item), QString::fromUtf8(status));
+        EXPECT_EQ(counts(), expected);
+        EXPECT_EQ(manager().checkForRequiredItems(), expected == kNone);
+    }
+    QString none() const { return home.path(QStringLiteral("none")); }
+
+    // Items at fault or in order, whatever comes before or behind them.
+
+    RequiredItem missing(const char *type, const char *name = "x") const { return itemOf(type, name, none()); }
+    RequiredItem bundle(const char *installed, const char *required) {
+        return itemOf("Bundle", "x", installBundle(QStringLiteral("A.fs"), QString::fromUtf8(installed)),
+                      {{kVersion, QString::fromUtf8(required)}});
+    }
+    RequiredItem tool(const char *type, const QByteArray &version, const QString &path = kAdministratorsTool) {
+        platform.tasks.outputs.insert(path, "Quillmark Limited " + version);
+        return itemOf(type, qPrintable(path.section(u'/', -1)), path);
+    }
+    RequiredItem plugIn(const char *type, const QVariant &version, Keys more = {}) {
+        return itemOf(type, "x", installBundle(QStringLiteral("A.plugin"), version), more);
+    }
+    RequiredItem coreApp(mode_t mode) {
+        setMode(home.makeFolder(QStringLiteral("Quillmark.app/Contents/Resources/QuillmarkCore.app")), mode);
+        return itemOf({{kInstallType, QStringLiteral("CoreApp")},
+                       {kName, QStringLiteral("QuillmarkCore")},
+                       {kResource, QStringLiteral("QuillmarkCore.app")}});
+    }
+};
+
+TEST_F(StatusEvaluation, ACoreApplicationWithMode0755IsInOrderWhoeverOwnsIt) {
+    expect(coreApp(0755), "OK", kNone);
+    const QString resource = installTool(QStringLiteral("Quillmark.app/Contents/Resources/core"), "");
+    expect(itemOf({{kInstallType, QStringLiteral("CoreApp")}, {kResource, QStringLiteral("core")}}), "OK", kNone);
+    EXPECT_TRUE(manager().verifyCoreAppPermissions(itemOf({{kResource, QStringLiteral("core")}})))
+        << qPrintable(resource);
+}
+
+TEST_F(StatusEvaluation, ACoreApplicationWithAnyOtherModeHasWrongPermissions) {
+    for (const mode_t mode : {0775U, 0754U, 0700U, 0555U, 04755U, 02755U, 01755U, 0777U}) {
+        expect(coreApp(mode), "Wrong Permissions", kHelperFault);
+    }
+    setMode(home.path(QStringLiteral("Quillmark.app/Contents/Resources/QuillmarkCore.app")), 0755);
+}
+
+TEST_F(StatusEvaluation, AMissingCoreApplicationHasWrongPermissions) {
+    expect(itemOf({{kInstallType, QStringLiteral("CoreApp")}, {kResource, QStringLiteral("none.app")}}),
+           "Wrong Permissions", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, AFrameworkIsInOrderWhateverIsThere) { // deliberate: there is no rule for frameworks
+    expect(missing("Framework"), "OK", kNone);
+    expect(missing("Framework", "Mono"), "OK", kNone);
+    expect(itemOf("Framework", "Mono", installBundle(QStringLiteral("A"), QStringLiteral("0.0.1")),
+                  {{kVersion, QStringLiteral("9.0.0")}}),
+           "OK", kNone);
+}
+
+TEST_F(StatusEvaluation, ABundleIsMissingOrInvalidOrOldOrInOrder) {
+    expect(missing("Bundle"), "Missing", kBundleFault);
+    expect(itemOf("Bundle", "x", home.makeFolder(QStringLiteral("Empty.fs")), {{kVersion, QStringLiteral("1.0.0")}}),
+           "Invalid", kBundleFault);
+    expect(bundle("2.0", "1.0.0"), "Invalid", kBundleFault);
+    expect(bundle("2.0.0", "2.0.1"), "Old Version", kBundleFault);
+    expect(bundle("2.0.0", "2.0.0"), "OK", kNone);
+    expect(bundle("2.0.1", "2.0.0"), "OK", kNone);
+}
+
+TEST_F(StatusEvaluation, ABundleWhoseRequiredVersionCannotBeReadIsOld) {
+    expect(bundle("2.0.0", "2.0"), "Old Version", kBundleFault);
+    expect(itemOf("Bundle", "x", installBundle(QStringLiteral("A.fs"), QStringLiteral("2.0.0"))), "Old Version",
+           kBundleFault);
+}
+
+TEST_F(StatusEvaluation, AToolIsMissingOrOldOrInOrder) {
+    expect(missing("QMTool"), "Missing", kHelperFault);
+    expect(tool("QMTool", "1.13.9.9"), "Old Version", kHelperFault);
+    expect(tool("QMTool", "1.14.0.0"), "OK", kNone);
+}
+
+TEST_F(StatusEvaluation, AToolWithAnotherModeOrOwnerHasWrongPermissions) {
+    expect(tool("QMTool", "1.14.0.0", kSetUserIdTool), "Wrong Permissions", kHelperFault);
+    expect(tool("QMTool", "1.14.0.0", installTool(QStringLiteral("tool"), "")), "Wrong Permissions", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, AToolWithGroupWriteBitHasWrongPermissions) {
+    expect(tool("QMTool", "1.14.0.0", installTool(QStringLiteral("tool"), "", 0775)), "Wrong Permissions",
+           kHelperFault);
+}
+
+TEST_F(StatusEvaluation, AnOldToolIsOldWhateverItsPermissionsAre) {
+    expect(tool("QMTool", "1.0.0.0", kSetUserIdTool), "Old Version", kHelperFault);
+    expect(tool("QMToolRoot", "1.0.0.0", kAdministratorsTool), "Old Version", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, ARootToolIsMissingOrOldOrInOrder) {
+    expect(missing("QMToolRoot"), "Missing", kHelperFault);
+    expect(tool("QMToolRoot", "0.99.0.0", kSetUserIdTool), "Old Version", kHelperFault);
+    expect(tool("QMToolRoot", "1.14.0.0", kSetUserIdTool), "OK", kNone);
+}
+
+TEST_F(StatusEvaluation, ARootToolWithoutTheSetUserIdBitHasWrongPermissions) {
+    expect(tool("QMToolRoot", "1.14.0.0", kAdministratorsTool), "Wrong Permissions", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, ARootToolsPermissionsAreThoseOfTheInstalledToolOfItsName) {
+    RequiredItem item = tool("QMToolRoot", "1.14.0.0", kAdministratorsTool);
+    item.insert(kName, QStringLiteral("passwd"));
+    expect(item, "OK", kNone);
+    item.insert(kName, QStringLiteral("no such tool")); // deliberate: only the wrong permissions count here
+    expect(item, "OK", kNone);
+    EXPECT_EQ(updateTool.status(), UpdateToolManager::kToolMissing);
+}
+
+TEST_F(StatusEvaluation, ARootToolForALaterSystemIsNotRequired) {
+    RequiredItem item = missing("QMToolRoot");
+    item.insert(kMinMacOSXVersion, QStringLiteral("10.6")); // deliberate: no 10.x is late enough
+    expect(item, "Not Required", kNone);
+    item.insert(kMinMacOSXVersion, QStringLiteral("10.5"));
+    expect(item, "Missing", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, AContextualMenuIsMissingOrOldOrInOrder) {
+    expect(missing("FinderCM"), "Missing", kHelperFault);
+    expect(plugIn("FinderCM", QStringLiteral("1.13.9")), "Old Version", kHelperFault);
+    expect(plugIn("FinderCM", QVariant()), "Old Version", kHelperFault);
+    expect(plugIn("FinderCM", QStringLiteral("1.14.0")), "OK", kNone);
+    EXPECT_EQ(manager().restartIndex(), -1);
+}
+
+TEST_F(StatusEvaluation, AContextualMenuForAnEarlierSystemIsNotRequired) {
+    RequiredItem item = missing("FinderCM");
+    item.insert(kMaxMacOSXVersion, QStringLiteral("10.5"));
+    expect(item, "Not Required", kNone);
+    item.insert(kMaxMacOSXVersion, QStringLiteral("10.6"));
+    expect(item, "Missing", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, AnOverlayIsMissingOrOldOrInOrder) {
+    expect(missing("FinderOverlayInsert"), "Missing", kHelperFault);
+    expect(plugIn("FinderOverlayInsert", QStringLiteral("1.14.0")), "OK", kNone);
+    EXPECT_EQ(manager().restartIndex(), -1);
+    expect(plugIn("FinderOverlayInsert", QStringLiteral("1.13.0")), "Old Version", kHelperFault);
+    EXPECT_EQ(manager().restartIndex(), 0);
+}
+
+TEST_F(StatusEvaluation, AnOverlayForALaterSystemIsNotRequired) {
+    expect(plugIn("FinderOverlayInsert", QVariant(), {{kMinMacOSXVersion, QStringLiteral("10.6")}}), "Not Required",
+           kNone);
+}
+
+TEST_F(StatusEvaluation, TheLimitOfTheOtherKindDoesNotMatter) {
+    RequiredItem item = missing("QMToolRoot");
+    item.insert(kMaxMacOSXVersion, QStringLiteral("10.4"));
+    expect(item, "Missing", kHelperFault);
+    item = missing("FinderCM");
+    item.insert(kMinMacOSXVersion, QStringLiteral("10.4"));
+    expect(item, "Missing", kHelperFault);
+    item = missing("QMTool");
+    item.insert(itemOf({{kMinMacOSXVersion, QStringLiteral("10.4")}, {kMaxMacOSXVersion, QStringLiteral("10.4")}}));
+    expect(item, "Missing", kHelperFault);
+}
+
+TEST_F(StatusEvaluation, WithEveryItemInOrderOrNotRequiredTheAnswerIsYes) {
+    const RequiredItem notRequired =
+        plugIn("FinderOverlayInsert", QVariant(), {{kMinMacOSXVersion, QStringLiteral("10.4")}});
+    EXPECT_EQ(statusesOf({coreApp(0755), tool("QMTool", "1.14.0.0"), bundle("2.0.0", "2.0.0"), notRequired}),
+              listOf({"OK", "OK", "OK", "Not Required"}));
+    EXPECT_TRUE(manager().checkForRequiredItems());
+}
+
+TEST_F(StatusEvaluation, EveryFaultIsCountedAndNoneKeepsLaterItemsFromBeingExamined) {
+    EXPECT_EQ(statusesOf({missing("QMTool"), missing("Bundle"), missing("QMToolRoot"), missing("Framework"),
+                          coreApp(0700), missing("FinderCM"), missing("FinderOverlayInsert")}),
+              listOf({"Missing", "Missing", "Missing", "OK", "Wrong Permissions", "Missing", "Missing"}));
+    EXPECT_EQ(counts(), (Counts{5, 6, true}));
+}
+
+TEST_F(StatusEvaluation, TheLastBundleAtFaultDecidesWhetherItIsTheFileSystem) { // deliberate: the last one wins
+    statusesOf({missing("Bundle", "QuillmarkFS")});
+    EXPECT_TRUE(manager().isMacFuseRepairRequired());
+    statusesOf({missing("Bundle", "QuillmarkFS"), missing("Bundle", "Other")});
+    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+    EXPECT_EQ(counts(), (Counts{0, 2, false}));
+    EXPECT_FALSE(manager().checkForRequiredItems());
+    statusesOf({missing("Bundle", "Other"), missing("Bundle", "QuillmarkFS")});
+    EXPECT_TRUE(manager().isMacFuseRepairRequired());
+    statusesOf({missing("Bundle", "quillmarkfs")});
+    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+}
+
+TEST_F(StatusEvaluation, ABundleInOrderLeavesTheFileSystemsFlagAlone) {
+    statusesOf({missing("Bundle", "QuillmarkFS"), bundle("2.0.0", "2.0.0")});
+    EXPECT_TRUE(manager().isMacFuseRepairRequired());
+}
+
+TEST_F(StatusEvaluation, ItemsOfOtherTypesLeaveTheFileSystemsFlagAlone) {
+    statusesOf({missing("Bundle", "QuillmarkFS"), missing("QMTool", "x"), missing("FinderCM", "y")});
+    EXPECT_TRUE(manager().isMacFuseRepairRequired());
+    statusesOf({missing("QMTool", "QuillmarkFS"), missing("Framework", "QuillmarkFS")});
+    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+}
+
+TEST_F(StatusEvaluation, EveryEvaluationBeginsAnewButForTheRecordOfTheRestart) {
+    const QString path = installBundle(QStringLiteral("A.plugin"), QStringLiteral("1.0.0"));
+    const QString fileSystem = home.path(QStringLiteral("Q.fs"));
+    setItems({itemOf("Bundle", "QuillmarkFS", fileSystem, {{kVersion, QStringLiteral("1.0.0")}}),
+              itemOf("FinderOverlayInsert", "x", path)});
+    manager().updateStatus();
+    EXPECT_EQ(counts(), (Counts{1, 2, true}));
+    EXPECT_TRUE(manager().isMacFuseRepairRequired());
+    EXPECT_EQ(manager().restartIndex(), 1);
+
+    manager().updateStatus();
+    EXPECT_EQ(counts(), (Counts{1, 2, true}));
+    EXPECT_EQ(manager().requiredItemsStatusList().size(), 2);
+
+    installBundle(QStringLiteral("A.plugin"), QStringLiteral("1.14.0"));
+    installBundle(QStringLiteral("Q.fs"), QStringLiteral("1.0.0"));
+    EXPECT_TRUE(manager().checkForRequiredItems());
+    EXPECT_EQ(counts(), kNone);
+    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+    EXPECT_EQ(manager().requiredItemsStatusKeys(), listOf({"OK", "OK"}));
+    EXPECT_EQ(manager().restartIndex(), 1); // deliberate: a record for the life of the process
+}
+
+TEST_F(StatusEvaluation, OnlyAnOverlayThatIsOldIsRecordedForTheRestart) {
+    const QString old = installBundle(QStringLiteral("Old.plugin"), QStringLiteral("1.0.0"));
+    statusesOf({missing("QMTool"), itemOf("FinderOverlayInsert", "a", old), itemOf("FinderOverlayInsert", "b", old),
+                missing("FinderOverlayInsert"), itemOf("FinderCM", "c", old)});
+    EXPECT_EQ(manager().restartIndex(), 2);
+}
+
+TEST_F(StatusEvaluation, TheStatusesAreLocalisedTextsAndTheirKeysStandBeside) {
+    platform.bundle.strings.insert(QStringLiteral("OK"), QStringLiteral("in Ordnung"));
+    platform.bundle.strings.insert(QStringLiteral("Missing"), QStringLiteral("fehlt"));
+    startLog(kLogLevelVerbose);
+    EXPECT_EQ(statusesOf({missing("Framework"), missing("QMTool")}), listOf({"OK", "Missing"}));
+    EXPECT_EQ(manager().requiredItemsStatusList(), listOf({"in Ordnung", "fehlt"}));
+    EXPECT_EQ(log(), listOf({"vrb Install check: Framework \"x\" is \"in Ordnung\"",
+                             "vrb Install check: QMTool \"x\" is \"fehlt\""}));
+}
+
+TEST_F(StatusEvaluation, AToolThatCannotBeStartedIsOldAndReported) {
+    const QString path = installTool(QStringLiteral("tool"), "1.14.0.0");
+    platform.tasks.unstartable << path;
+    startLog(kLogLevelNormal);
+    EXPECT_EQ(statusesOf({itemOf("QMTool", "a", path), itemOf("QMToolRoot", "b", path), missing("FinderCM")}),
+              listOf({"Old Version", "Old Version", "Missing"}));
+    const char *line =
+        "ERR \"~/tool\" can't be asked for its version (NSInvalidArgumentException (launch path not accessible))";
+    EXPECT_EQ(log(), listOf({line, line}));
+    EXPECT_EQ(counts(), (Counts{3, 3, true}));
+}
+
+TEST_F(StatusEvaluation, EachToolIsAskedOnceAndOnlyWhenItIsThere) {
+    statusesOf({missing("QMTool"), tool("QMTool", "1.14.0.0"), tool("QMToolRoot", "1.14.0.0", kSetUserIdTool)});
+    EXPECT_EQ(platform.transcript.calls(), listOf({"launch /usr/bin/env ", "launch /usr/bin/passwd "}));
+}
+
+TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsInOrder) {
+    const RequiredItem core = coreApp(0755);
+    const RequiredItem file = bundle("2.0.0", "1.9.12");
+    const RequiredItem menu = plugIn("FinderCM", QStringLiteral("1.14.4"));
+    startLog();
+    statusesOf({core, missing("Framework", "Mono"), file, tool("QMTool", "1.14.0.0\n"),
+                tool("QMToolRoot", "2.0.0.0", kSetUserIdTool), menu});
+    EXPECT_EQ(log(), listOf({"dtl Updating status...",
+                             "dtl Checking CoreApp \"QuillmarkCore\"...",
+                             "dtl Examining \"~/Quillmark.app/Contents/Resources/QuillmarkCore.app\"",
+                             "dtl Examining \"~/Quillmark.app/Contents/Resources/QuillmarkCore.app\"",
+                             "vrb Install check: CoreApp \"QuillmarkCore\" is \"OK\"",
+                             "dtl Checking Framework \"Mono\"...",
+                             "dtl Examining installed \"~/none\"",
+                             "vrb Install check: Framework \"Mono\" is \"OK\"",
+                             "dtl Checking Bundle \"x\"...",
+                             "dtl Examining installed \"~/A.fs\"",
+                             "dtl Found framework version string \"1.9.12\" parsed as 1.9.12",
+                             "dtl Found framework up-to-date",
+                             "vrb Install check: Bundle \"x\" is \"OK\"",
+                             "dtl Checking QMTool \"env\"...",
+                             "dtl Examining installed \"/usr/bin/env\"",
+                             "vrb \"/usr/bin/env\" does not need to update from 1.14.0.0",
+                             "dtl Examining installed \"/usr/bin/env\"",
+                             "vrb Install check: QMTool \"env\" is \"OK\"",
+                             "dtl Checking QMToolRoot \"passwd\"...",
+                             "dtl Examining installed \"/usr/bin/passwd\"",
+                             "vrb \"/usr/bin/passwd\" does not need to update from 2.0.0.0",
+                             "vrb Install check: QMToolRoot \"passwd\" is \"OK\"",
+                             "dtl Checking FinderCM \"x\"...",
+                             "dtl Examining installed \"~/A.plugin\"",
+                             "vrb \"~/A.plugin\" does not need to update from 1.14.4",
+                             "vrb Install check: FinderCM \"x\" is \"OK\"",
+                             "dtl Updated status"}));
+}
+
+TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsAtFault) {
+    const RequiredItem file = bundle("2.0.0", "2.0.1");
+    const QString empty = home.makeFolder(QStringLiteral("Empty.plugin"));
+    RequiredItem later = missing("FinderOverlayInsert", "later");
+    later.insert(kMinMacOSXVersion, QStringLiteral("10.4"));
+    startLog();
+    statusesOf({file, missing("QMTool", "y"), itemOf("FinderCM", "empty", empty), later});
+    EXPECT_EQ(log(),
+              listOf({"dtl Updating status...", "dtl Checking Bundle \"x\"...", "dtl Examining installed \"~/A.fs\"",
+                      "dtl Found framework version string \"2.0.1\" parsed as 2.0.1", "dtl Found framework out-of-date",
+                      "vrb Install check: Bundle \"x\" is \"Old Version\"", "dtl Checking QMTool \"y\"...",
+                      "dtl Examining installed \"~/none\"", "vrb Install check: QMTool \"y\" is \"Missing\"",
+                      "dtl Checking FinderCM \"empty\"...", "dtl Examining installed \"~/Empty.plugin\"",
+                      "vrb Install check: FinderCM \"empty\" is \"Old Version\"",
+                      "dtl Checking FinderOverlayInsert \"later\"...", "dtl Examining installed \"~/none\"",
+                      "vrb Install check: FinderOverlayInsert \"later\" is \"Not Required\"", "dtl Updated status"}));
+}
+
+TEST_F(StatusEvaluation, TheAdministratorsToolsAreToldByOwnerAndMode) {
+    const auto verified = [this](const QString &path) {
+        return manager().verifyQMToolPermissions(itemOf({{kInstallPath, path}}));
+    };
+    EXPECT_TRUE(verified(kAdministratorsTool));
+    EXPECT_FALSE(verified(kSetUserIdTool));
+    EXPECT_FALSE(verified(installTool(QStringLiteral("tool"), "")));
+    EXPECT_FALSE(verified(none()));
+    EXPECT_FALSE(manager().verifyCoreAppPermissions(itemOf({{kResource, QStringLiteral("none")}})));
+}
+
+TEST(InstallCheck, IsOneForTheProcess) {
+    test::immortalPlatform();
+    EXPECT_EQ(&InstallCheckManager::sharedManager(), &InstallCheckManager::sharedManager());
+    EXPECT_EQ(&UpdateToolManager::sharedManager(), &UpdateToolManager::sharedManager());
+    installPlatform(nullptr);
+}
+
+} // namespace
+} // namespace quillmark
