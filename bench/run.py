@@ -10,6 +10,7 @@ import contextlib
 import json
 import os
 import pathlib
+import plistlib
 import shutil
 import statistics
 import subprocess
@@ -45,8 +46,9 @@ IN_PROCESS = {
 }
 PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts",
          "bench_condition": "std::condition_variable", "bench_task_runner": ""}
-START = ("start to core launch, nothing to repair", "floor", 1.1)
-START_CROWDED = ("start to core launch with three times the number of running processes", "floor", 1.1)
+START = ("start to core launch, nothing to repair, 1 tool", "floor", 1.1)
+START_TOOLS = ("start to core launch, nothing to repair, 3 tools", "floor", 1.1)
+START_CROWDED = ("the same, with three times the number of running processes", "floor", 1.1)
 START_ALONE = ("start to core launch, less the questions to the process table", "floor", 2.5)
 MEMORY = ("peak memory, nothing to repair", "floor", 1.3)
 
@@ -138,6 +140,17 @@ class Processes:
         shutil.copytree(folder / "Quillmark.app", self.bundle, symlinks=True)
         core = self.bundle / "Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore"
         shutil.copy(self.bench / "bench_core_that_ends", core)
+        # Tools of the catalogue that are in order; they belong to root, for that is who measures.
+        self.tools = [scratch / f"tool{number}" for number in range(3)]
+        for tool in self.tools:
+            shutil.copy(self.bundle / "Contents/Resources/finderoverlaytool", tool)
+            tool.chmod(0o755)
+
+    def require_tools(self, count):
+        """Gives the bundle a catalogue of so many tools. \returns them."""
+        items = [{"Type": "QMTool", "Name": tool.name, "InstallPath": str(tool)} for tool in self.tools[:count]]
+        (self.bundle / "Contents/Resources/RequiredItems.plist").write_bytes(plistlib.dumps({"RequiredItems": items}))
+        return self.tools[:count]
 
     def once(self, name, command):
         """Nanoseconds and kilobytes of one run. What has the bundle to start a core from must have started one."""
@@ -167,12 +180,15 @@ class Processes:
 
     def measure(self, report):
         print("bench: the launcher", flush=True)
-        starters = {"floor": [self.bench / "bench_start_floor", self.bundle],
-                    "ours": [self.bundle / "Contents/MacOS/Quillmark"]}
-        for row, neighbours in ((START, NEIGHBOURS), (START_CROWDED, 3 * NEIGHBOURS)):
-            figures = self.alternate(neighbours, starters)
+        ours = [self.bundle / "Contents/MacOS/Quillmark"]
+        for row, tools, neighbours in ((START, 1, NEIGHBOURS), (START_TOOLS, 3, NEIGHBOURS),
+                                       (START_CROWDED, 3, 3 * NEIGHBOURS)):
+            floor = [self.bench / "bench_start_floor", self.bundle, *self.require_tools(tools)]
+            figures = self.alternate(neighbours, {"floor": floor, "ours": ours})
             report.add(row[0], {side: figures[side][0] for side in STARTERS}, row[1], row[2])
         # Without neighbours, for a small figure can't be told from the difference of two large ones.
+        self.require_tools(0)
+        starters = {"floor": [self.bench / "bench_start_floor", self.bundle], "ours": ours}
         figures = self.alternate(0, starters | {"pipelines": [self.bench / "bench_start_floor"],
                                                 "bare": [self.bench / "bench_bare_qt_core"],
                                                 "nothing": [self.bench / "bench_core_that_ends"]})

@@ -1,6 +1,7 @@
 /* The least that a start needs when nothing is to be repaired: it reads the bytes of the property lists, writes the
-   log's lines, asks the process table three times, lists the two Applications folders, starts the core in a session of
-   its own, and ends. With a bundle as its argument it does all of that; without one, it only asks the process table. */
+   log's lines, asks the process table three times, lists the two Applications folders, asks the helper tools for their
+   versions, starts the core in a session of its own, and ends. With a bundle and the tools as its arguments it does all
+   of that; without, it only asks the process table. */
 
 #define _GNU_SOURCE
 #include <dirent.h>
@@ -69,6 +70,26 @@ static void askProcessTable(void) {
     }
 }
 
+static void askTool(const char *tool) {
+    struct stat status;
+    stat(tool, &status);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return;
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    char *arguments[] = {(char *)tool, NULL};
+    pid_t child;
+    if (posix_spawn(&child, tool, &actions, NULL, arguments, environ) == 0) {
+        close(ends[1]);
+        while (read(ends[0], bytes, sizeof bytes) > 0) {
+        }
+        waitpid(child, NULL, 0);
+    }
+    close(ends[0]);
+}
+
 static int startCore(const char *bundle) {
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
@@ -85,12 +106,13 @@ int main(int count, char **arguments) {
         askProcessTable();
         return 0;
     }
-    if (count != 2 || home == NULL)
+    if (home == NULL)
         return 2;
     readFile(arguments[1], "Contents/Info.plist");
     readFile(arguments[1], "Contents/Resources/en.lproj/Localizable.strings");
     readFile(arguments[1], "Contents/Resources/Config.plist");
     readFile(arguments[1], "Contents/Resources/Defaults.plist");
+    readFile(arguments[1], "Contents/Resources/RequiredItems.plist");
     readFile(home, "Library/Preferences/com.quillmark.QuillmarkLauncher.plist");
     FILE *log = openLog(home);
     if (log == NULL)
@@ -102,6 +124,8 @@ int main(int count, char **arguments) {
     listFolder(path);
     listFolder("/Applications");
     writeLine(log, "Quillmark did finish launching");
+    for (int tool = 2; tool < count; ++tool)
+        askTool(arguments[tool]);
     writeLine(log, "Launching \"QuillmarkCore\"...");
     const int error = startCore(arguments[1]);
     writeLine(log, "Launched \"QuillmarkCore\"");

@@ -69,6 +69,7 @@ status=0
 wait "$pid" || status=$?
 cat /tmp/launcher.err
 [ "$status" != 124 ] || fail "the launcher still waits for an answer after $patience seconds"
+[ "$status" != 1 ] || fail "components are at fault, and the log above says which"
 [ "$status" = 0 ] || fail "the launcher ended with status $status"
 
 within "$patience" core_pid >/tmp/pid || fail "the launcher ended, but no core runs"

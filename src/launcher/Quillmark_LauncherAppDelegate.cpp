@@ -63,7 +63,9 @@ void Quillmark_LauncherAppDelegate::logFaults(const InstallCheckManager &install
         if (status != m_strings.localisedString(QStringLiteral("OK")) &&
             status != m_strings.localisedString(QStringLiteral("Not Required"))) {
             const RequiredItem item = installCheck.requiredItemsList()[index].toMap();
-            logError("\"%@\" is not in order: %@ (\"%@\")", textOf(item, kName), status, textOf(item, kInstallPath));
+            const QString installPath = textOf(item, kInstallPath);
+            logError("\"%@\" is not in order: %@ (\"%@\")", textOf(item, kName), status,
+                     installPath.isEmpty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
         }
     }
 }
