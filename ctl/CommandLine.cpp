@@ -36,8 +36,8 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands :
-         {bundleCommands(), errorCommands(), integrityCommands(), logCommands(), processCommands(), runCommands(),
-          systemCommands(), textCommands(), versionCommands()}) {
+         {bundleCommands(), errorCommands(), installCommands(), integrityCommands(), logCommands(), processCommands(),
+          runCommands(), systemCommands(), textCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

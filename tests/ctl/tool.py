@@ -13,7 +13,7 @@ APP = Path(os.environ["QUILLMARK_APP"])
 TOOL = APP / "Contents/MacOS/quillmarkctl"
 COMMANDS = ["bundles find", "bundles stale", "error posix", "host addresses", "host name", "host same", "host short",
             "log write", "process core-running", "process launch", "process list", "process quit", "process running", "run", "sign",
-            "system", "unzip", "verify", "text", "brand", "version build", "version component", "version parse", "version self"]
+            "status", "system", "unzip", "verify", "text", "brand", "version build", "version component", "version parse", "version self"]
 
 
 class ToolTest(unittest.TestCase):

@@ -1,0 +1,54 @@
+#include "Command.h"
+
+#include "accounts/KeyList.h"
+#include "installcheck/InstallCheckManager.h"
+
+#include <CLI/CLI.hpp>
+
+namespace quillmark::ctl {
+
+namespace {
+
+QJsonObject itemAt(const InstallCheckManager &manager, qsizetype index) {
+    const RequiredItem item = manager.requiredItemsList()[index].toMap();
+    const QString installPath = textOf(item, kInstallPath);
+    return {{QStringLiteral("index"), index},
+            {QStringLiteral("type"), textOf(item, kInstallType)},
+            {QStringLiteral("name"), textOf(item, kName)},
+            {QStringLiteral("installPath"), installPath.isNull() ? QJsonValue() : QJsonValue(installPath)},
+            {QStringLiteral("status"), manager.requiredItemsStatusKeys()[index]}};
+}
+
+/// Tells what the last evaluation found.
+Answer tellStatus(const InstallCheckManager &manager, const Output &output) {
+    QJsonArray items;
+    for (qsizetype index = 0; index < manager.requiredItemsList().size(); ++index) {
+        items.append(itemAt(manager, index));
+    }
+    output.json(QJsonObject{{QStringLiteral("items"), items},
+                            {QStringLiteral("numberRepairsRequired"), manager.numberRepairsRequired()},
+                            {QStringLiteral("numberItemsMissing"), manager.numberItemsMissing()},
+                            {QStringLiteral("helperRepairRequired"), manager.isHelperRepairRequired()},
+                            {QStringLiteral("macFuseRepairRequired"), manager.isMacFuseRepairRequired()},
+                            {QStringLiteral("restartIndex"), manager.restartIndex()}});
+    return manager.numberRepairsRequired() == 0 && manager.numberItemsMissing() == 0 ? Answer::Yes : Answer::No;
+}
+
+Action defineStatus(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        InstallCheckManager &manager = InstallCheckManager::sharedManager();
+        manager.updateStatus();
+        return tellStatus(manager, output);
+    };
+}
+
+constexpr Command kCommands[] = {
+    {nullptr, "status", "tell which of the installed components are in order", "quillmarkctl status --pretty",
+     defineStatus},
+};
+
+} // namespace
+
+std::span<const Command> installCommands() { return kCommands; }
+
+} // namespace quillmark::ctl
