@@ -20,7 +20,7 @@ constexpr const char *kStandardStream = "-";
 /// Opens a file that a command names; "-" is standard input.
 void openForReading(QFile &file, const std::string &name) {
     file.setFileName(QString::fromStdString(name));
-    const bool isOpen = name == kStandardStream ? file.open(stdin, QIODevice::ReadOnly)
+    const bool isOpen = name == kStandardStream ? file.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered)
                                                 : file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     if (!isOpen) {
         throw Failure{file.fileName(), file.errorString()};
