@@ -1,3 +1,4 @@
+#include "accounts/KeyList.h"
 #include "branding/LocalizedStrings.h"
 #include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
@@ -26,6 +27,19 @@ protected:
         home.write(QStringLiteral("Quillmark.app/Contents/Resources/") + name, document);
         platform.propertyList.documents.insert(document, values);
     }
+    void setItems(const QVariantList &items) {
+        platform.propertyList.documents.insert("catalogue", QVariantMap{{QStringLiteral("RequiredItems"), items}});
+    }
+    static RequiredItem item(const char *type, const char *name, const QString &installPath) {
+        return {{kInstallType, QString::fromUtf8(type)}, {kName, QString::fromUtf8(name)}, {kInstallPath, installPath}};
+    }
+    /// A tool in order: the administrator's, with mode 0755, and as new as this application.
+    RequiredItem toolInOrder() {
+        const QString path = QStringLiteral("/usr/bin/env");
+        platform.tasks.outputs.insert(path, "Limited 1.14.0.0");
+        return item("QMTool", "env", path);
+    }
+    bool areComponentsLookedAt() const { return m_installCheck.has_value(); }
     /// Runs the start-up to the point where the process would end.
     void start() { EXPECT_THROW(delegate().applicationDidFinishLaunching(), test::Terminated); }
     Quillmark_LauncherAppDelegate &delegate() {
@@ -98,6 +112,61 @@ TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingE
         messagesOf(getLogFilePath()).mid(2),
         QStringList({QStringLiteral("Letting other copy run, we will terminate"), QStringLiteral("User did quit")}));
     EXPECT_TRUE(delegate().staleBundles().isEmpty());
+}
+
+TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch) {
+    setItems({toolInOrder(), item("Framework", "Mono", QStringLiteral("/none"))});
+    platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("verbose"));
+    start();
+    EXPECT_EQ(platform.transcript.calls().mid(6),
+              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
+                           QStringLiteral("launch /usr/bin/env "), QStringLiteral("launchApplication ") + core(),
+                           QStringLiteral("terminate")}));
+    const QStringList lines = linesOf(getLogFilePath());
+    EXPECT_EQ(
+        lines.mid(lines.indexOf(QStringLiteral("nrm Quillmark did finish launching"))),
+        QStringList({QStringLiteral("nrm Quillmark did finish launching"),
+                     QStringLiteral("vrb \"/usr/bin/env\" does not need to update from 1.14.0.0"),
+                     QStringLiteral("vrb Install check: QMTool \"env\" is \"OK\""),
+                     QStringLiteral("vrb Install check: Framework \"Mono\" is \"OK\""),
+                     QStringLiteral("nrm Launching \"") + core() + QStringLiteral("\"..."),
+                     QStringLiteral("nrm Launched \"") + core() + u'"', QStringLiteral("nrm Will terminate now")}));
+}
+
+TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunched) {
+    platform.bundle.strings.insert(QStringLiteral("Missing"), QStringLiteral("fehlt"));
+    RequiredItem notRequired = item("FinderOverlayInsert", "later", QStringLiteral("/none"));
+    notRequired.insert(kMinMacOSXVersion, QStringLiteral("10.6"));
+    const QString old = home.write(QStringLiteral("old.plugin"), "");
+    setItems({item("QMTool", "gone", QStringLiteral("/none")), toolInOrder(), notRequired, item("FinderCM", "old", old),
+              item("Bundle", "fs", QStringLiteral("/none.fs"))});
+    _setStandardStreams(nullptr, nullptr);
+    delegate().applicationDidFinishLaunching(); // comes back
+    EXPECT_EQ(platform.transcript.calls().mid(6),
+              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
+                           QStringLiteral("launch /usr/bin/env ")}));
+    EXPECT_EQ(linesOf(getLogFilePath()).mid(2),
+              QStringList({QStringLiteral("nrm Quillmark did finish launching"),
+                           QStringLiteral("ERR \"gone\" is not in order: fehlt (\"/none\")"),
+                           QStringLiteral("ERR \"old\" is not in order: Old Version (\"") + old + QStringLiteral("\")"),
+                           QStringLiteral("ERR \"fs\" is not in order: fehlt (\"/none.fs\")")}));
+}
+
+TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaunched) {
+    platform.bundle.resources.removeAll(QStringLiteral("RequiredItems.plist"));
+    _setStandardStreams(nullptr, nullptr);
+    start();
+    EXPECT_EQ(linesOf(getLogFilePath())[3],
+              QStringLiteral("ERR The catalogue of required items (\"") + platform.bundle.resourcePath() +
+                  QStringLiteral("/RequiredItems.plist\") can't be read: no component is checked"));
+    EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("terminate"));
+}
+
+TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsLookedAt) {
+    setItems({toolInOrder()});
+    platform.tasks.statuses.insert(kFirstPipeline, 0);
+    start();
+    EXPECT_FALSE(areComponentsLookedAt());
 }
 
 TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {

@@ -6,7 +6,9 @@
 
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace quillmark {
 namespace {
@@ -46,6 +48,73 @@ TEST(CurrentThreadFileManager, FollowsLinksWhenItLooksForFiles) {
     EXPECT_TRUE(files.fileExists(home.path(QStringLiteral("link"))));
     ASSERT_TRUE(QFile::remove(file));
     EXPECT_FALSE(files.fileExists(home.path(QStringLiteral("link"))));
+}
+
+TEST(CurrentThreadFileManager, TellsAFilesOwnerAndMode) {
+    const FileManager files;
+    const auto owned = files.attributes(QStringLiteral("/usr/bin/passwd"));
+    ASSERT_TRUE(owned);
+    EXPECT_EQ(owned->ownerAccountName, QStringLiteral("root"));
+    EXPECT_EQ(owned->posixPermissions, 04755U);
+
+    const test::TemporaryHome home;
+    const QString file = home.write(QStringLiteral("a"), "");
+    for (const mode_t mode : {0755U, 0775U, 0U, 06711U, 01777U}) {
+        ASSERT_EQ(::chmod(QFile::encodeName(file).constData(), mode), 0);
+        EXPECT_EQ(files.attributes(file)->posixPermissions, mode);
+    }
+}
+
+TEST(CurrentThreadFileManager, TellsAFoldersOwnerAndMode) {
+    const test::TemporaryHome home;
+    const QString folder = home.makeFolder(QStringLiteral("a"));
+    ASSERT_EQ(::chmod(QFile::encodeName(folder).constData(), 01777), 0);
+    EXPECT_EQ(FileManager().attributes(folder)->posixPermissions, 01777U);
+    EXPECT_EQ(FileManager().attributes(QStringLiteral("/usr/bin"))->ownerAccountName, QStringLiteral("root"));
+}
+
+TEST(CurrentThreadFileManager, TellsTheAttributesOfALinkItselfAndNothingOfWhatIsNotThere) {
+    const test::TemporaryHome home;
+    const FileManager files;
+    const QString link = home.path(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(QStringLiteral("/usr/bin/passwd"), link));
+    EXPECT_EQ(files.attributes(link)->posixPermissions, 0777U);
+    EXPECT_FALSE(files.attributes(home.path(QStringLiteral("none"))));
+    EXPECT_FALSE(files.attributes(QString()));
+    EXPECT_FALSE(files.attributes(QStringLiteral("/usr/bin/passwd/x")));
+}
+
+TEST(CurrentThreadFileManager, ANumberThatNoAccountHasIsAnOwnerWithoutAName) {
+    const test::TemporaryHome home;
+    const QString file = home.write(QStringLiteral("a"), "");
+    constexpr uid_t kNobodysNumber = 3'999'999'999;
+    // Only the administrator can give files away; others see at least that the file is their own.
+    const bool isGiven = ::chown(QFile::encodeName(file).constData(), kNobodysNumber, static_cast<gid_t>(-1)) == 0;
+    EXPECT_EQ(FileManager().attributes(file)->ownerAccountName.isEmpty(), isGiven);
+}
+
+TEST(CurrentThreadFileManager, CopiesAFileWithItsModeToWhereThereIsNothing) {
+    const test::TemporaryHome home;
+    const FileManager files;
+    const QString source = home.write(QStringLiteral("a"), "contents");
+    const QString target = home.path(QStringLiteral("b"));
+    ASSERT_EQ(::chmod(QFile::encodeName(source).constData(), 0640), 0);
+    EXPECT_EQ(files.copyFile(source, target), 0);
+    EXPECT_EQ(test::readAll(target), QByteArray("contents"));
+    EXPECT_EQ(files.attributes(target)->posixPermissions, 0640U);
+}
+
+TEST(CurrentThreadFileManager, TellsWhyAFileCannotBeCopied) {
+    const test::TemporaryHome home;
+    const FileManager files;
+    const QString source = home.write(QStringLiteral("a"), "new");
+    const QString target = home.write(QStringLiteral("b"), "old");
+    EXPECT_EQ(files.copyFile(source, target), EEXIST);
+    EXPECT_EQ(test::readAll(target), QByteArray("old"));
+    EXPECT_EQ(files.copyFile(home.path(QStringLiteral("none")), home.path(QStringLiteral("c"))), ENOENT);
+    EXPECT_EQ(files.copyFile(source, home.path(QStringLiteral("none/c"))), ENOENT);
+    EXPECT_NE(files.copyFile(home.path(), home.path(QStringLiteral("c"))), 0); // a folder
+    EXPECT_FALSE(files.fileExists(home.path(QStringLiteral("c"))));
 }
 
 TEST(CurrentThreadFileManager, TellsWhyAFolderCannotBeCreated) {
