@@ -139,7 +139,7 @@ TEST_F(Unzip, FilesOfAllSizesAreExtractedStoredOrDeflated) {
         for (const int size : {0, 1, 8191, 8192, 8193, 16384, 70000, 300000}) {
             QByteArray contents(size, '\0');
             for (int i = 0; i < size; ++i) {
-                contents[i] = static_cast<char>((i * i) >> 7);
+                contents[i] = static_cast<char>((i % 1000) * i >> 7);
             }
             EXPECT_EQ(statusOf({"file", contents, method}), 0);
             EXPECT_EQ(at("file"), "file " + contents) << size;
