@@ -22,7 +22,7 @@ constexpr QStringView kFinderOverlayInsert = u"FinderOverlayInsert";
 /// The operation that examines the items of a type.
 struct ItemType {
     QStringView name;
-    void (InstallCheckManager::*examine)(const RequiredItem &item, qint32 index);
+    void (InstallCheckManager::*examine)(const RequiredItem &item, qint32 index) = nullptr;
 };
 
 constexpr ItemType kItemTypes[] = {
@@ -88,7 +88,7 @@ void InstallCheckManager::updateStatus() {
                 (this->*itemType.examine)(item, index);
             }
         }
-        logVerbose("Install check: %@ \"%@\" is \"%@\"", type, name, m_requiredItemsStatusList[index]);
+        logVerbose(R"(Install check: %@ "%@" is "%@")", type, name, m_requiredItemsStatusList[index]);
     }
     logDetail("Updated status");
 }

@@ -19,7 +19,7 @@ struct Generation {
     qint32 major;
     qint32 minor;
 
-    auto operator<=>(const Generation &) const = default;
+    auto operator<=>(const Generation &) const = default; // NOLINT(modernize-use-nullptr): takes the 0 inside for one
 };
 
 Generation generationOf(const MicrosoftStyleVersion &version) {
@@ -89,14 +89,10 @@ bool InstallCheckManager::doesBundleNeedUpdate(const RequiredItem &item) const {
 
 bool InstallCheckManager::getMacOSXVersion(qint32 &major, qint32 &minor, qint32 &bugfix) const {
     const SystemVersion version = m_platform.systemInfo.systemVersion();
-    for (const auto &[number, output] :
-         {std::pair(version.major, &major), {version.minor, &minor}, {version.bugfix, &bugfix}}) {
-        if (!number) {
-            return false;
-        }
-        *output = *number;
-    }
-    return true;
+    major = version.major.value_or(major);
+    minor = version.minor.value_or(minor);
+    bugfix = version.bugfix.value_or(bugfix);
+    return version.major && version.minor && version.bugfix;
 }
 
 bool InstallCheckManager::checkMinMacOSXVersion(const RequiredItem &item) const {

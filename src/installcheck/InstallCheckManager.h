@@ -101,9 +101,9 @@ private:
     /// The first rule of an item's type that holds gives its status; when none does, the item is in order.
     struct StatusRule {
         QStringView type;
-        bool (InstallCheckManager::*holds)(const RequiredItem &item) const;
-        const char16_t *status;
-        Fault fault;
+        bool (InstallCheckManager::*holds)(const RequiredItem &item) const = nullptr;
+        const char16_t *status = nullptr;
+        Fault fault = Fault::None;
     };
     static std::span<const StatusRule> statusRules();
 

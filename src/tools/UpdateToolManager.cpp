@@ -188,7 +188,7 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
 
 std::optional<Error> UpdateToolManager::restartFinder() {
     constexpr double kPatience = 4.0; // seconds
-    const auto error = quitApplication(QStringLiteral("com.apple.finder"), true, kPatience);
+    auto error = quitApplication(QStringLiteral("com.apple.finder"), true, kPatience);
     if (error && error->code != kQuitTimedOut) {
         return error;
     }
@@ -211,15 +211,15 @@ void UpdateToolManager::keepMacFuseLog() {
         return;
     }
     ensureFolderPathExists(folder);
-    logVerbose("Copying \"%@\" to \"%@\"...", m_macFuseLog, target);
+    logVerbose(R"(Copying "%@" to "%@"...)", m_macFuseLog, target);
     if (const int error = files.copyFile(m_macFuseLog, target); error != 0) {
         const Error reason{QStringLiteral("NSPOSIXErrorDomain"),
                            error,
                            {{kLocalizedFailureReasonKey, QStringLiteral("copyFile failed")},
                             {kLocalizedDescriptionKey, posixErrorToString(error)}}};
-        logError("Failed to copy \"%@\" to \"%@\" (%@)", m_macFuseLog, target, nserrorToString(reason));
+        logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(reason));
     } else {
-        logVerbose("Copied \"%@\" to \"%@\" - MacFUSE log available", m_macFuseLog, target);
+        logVerbose(R"(Copied "%@" to "%@" - MacFUSE log available)", m_macFuseLog, target);
     }
 }
 

@@ -22,7 +22,8 @@ struct ComponentVersion {
     qint32 minor = 0;
     qint32 bugfix = 0;
 
-    auto operator<=>(const ComponentVersion &) const = default;
+    auto
+    operator<=>(const ComponentVersion &) const = default; // NOLINT(modernize-use-nullptr): takes the 0 inside for one
 };
 
 /// The four numbers in a text such as "1.14.4 (1303)" or "version 5". Only the first line counts; every "version ",

@@ -13,7 +13,7 @@ namespace {
 /// Where the session's bus listens; empty when the session has none. The bus libraries would start one of their own
 /// then.
 QByteArray sessionBusAddress() {
-    if (const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS"); !address.isEmpty()) {
+    if (QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS"); !address.isEmpty()) {
         return address;
     }
     const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
