@@ -64,7 +64,7 @@ void Quillmark_LauncherAppDelegate::logFaults(const InstallCheckManager &install
             status != m_strings.localisedString(QStringLiteral("Not Required"))) {
             const RequiredItem item = installCheck.requiredItemsList()[index].toMap();
             const QString installPath = textOf(item, kInstallPath);
-            logError("\"%@\" is not in order: %@ (\"%@\")", textOf(item, kName), status,
+            logError(R"("%@" is not in order: %@ ("%@"))", textOf(item, kName), status,
                      installPath.isEmpty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
         }
     }
