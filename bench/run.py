@@ -39,13 +39,20 @@ IN_PROCESS = {
     ],
     "bench_bundle_search": [("bundle search, 300 applications in 3,000 folders", "bundle search", "peer", 1.1)],
     "bench_condition": [("condition lock, to another thread and back", "condition", "peer", 1.15)],
+    "bench_evaluation": [
+        ("evaluate 10 components", "components/10", "floor", 2.2),
+        ("evaluate 100 components", "components/100", "floor", 2.2),
+        ("evaluate 1,000 components", "components/1000", "floor", 2.2),
+        ("evaluate 10,000 components", "components/10000", "floor", 2.2),
+        ("evaluate 10 tools, which are run", "tools/10", "floor", 1.2),
+    ],
     "bench_task_runner": [
         ("task runner, a program that only ends", "short run", "floor", 1.5),
         ("task runner, 100 MB of output", "100 MB", "floor", 1.5),
     ],
 }
 PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts",
-         "bench_condition": "std::condition_variable", "bench_task_runner": ""}
+         "bench_condition": "std::condition_variable", "bench_evaluation": "", "bench_task_runner": ""}
 START = ("start to core launch, nothing to repair, 1 tool", "floor", 1.1)
 START_TOOLS = ("start to core launch, nothing to repair, 3 tools", "floor", 1.1)
 START_CROWDED = ("the same, with three times the number of running processes", "floor", 1.1)
