@@ -273,7 +273,7 @@ TEST_F(InstallCheckVersion, TheFixesForIntelAreRequiredOn105WithAnIntelProcessor
     struct {
         SystemVersion system;
         std::optional<bool> isIntel;
-        bool areRequired;
+        bool areRequired = false;
     } const rows[] = {
         {{10, 5, 0}, true, true},   {{10, 5, 8}, true, true},
         {{10, 5, 8}, false, false}, {{10, 5, 8}, std::nullopt, false},
