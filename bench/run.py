@@ -11,11 +11,13 @@ import json
 import os
 import pathlib
 import plistlib
+import random
 import shutil
 import statistics
 import subprocess
 import sys
 import tempfile
+import zipfile
 
 PAIRS = 100
 NEIGHBOURS = 100  # idle processes beside the start, as on a quiet desktop
@@ -46,13 +48,19 @@ IN_PROCESS = {
         ("evaluate 10,000 components", "components/10000", "floor", 2.2),
         ("evaluate 10 tools, which are run", "tools/10", "floor", 1.2),
     ],
+    "bench_signature": [
+        ("verify a signature over 1 KB", "verify/1024", "peer", 0.9),
+        ("verify a signature over 1 MB", "verify/1048576", "peer", 0.9),
+        ("verify a signature over 256 MB", "verify/268435456", "peer", 0.9),
+    ],
     "bench_task_runner": [
         ("task runner, a program that only ends", "short run", "floor", 1.5),
         ("task runner, 100 MB of output", "100 MB", "floor", 1.5),
     ],
 }
 PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts",
-         "bench_condition": "std::condition_variable", "bench_evaluation": "", "bench_task_runner": ""}
+         "bench_condition": "std::condition_variable", "bench_evaluation": "", "bench_task_runner": "",
+         "bench_signature": "the openssl program"}
 START = ("start to core launch, nothing to repair, 1 tool", "floor", 1.1)
 START_TOOLS = ("start to core launch, nothing to repair, 3 tools", "floor", 1.1)
 START_CROWDED = ("the same, with three times the number of running processes", "floor", 1.1)
@@ -209,6 +217,65 @@ class Processes:
         report.add(MEMORY[0], {"floor": figures["bare"][1], "ours": figures["ours"][1]}, MEMORY[1], MEMORY[2], kilobytes)
 
 
+class Archives:
+    """Whole programs that unpack an archive beside itself; what they leave is removed before the next one's turn."""
+
+    ROUNDS = 15
+
+    def __init__(self, folder, scratch):
+        self.scratch = scratch
+        self.measure_program = folder / "bench/bench_measure"
+        self.floor = folder / "bench/bench_inflate_floor"
+        self.tool = folder / "Quillmark.app/Contents/MacOS/quillmarkctl"
+        numbers = random.Random(1)
+        self.words = [bytes(numbers.choices(range(97, 123), k=numbers.randint(2, 9))) for _ in range(3000)]
+        self.numbers = numbers
+
+    def text(self, length):
+        return b" ".join(self.numbers.choices(self.words, k=length // 3))[:length]
+
+    def large(self, writer):
+        block = self.text(1 << 20) + self.numbers.randbytes(1 << 19)
+        writer.writestr("large", (block * 140)[:200 << 20])
+
+    def small(self, writer):
+        for folder in range(50):
+            writer.writestr(f"folder{folder}/", b"")
+            for number in range(100):
+                writer.writestr(f"folder{folder}/file{number}", self.text(self.numbers.randint(200, 6000)))
+
+    def once(self, place, command):
+        for path in place.iterdir():
+            if path.is_dir():
+                shutil.rmtree(path)
+            elif path.name != "archive.zip":
+                path.unlink()
+        answer = subprocess.run([self.measure_program, *command], cwd=place, check=True, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        return int(answer.stdout.split()[0])
+
+    def measure(self, report):
+        print("bench: archives", flush=True)
+        for what, fill, limits in (("one file of 200 MB", self.large, {"bsdtar": 1.2}),
+                                   ("5,000 small files", self.small, {"bsdtar": 0.7, "unzip": 0.65})):
+            place = self.scratch / "archive"
+            place.mkdir()
+            with zipfile.ZipFile(place / "archive.zip", "w", zipfile.ZIP_DEFLATED) as writer:
+                fill(writer)
+            commands = {"floor": [self.floor, "archive.zip"], "ours": [self.tool, "unzip", "archive.zip"],
+                        "bsdtar": [shutil.which("bsdtar"), "-xf", "archive.zip"],
+                        "unzip": [shutil.which("unzip"), "-oq", "archive.zip"]}
+            runs = {name: [] for name in commands}
+            for _ in range(self.ROUNDS):
+                for name, command in commands.items():
+                    runs[name].append(self.once(place, command))
+            times = {name: statistics.median(results) for name, results in runs.items()}
+            for peer, limit in limits.items():
+                report.add(f"unpack {what}", {"floor": times["floor"], "peer": times[peer], "ours": times["ours"]}, "peer",
+                           limit, peer_name=peer)
+            shutil.rmtree(place)
+
+
 def main(folder, report_file):
     report = Report()
     # The memory disk, where there is one: the disk's own time is nobody's subject here.
@@ -217,6 +284,7 @@ def main(folder, report_file):
         os.environ["TMPDIR"] = scratch
         tempfile.tempdir = None
         Processes(folder, pathlib.Path(scratch)).measure(report)
+        Archives(folder, pathlib.Path(scratch)).measure(report)
         measure_in_process(folder, report)
     report_file.parent.mkdir(parents=True, exist_ok=True)
     report_file.write_text(report.text(), encoding="utf-8")
