@@ -318,8 +318,8 @@ class Archives(IntegrityTest):
         command = ["unshare", "--mount", "--map-root-user", "sh", "-c", script, "sh", disk, self.archive, TOOL]
         done = subprocess.run(command, capture_output=True, text=True, timeout=60)
         if "unshare" in done.stderr or "mount" in done.stderr:
-            print("no disk of its own can be made here:", done.stderr)
-            raise SystemExit(77)
+            print("no disk of its own can be made here:", done.stderr, flush=True)
+            os._exit(77)  # counts as skipped; every test is a process of its own
         self.assertEqual(done.stdout, "0\narchive.zip\nlarge\n", done.stderr)
 
 
