@@ -21,7 +21,11 @@ size_t failingSize = 0;
 } // namespace
 
 void *operator new[](size_t size, const std::nothrow_t & /*tag*/) noexcept {
-    return failingSize != 0 && size == failingSize ? nullptr : ::operator new[](size);
+    try {
+        return failingSize != 0 && size == failingSize ? nullptr : ::operator new[](size);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }
 
 namespace quillmark {
