@@ -4,6 +4,7 @@
 #include "installcheck/InstallCheckManager.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 
 namespace quillmark::ctl {
 
@@ -42,9 +43,28 @@ Action defineStatus(CLI::App & /*app*/) {
     };
 }
 
+/// Tells each step, in a line of its own, on standard error.
+void tellStep(const QString &name, const QString &step) {
+    std::fprintf(stderr, "%s: %s\n", name.toUtf8().constData(), step.toUtf8().constData());
+}
+
+Action defineRepair(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        InstallCheckManager &manager = InstallCheckManager::sharedManager();
+        manager.updateStatus();
+        if (!manager.runRepairPass(tellStep)) {
+            tellStep(QStringLiteral("repair"), QStringLiteral("failed, the rest is left as it is"));
+        }
+        manager.updateStatus();
+        return tellStatus(manager, output);
+    };
+}
+
 constexpr Command kCommands[] = {
     {nullptr, "status", "tell which of the installed components are in order", "quillmarkctl status --pretty",
      defineStatus},
+    {nullptr, "repair", "repair the installed components, without a window", "quillmarkctl repair --log-level normal",
+     defineRepair},
 };
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <QStringList>
 #include <QVariantList>
 #include <QVariantMap>
+#include <functional>
 #include <optional>
 #include <span>
 
@@ -94,6 +95,26 @@ public:
     static MicrosoftStyleVersion getMacClientVersion();
     bool areIntel_10_5FixesRequired() const;
 
+    // Repairing what the last evaluation found. Each returns true on success, and asks the update tool.
+
+    /// Told before each request: the item's name, and what is done about it.
+    using OnRepairStep = std::function<void(const QString &name, const QString &step)>;
+
+    /// One pass: the update tool itself, whatever its status; two seconds later all other items in the catalogue's
+    /// order, and what an old system needs. The first failure ends it; what was repaired before stays repaired. It
+    /// blocks, and runs on any thread while no evaluation does.
+    bool runRepairPass(const OnRepairStep &onStep = {});
+
+    bool repairUpdateQM(const RequiredItem &item);
+    /// The kinds of items differ on purpose in what a status means that they have no repair for.
+    bool repairCoreApp(const RequiredItem &item);
+    bool repairQMTool(const RequiredItem &item);
+    bool repairQMToolRoot(const RequiredItem &item);
+    bool repairFramework(const RequiredItem &item);
+    bool repairBundle(const RequiredItem &item);
+    bool repairZIPArchiveItem(const RequiredItem &item);
+    bool installIntel_10_5_Fixes();
+
 private:
     /// What an item that is not in order counts for.
     enum class Fault { None, Helper, HelperToRestart, Bundle };
@@ -111,6 +132,10 @@ private:
     void applyStatusRules(QStringView type, const RequiredItem &item, qint32 index);
     void count(Fault fault, const RequiredItem &item, qint32 index);
     QString resourcePath(const QString &fileName) const;
+    /// The status of the first item that is equal to this one.
+    QString statusKeyOf(const RequiredItem &item) const;
+    bool isToBeRepaired(const RequiredItem &item, bool isNotRequiredRepaired) const;
+    bool repairUsingPackage(const RequiredItem &item, qint32 (UpdateToolManager::*repair)(const QString &));
     /// The short version of the bundle whose property list that is; null when it has none.
     QString shortVersionIn(const QString &informationPath) const;
     std::optional<ComponentVersion> installedVersion(const QString &informationPath) const;

@@ -59,12 +59,12 @@ void Quillmark_LauncherAppDelegate::setUpLogging() {
 
 void Quillmark_LauncherAppDelegate::logFaults(const InstallCheckManager &installCheck) const {
     for (qsizetype index = 0; index < installCheck.requiredItemsList().size(); ++index) {
-        const QString &status = installCheck.requiredItemsStatusList()[index];
-        if (status != m_strings.localisedString(QStringLiteral("OK")) &&
-            status != m_strings.localisedString(QStringLiteral("Not Required"))) {
+        const QString &key = installCheck.requiredItemsStatusKeys()[index];
+        if (key != u"OK" && key != u"Not Required") {
             const RequiredItem item = installCheck.requiredItemsList()[index].toMap();
             const QString installPath = textOf(item, kInstallPath);
-            logError(R"("%@" is not in order: %@ ("%@"))", textOf(item, kName), status,
+            logError(R"("%@" is not in order: %@ ("%@"))", textOf(item, kName),
+                     installCheck.requiredItemsStatusList()[index],
                      installPath.isEmpty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
         }
     }

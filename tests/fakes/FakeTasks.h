@@ -11,19 +11,26 @@
 
 namespace quillmark::test {
 
-/// Programs that end with the status that was set for their last argument, else with 1.
+/// Programs that end with the status that was set for their last argument, else with the usual one. One that is to fail
+/// at its n-th "run" ends with 4.
 class FakeTasks final : public Tasks {
 public:
     explicit FakeTasks(Transcript &transcript) : m_transcript(transcript) {}
 
     QMap<QString, int> statuses;
+    int usualStatus = 1;
     QMap<QString, QByteArray> outputs; ///< by path
     QStringList unstartable;           ///< paths
     bool canStart = true;
 
     std::optional<int> run(const QString &path, const QStringList &arguments) override {
-        m_transcript.record(QStringLiteral("run ") + path + u' ' + arguments.join(u' '));
-        return canStart ? std::optional(statuses.value(arguments.value(arguments.size() - 1), 1)) : std::nullopt;
+        constexpr int kFailure = 4;
+        if (m_transcript.recordOrFail(QStringLiteral("run ") + path + u' ' + arguments.join(u' '),
+                                      QStringLiteral("run"))) {
+            return kFailure;
+        }
+        return canStart ? std::optional(statuses.value(arguments.value(arguments.size() - 1), usualStatus))
+                        : std::nullopt;
     }
 
     bool start(const QString &path, const QStringList &arguments) override {
