@@ -1,6 +1,6 @@
 # Libraries from elsewhere; docs/dependencies.md says why each is here.
 
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Widgets)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core UiTools Widgets)
 find_package(fmt REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(CLI11 REQUIRED)

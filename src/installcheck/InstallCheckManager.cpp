@@ -1,6 +1,7 @@
 #include "installcheck/InstallCheckManager.h"
 
 #include "accounts/KeyList.h"
+#include "branding/BrandingManager.h"
 #include "branding/LocalizedStrings.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
@@ -26,19 +27,23 @@ QVariantList readCatalogue(const Platform &platform) {
 } // namespace
 
 InstallCheckManager &InstallCheckManager::sharedManager() {
-    static InstallCheckManager manager(platform(), LocalizedStrings::sharedManager(),
+    static InstallCheckManager manager(platform(), LocalizedStrings::sharedManager(), BrandingManager::sharedManager(),
                                        UpdateToolManager::sharedManager());
     return manager;
 }
 
 InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
-                                         UpdateToolManager &updateTool)
-    : m_platform(platform), m_strings(strings), m_updateTool(updateTool), m_requiredItemsList(readCatalogue(platform)) {
-}
+                                         const BrandingManager &branding, UpdateToolManager &updateTool)
+    : m_platform(platform), m_strings(strings), m_branding(branding), m_updateTool(updateTool),
+      m_requiredItemsList(readCatalogue(platform)) {}
 
 bool InstallCheckManager::checkForRequiredItems() {
     updateStatus();
-    return m_numberRepairsRequired == 0 && m_numberItemsMissing == 0;
+    if (m_numberRepairsRequired == 0 && m_numberItemsMissing == 0) {
+        return true;
+    }
+    runSelfRepair();
+    return false;
 }
 
 QString InstallCheckManager::pathToRequiredItemInResources(const RequiredItem &item) const {

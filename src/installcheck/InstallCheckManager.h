@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/CheckWindowView.h"
 #include "utils/VersionText.h"
 
 #include <QString>
@@ -12,6 +13,7 @@
 
 namespace quillmark {
 
+class BrandingManager;
 class LocalizedStrings;
 class UpdateToolManager;
 struct Platform;
@@ -19,16 +21,29 @@ struct Platform;
 /// One component of the catalogue, by the keys of its family in the key list. A value that is no text counts as absent.
 using RequiredItem = QVariantMap;
 
-/// Compares the components that are installed outside the launcher's bundle with the catalogue that ships in it.
+/// What the install check needs of the application that it belongs to.
+class ApplicationDelegate {
+public:
+    virtual ~ApplicationDelegate() = default;
+    virtual qint32 brandId() const = 0;
+    virtual void launchCore() = 0;
+};
+
+/// Compares the components that are installed outside the launcher's bundle with the catalogue that ships in it, and
+/// repairs them when the user wishes so, by way of a window.
 ///
 /// Concurrency: an evaluation runs on one thread at a time.
-class InstallCheckManager {
+class InstallCheckManager final : public CheckWindowView::Owner {
 public:
     static InstallCheckManager &sharedManager();
     /// Reads the catalogue, the resource "RequiredItems". One that can't be read holds nothing.
-    InstallCheckManager(const Platform &platform, LocalizedStrings &strings, UpdateToolManager &updateTool);
+    InstallCheckManager(const Platform &platform, LocalizedStrings &strings, const BrandingManager &branding,
+                        UpdateToolManager &updateTool);
 
-    /// Evaluates. \returns true when nothing needs repair.
+    /// The application that starts the core after a repair. It outlives this object.
+    void setDelegate(ApplicationDelegate *delegate) { m_delegate = delegate; }
+
+    /// Evaluates. \returns true when nothing needs repair; else the window is shown, where one can be.
     bool checkForRequiredItems();
 
     /// Examines every item, in the catalogue's order. Raises nothing for an item that is at fault in whatever way.
@@ -115,6 +130,24 @@ public:
     bool repairZIPArchiveItem(const RequiredItem &item);
     bool installIntel_10_5_Fixes();
 
+    // The window: shown with what the last evaluation found; on the main thread.
+
+    bool hasWindow() const { return m_window != nullptr; }
+    void runSelfRepair();
+    void installButtonClick() override;
+    void dontInstallButtonClick() override;
+    /// Opens the folder of the log.
+    void detailsButtonClick() override;
+    void windowWillClose() override;
+    void sheetDidEnd() override;
+    /// After a pass that succeeded: starts the core, or shows the window again with what is left.
+    void bringWindowBackToFront();
+    void runQuillmark();
+    void repairFailed();
+
+    /// The body of the repair thread. It touches no window, and comes back through the main thread's queue.
+    void runSelfRepairThread();
+
 private:
     /// What an item that is not in order counts for.
     enum class Fault { None, Helper, HelperToRestart, Bundle };
@@ -140,6 +173,12 @@ private:
     QString shortVersionIn(const QString &informationPath) const;
     std::optional<ComponentVersion> installedVersion(const QString &informationPath) const;
 
+    bool loadWindow();
+    void awakeFromNib();
+    QList<CheckWindowView::Fault> faults() const;
+    void _repairFailed();
+    void beginFailureSheet(const QString &titleKey);
+
     bool isAbsent(const RequiredItem &item) const;
     bool hasWrongCoreAppPermissions(const RequiredItem &item) const;
     bool hasWrongToolPermissions(const RequiredItem &item) const;
@@ -152,7 +191,10 @@ private:
 
     const Platform &m_platform;
     LocalizedStrings &m_strings;
+    const BrandingManager &m_branding;
     UpdateToolManager &m_updateTool;
+    ApplicationDelegate *m_delegate = nullptr;
+    CheckWindowView *m_window = nullptr;
     const QVariantList m_requiredItemsList;
     QStringList m_requiredItemsStatusKeys;
     QStringList m_requiredItemsStatusList;

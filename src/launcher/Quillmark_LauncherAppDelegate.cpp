@@ -2,7 +2,6 @@
 
 #include "accounts/KeyList.h"
 #include "branding/LocalizedStrings.h"
-#include "installcheck/InstallCheckManager.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Alerts.h"
 #include "platform/Application.h"
@@ -23,7 +22,7 @@ Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &pla
     : m_platform(platform), m_strings(strings), m_installCheck(std::move(installCheck)),
       m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
 
-void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
+bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     readConfiguration();
     setUpLogging();
     logNormal("%@ version %@", m_productName, versionOfThisAppAsString(true));
@@ -32,10 +31,12 @@ void Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     m_staleBundles = staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList);
     logNormal("%@ did finish launching", m_productName);
     InstallCheckManager &installCheck = m_installCheck();
+    installCheck.setDelegate(this);
     if (installCheck.checkForRequiredItems()) {
         launchCore();
     }
     logFaults(installCheck);
+    return installCheck.hasWindow();
 }
 
 void Quillmark_LauncherAppDelegate::readConfiguration() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "installcheck/InstallCheckManager.h"
+
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
@@ -7,7 +9,6 @@
 
 namespace quillmark {
 
-class InstallCheckManager;
 class LocalizedStrings;
 struct Platform;
 
@@ -15,24 +16,24 @@ struct Platform;
 /// application, the end.
 ///
 /// Concurrency: the main thread only.
-class Quillmark_LauncherAppDelegate {
+class Quillmark_LauncherAppDelegate final : public ApplicationDelegate {
 public:
     /// \param installCheck gives the install check when its turn has come: it reads the catalogue and may log.
     Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
                                   std::function<InstallCheckManager &()> installCheck);
 
     /// The start-up. It ends the process when the core was launched, and comes back when components are at fault.
-    /// Raises what the logger's set-up raises.
-    void applicationDidFinishLaunching();
+    /// Raises what the logger's set-up raises. \returns true when the check window is up, and drives the rest.
+    bool applicationDidFinishLaunching();
 
     /// The "Brand" of the configuration; 0 when absent.
-    qint32 brandId() const;
+    qint32 brandId() const override;
 
     /// Returns only when no core application runs; else tells the user so, and ends the process.
     void ensureCoreNotRunning();
 
     /// Starts the core application and ends the launcher. A launch that fails is not noticed.
-    void launchCore();
+    void launchCore() override;
 
     const QStringList &staleBundles() const { return m_staleBundles; }
 

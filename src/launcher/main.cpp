@@ -1,6 +1,7 @@
 #include "branding/LocalizedStrings.h"
 #include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
+#include "platform/Application.h"
 #include "platform/Platform.h"
 #include "utils/Exception.h"
 #include "utils/Log.h"
@@ -36,7 +37,9 @@ int main() {
         quillmark::Quillmark_LauncherAppDelegate delegate(
             quillmark::platform(), quillmark::LocalizedStrings::sharedManager(),
             []() -> quillmark::InstallCheckManager & { return quillmark::InstallCheckManager::sharedManager(); });
-        delegate.applicationDidFinishLaunching();
+        if (delegate.applicationDidFinishLaunching()) {
+            quillmark::platform().application.run();
+        }
     } catch (const quillmark::Exception &exception) {
         quillmark::logErrorException(exception);
         return endAfterFault(exception.reason());

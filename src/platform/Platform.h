@@ -11,6 +11,7 @@ class AppleEvents;
 class Application;
 class Authorization;
 class Bundle;
+class CheckWindows;
 class Clock;
 class Images;
 class MainThread;
@@ -27,6 +28,7 @@ struct Platform {
     Application &application;
     Authorization &authorization;
     Bundle &mainBundle;
+    CheckWindows &checkWindows;
     Clock &clock;
     Images &images;
     MainThread &mainThread;
@@ -38,8 +40,8 @@ struct Platform {
 
     /// The same with another main bundle.
     Platform with(Bundle &otherBundle) const {
-        return {alerts,     appleEvents,  application, authorization, otherBundle,  clock,    images,
-                mainThread, propertyList, systemInfo,  tasks,         userDefaults, workspace};
+        return {alerts, appleEvents, application,  authorization, otherBundle, checkWindows, clock,
+                images, mainThread,  propertyList, systemInfo,    tasks,       userDefaults, workspace};
     }
 };
 

@@ -33,6 +33,9 @@ public:
     /// neither descriptors nor signal settings and outlives this process.
     /// \returns false when it could not be started.
     virtual bool launchApplication(const QString &path) = 0;
+
+    /// Shows a folder in the file manager. \returns false when that can't be.
+    virtual bool openFolder(const QString &path) = 0;
 };
 
 } // namespace quillmark

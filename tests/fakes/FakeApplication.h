@@ -16,6 +16,12 @@ public:
         throw Terminated();
     }
 
+    [[noreturn]] void exitAtOnce() override {
+        m_transcript.record(QStringLiteral("exitAtOnce"));
+        throw Terminated();
+    }
+    void run() override { m_transcript.record(QStringLiteral("run")); }
+
 private:
     Transcript &m_transcript;
 };

@@ -18,6 +18,9 @@ public:
         return m_now;
     }
     void sleep(std::chrono::microseconds duration) override {
+        if (onSleep) {
+            onSleep();
+        }
         const std::scoped_lock lock(m_mutex);
         m_now += duration;
         m_sleeps.push_back(duration);
@@ -45,6 +48,8 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_schedule.emplace(time, std::move(action));
     }
+    std::function<void()> onSleep; ///< called before each sleep
+
     void set(Time now) {
         const std::scoped_lock lock(m_mutex);
         m_now = now;

@@ -2,8 +2,10 @@
 
 #include "platform/MainThread.h"
 
+#include <QStringList>
 #include <deque>
 #include <mutex>
+#include <vector>
 
 namespace quillmark::test {
 
@@ -14,6 +16,13 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_calls.push_back(std::move(call));
     }
+    void detachNewThread(const QString &name, std::function<void()> body) override {
+        threadNames << name;
+        threads.push_back(std::move(body));
+    }
+    QStringList threadNames;
+    std::vector<std::function<void()>> threads; ///< their bodies, for the test to run
+
     /// Makes the queued calls, those included that they queue themselves. \returns how many there were.
     int pump() {
         int made = 0;

@@ -5,6 +5,7 @@
 #include "fakes/FakeApplication.h"
 #include "fakes/FakeAuthorization.h"
 #include "fakes/FakeBundle.h"
+#include "fakes/FakeCheckWindows.h"
 #include "fakes/FakeClock.h"
 #include "fakes/FakeImages.h"
 #include "fakes/FakeMainThread.h"
@@ -31,6 +32,7 @@ public:
     FakeApplication application{transcript};
     FakeAuthorization authorization{transcript};
     FakeBundle bundle;
+    FakeCheckWindows checkWindows{transcript};
     FakeClock clock;
     FakeImages images;
     FakeMainThread mainThread;
@@ -40,8 +42,8 @@ public:
     FakeUserDefaults userDefaults{transcript};
     FakeWorkspace workspace{transcript};
 
-    Platform platform{alerts,     appleEvents,  application, authorization, bundle,       clock,    images,
-                      mainThread, propertyList, systemInfo,  tasks,         userDefaults, workspace};
+    Platform platform{alerts, appleEvents, application,  authorization, bundle, checkWindows, clock,
+                      images, mainThread,  propertyList, systemInfo,    tasks,  userDefaults, workspace};
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.

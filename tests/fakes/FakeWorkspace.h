@@ -39,6 +39,11 @@ public:
                                           QStringLiteral("launchApplication"));
     }
 
+    bool openFolder(const QString &path) override {
+        m_transcript.record(QStringLiteral("openFolder ") + path);
+        return true;
+    }
+
 private:
     Transcript &m_transcript;
 };

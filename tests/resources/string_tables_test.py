@@ -28,6 +28,7 @@ KEYS = PRODUCT_NAMES + LIST_PARTS + SENTENCES + [
     "QuillmarkLauncher_AlreadyRunning",
     "QuillmarkLauncher_YouMustQuit",
     "QuillmarkLauncher_DontInstall",
+    "QuillmarkLauncher_Details",
     "QuillmarkLauncher_Installing",
     "QuillmarkLauncher_RepairInfo",
     "RunFailedTitle",

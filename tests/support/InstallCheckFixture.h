@@ -1,7 +1,7 @@
 #pragma once
 
 #include "accounts/KeyList.h"
-#include "branding/LocalizedStrings.h"
+#include "branding/BrandingManager.h"
 #include "installcheck/InstallCheckManager.h"
 #include "support/LogFixture.h"
 #include "tools/UpdateToolManager.h"
@@ -88,7 +88,8 @@ protected:
     InstallCheckManager &manager() {
         if (!m_manager) {
             m_strings.emplace(platform.bundle);
-            m_manager.emplace(platform.platform, *m_strings, updateTool);
+            m_branding.emplace(platform.bundle, platform.images, *m_strings, [] { return -1; });
+            m_manager.emplace(platform.platform, *m_strings, *m_branding, updateTool);
         }
         return *m_manager;
     }
@@ -119,6 +120,7 @@ protected:
 
 private:
     std::optional<LocalizedStrings> m_strings;
+    std::optional<BrandingManager> m_branding;
     std::optional<InstallCheckManager> m_manager;
     QString m_log;
 };

@@ -1,5 +1,5 @@
 #include "accounts/KeyList.h"
-#include "branding/LocalizedStrings.h"
+#include "branding/BrandingManager.h"
 #include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "support/LogFixture.h"
@@ -47,7 +47,8 @@ protected:
             m_strings.emplace(platform.bundle);
             m_delegate.emplace(platform.platform, *m_strings, [this]() -> InstallCheckManager & {
                 if (!m_installCheck) {
-                    m_installCheck.emplace(platform.platform, *m_strings, m_updateTool);
+                    m_branding.emplace(platform.bundle, platform.images, *m_strings, [] { return -1; });
+                    m_installCheck.emplace(platform.platform, *m_strings, *m_branding, m_updateTool);
                 }
                 return *m_installCheck;
             });
@@ -70,6 +71,7 @@ protected:
 private:
     std::optional<LocalizedStrings> m_strings;
     UpdateToolManager m_updateTool{platform.platform};
+    std::optional<BrandingManager> m_branding;
     std::optional<InstallCheckManager> m_installCheck;
     std::optional<Quillmark_LauncherAppDelegate> m_delegate;
 };
@@ -141,8 +143,9 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
     setItems({item("QMTool", "gone", QStringLiteral("/none")), toolInOrder(), notRequired, item("FinderCM", "old", old),
               item("Bundle", "fs", QStringLiteral("/none.fs"))});
     _setStandardStreams(nullptr, nullptr);
-    delegate().applicationDidFinishLaunching(); // comes back
-    EXPECT_EQ(platform.transcript.calls().mid(6),
+    EXPECT_TRUE(delegate().applicationDidFinishLaunching()); // comes back, and the window is up
+    EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("bringToFront"));
+    EXPECT_EQ(platform.transcript.calls().mid(6, 3),
               QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
                            QStringLiteral("launch /usr/bin/env ")}));
     EXPECT_EQ(linesOf(getLogFilePath()).mid(2),
@@ -150,6 +153,13 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
                            QStringLiteral("ERR \"gone\" is not in order: fehlt (\"/none\")"),
                            QStringLiteral("ERR \"old\" is not in order: Old Version (\"") + old + QStringLiteral("\")"),
                            QStringLiteral("ERR \"fs\" is not in order: fehlt (\"/none.fs\")")}));
+}
+
+TEST_F(LauncherAppDelegate, WithoutAWindowFaultyComponentsAreTheEnd) {
+    platform.checkWindows.canBeShown = false;
+    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    _setStandardStreams(nullptr, nullptr);
+    EXPECT_FALSE(delegate().applicationDidFinishLaunching());
 }
 
 TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaunched) {

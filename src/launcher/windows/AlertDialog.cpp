@@ -25,8 +25,9 @@ constexpr int kMinimumButtonWidth = 88;
 
 } // namespace
 
-AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon)
-    : QDialog(nullptr, Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint),
+AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon, QWidget *parent)
+    : QDialog(parent, (parent != nullptr ? Qt::Sheet : Qt::Dialog) | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                          Qt::WindowCloseButtonHint),
       m_escapeButton(alert.escapeButton.value_or(alert.lastButton())) {
     setObjectName(QStringLiteral("alert"));
     setWindowTitle(alert.windowTitle);
@@ -95,7 +96,8 @@ void AlertDialog::showEvent(QShowEvent *event) {
     const QScreen *pointed = QGuiApplication::screenAt(QCursor::pos());
     const QScreen &shown = pointed != nullptr ? *pointed : *screen();
     adjustSize();
-    move(QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, size(), shown.availableGeometry()).topLeft());
+    const QRect around = parentWidget() != nullptr ? parentWidget()->frameGeometry() : shown.availableGeometry();
+    move(QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, size(), around).topLeft());
     QDialog::showEvent(event);
     raise();
     activateWindow();

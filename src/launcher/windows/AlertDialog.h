@@ -13,7 +13,8 @@ struct AlertDescription;
 /// (the window itself), "icon", "messageText", "informativeText", "button0" (the default one) and so on.
 class AlertDialog final : public QDialog {
 public:
-    AlertDialog(const AlertDescription &alert, const QIcon &icon);
+    /// \param parent the window that it covers as a sheet; null for a window of its own.
+    AlertDialog(const AlertDescription &alert, const QIcon &icon, QWidget *parent = nullptr);
 
     /// Escape and the close box end here.
     void reject() override { done(m_escapeButton); }

@@ -11,6 +11,7 @@ class DialogAlerts final : public Alerts {
 public:
     explicit DialogAlerts(const QString &resourceFolder);
     int runModal(const AlertDescription &alert) override;
+    const QIcon &icon() const { return m_icon; }
 
 private:
     QIcon m_icon;

@@ -1,3 +1,4 @@
+#include "installcheck/windows/CheckWindow.h"
 #include "launcher/windows/Alerts.h"
 #include "launcher/windows/Display.h"
 #include "platform/linux/Windows.h"
@@ -12,9 +13,15 @@ class DialogWindows final : public Windows {
 public:
     explicit DialogWindows(const QString &resourceFolder) : m_alerts(resourceFolder) {}
     Alerts &alerts() override { return m_alerts; }
+    CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
+                                     CheckWindowView::Owner &owner, QString &obstacle) override {
+        m_checkWindow = CheckWindow::load(interfaceFile, branding, m_alerts.icon(), owner, obstacle);
+        return m_checkWindow.get();
+    }
 
 private:
     DialogAlerts m_alerts;
+    std::unique_ptr<CheckWindow> m_checkWindow;
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "platform/Application.h"
 
+#include <QCoreApplication>
 #include <cstdlib>
 
 namespace quillmark {
@@ -9,7 +10,9 @@ namespace quillmark {
 class LinuxApplication final : public Application {
 public:
     /// exit() writes what stdio still holds; there is nothing else to tear down.
-    [[noreturn]] void terminate() override { std::exit(EXIT_SUCCESS); } // NOLINT(concurrency-mt-unsafe)
+    [[noreturn]] void terminate() override { std::exit(EXIT_SUCCESS); }  // NOLINT(concurrency-mt-unsafe)
+    [[noreturn]] void exitAtOnce() override { std::exit(EXIT_SUCCESS); } // NOLINT(concurrency-mt-unsafe)
+    void run() override { QCoreApplication::exec(); }
 };
 
 } // namespace quillmark

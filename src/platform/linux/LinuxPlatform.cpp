@@ -5,6 +5,7 @@
 #include "platform/linux/LinuxApplication.h"
 #include "platform/linux/LinuxAuthorization.h"
 #include "platform/linux/LinuxBundle.h"
+#include "platform/linux/LinuxCheckWindows.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxImages.h"
 #include "platform/linux/LinuxMainThread.h"
@@ -39,14 +40,15 @@ struct LinuxBackends {
     LinuxAuthorization authorization{mainBundle};
     WindowModule windowModule{mainBundle};
     LinuxAlerts alerts{windowModule};
+    LinuxCheckWindows checkWindows{windowModule};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
     LinuxTasks tasks;
     SessionModule sessionModule{mainBundle};
     LinuxWorkspace workspace{propertyList, sessionModule};
     LinuxAppleEvents appleEvents{workspace, sessionModule};
 
-    Platform platform{alerts,     appleEvents,  application, authorization, mainBundle,   clock,    images,
-                      mainThread, propertyList, systemInfo,  tasks,         userDefaults, workspace};
+    Platform platform{alerts, appleEvents, application,  authorization, mainBundle, checkWindows, clock,
+                      images, mainThread,  propertyList, systemInfo,    tasks,      userDefaults, workspace};
 };
 
 } // namespace

@@ -25,7 +25,7 @@ constexpr QLatin1StringView kFinderIdentifier("com.apple.finder");
 constexpr QLatin1StringView kFinderPath("/System/Library/CoreServices/Finder.app"); // where it is on a Mac
 
 /// Starts a program that has nothing in common with this process but its user and its environment.
-bool spawnDetached(const QByteArray &executable) {
+bool spawnDetached(const QByteArray &executable, const QByteArray &onlyArgument = {}) {
     posix_spawn_file_actions_t actions;
     posix_spawnattr_t attributes;
     if (::posix_spawn_file_actions_init(&actions) != 0) {
@@ -49,7 +49,8 @@ bool spawnDetached(const QByteArray &executable) {
     ::posix_spawn_file_actions_addchdir_np(&actions, "/"); // no folder is kept busy
 
     QByteArray argument = executable;
-    char *arguments[] = {argument.data(), nullptr};
+    QByteArray second = onlyArgument;
+    char *arguments[] = {argument.data(), second.isEmpty() ? nullptr : second.data(), nullptr};
     pid_t child = 0;
     const int error = ::posix_spawn(&child, executable.constData(), &actions, &attributes, arguments, environ);
     ::posix_spawnattr_destroy(&attributes);
@@ -146,6 +147,10 @@ bool LinuxWorkspace::launchApplication(const QString &path) {
     }
     const QString executable = executableOf(path);
     return executable.startsWith(u'/') && spawnDetached(QFile::encodeName(executable));
+}
+
+bool LinuxWorkspace::openFolder(const QString &path) {
+    return spawnDetached("/usr/bin/xdg-open", QFile::encodeName(path));
 }
 
 /// A bundle's executable is the one that its Info.plist names, else the one named as the bundle.

@@ -20,6 +20,7 @@ public:
     /// The first one in the user's Applications folder, then in the computer's.
     QString bundleWithIdentifier(const QString &bundleIdentifier) const override;
     bool launchApplication(const QString &path) override;
+    bool openFolder(const QString &path) override;
 
 private:
     QString executableOf(const QString &path) const;

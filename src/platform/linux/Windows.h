@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/CheckWindowView.h"
+
 class QString;
 
 namespace quillmark {
@@ -12,6 +14,10 @@ class Windows {
 public:
     virtual ~Windows() = default;
     virtual Alerts &alerts() = 0;
+    /// The check window of that file, which lives as long as the process.
+    /// \param obstacle receives why there is none. \returns null then.
+    virtual CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
+                                             CheckWindowView::Owner &owner, QString &obstacle) = 0;
 };
 
 /// The module's one exported function. It connects to the display at its first success. Main thread only.

@@ -1,0 +1,165 @@
+#include "accounts/KeyList.h"
+#include "branding/BrandingManager.h"
+#include "branding/HeaderBranding.h"
+#include "installcheck/InstallCheckManager.h"
+#include "platform/Alerts.h"
+#include "platform/Application.h"
+#include "platform/Bundle.h"
+#include "platform/CheckWindowView.h"
+#include "platform/MainThread.h"
+#include "platform/Platform.h"
+#include "platform/Workspace.h"
+#include "utils/Exception.h"
+#include "utils/Log.h"
+
+namespace quillmark {
+
+namespace {
+
+using Outlet = CheckWindowView::Outlet;
+
+/// The window's header, for the branding manager to hand a logo to.
+class HeaderLogo final : public LogoView {
+public:
+    explicit HeaderLogo(CheckWindowView &window) : m_window(window) {}
+    void setLogoImage(const Image &image) override { m_window.setHeaderLogo(image); }
+
+private:
+    CheckWindowView &m_window;
+};
+
+} // namespace
+
+bool InstallCheckManager::loadWindow() {
+    if (m_window == nullptr) {
+        const QString file =
+            m_platform.mainBundle.pathForResource(QStringLiteral("InstallCheck"), QStringLiteral("ui"));
+        const HeaderBranding branding{m_platform.mainBundle.resourcePath(),
+                                      m_strings.localisedString(QStringLiteral("ProductName")),
+                                      [this] { return m_branding.getBrandingID(); },
+                                      [this] { return m_delegate != nullptr ? m_delegate->brandId() : 0; },
+                                      [this](qint32 brand) { return m_branding.getBrandedLogoImageForBrandID(brand); }};
+        m_window = m_platform.checkWindows.load(file, branding, *this);
+        if (m_window != nullptr) {
+            awakeFromNib();
+        }
+    }
+    return m_window != nullptr;
+}
+
+void InstallCheckManager::awakeFromNib() {
+    const auto setText = [this](Outlet outlet, const QString &key) {
+        m_window->setText(outlet, m_strings.localisedString(key));
+    };
+    setText(Outlet::Header, QStringLiteral("Installing Quillmark"));
+    m_window->useWelcomeBranding();
+    HeaderLogo header(*m_window);
+    m_branding.setHeaderViewBrandedLogoImage(header);
+    setText(Outlet::InstallButton, QStringLiteral("Continue"));
+    setText(Outlet::DontInstallButton, QStringLiteral("QuillmarkLauncher_DontInstall"));
+    setText(Outlet::Window, QStringLiteral("ProductName"));
+    setText(Outlet::Progress, QStringLiteral("QuillmarkLauncher_Installing"));
+    setText(Outlet::DetailsButton, QStringLiteral("QuillmarkLauncher_Details"));
+    m_window->makeInstallButtonDefault();
+}
+
+void InstallCheckManager::runSelfRepair() {
+    if (!loadWindow()) {
+        return;
+    }
+    QString text = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_RepairInfo"));
+    if (m_macFuseRepairRequired || m_helperRepairRequired) {
+        text += m_strings.localisedString(QStringLiteral("QuillmarkLauncher_Components"));
+        if (m_macFuseRepairRequired) {
+            text += m_strings.localisedString(QStringLiteral("QuillmarkLauncher_FileSystem"));
+        }
+        if (m_helperRepairRequired) {
+            text += m_strings.localisedString(QStringLiteral("QuillmarkLauncher_Helpers"));
+        }
+        text += u'\n';
+    }
+    m_window->setText(Outlet::Explanation, text);
+    m_window->setFaults(faults());
+    m_window->bringToFront();
+}
+
+QList<CheckWindowView::Fault> InstallCheckManager::faults() const {
+    QList<CheckWindowView::Fault> list;
+    for (qsizetype index = 0; index < m_requiredItemsList.size(); ++index) {
+        const QString &key = m_requiredItemsStatusKeys[index];
+        if (key != u"OK" && key != u"Not Required") {
+            list.append({textOf(m_requiredItemsList[index].toMap(), kName), m_requiredItemsStatusList[index]});
+        }
+    }
+    return list;
+}
+
+void InstallCheckManager::installButtonClick() {
+    m_window->beginProgressSheet();
+    m_platform.mainThread.detachNewThread(QStringLiteral("repair"), [this] { runSelfRepairThread(); });
+}
+
+void InstallCheckManager::dontInstallButtonClick() {
+    logNormal("User chose to quit");
+    m_platform.application.exitAtOnce();
+}
+
+void InstallCheckManager::detailsButtonClick() {
+    const QString log = getLogFilePath();
+    m_platform.workspace.openFolder(log.left(log.lastIndexOf(u'/')));
+}
+
+void InstallCheckManager::windowWillClose() { m_platform.application.exitAtOnce(); }
+
+void InstallCheckManager::sheetDidEnd() { m_window->orderOutProgressSheet(); }
+
+void InstallCheckManager::bringWindowBackToFront() {
+    m_window->endProgressSheet();
+    if (checkForRequiredItems()) {
+        runQuillmark();
+        m_platform.application.terminate();
+    }
+}
+
+void InstallCheckManager::runQuillmark() {
+    updateStatus();
+    if (m_numberItemsMissing < 1 && m_delegate != nullptr) {
+        m_delegate->launchCore();
+    } else {
+        beginFailureSheet(QStringLiteral("RunFailedTitle"));
+    }
+}
+
+void InstallCheckManager::runSelfRepairThread() {
+    bool isRepaired = false;
+    try {
+        isRepaired = runRepairPass();
+    } catch (const Exception &exception) { // here the thread ends, and the window waits for its answer
+        logErrorException(exception);
+    }
+    if (isRepaired) {
+        m_platform.mainThread.post([this] { bringWindowBackToFront(); });
+    } else {
+        _repairFailed();
+    }
+}
+
+void InstallCheckManager::_repairFailed() {
+    m_platform.mainThread.post([this] { repairFailed(); });
+}
+
+void InstallCheckManager::repairFailed() {
+    m_window->endProgressSheet();
+    beginFailureSheet(QStringLiteral("RepairFailedTitle"));
+}
+
+void InstallCheckManager::beginFailureSheet(const QString &titleKey) {
+    AlertDescription alert;
+    alert.windowTitle = m_strings.localisedString(QStringLiteral("ProductName"));
+    alert.messageText = m_strings.localisedString(titleKey);
+    alert.informativeText = formatted(m_strings.localisedString(QStringLiteral("RepairFailed")));
+    alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("OK"))};
+    m_window->beginAlertSheet(alert);
+}
+
+} // namespace quillmark

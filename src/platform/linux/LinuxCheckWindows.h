@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/CheckWindowView.h"
+
+namespace quillmark {
+
+class WindowModule;
+
+/// The window module's check window.
+class LinuxCheckWindows final : public CheckWindows {
+public:
+    explicit LinuxCheckWindows(WindowModule &windowModule) : m_windowModule(windowModule) {}
+    CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
+                          CheckWindowView::Owner &owner) override;
+
+private:
+    WindowModule &m_windowModule;
+};
+
+} // namespace quillmark
