@@ -7,9 +7,13 @@ namespace quillmark::ctl {
 namespace {
 
 constexpr Group kGroups[] = {
-    {"bundles", "application bundles on this computer"},   {"error", "texts of error numbers"},
-    {"host", "this computer's name, and other computers"}, {"log", "the log file"},
-    {"process", "applications and processes that run"},    {"version", "versions of the application and of texts"},
+    {"bundles", "application bundles on this computer"},
+    {"error", "texts of error numbers"},
+    {"header", "the header of the launcher's windows"},
+    {"host", "this computer's name, and other computers"},
+    {"log", "the log file"},
+    {"process", "applications and processes that run"},
+    {"version", "versions of the application and of texts"},
 };
 
 const CLI::App *chosen(const CLI::App &app) {
@@ -36,8 +40,8 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands :
-         {bundleCommands(), errorCommands(), installCommands(), integrityCommands(), logCommands(), processCommands(),
-          runCommands(), systemCommands(), textCommands(), versionCommands()}) {
+         {bundleCommands(), errorCommands(), headerCommands(), installCommands(), integrityCommands(), logCommands(),
+          processCommands(), runCommands(), systemCommands(), textCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

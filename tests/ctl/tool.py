@@ -11,7 +11,7 @@ from pathlib import Path
 
 APP = Path(os.environ["QUILLMARK_APP"])
 TOOL = APP / "Contents/MacOS/quillmarkctl"
-COMMANDS = ["bundles find", "bundles stale", "error posix", "host addresses", "host name", "host same", "host short",
+COMMANDS = ["bundles find", "bundles stale", "error posix", "header render", "host addresses", "host name", "host same", "host short",
             "log write", "process core-running", "process launch", "process list", "process quit", "process running", "repair", "run", "sign",
             "status", "system", "unzip", "verify", "text", "brand", "version build", "version component", "version parse", "version self"]
 

@@ -1,8 +1,10 @@
+#include "branding/windows/HeaderDrawing.h"
 #include "installcheck/windows/CheckWindow.h"
 #include "launcher/windows/Alerts.h"
 #include "launcher/windows/Display.h"
 #include "platform/linux/Windows.h"
 
+#include <QCoreApplication>
 #include <type_traits>
 
 namespace quillmark {
@@ -24,6 +26,18 @@ private:
     std::unique_ptr<CheckWindow> m_checkWindow;
 };
 
+/// Makes an application that needs no display and takes nothing from the desktop, unless there is one already.
+bool openWithoutDisplay() {
+    if (QCoreApplication::instance() == nullptr) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        for (const char *setting : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_SCALE_FACTOR"}) {
+            qunsetenv(setting);
+        }
+    }
+    QString obstacle; // speaks of a display
+    return openDisplay(obstacle);
+}
+
 } // namespace
 
 } // namespace quillmark
@@ -37,4 +51,16 @@ extern "C" Q_DECL_EXPORT quillmark::Windows *quillmarkOpenWindows(const QString 
     return windows;
 }
 
+extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture &picture, QByteArray &png,
+                                                  QString &obstacle) {
+    if (!quillmark::openWithoutDisplay()) {
+        obstacle = QStringLiteral("the window library can't draw off screen");
+        return false;
+    }
+    png = quillmark::drawnHeader(picture);
+    obstacle = QStringLiteral("there is not enough memory for the picture");
+    return !png.isEmpty();
+}
+
 static_assert(std::is_same_v<decltype(quillmarkOpenWindows), quillmark::QuillmarkOpenWindows>);
+static_assert(std::is_same_v<decltype(quillmarkDrawHeader), quillmark::QuillmarkDrawHeader>);

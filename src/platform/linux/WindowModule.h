@@ -20,6 +20,11 @@ public:
     /// \param obstacle receives the reason, as a part of a sentence.
     Windows *open(QString &obstacle);
 
+    /// Draws a header view off screen, with or without a display; afterwards open() gives windows that nobody sees,
+    /// unless it was called before.
+    /// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
+    bool drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle) const;
+
 private:
     const Bundle &m_bundle;
     Windows *m_windows = nullptr;

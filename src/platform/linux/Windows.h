@@ -2,11 +2,13 @@
 
 #include "platform/CheckWindowView.h"
 
+class QByteArray;
 class QString;
 
 namespace quillmark {
 
 class Alerts;
+struct HeaderPicture;
 
 /// Everything that needs a window library. It comes from a module of its own, which shares nothing with this program
 /// but Qt Core and these headers.
@@ -20,10 +22,16 @@ public:
                                              CheckWindowView::Owner &owner, QString &obstacle) = 0;
 };
 
-/// The module's one exported function. It connects to the display at its first success. Main thread only.
+/// One of the module's two exported functions. It connects to the display at its first success. Main thread only.
 /// \param resourceFolder where the application's pictures are. \param obstacle receives why there can be no windows.
 /// \returns the windows, which live as long as the process, or null.
 using QuillmarkOpenWindows = Windows *(const QString &resourceFolder, QString &obstacle);
 inline constexpr const char *kOpenWindowsSymbol = "quillmarkOpenWindows";
+
+/// The other: draws a header view off screen. It needs no display, and a process that has no windows yet will have none
+/// that anybody sees. Main thread only.
+/// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
+using QuillmarkDrawHeader = bool(const HeaderPicture &picture, QByteArray &png, QString &obstacle);
+inline constexpr const char *kDrawHeaderSymbol = "quillmarkDrawHeader";
 
 } // namespace quillmark

@@ -1,0 +1,142 @@
+#include "Command.h"
+
+#include "branding/BrandingManager.h"
+#include "branding/HeaderPicture.h"
+#include "platform/Bundle.h"
+#include "platform/Platform.h"
+#include "platform/PropertyList.h"
+#include "platform/linux/WindowModule.h"
+#include "utils/IntegerValue.h"
+
+#include <CLI/CLI.hpp>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+#include <memory>
+#include <unistd.h>
+
+namespace quillmark::ctl {
+
+namespace {
+
+constexpr const char *kStandardStream = "-";
+constexpr int kWidest = 4096;
+constexpr double kDensest = 4;
+
+struct RenderArguments {
+    std::string output;
+    std::optional<qint32> brand;
+    bool isWelcome = false;
+    bool isGeneric = false;
+    bool isHidden = false;
+    std::optional<std::string> title;
+    std::optional<std::string> logo;
+    int width = HeaderPicture().width;
+    double scale = HeaderPicture().scale;
+};
+
+Image pictureIn(const std::string &name) {
+    QString path = QFileInfo(QString::fromStdString(name)).absoluteFilePath();
+    QTemporaryFile copy; // pictures are decoded from files
+    if (name == kStandardStream) {
+        QFile input;
+        if (!input.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered) || !copy.open() ||
+            copy.write(input.readAll()) < 0 || !copy.flush()) {
+            throw Failure{QString::fromStdString(name), QStringLiteral("can't be read")};
+        }
+        path = copy.fileName();
+    }
+    const auto image = platform().images.load(path);
+    if (!image) {
+        throw Failure{QString::fromStdString(name),
+                      QStringLiteral("is no readable BMP or PNG picture of at most 4096 by 4096 pixels")};
+    }
+    return *image;
+}
+
+qint32 configurationBrand() {
+    const QString path = platform().mainBundle.pathForResource(QStringLiteral("Config"), QStringLiteral("plist"));
+    return static_cast<qint32>(
+        integerValueOf(platform().propertyList.readDictionary(path).value(QStringLiteral("Brand"))));
+}
+
+HeaderPicture pictureOf(const RenderArguments &arguments) {
+    const BrandingManager &branding = BrandingManager::sharedManager();
+    HeaderPicture picture;
+    picture.branding.resourceFolder = platform().mainBundle.resourcePath();
+    picture.branding.title =
+        arguments.title ? QString::fromStdString(*arguments.title) : QMLocalizedString(QStringLiteral("ProductName"));
+    picture.branding.accountBrand = [&] { return arguments.brand.value_or(branding.getBrandingID()); };
+    picture.branding.configurationBrand = [&] { return arguments.brand ? *arguments.brand : configurationBrand(); };
+    picture.branding.brandedLogo = [&](qint32 brand) { return branding.getBrandedLogoImageForBrandID(brand); };
+    if (arguments.logo) {
+        picture.logo = pictureIn(*arguments.logo);
+    }
+    picture.useGenericBranding = arguments.isGeneric;
+    picture.useWelcomeBranding = arguments.isWelcome;
+    picture.isVisible = !arguments.isHidden;
+    picture.width = arguments.width;
+    picture.scale = arguments.scale;
+    return picture;
+}
+
+void write(const QByteArray &bytes, const std::string &name) {
+    QFile file(QString::fromStdString(name));
+    const bool isOpen =
+        name == kStandardStream ? file.open(stdout, QIODevice::WriteOnly) : file.open(QIODevice::WriteOnly);
+    if (!isOpen || file.write(bytes) != bytes.size() || !file.flush()) {
+        throw Failure{file.fileName(), file.errorString()};
+    }
+}
+
+Answer render(const RenderArguments &arguments) {
+    const HeaderPicture picture = pictureOf(arguments);
+    // What the window library remarks about the session is of no use here.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
+    // This program's own module, also for the resources of another bundle.
+    const WindowModule module(nativePlatform().mainBundle);
+    QByteArray png;
+    QString obstacle;
+    if (!module.drawHeader(picture, png, obstacle)) {
+        throw Failure{QStringLiteral("header render"), obstacle};
+    }
+    write(png, arguments.output);
+    return Answer::Yes;
+}
+
+Action defineRender(CLI::App &app) {
+    const auto arguments = std::make_shared<RenderArguments>();
+    app.add_option("--output", arguments->output, "where the PNG is put; - is standard output")
+        ->required()
+        ->type_name("PNG");
+    app.add_option("--brand", arguments->brand,
+                   "draw for this brand, not for the account's or, with --welcome, the configuration's")
+        ->type_name("N");
+    app.add_flag("--welcome", arguments->isWelcome, "take the configuration's brand, as the welcome does");
+    app.add_flag("--generic", arguments->isGeneric, "draw without any logo, whatever the brand");
+    app.add_flag("--hidden", arguments->isHidden, "draw nothing at all");
+    app.add_option("--title", arguments->title, "the title, which may be empty")->type_name("T");
+    app.add_option("--logo", arguments->logo, "replace the product's own logo; - is standard input")
+        ->type_name("IMAGE");
+    app.add_option("--width", arguments->width, "the width in points, 600 if none is given")
+        ->type_name("W")
+        ->check(CLI::Range(1, kWidest));
+    app.add_option("--scale", arguments->scale, "pixels in a point, 1 if none is given")->type_name("S");
+    app.callback([arguments] {
+        if (!(arguments->scale >= 1 && arguments->scale <= kDensest)) { // what is no number is none of both
+            throw CLI::ValidationError("--scale", "has to be from 1 to 4");
+        }
+    });
+    return [arguments](const Output & /*output*/) { return render(*arguments); };
+}
+
+constexpr Command kCommands[] = {
+    {"header", "render", "draw the header of the launcher's windows, to see what a brand looks like",
+     "quillmarkctl header render --brand 15 --output header.png", defineRender},
+};
+
+} // namespace
+
+std::span<const Command> headerCommands() { return kCommands; }
+
+} // namespace quillmark::ctl
