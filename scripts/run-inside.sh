@@ -1,8 +1,9 @@
 # The part of ./run that happens in the private root, as the ordinary user. Its outcome, "core started (pid N)" or
-# "failed: WHY", is left in /tmp/outcome. Arguments: whether to keep the root up (yes or no), and a log level or "".
+# "failed: WHY", is left in /tmp/outcome. Arguments: whether to keep the root up (yes or no), and a log level or "", and whether
+# components are at fault (yes or no).
 # shellcheck shell=bash
 set -euo pipefail
-keep=$1 level=$2
+keep=$1 level=$2 broken=$3
 app=/Applications/Quillmark.app
 launcher=$app/Contents/MacOS/Quillmark
 core=$app/Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore
@@ -39,7 +40,7 @@ log_or_end() { compgen -G "$log_folder/*.log" >/dev/null || ended "$1"; }
 
 if [ -n "${DISPLAY-}" ]; then
   say "using the display $DISPLAY"
-else
+elif [ "$broken" = no ]; then
   Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>/tmp/display >/dev/null 2>&1 &
   within 20 test -s /tmp/display || fail "Xvfb does not start"
   DISPLAY=:$(cat /tmp/display)
