@@ -1,5 +1,6 @@
 #include "support/InstallCheckFixture.h"
 
+#include <algorithm>
 #include <random>
 
 namespace quillmark {
@@ -328,12 +329,8 @@ protected:
                 expected += updateToolRequests();
             }
         }
-        for (const Entry &entry : entries) {
-            if (isTreated(entry) && !repair(entry)) {
-                return false;
-            }
-        }
-        return true;
+        return std::all_of(entries.begin(), entries.end(),
+                           [this](const Entry &entry) { return !isTreated(entry) || repair(entry); });
     }
 
     QStringList expected;

@@ -7,7 +7,6 @@
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDialog>
 #include <QFile>
 #include <QHeaderView>
 #include <QIcon>
@@ -103,8 +102,6 @@ CheckWindow::CheckWindow(QDialog *window, const QIcon &icon, Owner &owner)
     prepareSheet();
 }
 
-CheckWindow::~CheckWindow() = default;
-
 void CheckWindow::connectButtons() {
     const auto connectButton = [this](QPushButton *button, void (Owner::*action)()) {
         if (button != nullptr) {
@@ -135,8 +132,8 @@ bool CheckWindow::eventFilter(QObject *watched, QEvent *event) {
         return true;
     }
     // A repair can't be called off half-way.
-    const bool isEscape =
-        event->type() == QEvent::KeyPress && static_cast<const QKeyEvent *>(event)->key() == Qt::Key_Escape;
+    const auto *const key = dynamic_cast<const QKeyEvent *>(event);
+    const bool isEscape = event->type() == QEvent::KeyPress && key != nullptr && key->key() == Qt::Key_Escape;
     if (watched == m_sheet && (isEscape || event->type() == QEvent::Close)) {
         event->ignore();
         return true;

@@ -2,11 +2,11 @@
 
 #include "platform/CheckWindowView.h"
 
+#include <QDialog>
 #include <QObject>
 #include <QPointer>
 #include <memory>
 
-class QDialog;
 class QIcon;
 class QLabel;
 class QProgressBar;
@@ -27,7 +27,6 @@ public:
     /// none.
     static std::unique_ptr<CheckWindow> load(const QString &interfaceFile, const HeaderBranding &branding,
                                              const QIcon &icon, Owner &owner, QString &obstacle);
-    ~CheckWindow() override;
 
     void setText(Outlet outlet, const QString &text) override;
     void useWelcomeBranding() override;
