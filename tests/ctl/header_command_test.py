@@ -1,0 +1,211 @@
+"""The header of the windows, drawn into a picture without a display."""
+
+import re
+import struct
+import subprocess
+import unittest
+import zlib
+
+from tool import APP, TOOL, ToolTest
+
+RESOURCES = APP / "Contents/Resources"
+WHITE, BLACK, CLEAR, GREY = (255, 255, 255, 255), (0, 0, 0, 255), (0, 0, 0, 0), (85, 85, 85, 255)
+RED = (255, 0, 0, 255)
+
+
+class Picture:
+    """A PNG of four channels, read without any picture library."""
+
+    def __init__(self, data):
+        assert data.startswith(b"\x89PNG\r\n\x1a\n")
+        self.chunks, position = {}, 8
+        while position < len(data):
+            length, kind = struct.unpack_from(">I4s", data, position)
+            self.chunks[kind] = self.chunks.get(kind, b"") + data[position + 8:position + 8 + length]
+            position += length + 12
+        self.width, self.height, *form = struct.unpack(">IIBBBBB", self.chunks[b"IHDR"])
+        assert form == [8, 6, 0, 0, 0], form
+        packed, size, above = zlib.decompress(self.chunks[b"IDAT"]), self.width * 4, bytes(self.width * 4)
+        self.rows = []
+        for y in range(self.height):
+            kind, row = packed[y * (size + 1)], bytearray(packed[y * (size + 1) + 1:(y + 1) * (size + 1)])
+            for x in range(size):
+                left, up, corner = (row[x - 4], above[x], above[x - 4]) if x >= 4 else (0, above[x], 0)
+                nearest = min((left, up, corner), key=lambda value: abs(left + up - corner - value))
+                row[x] = (row[x] + (0, left, up, (left + up) // 2, nearest)[kind]) % 256
+            self.rows.append(bytes(row))
+            above = row
+
+    def at(self, x, y):
+        """The colour of a pixel, from the left and from the top."""
+        return tuple(self.rows[y][x * 4:x * 4 + 4])
+
+    def place_of(self, color):
+        """Left, top, width and height of where a colour is."""
+        found = [(x, y) for y in range(self.height) for x in range(self.width) if self.at(x, y) == color]
+        columns, rows = ({point[axis] for point in found} for axis in (0, 1))
+        return (min(columns), min(rows), max(columns) - min(columns) + 1, max(rows) - min(rows) + 1) if found else None
+
+
+def bitmap(width, height, color=RED):
+    """A BMP of one colour."""
+    row = bytes(color[2::-1]) * width
+    pixels = (row + bytes(-len(row) % 4)) * height
+    return (struct.pack("<2sIII", b"BM", 54 + len(pixels), 0, 54) +
+            struct.pack("<IiiHHIIiiII", 40, width, height, 1, 24, 0, len(pixels), 2835, 2835, 0, 0) + pixels)
+
+
+class Header(ToolTest):
+    def render(self, *arguments):
+        """What is drawn, 100 points wide and without a title if nothing else is asked for."""
+        for option, value in (("--width", "100"), ("--title", "")):
+            arguments += () if option in arguments else (option, value)
+        return self.render_wide(*arguments)
+
+    def render_wide(self, *arguments):
+        """What is drawn, as wide as it is and with the title that it has if nothing else is asked for."""
+        output = self.home / "header.png"
+        done = self.run_tool("header", "render", "--output", output, *arguments)
+        self.assertEqual((done.stdout, done.stderr), ("", ""))
+        return Picture(output.read_bytes())
+
+    def write(self, name, contents):
+        (self.home / name).parent.mkdir(parents=True, exist_ok=True)
+        (self.home / name).write_bytes(contents)
+        return self.home / name
+
+    def test_is_600_points_wide_and_60_high_with_a_pixel_a_point(self):
+        picture = self.render_wide()
+        self.assertEqual((picture.width, picture.height), (600, 60))
+
+    def test_width_and_scale_can_be_chosen(self):
+        for width, scale, size in (("300", "1", (300, 60)), ("300", "2", (600, 120)), ("200", "1.5", (300, 90)),
+                                   ("1", "1", (1, 60)), ("10", "4", (40, 240))):
+            picture = self.render("--width", width, "--scale", scale)
+            self.assertEqual((picture.width, picture.height), size)
+            dots_per_meter = struct.unpack(">II", picture.chunks[b"pHYs"][:8])
+            self.assertEqual(dots_per_meter, (round(float(scale) * 72 / 0.0254),) * 2)
+
+    def test_without_a_brand_the_accounts_is_taken(self):
+        self.assertEqual(self.render().at(0, 0), WHITE)  # no account
+        self.assertEqual(self.render().rows, self.render("--brand", "-1").rows)
+
+    def test_each_brand_has_its_ground(self):
+        for brand, color in (("-2147483648", WHITE), ("-1", WHITE), ("0", WHITE), ("15", BLACK), ("10000", WHITE)):
+            picture = self.render("--brand", brand)
+            self.assertEqual((picture.at(0, 0), picture.at(0, 59)), (color, GREY), brand)
+        for brand in ("1", "10001", "2147483647"):
+            picture = self.render("--brand", brand)
+            self.assertNotIn(picture.at(0, 0), (WHITE, BLACK, CLEAR), brand)
+            self.assertEqual(picture.at(0, 59) == GREY, brand != "1")
+
+    def test_with_welcome_the_brand_is_the_configurations(self):
+        own = self.render("--brand", "1").rows
+        for brand in ("-1", "0", "1", "7", "10000"):
+            self.assertEqual(self.render("--welcome", "--brand", brand).rows, own, brand)
+        self.assertEqual(self.render("--welcome", "--brand", "15").at(0, 0), BLACK)
+        reseller = self.render("--welcome", "--brand", "10001")
+        self.assertEqual({reseller.at(x, y) for x in range(100) for y in range(59)}, {WHITE})
+
+    def test_without_a_brand_welcome_reads_the_configuration(self):
+        app = self.copy_app()
+        configuration = app / "Contents/Resources/Config.plist"
+        for brand, color in (("15", BLACK), ("10001", WHITE)):
+            configuration.write_text('<plist version="1.0"><dict><key>Brand</key><integer>' + brand +
+                                     "</integer></dict></plist>")
+            self.assertEqual(self.render("--bundle", app, "--welcome").at(0, 0), color)
+        configuration.unlink()
+        self.assertEqual(self.render("--bundle", app, "--welcome").rows, self.render("--brand", "1").rows)
+
+    def test_the_generic_form_is_the_same_for_every_brand(self):
+        forms = [self.render("--generic", "--brand", brand).rows for brand in ("-1", "1", "15", "10001")]
+        self.assertEqual(forms, [forms[0]] * 4)
+
+    def test_a_hidden_header_is_clear(self):
+        picture = self.render("--hidden", "--title", "Hello")
+        self.assertEqual(picture.place_of(CLEAR), (0, 0, 100, 60))
+
+    def test_the_title_is_the_products_name_if_none_is_given(self):
+        without = self.render_wide("--brand", "15")
+        self.assertEqual(without.rows, self.render_wide("--brand", "15", "--title", "Quillmark").rows)
+        self.assertNotEqual(without.rows, self.render_wide("--brand", "15", "--title", "Mark").rows)
+        left, top, width, height = self.render_wide("--brand", "10001", "--welcome").place_of(BLACK)
+        self.assertTrue(20 <= left < 24 and 20 <= top and top + height <= 40 and width > 50, (left, top, width, height))
+        self.assertIsNone(self.render_wide("--brand", "10001", "--welcome", "--title", "").place_of(BLACK))
+
+    def test_the_own_logo_is_replaced(self):
+        logo = self.write("logo.bmp", bitmap(30, 45))
+        self.assertEqual(self.render("--brand", "1", "--logo", logo).place_of(RED), (55, 8, 30, 45))
+        self.assertIsNone(self.render("--brand", "7", "--logo", logo).place_of(RED), "other brands have their own")
+
+    def test_the_logo_can_come_from_standard_input(self):
+        done = subprocess.run([TOOL, "header", "render", "--brand", "1", "--logo", "-", "--output", "-", "--width", "100"],
+                              input=bitmap(30, 30), capture_output=True, timeout=60, env={"HOME": str(self.home)})
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        self.assertEqual(Picture(done.stdout).place_of(RED), (55, 15, 30, 30))
+
+    def test_a_downloaded_logo_is_drawn_for_its_brand(self):
+        self.write("Library/Application Support/Quillmark/logo-7.bmp", bitmap(20, 20))
+        self.assertEqual(self.render("--brand", "7").place_of(RED), (65, 20, 20, 20))
+        self.assertIsNone(self.render("--brand", "8").place_of(RED))
+
+    def test_a_relative_name_is_not_taken_for_a_resource(self):
+        self.write("logo-15.bmp", bitmap(120, 44))
+        done = subprocess.run([TOOL, "header", "render", "--brand", "1", "--logo", "logo-15.bmp", "--output", "-",
+                               "--scale", "2"], cwd=self.home, capture_output=True, timeout=60,
+                              env={"HOME": str(self.home)})
+        self.assertEqual(Picture(done.stdout).place_of(RED), (930, 16, 240, 88))
+
+    def test_another_bundles_artwork_is_drawn_by_this_programs_module(self):
+        app = self.copy_app()
+        (app / "Contents/PlugIns/libquillmark-windows.so").write_bytes(b"")
+        (app / "Contents/Resources/appheade_bg.png").write_bytes(b"")
+        (app / "Contents/Resources/appheader_logo.png").write_bytes(bitmap(20, 20))
+        picture = self.render("--bundle", app, "--brand", "1")
+        self.assertEqual((picture.at(0, 0), picture.place_of(RED)), (CLEAR, (65, 20, 20, 20)))
+
+    def test_a_logo_that_is_none_is_named(self):
+        for name, contents in (("text.bmp", b"no picture"), ("cut.png", b"\x89PNG\r\n\x1a\n"), ("empty.bmp", b"")):
+            path = self.write(name, contents)
+            self.assertIn(f"quillmarkctl: {path}: ", self.failure("header", "render", "--output", "-", "--logo", path))
+        missing = self.home / "missing.png"
+        self.assertIn(f"quillmarkctl: {missing}: ", self.failure("header", "render", "--output", "-", "--logo", missing))
+        self.assertIn("quillmarkctl: -: ", self.failure("header", "render", "--output", "-", "--logo", "-"))
+
+    def test_a_picture_that_cannot_be_written_is_a_failure(self):
+        for path in (self.home, self.home / "none/header.png", "/dev/full"):
+            self.assertIn(f"quillmarkctl: {path}: ", self.failure("header", "render", "--output", path))
+
+    def test_a_wrong_value_is_a_wrong_command_line(self):
+        for arguments in ([], ["--output"], ["--output", "-", "--brand", "x"], ["--output", "-", "--brand", "2147483648"],
+                          ["--output", "-", "--width", "0"], ["--output", "-", "--width", "4097"],
+                          ["--output", "-", "--scale", "0.5"], ["--output", "-", "--scale", "4.1"],
+                          ["--output", "-", "--scale", "nan"], ["--output", "-", "more"]):
+            self.failure("header", "render", *arguments, status=2)
+
+    def test_without_the_module_the_reason_is_told(self):
+        app = self.copy_app()
+        (app / "Contents/PlugIns/libquillmark-windows.so").unlink()
+        done = subprocess.run([app / "Contents/MacOS/quillmarkctl", "header", "render", "--output", self.home / "h.png"],
+                              capture_output=True, text=True, timeout=60, env={"HOME": str(self.home)})
+        self.assertEqual((done.returncode, done.stdout), (3, ""))
+        self.assertRegex(done.stderr, r"\Aquillmarkctl: header render: [^\n]*libquillmark-windows.so[^\n]*\n\Z")
+        self.assertFalse((self.home / "h.png").exists())
+
+    def test_no_desktop_setting_and_no_display_takes_part(self):
+        plain = self.render("--brand", "1", "--title", "Hello").rows
+        for changes in ({"DISPLAY": ":65000"}, {"WAYLAND_DISPLAY": "wayland-7"}, {"QT_QPA_PLATFORM": "slate"},
+                        {"QT_SCALE_FACTOR": "3"}, {"QT_STYLE_OVERRIDE": "slate"}, {"QT_QPA_PLATFORMTHEME": "gtk3"}):
+            output = self.home / "other.png"
+            self.run_tool("header", "render", "--output", output, "--width", "100", "--brand", "1", "--title", "Hello",
+                          **changes)
+            self.assertEqual(Picture(output.read_bytes()).rows, plain, changes)
+
+    def test_loads_the_window_libraries(self):
+        done = subprocess.run([TOOL, "header", "render", "--output", "-"], capture_output=True, timeout=60,
+                              env={"HOME": str(self.home), "LD_DEBUG": "files"})
+        self.assertTrue(re.search(rb"calling init: \S*libQt6Widgets", done.stderr))
+
+
+if __name__ == "__main__":
+    unittest.main()
