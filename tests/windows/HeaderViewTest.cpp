@@ -181,6 +181,15 @@ TEST_F(HeaderView, TheTitleStandsInItsRectangle) {
     }
 }
 
+TEST_F(HeaderView, LettersOfAnotherFontStandOnTheSameLine) {
+    accountBrand = 15;
+    const QRect letter((QPointF(20, 0) * scale()).toPoint(), (QSizeF(15, 60) * scale()).toSize());
+    view().setTitle(QStringLiteral("M"));
+    const QImage alone = draw().copy(letter);
+    view().setTitle(QStringLiteral("M確認"));
+    EXPECT_EQ(draw().copy(letter), alone);
+}
+
 TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatTheOwnLogoIsDrawnWith) {
     branding.title = QLatin1StringView(kLongTitle);
     view().setLogoImage(plainLogo(200, 120));

@@ -171,8 +171,11 @@ void QuillmarkHeaderView::drawTitle(QPainter &painter, const QColor &color, qrea
     const QString line = lineLength < 0 ? m_title : m_title.left(lineLength) + QChar(0x2026);
     painter.setFont(m_font);
     painter.setPen(color);
-    painter.drawText(fromBelow(kTitleX, kTitleY, width, kTitleHeight), Qt::AlignLeft | Qt::AlignTop | Qt::TextDontClip,
-                     QFontMetricsF(m_font, this).elidedText(line, Qt::ElideRight, width));
+    // The title font's own ascent: letters that it lacks come from fonts with other ones, and would stand lower.
+    const QFontMetricsF metrics(m_font, this);
+    const QRectF rectangle = fromBelow(kTitleX, kTitleY, width, kTitleHeight);
+    painter.drawText(rectangle.topLeft() + QPointF(0, metrics.ascent()),
+                     metrics.elidedText(line, Qt::ElideRight, width));
 }
 
 } // namespace quillmark
