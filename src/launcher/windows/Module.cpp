@@ -58,7 +58,9 @@ extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture
         return false;
     }
     png = quillmark::drawnHeader(picture);
-    obstacle = QStringLiteral("there is not enough memory for the picture");
+    if (png.isEmpty()) {
+        obstacle = QStringLiteral("there is not enough memory for the picture");
+    }
     return !png.isEmpty();
 }
 
