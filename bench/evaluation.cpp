@@ -2,7 +2,7 @@
 // run, beside a bare posix_spawn with one pipe.
 
 #include "accounts/KeyList.h"
-#include "branding/LocalizedStrings.h"
+#include "branding/BrandingManager.h"
 #include "installcheck/InstallCheckManager.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
@@ -92,13 +92,14 @@ private:
     }
     std::unique_ptr<InstallCheckManager> over(const QVariantList &items) {
         write("A.app/Contents/Resources/RequiredItems.plist", {{QStringLiteral("RequiredItems"), items}});
-        return std::make_unique<InstallCheckManager>(m_platform, m_strings, m_updateTool);
+        return std::make_unique<InstallCheckManager>(m_platform, m_strings, m_branding, m_updateTool);
     }
 
     const std::filesystem::path m_root = std::filesystem::temp_directory_path() / "quillmark-bench-components";
     const std::unique_ptr<quillmark::Bundle> m_bundle = nativeBundle(QString::fromStdString(m_root / "A.app"));
     const Platform m_platform = nativePlatform().with(*m_bundle);
     LocalizedStrings m_strings{*m_bundle};
+    BrandingManager m_branding{*m_bundle, nativePlatform().images, m_strings, [] { return -1; }};
     UpdateToolManager m_updateTool{m_platform};
 };
 
