@@ -3,17 +3,16 @@
 #include "platform/BundleSearch.h"
 #include "platform/HomeFolder.h"
 #include "platform/PropertyList.h"
+#include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/SessionBus.h"
 
 #include <QFile>
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <csignal>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
-#include <spawn.h>
 #include <unistd.h>
 #include <vector>
 
@@ -26,36 +25,16 @@ constexpr QLatin1StringView kFinderPath("/System/Library/CoreServices/Finder.app
 
 /// Starts a program that has nothing in common with this process but its user and its environment.
 bool spawnDetached(const QByteArray &executable, const QByteArray &onlyArgument = {}) {
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    if (::posix_spawn_file_actions_init(&actions) != 0) {
-        return false;
-    }
-    if (::posix_spawnattr_init(&attributes) != 0) {
-        ::posix_spawn_file_actions_destroy(&actions);
-        return false;
-    }
-    sigset_t none;
-    sigset_t all;
-    ::sigemptyset(&none);
-    ::sigfillset(&all);
-    ::posix_spawnattr_setsigmask(&attributes, &none);
-    ::posix_spawnattr_setsigdefault(&attributes, &all);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-    ::posix_spawn_file_actions_addchdir_np(&actions, "/"); // no folder is kept busy
+    DetachedSpawn spawn;
+    spawn.open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    spawn.open(STDOUT_FILENO, "/dev/null", O_WRONLY);
+    spawn.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+    spawn.changeFolder("/"); // no folder is kept busy
 
-    QByteArray argument = executable;
+    QByteArray first = executable;
     QByteArray second = onlyArgument;
-    char *arguments[] = {argument.data(), second.isEmpty() ? nullptr : second.data(), nullptr};
-    pid_t child = 0;
-    const int error = ::posix_spawn(&child, executable.constData(), &actions, &attributes, arguments, environ);
-    ::posix_spawnattr_destroy(&attributes);
-    ::posix_spawn_file_actions_destroy(&actions);
-    return error == 0;
+    char *arguments[] = {first.data(), second.isEmpty() ? nullptr : second.data(), nullptr};
+    return spawn.start(executable.constData(), arguments, environ) == 0;
 }
 
 std::vector<int> processNumbers() {

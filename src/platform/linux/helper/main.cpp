@@ -3,6 +3,7 @@
 ///
 /// It trusts nothing that it is given but what the password was given for: to run what its launcher names.
 
+#include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/HelperProtocol.h"
 
 #include <array>
@@ -12,7 +13,6 @@
 #include <cstring>
 #include <fcntl.h>
 #include <optional>
-#include <spawn.h>
 #include <string_view>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -106,32 +106,15 @@ std::optional<std::vector<char *>> textsOf(char *bytes, size_t size) {
 }
 
 HelperAnswer start(const std::vector<char *> &texts, const Output &output) {
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    if (::posix_spawn_file_actions_init(&actions) != 0 || ::posix_spawnattr_init(&attributes) != 0) {
-        return ENOMEM;
-    }
-    sigset_t none;
-    sigset_t all;
-    ::sigemptyset(&none);
-    ::sigfillset(&all);
-    ::posix_spawnattr_setsigmask(&attributes, &none);
-    ::posix_spawnattr_setsigdefault(&attributes, &all);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    quillmark::DetachedSpawn spawn;
+    spawn.open(STDIN_FILENO, "/dev/null", O_RDONLY);
     if (output.get() >= 0) {
-        ::posix_spawn_file_actions_adddup2(&actions, output.get(), STDOUT_FILENO);
+        spawn.duplicate(output.get(), STDOUT_FILENO);
     }
-    ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-
     std::array<char, 64> path{"PATH=/usr/bin:/bin:/usr/sbin:/sbin"};
     std::array<char, 16> language{"LANG=C.UTF-8"};
     std::array<char *, 3> environment{path.data(), language.data(), nullptr};
-    pid_t child = 0;
-    const int error = ::posix_spawn(&child, texts[0], &actions, &attributes, texts.data(), environment.data());
-    ::posix_spawnattr_destroy(&attributes);
-    ::posix_spawn_file_actions_destroy(&actions);
-    return error;
+    return spawn.start(texts[0], texts.data(), environment.data());
 }
 
 bool send(const void *bytes, size_t size) {
