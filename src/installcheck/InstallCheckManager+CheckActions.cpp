@@ -117,7 +117,9 @@ void InstallCheckManager::bringWindowBackToFront() {
     m_window->endProgressSheet();
     if (checkForRequiredItems()) {
         runQuillmark();
-        m_platform.application.terminate();
+        if (m_numberItemsMissing < 1) { // else an alert covers the window, and holds the end up
+            m_platform.application.terminate();
+        }
     }
 }
 

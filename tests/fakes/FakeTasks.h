@@ -6,6 +6,7 @@
 #include <QMap>
 #include <QStringList>
 #include <cstdlib>
+#include <functional>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -21,6 +22,7 @@ public:
     int usualStatus = 1;
     QMap<QString, QByteArray> outputs; ///< by path
     QStringList unstartable;           ///< paths
+    std::function<void()> onLaunch;    ///< called before each launch
     bool canStart = true;
 
     std::optional<int> run(const QString &path, const QStringList &arguments) override {
@@ -42,6 +44,9 @@ public:
     std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
                                     StandardError /*standardError*/) override {
         m_transcript.record(QStringLiteral("launch ") + path + u' ' + arguments.join(u' '));
+        if (onLaunch) {
+            onLaunch();
+        }
         if (!canStart || unstartable.contains(path)) {
             return std::nullopt;
         }

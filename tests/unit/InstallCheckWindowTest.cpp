@@ -13,9 +13,12 @@ class FakeDelegate final : public ApplicationDelegate {
 public:
     explicit FakeDelegate(test::Transcript &transcript) : m_transcript(transcript) {}
     qint32 brandId() const override { return 15; }
+    bool endsTheProcess = true;
     void launchCore() override {
         m_transcript.record(QStringLiteral("launchCore"));
-        throw test::Terminated();
+        if (endsTheProcess) {
+            throw test::Terminated();
+        }
     }
 
 private:
@@ -149,6 +152,29 @@ TEST_F(InstallCheckWindow, ARepairThatHelpedStartsTheCore) {
     installBundle(QStringLiteral("none"), QStringLiteral("1.14.4")); // which the repair was asked for
     EXPECT_THROW(platform.mainThread.pump(), test::Terminated);
     EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet", "launchCore"}));
+}
+
+TEST_F(InstallCheckWindow, TheLauncherEndsAfterARepairEvenIfTheCoresLaunchDoesNotEndIt) {
+    RequiredItem item = missing("Bundle", "a");
+    item.insert(kVersion, QStringLiteral("1.14.4"));
+    show({item});
+    installBundle(QStringLiteral("none"), QStringLiteral("1.14.4"));
+    delegate.endsTheProcess = false;
+    EXPECT_THROW(manager().bringWindowBackToFront(), test::Terminated);
+    EXPECT_EQ(calls().mid(2), listOf({"launchCore", "terminate"}));
+}
+
+TEST_F(InstallCheckWindow, WhatBreaksBetweenTheLastTwoLooksIsAnAlertAndTheLauncherStays) {
+    RequiredItem bundle = missing("Bundle", "a");
+    bundle.insert(kVersion, QStringLiteral("1.14.4"));
+    platform.tasks.outputs.insert(kAdministratorsTool, "Limited 1.14.4.1303");
+    show({bundle, itemOf("QMTool", "env", kAdministratorsTool)});
+    const QString folder = installBundle(QStringLiteral("none"), QStringLiteral("1.14.4"));
+    platform.tasks.onLaunch = [folder] { QDir(folder).removeRecursively(); }; // after the bundle was looked at
+    manager().bringWindowBackToFront();
+    QStringList made = calls();
+    made.removeIf([](const QString &call) { return call.startsWith(u"launch "); });
+    EXPECT_EQ(made.mid(2), listOf({"beginAlertSheet RunFailedTitle | 50% failed | OK"}));
 }
 
 TEST_F(InstallCheckWindow, ARepairThatDidNotHelpShowsTheWindowAgainWithWhatIsLeft) {
