@@ -1,8 +1,8 @@
 #include "Command.h"
 
 #include "branding/BrandingManager.h"
-#include "branding/HeaderPicture.h"
 #include "platform/Bundle.h"
+#include "platform/HeaderPicture.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
 #include "platform/linux/WindowModule.h"

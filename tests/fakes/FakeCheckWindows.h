@@ -1,9 +1,9 @@
 #pragma once
 
-#include "branding/HeaderBranding.h"
 #include "fakes/Transcript.h"
 #include "platform/Alerts.h"
 #include "platform/CheckWindowView.h"
+#include "platform/HeaderBranding.h"
 
 #include <QMap>
 #include <optional>

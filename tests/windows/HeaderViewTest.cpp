@@ -1,7 +1,7 @@
 // The header by numbers: in points, from the left and from below.
 
-#include "branding/HeaderPicture.h"
 #include "platform/Bundle.h"
+#include "platform/HeaderPicture.h"
 #include "platform/Images.h"
 #include "platform/linux/WindowModule.h"
 #include "windows/HeaderFixture.h"

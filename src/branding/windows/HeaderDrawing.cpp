@@ -1,7 +1,7 @@
 #include "branding/windows/HeaderDrawing.h"
 
-#include "branding/HeaderPicture.h"
 #include "branding/windows/QuillmarkHeaderView.h"
+#include "platform/HeaderPicture.h"
 
 #include <QBuffer>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "branding/BrandingManager.h"
-#include "branding/HeaderBranding.h"
 #include "branding/windows/HeaderImage.h"
+#include "platform/HeaderBranding.h"
 
 #include <QFont>
 #include <QWidget>

@@ -1,9 +1,9 @@
 #include "installcheck/windows/CheckWindow.h"
 
-#include "branding/HeaderBranding.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "launcher/windows/AlertDialog.h"
 #include "platform/Alerts.h"
+#include "platform/HeaderBranding.h"
 
 #include <QApplication>
 #include <QCloseEvent>

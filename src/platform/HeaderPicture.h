@@ -1,6 +1,6 @@
 #pragma once
 
-#include "branding/HeaderBranding.h"
+#include "platform/HeaderBranding.h"
 
 namespace quillmark {
 
