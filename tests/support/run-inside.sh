@@ -1,19 +1,20 @@
 # The part of ./run that happens in the private root, as the ordinary user. Its outcome, "core started (pid N)" or
-# "failed: WHY", is left in /tmp/outcome. Arguments: whether to keep the root up (yes or no), and a log level or "", and whether
-# components are at fault (yes or no).
+# "failed: WHY", is left in /tmp/outcome, and the launcher's process id in /tmp/launcher.pid as soon as it runs. Arguments:
+# whether to keep the root up (yes or no), and a log level or "".
 # shellcheck shell=bash
 set -euo pipefail
-keep=$1 level=$2 broken=$3
+keep=$1 level=$2
 app=/Applications/Quillmark.app
 launcher=$app/Contents/MacOS/Quillmark
 core=$app/Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore
 log_folder=~/Library/Logs/Quillmark/Quillmark
 core_log=~/Library/Logs/Quillmark/QuillmarkCore/QuillmarkCore.log
-patience=60 # seconds that the launcher may take where nobody can answer its questions, or the core to appear or quit
+patience=30 # seconds that the launcher may take where nobody can answer its questions, or the core to appear or quit
 
 say() { printf 'run: %s\n' "$*"; }
-# The outcome appears whole or not at all: ./run looks for it meanwhile.
-outcome() { echo "$*" >/tmp/outcome.new && mv /tmp/outcome.new /tmp/outcome; }
+# leave FILE TEXT   The file appears whole or not at all: others look for it meanwhile.
+leave() { echo "$2" >"$1.new" && mv "$1.new" "$1"; }
+outcome() { leave /tmp/outcome "$*"; }
 fail() {
   outcome "failed: $*"
   exit 1
@@ -40,7 +41,7 @@ log_or_end() { compgen -G "$log_folder/*.log" >/dev/null || ended "$1"; }
 
 if [ -n "${DISPLAY-}" ]; then
   say "using the display $DISPLAY"
-elif [ "$broken" = no ]; then
+else
   Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>/tmp/display >/dev/null 2>&1 &
   within 20 test -s /tmp/display || fail "Xvfb does not start"
   DISPLAY=:$(cat /tmp/display)
@@ -61,6 +62,7 @@ say "starting $launcher"
 [ -s /tmp/display ] && limit=(timeout "$patience") || limit=()
 "${limit[@]}" "$launcher" </dev/null >/tmp/launcher.out 2>/tmp/launcher.err &
 pid=$!
+leave /tmp/launcher.pid $pid
 within "$patience" log_or_end "$pid" || :
 if log=$(compgen -G "$log_folder/*.log" | head -n 1); then
   say "the launcher's log, $log:"
