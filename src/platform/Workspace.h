@@ -30,7 +30,7 @@ public:
     virtual QString bundleWithIdentifier(const QString &bundleIdentifier) const = 0;
 
     /// Starts an application, given its bundle or the executable inside it, in a session of its own. It inherits
-    /// neither descriptors nor signal settings and outlives this process.
+    /// neither descriptors nor signal settings and outlives this process. One that runs already is not started again.
     /// \returns false when it could not be started.
     virtual bool launchApplication(const QString &path) = 0;
 

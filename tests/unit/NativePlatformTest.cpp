@@ -132,7 +132,8 @@ TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
     const test::TemporaryHome home;
     const test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
-    const LinuxWorkspace workspace(propertyList, bus);
+    test::FakeClock clock;
+    const LinuxWorkspace workspace(propertyList, bus, clock);
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User),
               QStringList({home.path(QStringLiteral("Applications"))}));
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), QStringList({QStringLiteral("/Applications")}));
@@ -142,12 +143,43 @@ TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
     const test::TemporaryHome home;
     const test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
-    LinuxWorkspace workspace(propertyList, bus);
+    test::FakeClock clock;
+    LinuxWorkspace workspace(propertyList, bus, clock);
     EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("missing"))));
     EXPECT_FALSE(workspace.launchApplication(home.write(QStringLiteral("not executable"), "x")));
     EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("None.app"))));
     EXPECT_FALSE(workspace.launchApplication(QString()));
     EXPECT_FALSE(workspace.launchApplication(QStringLiteral("relative")));
+}
+
+TEST(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
+    const test::TemporaryHome home;
+    const test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    test::FakeClock clock;
+    LinuxWorkspace workspace(propertyList, bus, clock);
+    const QString bundle = home.path(QStringLiteral("Endless.app"));
+    home.makeFolder(QStringLiteral("Endless.app/Contents/MacOS"));
+    ASSERT_TRUE(QFile::copy(QStringLiteral("/usr/bin/yes"), bundle + QStringLiteral("/Contents/MacOS/Endless")));
+    const auto processes = [&] {
+        QList<int> found;
+        for (const QVariantMap &record : workspace.launchedApplications()) {
+            if (record.value(kApplicationPath) == bundle) {
+                found << record.value(kApplicationProcessIdentifier).toInt();
+            }
+        }
+        return found;
+    };
+    for (int round = 0; round < 2; ++round) { // once it has ended, it is
+        EXPECT_TRUE(workspace.launchApplication(bundle));
+        EXPECT_TRUE(workspace.launchApplication(bundle));
+        const QList<int> running = processes();
+        EXPECT_EQ(running.size(), 1);
+        for (const int process : running) {
+            ::kill(process, SIGKILL);
+            ::waitpid(process, nullptr, 0);
+        }
+    }
 }
 
 class FileManager : public testing::Test {
@@ -156,7 +188,8 @@ protected:
 
     test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
-    LinuxWorkspace workspace{propertyList, bus};
+    test::FakeClock clock;
+    LinuxWorkspace workspace{propertyList, bus, clock};
     LinuxAppleEvents events{workspace, bus};
 
     /// What comes of a request to quit.
@@ -208,7 +241,8 @@ TEST(AppleEventsTest, AnApplicationWithAnActionToQuitGetsNoSignal) {
     test::FakeSessionBus bus;
     const QString identifier = QStringLiteral("com.example.polite");
     bus.quittable << identifier;
-    LinuxWorkspace workspace(propertyList, bus); // where it does not run, so that a signal would fail
+    test::FakeClock clock;
+    LinuxWorkspace workspace(propertyList, bus, clock); // where it does not run, so that a signal would fail
     LinuxAppleEvents events(workspace, bus);
     std::unique_ptr<AppleEvents::Event> event;
     ASSERT_EQ(events.buildQuitEvent(identifier, event), 0);
@@ -219,7 +253,8 @@ TEST(AppleEventsTest, AnApplicationWithAnActionToQuitGetsNoSignal) {
 TEST(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
     const test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
-    LinuxWorkspace workspace(propertyList, bus);
+    test::FakeClock clock;
+    LinuxWorkspace workspace(propertyList, bus, clock);
     LinuxAppleEvents events(workspace, bus);
     std::unique_ptr<AppleEvents::Event> event;
     EXPECT_EQ(events.buildQuitEvent(QString(), event), -50);

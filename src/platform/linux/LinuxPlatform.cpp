@@ -44,7 +44,7 @@ struct LinuxBackends {
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
     LinuxTasks tasks;
     SessionModule sessionModule{mainBundle};
-    LinuxWorkspace workspace{propertyList, sessionModule};
+    LinuxWorkspace workspace{propertyList, sessionModule, clock};
     LinuxAppleEvents appleEvents{workspace, sessionModule};
 
     Platform platform{alerts, appleEvents, application,  authorization, mainBundle, checkWindows, clock,

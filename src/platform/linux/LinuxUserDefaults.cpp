@@ -1,35 +1,19 @@
 #include "platform/linux/LinuxUserDefaults.h"
 
 #include "platform/Clock.h"
-#include "platform/Descriptor.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadFile.h"
+#include "platform/linux/FolderLock.h"
 
 #include <QDir>
 #include <QFile>
 #include <QSaveFile>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/file.h>
 
 namespace quillmark {
 
 namespace {
-
-/// The folder, open and locked against other writers until it is closed. A holder keeps the lock for milliseconds, so
-/// one that does not let go counts as a failure.
-Descriptor lockedFolder(const QString &path, Clock &clock) {
-    constexpr int kAttempts = 200;
-    constexpr std::chrono::milliseconds kPause(10);
-    Descriptor folder(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    for (int attempt = 0; folder.isOpen() && attempt < kAttempts; ++attempt) {
-        if (::flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
-            return folder;
-        }
-        clock.sleep(kPause);
-    }
-    return {};
-}
 
 void apply(const QVariantMap &changes, QVariantMap &values) {
     for (auto change = changes.begin(); change != changes.end(); ++change) {

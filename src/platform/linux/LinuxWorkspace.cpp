@@ -4,6 +4,7 @@
 #include "platform/HomeFolder.h"
 #include "platform/PropertyList.h"
 #include "platform/linux/DetachedSpawn.h"
+#include "platform/linux/FolderLock.h"
 #include "platform/linux/SessionBus.h"
 
 #include <QFile>
@@ -76,6 +77,12 @@ QString bundleOf(const QString &executable) {
     return bundle.endsWith(u".app") ? bundle : QString();
 }
 
+bool isRunning(const QString &executable) {
+    const std::vector<int> processes = processNumbers();
+    return std::any_of(processes.begin(), processes.end(),
+                       [&executable](int process) { return executableOfProcess(process) == executable; });
+}
+
 } // namespace
 
 QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
@@ -125,7 +132,15 @@ bool LinuxWorkspace::launchApplication(const QString &path) {
         return true;
     }
     const QString executable = executableOf(path);
-    return executable.startsWith(u'/') && spawnDetached(QFile::encodeName(executable));
+    if (!executable.startsWith(u'/')) {
+        return false;
+    }
+    if (bundleOf(executable).isNull()) {
+        return spawnDetached(QFile::encodeName(executable));
+    }
+    // So that of several that launch it at once one does.
+    const Descriptor lock = lockedFolder(executable.left(executable.lastIndexOf(u'/')), m_clock);
+    return isRunning(executable) || spawnDetached(QFile::encodeName(executable));
 }
 
 bool LinuxWorkspace::openFolder(const QString &path) {

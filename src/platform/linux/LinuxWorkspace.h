@@ -4,6 +4,7 @@
 
 namespace quillmark {
 
+class Clock;
 class PropertyList;
 class SessionBus;
 
@@ -11,8 +12,8 @@ class SessionBus;
 /// wants it, so it can always be launched.
 class LinuxWorkspace final : public Workspace {
 public:
-    LinuxWorkspace(const PropertyList &propertyList, SessionBus &sessionBus)
-        : m_propertyList(propertyList), m_sessionBus(sessionBus) {}
+    LinuxWorkspace(const PropertyList &propertyList, SessionBus &sessionBus, Clock &clock)
+        : m_propertyList(propertyList), m_sessionBus(sessionBus), m_clock(clock) {}
 
     QStringList applicationsFolders(Domain domain) const override;
     /// Processes whose program is the main executable of a bundle, and the file manager, by process number.
@@ -27,6 +28,7 @@ private:
 
     const PropertyList &m_propertyList;
     SessionBus &m_sessionBus;
+    Clock &m_clock;
 };
 
 } // namespace quillmark
