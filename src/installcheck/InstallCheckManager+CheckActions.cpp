@@ -120,6 +120,8 @@ void InstallCheckManager::bringWindowBackToFront() {
         if (m_numberItemsMissing < 1) { // else an alert covers the window, and holds the end up
             m_platform.application.terminate();
         }
+    } else {
+        _flushLog(); // here and before each alert: the user may look at the log while the launcher waits for him
     }
 }
 
@@ -128,6 +130,7 @@ void InstallCheckManager::runQuillmark() {
     if (m_numberItemsMissing < 1 && m_delegate != nullptr) {
         m_delegate->launchCore();
     } else {
+        m_window->setFaults(faults()); // "Continue" repairs these now, and not what the window came up with
         beginFailureSheet(QStringLiteral("RunFailedTitle"));
     }
 }
@@ -161,6 +164,7 @@ void InstallCheckManager::beginFailureSheet(const QString &titleKey) {
     alert.messageText = m_strings.localisedString(titleKey);
     alert.informativeText = formatted(m_strings.localisedString(QStringLiteral("RepairFailed")));
     alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("OK"))};
+    _flushLog();
     m_window->beginAlertSheet(alert);
 }
 

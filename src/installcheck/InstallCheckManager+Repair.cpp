@@ -3,6 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "tools/UpdateToolManager.h"
+#include "utils/Log.h"
 
 namespace quillmark {
 
@@ -13,6 +14,9 @@ constexpr QStringView kUpdateTool = u"updateqm";
 bool isMissingOrOld(const QString &status) { return status == u"Missing" || status == u"Old Version"; }
 
 bool hasWrongPermissions(const QString &status) { return status == u"Wrong Permissions"; }
+
+/// What the update tool itself says of it goes to standard error.
+void logFailure(const RequiredItem &item) { logError("\"%@\" could not be repaired", textOf(item, kName)); }
 
 bool isSuccess(qint32 result) { return result == UpdateToolManager::kSucceeded; }
 
@@ -63,6 +67,7 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
         if (textOf(item, kName) == kUpdateTool) {
             tell(textOf(item, kName), QStringLiteral("installing the update tool"));
             if (!repairUpdateQM(item)) {
+                logFailure(item);
                 return false;
             }
         }
@@ -74,11 +79,13 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
         if (rule != nullptr && isToBeRepaired(item, rule->isNotRequiredRepaired)) {
             tell(textOf(item, kName), QStringLiteral("repairing what is \"%1\"").arg(statusKeyOf(item)));
             if (!(this->*rule->repair)(item)) {
+                logFailure(item);
                 return false;
             }
         }
     }
     if (areIntel_10_5FixesRequired() && !installIntel_10_5_Fixes()) {
+        logError("The fixes for this system could not be installed");
         return false;
     }
     m_platform.clock.sleep(kPause);

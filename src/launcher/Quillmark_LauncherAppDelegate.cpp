@@ -36,6 +36,7 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
         launchCore();
     }
     logFaults(installCheck);
+    _flushLog(); // the user may look at the log while the window waits for him
     return installCheck.hasWindow();
 }
 
@@ -87,6 +88,7 @@ void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
     alert.informativeText = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_YouMustQuit"));
     alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("Quit"))};
     logNormal("Letting other copy run, we will terminate");
+    _flushLog();
     m_platform.alerts.runModal(alert);
     logNormal("User did quit");
     m_platform.application.terminate();

@@ -223,6 +223,16 @@ TEST_F(InstallCheckRepair, TheFirstFailureLeavesTheLaterItemsAsTheyAre) {
     EXPECT_EQ(platform.transcript.calls().size(), 2);
 }
 
+TEST_F(InstallCheckRepair, TheItemWhoseRepairFailedIsNamedInTheLog) {
+    evaluate({itemWith({"QMToolRoot", "Missing"}, QStringLiteral("updateqm")),
+              itemWith({"Bundle", "Invalid"}, QStringLiteral("a"))});
+    startLog(kLogLevelError);
+    EXPECT_FALSE(manager().runRepairPass());
+    platform.authorization.createStatus = kAuthorizationDenied;
+    EXPECT_FALSE(manager().runRepairPass());
+    EXPECT_EQ(log(), listOf({"ERR \"a\" could not be repaired", "ERR \"updateqm\" could not be repaired"}));
+}
+
 TEST_F(InstallCheckRepair, AnOldSystemOnIntelIsMendedAfterTheItemsAlsoWhenTheyNeedNothing) {
     platform.systemInfo.version = {10, 5, 8};
     evaluate({});

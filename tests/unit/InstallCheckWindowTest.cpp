@@ -174,7 +174,8 @@ TEST_F(InstallCheckWindow, WhatBreaksBetweenTheLastTwoLooksIsAnAlertAndTheLaunch
     manager().bringWindowBackToFront();
     QStringList made = calls();
     made.removeIf([](const QString &call) { return call.startsWith(u"launch "); });
-    EXPECT_EQ(made.mid(2), listOf({"beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+    EXPECT_EQ(made.mid(2), listOf({"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+    EXPECT_EQ(window.faults, listOf({"a is Missing"}));
 }
 
 TEST_F(InstallCheckWindow, ARepairThatDidNotHelpShowsTheWindowAgainWithWhatIsLeft) {
@@ -200,6 +201,19 @@ TEST_F(InstallCheckWindow, ARepairThatFailedShowsAnAlertAndTheWindowStays) {
     }
 }
 
+TEST_F(InstallCheckWindow, TheLogIsWholeOnTheDiskWhenTheWindowIsBack) {
+    for (const int status : {0, 1}) { // a repair that did not help, and one that failed
+        show({missing("QMTool", "a")});
+        startLog(kLogLevelNormal);
+        platform.tasks.usualStatus = status;
+        window.owner->installButtonClick();
+        runRepairThread();
+        logNormal("the last line");
+        EXPECT_EQ(platform.mainThread.pump(), 1);
+        EXPECT_TRUE(test::readAll(getLogFilePath()).contains("the last line")) << status;
+    }
+}
+
 TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {
     show({missing("QMToolRoot", "a")});
     startLog(kLogLevelError);
@@ -215,7 +229,7 @@ TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {
 TEST_F(InstallCheckWindow, WhatIsStillAtFaultWhenTheCoreIsToStartIsAnAlert) {
     show({missing("Bundle", "a")});
     manager().runQuillmark();
-    EXPECT_EQ(calls(), listOf({"beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+    EXPECT_EQ(calls(), listOf({"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
 }
 
 TEST_F(InstallCheckWindow, WhatDoesNotCountKeepsNothingFromStarting) {
