@@ -1,6 +1,6 @@
 #include "launcher/windows/Alerts.h"
 
-#include "launcher/windows/AlertDialog.h"
+#include "branding/windows/AlertDialog.h"
 
 #include <QAccessibleWidget>
 

@@ -1,4 +1,4 @@
-#include "launcher/windows/AlertParts.h"
+#include "branding/windows/AlertParts.h"
 
 #include <QFontInfo>
 #include <QPainter>

@@ -1,6 +1,6 @@
-#include "launcher/windows/AlertDialog.h"
+#include "branding/windows/AlertDialog.h"
 
-#include "launcher/windows/AlertParts.h"
+#include "branding/windows/AlertParts.h"
 #include "platform/Alerts.h"
 
 #include <QAccessible>
