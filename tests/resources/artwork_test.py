@@ -12,6 +12,7 @@ WHITE, BLACK = (255, 255, 255, 255), (0, 0, 0, 255)
 
 # Name without its ending, width and height in points.
 LOGOS = {"logo-1": (120, 44), "logo-15": (120, 44)}
+LISTED = {"fault": (16, 16)}
 HEADER = {"appheader_logo": (120, 44), "appheade_bg": (600, 60), "resellerheader_bg": (600, 60)}
 ICONS = [16, 24, 32, 48, 64, 128, 256, 512]
 
@@ -28,7 +29,7 @@ def png(name):
 
 class Artwork(unittest.TestCase):
     def test_every_picture_is_of_its_size_and_exactly_double_for_dense_screens(self):
-        for read, sizes in ((bmp, LOGOS), (png, HEADER)):
+        for read, sizes in ((bmp, LOGOS), (png, HEADER | LISTED)):
             for name, (width, height) in sizes.items():
                 self.assertEqual(read(name)[:3], (width, height, 72), name)
                 self.assertEqual(read(f"{name}@2x")[:3], (2 * width, 2 * height, 144), name)
@@ -37,12 +38,22 @@ class Artwork(unittest.TestCase):
         for name, (_, height) in (LOGOS | HEADER).items():
             self.assertLessEqual(height, 60, name)
 
-    def test_the_default_logo_stands_on_white_and_the_logo_of_brand_15_on_black(self):
-        for name, ground in (("logo-1", WHITE), ("logo-15", BLACK)):
-            for rows in (bmp(name).rows, bmp(f"{name}@2x").rows):
-                edge = rows[0] + rows[-1] + [row[0] for row in rows] + [row[-1] for row in rows]
-                self.assertEqual(set(edge), {ground}, name)
-                self.assertGreater(len(set(sum(rows, []))), 50, name)
+    def test_the_default_logo_is_a_white_card_with_round_corners(self):
+        for name in ("logo-1", "logo-1@2x"):
+            rows = bmp(name).rows
+            middle = len(rows) // 2
+            for corner in (rows[0][0], rows[0][-1], rows[-1][0], rows[-1][-1]):
+                self.assertEqual(corner, (255, 255, 255, 0), "clear, and white for readers that know no transparency")
+            for edge in (rows[middle][0], rows[middle][-1], rows[0][middle], rows[-1][middle]):
+                self.assertEqual(edge, WHITE, name)
+            self.assertGreater(len(set(sum(rows, []))), 50, name)
+
+    def test_the_logo_of_brand_15_stands_on_black(self):
+        for name in ("logo-15", "logo-15@2x"):
+            rows = bmp(name).rows
+            edge = rows[0] + rows[-1] + [row[0] for row in rows] + [row[-1] for row in rows]
+            self.assertEqual(set(edge), {BLACK}, name)
+            self.assertGreater(len(set(sum(rows, []))), 50, name)
 
     def test_the_header_logo_lets_the_header_shine_through(self):
         for name in ("appheader_logo", "appheader_logo@2x"):
@@ -60,6 +71,15 @@ class Artwork(unittest.TestCase):
     def test_the_reseller_ground_is_white_where_a_logo_on_white_is_placed(self):
         for row in png("resellerheader_bg").rows:
             self.assertEqual(set(row[600 - 15 - 120:]), {WHITE})
+
+    def test_the_sign_of_a_fault_has_no_ground_and_shows_on_light_and_on_dark_ones(self):
+        for name in ("fault", "fault@2x"):
+            rows = png(name).rows
+            self.assertEqual(rows[0][0][3], 0, name)
+            sign = rows[len(rows) * 13 // 16][len(rows) // 4]
+            self.assertEqual(sign, (0xFF, 0xB0, 0x20, 255), name)
+            self.assertGreater(contrast(sign, WHITE), 1.7, name)
+            self.assertGreater(contrast(sign, (0x2A, 0x2E, 0x32)), 5, name)
 
     def test_the_icon_comes_in_every_size_with_clear_corners_and_a_solid_middle(self):
         for size in ICONS:
@@ -83,7 +103,7 @@ class Artwork(unittest.TestCase):
 
     def test_the_bundle_carries_the_same_pictures(self):
         pictures = [path for path in IMAGES.iterdir() if path.is_file()]
-        self.assertEqual(len(pictures), 2 * len(LOGOS | HEADER) + len(ICONS) + 1)
+        self.assertEqual(len(pictures), 2 * len(LOGOS | HEADER | LISTED) + len(ICONS) + 1)
         for path in pictures:
             self.assertEqual((RESOURCES / path.name).read_bytes(), path.read_bytes(), path.name)
 

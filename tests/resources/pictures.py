@@ -17,16 +17,24 @@ def dots_per_inch(dots_per_metre):
 
 
 def read_bmp(data):
-    """Uncompressed, 24 bits, bottom row first: what every reader of bitmaps understands."""
+    """Uncompressed, bottom row first: 24 bits, which every reader of bitmaps understands, or 32 bits with alpha."""
     kind, offset, header_size = struct.unpack_from("<2s8xII", data)
     width, height, planes, bits, compression, _, density = struct.unpack_from("<iiHHIII", data, 18)
-    if (kind, header_size, planes, bits, compression) != (b"BM", 40, 1, 24, 0):
+    if (kind, planes) != (b"BM", 1):
+        raise ValueError("not a bitmap")
+    if (header_size, bits, compression) == (40, 24, 0):
+        size = 3
+    elif (header_size, bits, compression) == (124, 32, 3) and \
+            struct.unpack_from("<IIII", data, 54) == (0xFF0000, 0xFF00, 0xFF, 0xFF000000):
+        size = 4
+    else:
         raise ValueError("not a plain bitmap")
-    stride = (width * 3 + 3) // 4 * 4
+    stride = (width * size + 3) // 4 * 4
     rows = []
     for y in range(height):
-        row = data[offset + y * stride:][:width * 3]
-        rows.insert(0, [(row[x + 2], row[x + 1], row[x], 255) for x in range(0, len(row), 3)])
+        row = data[offset + y * stride:][:width * size]
+        rows.insert(0, [(row[x + 2], row[x + 1], row[x], row[x + 3] if size == 4 else 255)
+                        for x in range(0, len(row), size)])
     return Picture(width, height, dots_per_inch(density), rows)
 
 
