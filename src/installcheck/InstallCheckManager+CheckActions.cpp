@@ -60,6 +60,9 @@ void InstallCheckManager::awakeFromNib() {
     setText(Outlet::Window, QStringLiteral("ProductName"));
     setText(Outlet::Progress, QStringLiteral("QuillmarkLauncher_Installing"));
     setText(Outlet::DetailsButton, QStringLiteral("QuillmarkLauncher_Details"));
+    setText(Outlet::FaultsList, QStringLiteral("QuillmarkLauncher_FaultyComponents"));
+    setText(Outlet::NameColumn, QStringLiteral("QuillmarkLauncher_Component"));
+    setText(Outlet::StatusColumn, QStringLiteral("QuillmarkLauncher_Status"));
     m_window->makeInstallButtonDefault();
 }
 

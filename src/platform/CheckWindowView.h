@@ -34,6 +34,9 @@ public:
         InstallButton,
         DontInstallButton,
         DetailsButton,
+        FaultsList, ///< for assistive programs only
+        NameColumn,
+        StatusColumn,
         Window,
         Progress,
     };

@@ -26,6 +26,9 @@ public:
                                                  {Outlet::InstallButton, QStringLiteral("install")},
                                                  {Outlet::DontInstallButton, QStringLiteral("don't install")},
                                                  {Outlet::DetailsButton, QStringLiteral("details")},
+                                                 {Outlet::FaultsList, QStringLiteral("list")},
+                                                 {Outlet::NameColumn, QStringLiteral("name column")},
+                                                 {Outlet::StatusColumn, QStringLiteral("status column")},
                                                  {Outlet::Window, QStringLiteral("window")},
                                                  {Outlet::Progress, QStringLiteral("progress")}};
         texts.insert(outlet, text);

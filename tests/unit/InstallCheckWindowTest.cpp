@@ -84,10 +84,11 @@ TEST_F(InstallCheckWindow, GetsItsTextsInOrderAndComesToTheFront) {
                                     Image{{}, 1, 1, "abcd"});
     setItems({missing("QMTool", "a")});
     EXPECT_FALSE(manager().checkForRequiredItems());
-    EXPECT_EQ(calls(), listOf({"load InstallCheck.ui", "setText header", "useWelcomeBranding",
-                               "setHeaderLogo logo-1.bmp", "setText install", "setText don't install", "setText window",
-                               "setText progress", "setText details", "makeInstallButtonDefault", "setText explanation",
-                               "setFaults", "bringToFront"}));
+    EXPECT_EQ(calls(),
+              listOf({"load InstallCheck.ui", "setText header", "useWelcomeBranding", "setHeaderLogo logo-1.bmp",
+                      "setText install", "setText don't install", "setText window", "setText progress",
+                      "setText details", "setText list", "setText name column", "setText status column",
+                      "makeInstallButtonDefault", "setText explanation", "setFaults", "bringToFront"}));
     EXPECT_EQ(window.texts.value(Outlet::Header), QStringLiteral("Installing Quillmark"));
     EXPECT_EQ(window.texts.value(Outlet::Window), QStringLiteral("Quillmark"));
     EXPECT_EQ(window.texts.value(Outlet::InstallButton), QStringLiteral("Continue"));

@@ -1,27 +1,11 @@
 #include "branding/LocalizedStrings.h"
 #include "platform/linux/LinuxBundle.h"
 #include "windows/AlertFixture.h"
+#include "windows/NothingClipped.h"
 
 namespace quillmark::test {
 
 namespace {
-
-void expectNothingClipped(const QDialog &dialog) {
-    for (const auto *text : dialog.findChildren<QLabel *>()) {
-        const QRect needed =
-            text->fontMetrics().boundingRect(QRect(0, 0, text->width(), 10'000), Qt::TextWordWrap, text->text());
-        EXPECT_LE(needed.width(), text->contentsRect().width()) << qPrintable(text->text());
-        EXPECT_LE(needed.height(), text->contentsRect().height()) << qPrintable(text->text());
-    }
-    for (const auto *button : dialog.findChildren<QPushButton *>()) {
-        EXPECT_GE(button->width(), button->sizeHint().width()) << qPrintable(button->text());
-        EXPECT_GE(button->height(), button->sizeHint().height()) << qPrintable(button->text());
-    }
-    for (const auto *widget : dialog.findChildren<QWidget *>()) {
-        EXPECT_TRUE(dialog.rect().contains(QRect(widget->mapTo(&dialog, QPoint(0, 0)), widget->size())))
-            << qPrintable(widget->objectName());
-    }
-}
 
 /// The alert of a second start, in each language of the texts.
 class AlertLanguages : public AlertFixture, public testing::WithParamInterface<const char *> {

@@ -22,6 +22,10 @@ constexpr qreal kTitleMargin = 40; // on its right
 constexpr qreal kLogoMargin = 15;  // on its right
 constexpr qreal kSeparatorHeight = 1;
 
+constexpr const char *kBkgImage = "appheade_bg.png"; // deliberate: the first r is missing here, and nowhere else
+constexpr const char *kResellerBkgImage = "resellerheader_bg.png";
+constexpr const char *kLogoImage = "appheader_logo.png";
+
 constexpr int kFontSize = 16;
 constexpr QColor kDarkGrey{0x55, 0x55, 0x55};
 
@@ -46,12 +50,11 @@ QAccessibleInterface *accessibleHeader(const QString & /*className*/, QObject *o
 
 } // namespace
 
-// The first r of "header" is missing in the name of the product's ground, and nowhere else.
 QuillmarkHeaderView::QuillmarkHeaderView(HeaderBranding branding, QWidget *parent)
     : QWidget(parent), m_branding(std::move(branding)), m_font(titleFont()),
-      m_bkgImage(m_branding.resourceFolder + QStringLiteral("/appheade_bg.png")),
-      m_resellerBkgImage(m_branding.resourceFolder + QStringLiteral("/resellerheader_bg.png")),
-      m_logoImage(m_branding.resourceFolder + QStringLiteral("/appheader_logo.png")) {
+      m_bkgImage(m_branding.resourceFolder + u'/' + QLatin1StringView(kBkgImage)),
+      m_resellerBkgImage(m_branding.resourceFolder + u'/' + QLatin1StringView(kResellerBkgImage)),
+      m_logoImage(m_branding.resourceFolder + u'/' + QLatin1StringView(kLogoImage)) {
     QAccessible::installFactory(accessibleHeader);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setTitle(m_branding.title);
@@ -73,6 +76,17 @@ void QuillmarkHeaderView::setLogoImage(const Image &image) {
     if (window()->isVisible()) {
         update();
     }
+}
+
+QStringList QuillmarkHeaderView::unreadablePictures() const {
+    QStringList names;
+    for (const auto &[name, picture] :
+         {std::pair(kBkgImage, &m_bkgImage), {kResellerBkgImage, &m_resellerBkgImage}, {kLogoImage, &m_logoImage}}) {
+        if (picture->size().isEmpty()) {
+            names << QLatin1StringView(name);
+        }
+    }
+    return names;
 }
 
 void QuillmarkHeaderView::paintEvent(QPaintEvent *event) {

@@ -30,6 +30,9 @@ public:
     /// Replaces the product's logo, not those of other brands. Draws the view anew while its window is visible.
     void setLogoImage(const Image &image) override;
 
+    /// The names of the grounds, and of the logo while it is the product's, that can't be read.
+    QStringList unreadablePictures() const;
+
     /// The grounds, over the whole width.
     void drawBkgImage(QPainter &painter) const;
     void drawResellerBkgImage(QPainter &painter) const;

@@ -1,13 +1,12 @@
 #include "installcheck/windows/CheckWindow.h"
 
+#include "branding/windows/AlertDialog.h"
 #include "branding/windows/QuillmarkHeaderView.h"
-#include "launcher/windows/AlertDialog.h"
+#include "installcheck/windows/InterfaceFile.h"
 #include "platform/Alerts.h"
-#include "platform/HeaderBranding.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QFile>
 #include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
@@ -15,30 +14,20 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStyle>
+#include <QStyledItemDelegate>
 #include <QTreeWidget>
-#include <QUiLoader>
 
 namespace quillmark {
 
 namespace {
 
-/// Knows the header view, too.
-class InterfaceLoader final : public QUiLoader {
-public:
-    explicit InterfaceLoader(const HeaderBranding &branding) : m_branding(branding) {}
+enum Column : int { kNameColumn, kStatusColumn, kColumnCount };
 
-    QWidget *createWidget(const QString &className, QWidget *parent, const QString &name) override {
-        if (className == QLatin1StringView("quillmark::QuillmarkHeaderView")) {
-            auto *const header = new QuillmarkHeaderView(m_branding, parent);
-            header->setObjectName(name);
-            return header;
-        }
-        return QUiLoader::createWidget(className, parent, name);
-    }
-
-private:
-    const HeaderBranding &m_branding;
-};
+constexpr int kMinimumButtonWidth = 100;
+constexpr int kButtonRoom = 16;     // beside a long title, more than styles give
+constexpr int kMostLines = 6;       // that the list shows; it scrolls to the others
+constexpr int kTitleBarHeight = 40; // what a window's frame takes of the screen
+constexpr QColor kHeaderGround{0x1d, 0x24, 0x5c};
 
 QString buttonText(const QString &text) { return QString(text).replace(u'&', QStringLiteral("&&")); }
 
@@ -46,6 +35,7 @@ void setButtonText(QPushButton *button, const QString &text) {
     if (button != nullptr) {
         button->setText(buttonText(text)); // an ampersand is no mnemonic here
         button->setAccessibleName(text);
+        button->setMinimumWidth(std::max(kMinimumButtonWidth, button->sizeHint().width() + kButtonRoom));
     }
 }
 
@@ -55,8 +45,19 @@ void setLabelText(QLabel *label, const QString &text) {
     }
 }
 
+/// The list's lines, with room around their texts.
+class RoomyLines final : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override {
+        return QStyledItemDelegate::sizeHint(option, index) + kRoom;
+    }
+    static constexpr QSize kRoom{16, 8};
+};
+
+QSize largestSize(const QWidget &window) { return window.screen()->availableSize() - QSize(0, kTitleBarHeight); }
+
 void centre(QWidget &window) {
-    window.adjustSize();
     window.move(QStyle::alignedRect(window.layoutDirection(), Qt::AlignCenter, window.size(),
                                     window.screen()->availableGeometry())
                     .topLeft());
@@ -65,41 +66,75 @@ void centre(QWidget &window) {
 } // namespace
 
 std::unique_ptr<CheckWindow> CheckWindow::load(const QString &interfaceFile, const HeaderBranding &branding,
-                                               const QIcon &icon, Owner &owner, QString &obstacle) {
-    QFile file(interfaceFile);
-    if (!file.open(QIODevice::ReadOnly)) {
-        obstacle = QStringLiteral("the interface file \"InstallCheck.ui\" can't be read");
-        return nullptr;
-    }
-    InterfaceLoader loader(branding);
-    QWidget *const root = loader.load(&file);
-    auto *const window = dynamic_cast<QDialog *>(root);
+                                               const QIcon &icon, Owner &owner, QStringList &problems) {
+    QDialog *const window = loadInterface(interfaceFile, branding, problems);
     if (window == nullptr) {
-        delete root;
-        obstacle = QStringLiteral("\"%1\" holds no window: %2").arg(interfaceFile, loader.errorString());
         return nullptr;
     }
-    return std::unique_ptr<CheckWindow>(new CheckWindow(window, icon, owner));
+    std::unique_ptr<CheckWindow> checkWindow(new CheckWindow(window, icon, owner, problems));
+    checkWindow->m_faultIcon = QIcon(branding.resourceFolder + QStringLiteral("/fault.png"));
+    return checkWindow;
 }
 
-CheckWindow::CheckWindow(QDialog *window, const QIcon &icon, Owner &owner)
-    : m_owner(owner), m_window(window),
-      m_header(window->findChild<QuillmarkHeaderView *>(QStringLiteral("checkHeaderView"))),
-      m_text(window->findChild<QLabel *>(QStringLiteral("checkText"))),
-      m_faults(window->findChild<QTreeWidget *>(QStringLiteral("checkFaults"))),
-      m_install(window->findChild<QPushButton *>(QStringLiteral("checkInstall"))),
-      m_dontInstall(window->findChild<QPushButton *>(QStringLiteral("checkDontInstall"))),
-      m_details(window->findChild<QPushButton *>(QStringLiteral("checkDetails"))),
-      m_sheet(window->findChild<QDialog *>(QStringLiteral("repairProgressWindow"))),
-      m_indicator(window->findChild<QProgressBar *>(QStringLiteral("repairProgressIndicator"))),
-      m_progressText(window->findChild<QLabel *>(QStringLiteral("repairProgressText"))) {
+CheckWindow::CheckWindow(QDialog *window, const QIcon &icon, Owner &owner, QStringList &problems)
+    : m_owner(owner), m_window(window), m_header(outlet<QuillmarkHeaderView>("checkHeaderView", problems)),
+      m_text(outlet<QLabel>("checkText", problems)), m_faults(outlet<QTreeWidget>("checkFaults", problems)),
+      m_install(outlet<QPushButton>("checkInstall", problems)),
+      m_dontInstall(outlet<QPushButton>("checkDontInstall", problems)),
+      m_details(outlet<QPushButton>("checkDetails", problems)),
+      m_sheet(outlet<QDialog>("repairProgressWindow", problems)),
+      m_indicator(outlet<QProgressBar>("repairProgressIndicator", problems)),
+      m_progressText(outlet<QLabel>("repairProgressText", problems)) {
     // Above ordinary windows, with a close box and no way to be made smaller.
     window->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                            Qt::WindowStaysOnTopHint);
     window->setWindowIcon(icon);
     window->installEventFilter(this);
+    prepareHeader(problems);
+    prepareList();
     connectButtons();
     prepareSheet();
+}
+
+template <class Widget>
+Widget *CheckWindow::outlet(const char *name, QStringList &problems) {
+    auto *const named = m_window->findChild<QWidget *>(QLatin1StringView(name));
+    auto *const outlet = dynamic_cast<Widget *>(named);
+    if (named == nullptr) {
+        problems << QStringLiteral("the interface file has no \"%1\"").arg(QLatin1StringView(name));
+    } else if (outlet == nullptr) {
+        problems << QStringLiteral("\"%1\" in the interface file is of the wrong class (%2)")
+                        .arg(QLatin1StringView(name), QLatin1StringView(named->metaObject()->className()));
+        named->hide(); // nothing will ever be written there
+    }
+    return outlet;
+}
+
+void CheckWindow::prepareHeader(QStringList &problems) {
+    if (m_header == nullptr) {
+        return;
+    }
+    for (const QString &picture : m_header->unreadablePictures()) {
+        problems << QStringLiteral("the picture \"%1\" can't be read").arg(picture);
+    }
+    // For a white title when the picture that it stands on can't be read.
+    QPalette palette = m_header->palette();
+    palette.setColor(QPalette::Window, kHeaderGround);
+    m_header->setPalette(palette);
+    m_header->setAutoFillBackground(true);
+}
+
+void CheckWindow::prepareList() {
+    if (m_faults == nullptr) {
+        return;
+    }
+    m_faults->setColumnCount(kColumnCount);
+    m_faults->setItemDelegate(new RoomyLines(m_faults));
+    QHeaderView &header = *m_faults->header();
+    header.setMinimumHeight(header.sizeHint().height() + RoomyLines::kRoom.height() / 2);
+    header.setStretchLastSection(false);
+    header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
+    header.setSectionResizeMode(kStatusColumn, QHeaderView::ResizeToContents);
 }
 
 void CheckWindow::connectButtons() {
@@ -127,7 +162,9 @@ void CheckWindow::prepareSheet() {
 
 bool CheckWindow::eventFilter(QObject *watched, QEvent *event) {
     if (event->type() == QEvent::Close && watched == m_window.get()) {
-        m_owner.windowWillClose();
+        if (m_window->isEnabled()) {
+            m_owner.windowWillClose();
+        }
         event->ignore(); // who owns the window decides what becomes of it
         return true;
     }
@@ -161,6 +198,17 @@ void CheckWindow::setText(Outlet outlet, const QString &text) {
     case Outlet::DetailsButton:
         setButtonText(m_details, text);
         break;
+    case Outlet::FaultsList:
+        if (m_faults != nullptr) {
+            m_faults->setAccessibleName(text);
+        }
+        break;
+    case Outlet::NameColumn:
+        setColumnTitle(kNameColumn, text);
+        break;
+    case Outlet::StatusColumn:
+        setColumnTitle(kStatusColumn, text);
+        break;
     case Outlet::Window:
         m_window->setWindowTitle(text);
         if (m_sheet != nullptr) {
@@ -173,6 +221,12 @@ void CheckWindow::setText(Outlet outlet, const QString &text) {
             m_indicator->setAccessibleName(text);
         }
         break;
+    }
+}
+
+void CheckWindow::setColumnTitle(int column, const QString &title) {
+    if (m_faults != nullptr) {
+        m_faults->headerItem()->setText(column, title);
     }
 }
 
@@ -202,15 +256,33 @@ void CheckWindow::setFaults(const QList<Fault> &faults) {
     m_faults->clear();
     for (const Fault &fault : faults) {
         auto *const line = new QTreeWidgetItem(m_faults, {fault.name, fault.status});
-        line->setIcon(0, m_faults->style()->standardIcon(QStyle::SP_MessageBoxWarning));
+        line->setIcon(kNameColumn, m_faultIcon);
+        line->setToolTip(kNameColumn, fault.name); // a long one is cut off
     }
-    m_faults->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
     m_faults->setVisible(!faults.isEmpty());
 }
 
+int CheckWindow::heightOfLines(int count) const {
+    return m_faults->header()->minimumHeight() + count * m_faults->sizeHintForRow(0) + 2 * m_faults->frameWidth();
+}
+
+void CheckWindow::fitIntoScreen() {
+    const QSize largest = largestSize(*m_window);
+    if (m_faults != nullptr) {
+        m_lines = std::max(m_lines, std::min(m_faults->topLevelItemCount(), kMostLines));
+        m_faults->setFixedHeight(heightOfLines(m_lines));
+        while (m_lines > 1 && m_window->sizeHint().height() > largest.height()) {
+            m_faults->setFixedHeight(heightOfLines(--m_lines));
+        }
+    }
+    m_size = m_size.expandedTo(m_window->sizeHint()).boundedTo(largest);
+    m_window->setFixedSize(m_size);
+}
+
 void CheckWindow::bringToFront() {
-    m_window->show();
+    fitIntoScreen();
     centre(*m_window);
+    m_window->show();
     QApplication::setActiveWindow(m_window.get());
     m_window->raise();
     m_window->activateWindow();
@@ -222,6 +294,8 @@ void CheckWindow::beginProgressSheet() {
             m_indicator->setRange(0, 0); // endless
         }
         m_sheet->open();
+    } else {
+        m_window->setEnabled(false); // which the sheet would have done
     }
 }
 
@@ -229,6 +303,7 @@ void CheckWindow::endProgressSheet() {
     if (m_indicator != nullptr) {
         m_indicator->setRange(0, 1);
     }
+    m_window->setEnabled(true);
     m_owner.sheetDidEnd();
 }
 

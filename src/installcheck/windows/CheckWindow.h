@@ -3,11 +3,12 @@
 #include "platform/CheckWindowView.h"
 
 #include <QDialog>
+#include <QIcon>
 #include <QObject>
 #include <QPointer>
+#include <QStringList>
 #include <memory>
 
-class QIcon;
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -16,17 +17,20 @@ class QTreeWidget;
 namespace quillmark {
 
 class QuillmarkHeaderView;
-struct HeaderBranding;
 
 /// The check window, built from its interface file. The widgets' names there are the outlets: "checkWindow" (the root),
 /// "checkHeaderView", "checkText", "checkFaults", "checkInstall", "checkDontInstall", "checkDetails",
-/// "repairProgressWindow", "repairProgressIndicator", "repairProgressText". What is missing is done without.
+/// "repairProgressWindow", "repairProgressIndicator", "repairProgressText". What is missing or of another class is done
+/// without.
+///
+/// The window is as large as what it holds, up to the screen's size. It grows with its texts and never shrinks, so that
+/// nothing jumps when they change.
 class CheckWindow final : public QObject, public CheckWindowView {
 public:
-    /// \param obstacle receives why there is no window, as a part of a sentence. \returns null when the file gives
-    /// none.
+    /// \param problems receives what is wrong with the file and its pictures, each as a part of a sentence.
+    /// \returns null when the file gives no window.
     static std::unique_ptr<CheckWindow> load(const QString &interfaceFile, const HeaderBranding &branding,
-                                             const QIcon &icon, Owner &owner, QString &obstacle);
+                                             const QIcon &icon, Owner &owner, QStringList &problems);
 
     void setText(Outlet outlet, const QString &text) override;
     void useWelcomeBranding() override;
@@ -42,9 +46,18 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    CheckWindow(QDialog *window, const QIcon &icon, Owner &owner);
+    CheckWindow(QDialog *window, const QIcon &icon, Owner &owner, QStringList &problems);
+    /// The widget of that name; null when there is none of that class, which is a problem.
+    template <class Widget>
+    Widget *outlet(const char *name, QStringList &problems);
+    void prepareHeader(QStringList &problems);
+    void prepareList();
     void connectButtons();
     void prepareSheet();
+    void setColumnTitle(int column, const QString &title);
+    /// How high the list has to be to show so many lines and no more.
+    int heightOfLines(int count) const;
+    void fitIntoScreen();
 
     Owner &m_owner;
     std::unique_ptr<QDialog> m_window;
@@ -58,6 +71,9 @@ private:
     QProgressBar *m_indicator;
     QLabel *m_progressText;
     QPointer<QDialog> m_alert;
+    QIcon m_faultIcon;
+    QSize m_size{0, 0}; ///< of the window: the largest that it needed so far
+    int m_lines = 1;    ///< that the list has room for: the most that it needed so far
 };
 
 } // namespace quillmark

@@ -16,8 +16,8 @@ public:
     explicit DialogWindows(const QString &resourceFolder) : m_alerts(resourceFolder) {}
     Alerts &alerts() override { return m_alerts; }
     CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
-                                     CheckWindowView::Owner &owner, QString &obstacle) override {
-        m_checkWindow = CheckWindow::load(interfaceFile, branding, m_alerts.icon(), owner, obstacle);
+                                     CheckWindowView::Owner &owner, QStringList &problems) override {
+        m_checkWindow = CheckWindow::load(interfaceFile, branding, m_alerts.icon(), owner, problems);
         return m_checkWindow.get();
     }
 

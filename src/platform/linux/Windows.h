@@ -2,8 +2,9 @@
 
 #include "platform/CheckWindowView.h"
 
+#include <QStringList>
+
 class QByteArray;
-class QString;
 
 namespace quillmark {
 
@@ -17,9 +18,10 @@ public:
     virtual ~Windows() = default;
     virtual Alerts &alerts() = 0;
     /// The check window of that file, which lives as long as the process.
-    /// \param obstacle receives why there is none. \returns null then.
+    /// \param problems receives what is wrong with the file and its pictures, each as a part of a sentence. \returns
+    /// null when that is too much for a window.
     virtual CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
-                                             CheckWindowView::Owner &owner, QString &obstacle) = 0;
+                                             CheckWindowView::Owner &owner, QStringList &problems) = 0;
 };
 
 /// One of the module's two exported functions. It connects to the display at its first success. Main thread only.

@@ -1,0 +1,112 @@
+#include "installcheck/windows/InterfaceFile.h"
+
+#include "branding/windows/QuillmarkHeaderView.h"
+
+#include <QBuffer>
+#include <QDialog>
+#include <QFile>
+#include <QUiLoader>
+#include <QXmlStreamReader>
+
+namespace quillmark {
+
+namespace {
+
+constexpr qint64 kLargestFile = 1 << 20; // bytes; ours has some 5,000
+constexpr int kDeepest = 100;            // elements in each other; ours has 12. Qt's reader calls itself for each
+
+/// Knows the header view, too.
+class InterfaceLoader final : public QUiLoader {
+public:
+    explicit InterfaceLoader(const HeaderBranding &branding) : m_branding(branding) {}
+
+    QWidget *createWidget(const QString &className, QWidget *parent, const QString &name) override {
+        if (className == QLatin1StringView("quillmark::QuillmarkHeaderView")) {
+            auto *const header = new QuillmarkHeaderView(m_branding, parent);
+            header->setObjectName(name);
+            return header;
+        }
+        return QUiLoader::createWidget(className, parent, name);
+    }
+
+private:
+    const HeaderBranding &m_branding;
+};
+
+/// Collects what Qt complains of while this lives, instead of letting it on standard error: widgets of unknown classes,
+/// properties that are none.
+class Complaints {
+public:
+    explicit Complaints(QStringList &complaints) {
+        receiver = &complaints;
+        m_before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) {
+            receiver->append(message.endsWith(u'.') ? message.chopped(1) : message);
+        });
+    }
+    ~Complaints() { qInstallMessageHandler(m_before); }
+    Complaints(const Complaints &) = delete;
+    Complaints &operator=(const Complaints &) = delete;
+
+private:
+    static inline QStringList *receiver = nullptr;
+    QtMessageHandler m_before = nullptr;
+};
+
+/// Why that is no document that Qt's reader can be given; null when it can.
+QString damageOf(const QByteArray &document) {
+    if (document.size() > kLargestFile) {
+        return QStringLiteral("it is larger than %1 bytes").arg(kLargestFile);
+    }
+    QXmlStreamReader reader(document);
+    int depth = 0;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        depth += reader.isStartElement() ? 1 : 0;
+        depth -= reader.isEndElement() ? 1 : 0;
+        if (depth > kDeepest) {
+            return QStringLiteral("more than %1 elements lie in each other in line %2")
+                .arg(kDeepest)
+                .arg(reader.lineNumber());
+        }
+    }
+    return reader.hasError() ? QStringLiteral("line %1: %2").arg(reader.lineNumber()).arg(reader.errorString())
+                             : QString();
+}
+
+} // namespace
+
+QDialog *loadInterface(const QString &path, const HeaderBranding &branding, QStringList &problems) {
+    if (path.isEmpty()) {
+        problems << QStringLiteral("the interface file \"InstallCheck.ui\" is missing");
+        return nullptr;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        problems << QStringLiteral("the interface file \"%1\" can't be read: %2").arg(path, file.errorString());
+        return nullptr;
+    }
+    QByteArray document = file.read(kLargestFile + 1);
+    if (const QString damage = damageOf(document); !damage.isNull()) {
+        problems << QStringLiteral("the interface file \"%1\" is damaged: %2").arg(path, damage);
+        return nullptr;
+    }
+    QStringList complaints;
+    InterfaceLoader loader(branding);
+    QWidget *root = nullptr;
+    {
+        const Complaints collected(complaints);
+        QBuffer buffer(&document);
+        root = loader.load(&buffer);
+    }
+    for (const QString &complaint : complaints) {
+        problems << QStringLiteral("in \"%1\": %2").arg(path, complaint);
+    }
+    auto *const window = qobject_cast<QDialog *>(root);
+    if (window == nullptr) {
+        delete root;
+        problems << QStringLiteral("the interface file \"%1\" holds no window").arg(path);
+    }
+    return window;
+}
+
+} // namespace quillmark

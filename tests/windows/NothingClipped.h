@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDialog>
+#include <QHeaderView>
+#include <QLabel>
+#include <QPushButton>
+#include <QTreeWidget>
+#include <gtest/gtest.h>
+
+namespace quillmark::test {
+
+/// Measures every text in the window against the room that it has, and every widget against the window.
+inline void expectNothingClipped(const QDialog &dialog) {
+    for (const auto *widget : dialog.findChildren<QWidget *>()) {
+        if (!widget->isVisibleTo(&dialog) || widget->window() != &dialog) {
+            continue; // a sheet, which is a window of its own
+        }
+        EXPECT_TRUE(dialog.rect().contains(QRect(widget->mapTo(&dialog, QPoint(0, 0)), widget->size())))
+            << qPrintable(widget->objectName());
+        if (const auto *const text = qobject_cast<const QLabel *>(widget)) {
+            const QRect needed =
+                text->fontMetrics().boundingRect(QRect(0, 0, text->width(), 10'000), Qt::TextWordWrap, text->text());
+            EXPECT_LE(needed.width(), text->contentsRect().width()) << qPrintable(text->text());
+            EXPECT_LE(needed.height(), text->contentsRect().height()) << qPrintable(text->text());
+        }
+        if (const auto *const button = qobject_cast<const QPushButton *>(widget)) {
+            EXPECT_GE(button->width(), button->sizeHint().width()) << qPrintable(button->text());
+            EXPECT_GE(button->height(), button->sizeHint().height()) << qPrintable(button->text());
+        }
+        if (const auto *const list = qobject_cast<const QTreeWidget *>(widget)) {
+            for (int column = 0; column < list->columnCount(); ++column) {
+                const int needed = std::max(list->header()->sectionSizeHint(column),
+                                            static_cast<const QAbstractItemView *>(list)
+                                                ->sizeHintForIndex(list->model()->index(0, column))
+                                                .width());
+                EXPECT_GE(list->columnWidth(column), needed) << qPrintable(list->headerItem()->text(column));
+            }
+        }
+    }
+}
+
+} // namespace quillmark::test
