@@ -10,6 +10,7 @@
 #include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
+#include <QLayout>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -56,6 +57,15 @@ public:
 };
 
 QSize largestSize(const QWidget &window) { return window.screen()->availableSize() - QSize(0, kTitleBarHeight); }
+
+/// What all that it holds needs by now. A layout that lies in another one forgets its former size only when it is
+/// activated.
+QSize neededSize(const QWidget &window) {
+    if (window.layout() != nullptr) {
+        window.layout()->activate();
+    }
+    return window.sizeHint();
+}
 
 void centre(QWidget &window) {
     window.move(QStyle::alignedRect(window.layoutDirection(), Qt::AlignCenter, window.size(),
@@ -271,11 +281,11 @@ void CheckWindow::fitIntoScreen() {
     if (m_faults != nullptr) {
         m_lines = std::max(m_lines, std::min(m_faults->topLevelItemCount(), kMostLines));
         m_faults->setFixedHeight(heightOfLines(m_lines));
-        while (m_lines > 1 && m_window->sizeHint().height() > largest.height()) {
+        while (m_lines > 1 && neededSize(*m_window).height() > largest.height()) {
             m_faults->setFixedHeight(heightOfLines(--m_lines));
         }
     }
-    m_size = m_size.expandedTo(m_window->sizeHint()).boundedTo(largest);
+    m_size = m_size.expandedTo(neededSize(*m_window)).boundedTo(largest);
     m_window->setFixedSize(m_size);
 }
 

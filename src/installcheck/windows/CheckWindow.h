@@ -72,8 +72,8 @@ private:
     QLabel *m_progressText;
     QPointer<QDialog> m_alert;
     QIcon m_faultIcon;
-    QSize m_size{0, 0}; ///< of the window: the largest that it needed so far
-    int m_lines = 1;    ///< that the list has room for: the most that it needed so far
+    QSize m_size{600, 60}; ///< of the window: the largest that it needed so far
+    int m_lines = 1;       ///< that the list has room for: the most that it needed so far
 };
 
 } // namespace quillmark

@@ -43,7 +43,10 @@ public:
             receiver->append(message.endsWith(u'.') ? message.chopped(1) : message);
         });
     }
-    ~Complaints() { qInstallMessageHandler(m_before); }
+    ~Complaints() {
+        qInstallMessageHandler(m_before);
+        receiver = nullptr;
+    }
     Complaints(const Complaints &) = delete;
     Complaints &operator=(const Complaints &) = delete;
 

@@ -1,0 +1,118 @@
+#include "platform/Alerts.h"
+#include "windows/CheckWindowFixture.h"
+
+namespace quillmark::test {
+
+namespace {
+
+class CheckWindowKeys : public CheckWindowFixture {
+protected:
+    static void press(Qt::Key key) { QTest::keyClick(findWindow()->focusWidget(), key); }
+    static QList<QWidget *> stops() { return {&install(), &dontInstall(), &details(), &list()}; }
+};
+
+} // namespace
+
+TEST_F(CheckWindowKeys, AClickTellsTheOwner) {
+    show();
+    for (QPushButton *const button : {&install(), &dontInstall(), &details()}) {
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+    EXPECT_EQ(calls,
+              QStringList({QStringLiteral("install"), QStringLiteral("don't install"), QStringLiteral("details")}));
+}
+
+TEST_F(CheckWindowKeys, ContinueHasTheFocusAndIsTheDefault) {
+    show();
+    EXPECT_EQ(findWindow()->focusWidget(), &install());
+    EXPECT_TRUE(install().isDefault());
+}
+
+TEST_F(CheckWindowKeys, ReturnIsContinueWhereverTheFocusIs) {
+    show();
+    for (QWidget *const stop : stops()) {
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+            calls.clear();
+            stop->setFocus();
+            press(key);
+            EXPECT_EQ(calls, QStringList{QStringLiteral("install")}) << qPrintable(stop->objectName());
+        }
+    }
+}
+
+TEST_F(CheckWindowKeys, TabGoesFromContinueThroughAllThatCanBeWorkedAndBack) {
+    show();
+    for (int index = 1; index <= stops().size(); ++index) {
+        press(Qt::Key_Tab);
+        EXPECT_EQ(findWindow()->focusWidget(), stops()[index % stops().size()]) << index;
+    }
+    press(Qt::Key_Backtab);
+    EXPECT_EQ(findWindow()->focusWidget(), &list());
+}
+
+TEST_F(CheckWindowKeys, SpacePressesTheButtonWithTheFocus) {
+    show();
+    press(Qt::Key_Tab);
+    press(Qt::Key_Space);
+    press(Qt::Key_Tab);
+    press(Qt::Key_Space);
+    EXPECT_EQ(calls, QStringList({QStringLiteral("don't install"), QStringLiteral("details")}));
+}
+
+TEST_F(CheckWindowKeys, EscapeIsDontInstallWhereverTheFocusIs) {
+    for (int index = 0; index < 4; ++index) {
+        show();
+        calls.clear();
+        stops()[index]->setFocus();
+        press(Qt::Key_Escape);
+        EXPECT_EQ(calls, QStringList{QStringLiteral("don't install")}) << index;
+    }
+}
+
+TEST_F(CheckWindowKeys, TheArrowsScrollALongList) {
+    showLines(20);
+    list().setFocus();
+    press(Qt::Key_End);
+    EXPECT_TRUE(list().viewport()->rect().contains(list().visualItemRect(list().topLevelItem(19))));
+}
+
+TEST_F(CheckWindowKeys, TheCloseBoxTellsTheOwnerWhoDecides) {
+    EXPECT_FALSE(show().close());
+    EXPECT_EQ(calls, QStringList{QStringLiteral("close")});
+    EXPECT_TRUE(findWindow()->isVisible());
+}
+
+TEST_F(CheckWindowKeys, NothingDismissesTheSheet) {
+    QDialog &progress = showSheet();
+    QTest::keyClick(&progress, Qt::Key_Escape);
+    QTest::keyClick(&progress, Qt::Key_Return);
+    EXPECT_FALSE(progress.close());
+    EXPECT_TRUE(progress.isVisible());
+    EXPECT_EQ(calls, QStringList());
+}
+
+TEST_F(CheckWindowKeys, UnderTheSheetNothingCanBePressed) {
+    showSheet();
+    QTest::mouseClick(findWindow()->windowHandle(), Qt::LeftButton, {}, placeOf(install()).center());
+    EXPECT_EQ(calls, QStringList());
+}
+
+TEST_F(CheckWindowKeys, AnAlertOverItIsDismissedByReturnAndByEscapeAndTheWindowStays) {
+    show();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+        AlertDescription alert;
+        alert.messageText = QStringLiteral("The installation could not be completed.");
+        alert.buttons = {QStringLiteral("OK")};
+        view->beginAlertSheet(alert);
+        auto *const dialog = findWindow()->findChild<QDialog *>(QStringLiteral("alert"));
+        ASSERT_NE(dialog, nullptr);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+        keepPicture(*dialog, QStringLiteral("check-alert"));
+        QTest::keyClick(dialog->focusWidget(), key);
+        EXPECT_FALSE(dialog->isVisible());
+        EXPECT_TRUE(findWindow()->isVisible());
+        EXPECT_EQ(calls, QStringList());
+    }
+}
+
+} // namespace quillmark::test

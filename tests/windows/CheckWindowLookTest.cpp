@@ -1,0 +1,223 @@
+#include "windows/CheckWindowFixture.h"
+#include "windows/NothingClipped.h"
+
+#include <QAccessible>
+#include <QScreen>
+#include <QScrollBar>
+
+namespace quillmark::test {
+
+namespace {
+
+class CheckWindowLook : public CheckWindowFixture {
+protected:
+    static constexpr int kMargin = 20;
+
+    /// Where all that could jump stands, the window itself first.
+    static QList<QRect> places() {
+        return {findWindow()->geometry(), placeOf(explanation()), placeOf(list()),
+                placeOf(install()),       placeOf(dontInstall()), placeOf(details())};
+    }
+    static int linesInSight() {
+        const int line = list().visualItemRect(list().topLevelItem(0)).height();
+        return list().viewport()->height() / line;
+    }
+};
+
+QAccessibleInterface &accessible(QObject &object) { return *QAccessible::queryAccessibleInterface(&object); }
+
+/// The largest difference of brightness, 0 to 255, in a part of the window's picture.
+int contrastIn(const QImage &picture, const QRect &place) {
+    const int scale = static_cast<int>(picture.devicePixelRatio());
+    const QImage part = picture.copy(QRect(place.topLeft() * scale, place.size() * scale));
+    int darkest = 255;
+    int lightest = 0;
+    for (int y = 0; y < part.height(); ++y) {
+        for (int x = 0; x < part.width(); ++x) {
+            darkest = std::min(darkest, qGray(part.pixel(x, y)));
+            lightest = std::max(lightest, qGray(part.pixel(x, y)));
+        }
+    }
+    return lightest - darkest;
+}
+
+} // namespace
+
+// Where things stand
+
+TEST_F(CheckWindowLook, IsSixHundredPointsWideWithTheHeaderAcrossItsTop) {
+    EXPECT_EQ(show().width(), 600);
+    EXPECT_EQ(placeOf(outlet("checkHeaderView")), QRect(0, 0, 600, 60));
+}
+
+TEST_F(CheckWindowLook, HasMarginsOfTwentyPoints) {
+    const QRect inside = show().rect().adjusted(kMargin, 60 + kMargin, -kMargin, -kMargin);
+    EXPECT_EQ(placeOf(explanation()).topLeft(), inside.topLeft());
+    EXPECT_EQ(placeOf(explanation()).right(), inside.right());
+    EXPECT_EQ(placeOf(list()).left(), inside.left());
+    EXPECT_EQ(placeOf(list()).right(), inside.right());
+    EXPECT_EQ(placeOf(details()).bottomLeft(), inside.bottomLeft());
+    EXPECT_EQ(placeOf(install()).bottomRight(), inside.bottomRight());
+}
+
+TEST_F(CheckWindowLook, HasTheListUnderTheExplanationAndTheButtonsUnderTheList) {
+    show();
+    EXPECT_GT(placeOf(list()).top(), placeOf(explanation()).bottom());
+    EXPECT_GT(placeOf(install()).top(), placeOf(list()).bottom());
+    EXPECT_LT(placeOf(details()).right(), placeOf(dontInstall()).left());
+    EXPECT_LT(placeOf(dontInstall()).right(), placeOf(install()).left());
+}
+
+TEST_F(CheckWindowLook, SpeaksInTheSystemsFont) {
+    show();
+    EXPECT_EQ(explanation().font(), QApplication::font());
+    EXPECT_EQ(list().font().family(), QApplication::font().family());
+}
+
+TEST_F(CheckWindowLook, StandsInTheMiddleOfTheScreenAndCannotBeResized) {
+    const QDialog &window = show();
+    const QPoint offset = window.geometry().center() - window.screen()->availableGeometry().center();
+    EXPECT_LE(offset.manhattanLength(), 60) << "more than a title bar away";
+    EXPECT_EQ(window.minimumSize(), window.maximumSize());
+}
+
+TEST_F(CheckWindowLook, HasASmallSheetWithOneLineAndAnEndlessBar) {
+    const QDialog &progress = showSheet();
+    EXPECT_EQ(progress.width(), 400);
+    EXPECT_LT(progress.height(), 100);
+    const auto &bar = outlet<QProgressBar>("repairProgressIndicator");
+    EXPECT_EQ(bar.minimum(), bar.maximum());
+    EXPECT_FALSE(bar.isTextVisible());
+    EXPECT_GT(placeOf(bar).top(), placeOf(outlet("repairProgressText")).bottom());
+    view->endProgressSheet();
+    EXPECT_FALSE(progress.isVisible());
+    EXPECT_LT(bar.minimum(), bar.maximum());
+}
+
+// The list
+
+TEST_F(CheckWindowLook, TheListIsAsHighAsItsLines) {
+    for (const int count : {1, 3, 6}) {
+        showLines(count);
+        EXPECT_EQ(linesInSight(), count);
+        EXPECT_FALSE(list().verticalScrollBar()->isVisible()) << count;
+        keepPicture(*findWindow(), QStringLiteral("check-%1-lines").arg(count));
+    }
+}
+
+TEST_F(CheckWindowLook, TheListScrollsFromTheSeventhLineOn) {
+    showLines(7);
+    EXPECT_EQ(linesInSight(), 6);
+    EXPECT_TRUE(list().verticalScrollBar()->isVisible());
+    expectNothingClipped(*findWindow());
+    keepPicture(*findWindow(), QStringLiteral("check-7-lines"));
+}
+
+TEST_F(CheckWindowLook, ALongNameIsCutOffAndToldInFullByItsToolTip) {
+    const QString name(300, u'x');
+    faults = {{name, QStringLiteral("Wrong Permissions")}};
+    show();
+    EXPECT_GE(list().columnWidth(1), list().fontMetrics().horizontalAdvance(faults[0].status));
+    EXPECT_EQ(list().columnWidth(0) + list().columnWidth(1), list().viewport()->width());
+    EXPECT_EQ(list().topLevelItem(0)->toolTip(0), name);
+}
+
+TEST_F(CheckWindowLook, WithoutAnyFaultThereIsNoList) {
+    show();
+    view->setFaults({});
+    EXPECT_FALSE(list().isVisible());
+}
+
+// Nothing jumps
+
+TEST_F(CheckWindowLook, NothingJumpsWhenLessIsLeftToSay) {
+    show();
+    const QList<QRect> before = places();
+    view->setText(Outlet::Explanation, shortExplanation);
+    view->setFaults(faults.first(0) + QList<Fault>{{QStringLiteral("QuillmarkFS"), QStringLiteral("Missing")}});
+    QApplication::processEvents();
+    EXPECT_EQ(places(), before);
+    view->bringToFront();
+    QApplication::processEvents();
+    EXPECT_EQ(places(), before);
+}
+
+TEST_F(CheckWindowLook, NothingJumpsUnderTheSheetAndBehindIt) {
+    show();
+    const QList<QRect> before = places();
+    view->beginProgressSheet();
+    QApplication::processEvents();
+    EXPECT_EQ(places(), before);
+    view->endProgressSheet();
+    view->bringToFront();
+    QApplication::processEvents();
+    EXPECT_EQ(places(), before);
+}
+
+TEST_F(CheckWindowLook, GrowsForALongerText) {
+    const int before = show().height();
+    view->setText(Outlet::Explanation, explanation().text() + QStringLiteral("\n\nAnd a line more."));
+    view->bringToFront();
+    QApplication::processEvents();
+    EXPECT_GT(findWindow()->height(), before);
+    expectNothingClipped(*findWindow());
+}
+
+// Colours
+
+TEST_F(CheckWindowLook, EveryTextIsReadableInLightAndInDark) {
+    for (const bool isDark : {false, true}) {
+        if (isDark) {
+            useDarkPalette();
+        }
+        QDialog &window = show();
+        const QImage picture = window.grab().toImage();
+        EXPECT_EQ(qGray(picture.pixel(2, picture.height() - 3)) < 0x40, isDark);
+        for (const QWidget *text : {static_cast<QWidget *>(&explanation()), static_cast<QWidget *>(list().header()),
+                                    static_cast<QWidget *>(list().viewport()), static_cast<QWidget *>(&install()),
+                                    static_cast<QWidget *>(&dontInstall()), static_cast<QWidget *>(&details())}) {
+            const QRect place = placeOf(*text).adjusted(30, 3, -4, -3); // without frames, nor the sign of a fault
+            EXPECT_GT(contrastIn(picture, place), 0x80) << qPrintable(text->objectName()) << isDark;
+        }
+        keepPicture(window, isDark ? QStringLiteral("check-dark") : QStringLiteral("check-light"));
+        view->beginProgressSheet();
+        QApplication::processEvents();
+        EXPECT_GT(contrastIn(sheet().grab().toImage(), placeOf(outlet("repairProgressText"))), 0x80);
+        keepPicture(sheet(), isDark ? QStringLiteral("check-dark-sheet") : QStringLiteral("check-light-sheet"));
+    }
+}
+
+// Assistive programs
+
+TEST_F(CheckWindowLook, EveryControlHasAnAccessibleName) {
+    QDialog &window = show();
+    view->beginProgressSheet();
+    QApplication::processEvents();
+    for (const auto &[name, role, text] :
+         {std::tuple("checkHeaderView", QAccessible::Heading, QStringLiteral("Installing Quillmark")),
+          {"checkText", QAccessible::StaticText, explanation().text()},
+          {"checkFaults", QAccessible::Tree, QStringLiteral("Components that need repair")},
+          {"checkDetails", QAccessible::Button, QStringLiteral("Details")},
+          {"checkDontInstall", QAccessible::Button, QStringLiteral("Don’t Install")},
+          {"checkInstall", QAccessible::Button, QStringLiteral("Continue")},
+          {"repairProgressText", QAccessible::StaticText, QStringLiteral("Installing the Quillmark components…")},
+          {"repairProgressIndicator", QAccessible::ProgressBar, QStringLiteral("Installing the Quillmark components…")},
+          {"repairProgressWindow", QAccessible::Dialog, QStringLiteral("Quillmark")}}) {
+        EXPECT_EQ(accessible(outlet(name)).role(), role) << name;
+        EXPECT_EQ(accessible(outlet(name)).text(QAccessible::Name), text) << name;
+    }
+    EXPECT_EQ(accessible(window).text(QAccessible::Name), QStringLiteral("Quillmark"));
+    EXPECT_EQ(accessible(window).text(QAccessible::Description), explanation().text());
+}
+
+TEST_F(CheckWindowLook, TheListTellsItsColumnsByTheirTitles) {
+    language = QStringLiteral("de");
+    show();
+    QAccessibleTableInterface *const table = accessible(list()).tableInterface();
+    ASSERT_NE(table, nullptr);
+    EXPECT_EQ(table->columnDescription(0), QStringLiteral("Komponente"));
+    EXPECT_EQ(table->columnDescription(1), QStringLiteral("Zustand"));
+    EXPECT_TRUE(list().header()->isVisible());
+}
+
+} // namespace quillmark::test
