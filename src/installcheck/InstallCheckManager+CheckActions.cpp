@@ -97,6 +97,19 @@ QList<CheckWindowView::Fault> InstallCheckManager::faults() const {
     return list;
 }
 
+void InstallCheckManager::runFaultsAlert() {
+    QStringList lines;
+    for (const CheckWindowView::Fault &fault : faults()) {
+        lines << formatted("%@ (%@)", fault.name, fault.status);
+    }
+    AlertDescription alert;
+    alert.windowTitle = m_strings.localisedString(QStringLiteral("ProductName"));
+    alert.messageText = m_strings.localisedString(QStringLiteral("RunFailedTitle"));
+    alert.informativeText = lines.join(u'\n');
+    alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("Quit"))};
+    m_platform.alerts.runModal(alert);
+}
+
 void InstallCheckManager::installButtonClick() {
     m_window->beginProgressSheet();
     m_platform.mainThread.detachNewThread(QStringLiteral("repair"), [this] { runSelfRepairThread(); });

@@ -134,6 +134,8 @@ public:
 
     bool hasWindow() const { return m_window != nullptr; }
     void runSelfRepair();
+    /// Tells what is at fault where there is no such window, and waits until the user has read it.
+    void runFaultsAlert();
     void installButtonClick() override;
     void dontInstallButtonClick() override;
     /// Opens the folder of the log.

@@ -37,6 +37,9 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     }
     logFaults(installCheck);
     _flushLog(); // the user may look at the log while the window waits for him
+    if (!installCheck.hasWindow()) {
+        installCheck.runFaultsAlert(); // a launcher that ends without a word would be a riddle
+    }
     return installCheck.hasWindow();
 }
 

@@ -155,11 +155,14 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
                            QStringLiteral("ERR \"fs\" is not in order: fehlt (\"/none.fs\")")}));
 }
 
-TEST_F(LauncherAppDelegate, WithoutAWindowFaultyComponentsAreTheEnd) {
+TEST_F(LauncherAppDelegate, WithoutAWindowFaultyComponentsAreToldInAnAlertAndAreTheEnd) {
     platform.checkWindows.canBeShown = false;
-    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    setItems({item("QMTool", "gone", QStringLiteral("/none")), toolInOrder(),
+              item("Bundle", "fs", QStringLiteral("/none.fs"))});
     _setStandardStreams(nullptr, nullptr);
     EXPECT_FALSE(delegate().applicationDidFinishLaunching());
+    EXPECT_EQ(platform.transcript.calls().last(),
+              QStringLiteral("runModal [Quillmark] RunFailedTitle | gone (Missing)\nfs (Missing) | Quit"));
 }
 
 TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaunched) {
