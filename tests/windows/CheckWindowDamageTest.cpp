@@ -55,8 +55,9 @@ protected:
         EXPECT_FALSE(findWindow()->close());
         EXPECT_EQ(calls.last(), QStringLiteral("close"));
     }
-    QColor headerAt(int x, int y) {
-        const QImage picture = outlet("checkHeaderView").grab().toImage();
+    /// As the window shows it: alone, the header would be drawn on a ground that it need not have.
+    static QColor headerAt(int x, int y) {
+        const QImage picture = findWindow()->grab().toImage();
         return picture.pixelColor(QPoint(x, y) * static_cast<int>(picture.devicePixelRatio()));
     }
 

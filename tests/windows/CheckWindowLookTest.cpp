@@ -43,6 +43,17 @@ int contrastIn(const QImage &picture, const QRect &place) {
 
 } // namespace
 
+TEST_F(CheckWindowLook, LoadsNoPlugInOfAFormDesigner) {
+    const QStringList folders = QCoreApplication::libraryPaths();
+    show();
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
+    const QByteArray loaded = maps.readAll();
+    EXPECT_TRUE(loaded.contains("libquillmark-windows.so"));
+    EXPECT_FALSE(loaded.contains("/designer/"));
+    EXPECT_EQ(QCoreApplication::libraryPaths(), folders);
+}
+
 // Where things stand
 
 TEST_F(CheckWindowLook, IsSixHundredPointsWideWithTheHeaderAcrossItsTop) {
@@ -79,6 +90,14 @@ TEST_F(CheckWindowLook, StandsInTheMiddleOfTheScreenAndCannotBeResized) {
     const QPoint offset = window.geometry().center() - window.screen()->availableGeometry().center();
     EXPECT_LE(offset.manhattanLength(), 60) << "more than a title bar away";
     EXPECT_EQ(window.minimumSize(), window.maximumSize());
+}
+
+TEST_F(CheckWindowLook, ComesBackToTheMiddleOfTheScreenFromWhereTheUserHasMovedIt) {
+    QDialog &window = show();
+    const QPoint middle = window.pos();
+    window.move(3, 4);
+    view->bringToFront();
+    EXPECT_EQ(window.pos(), middle);
 }
 
 TEST_F(CheckWindowLook, HasASmallSheetWithOneLineAndAnEndlessBar) {

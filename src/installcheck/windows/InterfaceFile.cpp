@@ -3,6 +3,7 @@
 #include "branding/windows/QuillmarkHeaderView.h"
 
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QDialog>
 #include <QFile>
 #include <QUiLoader>
@@ -93,8 +94,12 @@ QDialog *loadInterface(const QString &path, const HeaderBranding &branding, QStr
         problems << QStringLiteral("the interface file \"%1\" is damaged: %2").arg(path, damage);
         return nullptr;
     }
-    QStringList complaints;
+    // Qt would load all plug-ins of its form designer, with the other window libraries that they need.
+    const QStringList plugInFolders = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({});
     InterfaceLoader loader(branding);
+    QCoreApplication::setLibraryPaths(plugInFolders);
+    QStringList complaints;
     QWidget *root = nullptr;
     {
         const Complaints collected(complaints);
