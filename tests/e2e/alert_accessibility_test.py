@@ -28,6 +28,7 @@ class AlertAccessibility(LauncherTest):
         self.assertIn("active", alert.states)
         for text in (MESSAGE, INFORMATION):
             self.assertIn("showing", alert.one("label", text).states)
+        self.desktop.take_picture("alert-beside-a-running-core")
 
     def test_is_read_from_the_icon_over_the_texts_to_the_button(self):
         # The icon says nothing that the texts don't: it is a place without a name, which is passed over.

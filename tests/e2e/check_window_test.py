@@ -1,105 +1,55 @@
 """The check window on a real desktop, worked as a user works it, with real administrator rights behind it."""
 
-import os
-import shutil
 import signal
-import subprocess
 import unittest
 
-from components import FILE_SYSTEM, OVERLAY_TOOL, TOOLS, UPDATE_TOOL
-from desktop import Desktop, require_accessibility
-from machine import CORE, LAUNCHER, RESOURCES, LauncherTest, processes_of, wait_until
+from check_window import CONTINUE, DONT_INSTALL, EVERYTHING, CheckWindowTest, remove_everything
+from components import FILE_SYSTEM, OVERLAY_TOOL, UPDATE_TOOL
+from machine import LAUNCHER, RESOURCES, wait_until
 from polkit import confirm_password, start_agent, start_polkit
 
-CONTINUE, DONT_INSTALL = "Continue", "Don’t Install"
-FAILED = "The installation could not be completed."
 
-
-class CheckWindow(LauncherTest):
-    def setUp(self):
-        require_accessibility()
-        self.desktop = Desktop(self)
-        self.desktop.start_window_manager()
-        self.desktop.start_accessibility()
-
-    def remove_everything(self):
-        shutil.rmtree(TOOLS)
-        shutil.rmtree(FILE_SYSTEM.parent)
-        (RESOURCES / "QuillmarkCore.app").chmod(0o700)
-
-    def start_launcher(self):
-        """The launcher with its window up."""
-        self.launcher = self.desktop.start(LAUNCHER)
-        return self.wait_for(lambda tree: tree.all("push button", CONTINUE, "focused"), "the window is up")
-
-    def wait_for(self, condition, what):
-        return self.desktop.wait_for(self.launcher, condition, what)
-
-    def press(self, name):
-        self.desktop.press(self.launcher, "push button", name)
-
-    def key(self, name):
-        subprocess.run(["xdotool", "key", name], env=os.environ | self.desktop.variables, check=True)
-
-    def faults(self, tree):
-        """The lines of the list."""
-        cells = [cell.name for cell in tree.all("table cell")]
-        return dict(zip(cells[::2], cells[1::2]))
-
-    def assert_ended_without_core(self):
-        self.assertEqual(self.launcher.wait(timeout=20), 0)
-        self.assertEqual(processes_of(CORE), [])
-
+class CheckWindow(CheckWindowTest):
     def test_is_not_shown_when_all_is_in_order(self):
-        launcher = self.desktop.start(LAUNCHER)
-        self.assertEqual(launcher.wait(timeout=20), 0)
-        self.core()
+        self.launcher = self.desktop.start(LAUNCHER)
+        self.assert_ended_with_core()
 
     def test_tells_what_is_at_fault(self):
-        self.remove_everything()
+        remove_everything()
         tree = self.start_launcher()
-        self.assertEqual(self.faults(tree), {"QuillmarkCore": "Wrong Permissions", "updateqm": "Missing",
-                                             "finderoverlaytool": "Missing", "QuillmarkFS": "Missing"})
+        self.assertEqual(self.faults(tree), EVERYTHING)
         window = tree.one("dialog", "Quillmark")
         self.assertTrue(window.description.startswith("Before Quillmark can start"))
         self.assertTrue(tree.all("heading", "Installing Quillmark"))
         self.assertIn("is-default", tree.one("push button", CONTINUE).states)
 
     def test_repairs_everything_with_one_password_and_starts_the_core(self):
-        self.remove_everything()
+        remove_everything()
         start_polkit(self, "AUTH_ADMIN")
         self.start_launcher()
-        agent = start_agent(self, "allow", self.launcher.pid)
-        self.press(CONTINUE)
+        agent = self.open_password_dialog()
         tree = self.wait_for(lambda tree: tree.all("progress bar"), "the sheet is up")
         self.assertTrue(tree.all("label", "Installing the Quillmark components…"))
-        self.assertEqual(agent.stdout.readline(), "asked\n")
         confirm_password(agent)
-        self.assertEqual(self.launcher.wait(timeout=30), 0)
-        self.core()
+        self.assert_ended_with_core()
         self.assertEqual([path.lstat().st_uid for path in (UPDATE_TOOL, OVERLAY_TOOL, FILE_SYSTEM)], [0, 0, 0])
 
     def test_stays_when_the_password_dialog_is_dismissed_and_a_second_try_succeeds(self):
-        self.remove_everything()
+        remove_everything()
         start_polkit(self, "AUTH_ADMIN")
         self.start_launcher()
         dismissing = start_agent(self, "dismiss", self.launcher.pid)
         self.press(CONTINUE)
-        self.wait_for(lambda tree: tree.all("label", FAILED), "the failure is told")
+        self.wait_for_failure()
         dismissing.kill()
         dismissing.wait()
-        self.press("OK")
-        self.wait_for(lambda tree: not tree.all("label", FAILED), "the alert is gone")
-        agent = start_agent(self, "allow", self.launcher.pid)
-        self.press(CONTINUE)
-        self.assertEqual(agent.stdout.readline(), "asked\n")
-        confirm_password(agent)
-        self.assertEqual(self.launcher.wait(timeout=30), 0)
-        self.core()
+        self.close_alert()
+        self.repair_with_password()
+        self.assert_ended_with_core()
 
     def test_comes_back_with_what_a_repair_has_left(self):
         """A framework of another maker in the file system's place, which no repair brings."""
-        self.remove_everything()
+        remove_everything()
         catalogue = RESOURCES / "RequiredItems.plist"
         catalogue.write_text(catalogue.read_text().replace("/Library/Filesystems/QuillmarkFS.fs", "/Library/Filesystems/Other.fs"))
         start_polkit(self, "YES")
@@ -115,15 +65,14 @@ class CheckWindow(LauncherTest):
         tree = self.start_launcher()
         self.assertEqual(self.faults(tree), {"QuillmarkFS": "Invalid"})
         self.press(CONTINUE)
-        self.wait_for(lambda tree: tree.all("label", FAILED), "the failure is told")
+        self.wait_for_failure()
 
     def test_return_is_continue(self):
-        self.remove_everything()
+        remove_everything()
         start_polkit(self, "YES")
         self.start_launcher()
         self.key("Return")
-        self.assertEqual(self.launcher.wait(timeout=30), 0)
-        self.core()
+        self.assert_ended_with_core()
 
     def test_a_user_who_does_not_want_it_ends_the_launcher(self):
         OVERLAY_TOOL.unlink()
@@ -146,7 +95,7 @@ class CheckWindow(LauncherTest):
         self.assertNotIn("User chose to quit", self.log())
 
     def test_a_launcher_that_is_killed_at_it_leaves_a_state_that_the_next_one_repairs(self):
-        self.remove_everything()
+        remove_everything()
         start_polkit(self, "YES")
         self.start_launcher()
         self.press(CONTINUE)
@@ -155,8 +104,7 @@ class CheckWindow(LauncherTest):
         self.launcher.wait()
         self.start_launcher()
         self.press(CONTINUE)
-        self.assertEqual(self.launcher.wait(timeout=30), 0)
-        self.core()
+        self.assert_ended_with_core()
 
 
 if __name__ == "__main__":

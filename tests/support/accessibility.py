@@ -1,13 +1,17 @@
 """Looks at the windows of a program and works them as an assistive program does, through the accessibility tree.
 
-    accessibility.py tree PID                the objects of the process as one JSON document; null while it shows none
-    accessibility.py press PID ROLE NAME     does the first action of the only object of that role and name
+Each line of standard input is a request, a JSON list, and has a line of standard output as its answer, a JSON object with
+either "answer" or "error":
+
+    ["tree", PID]                  the objects of the process as one JSON document; null while it shows none
+    ["press", PID, ROLE, NAME]     does the first action of the only object of that role and name
 
 It needs the user's own session bus, so it is a program: the tests, which are root, run it as the user by way of
 desktop.py. It is made for the system's own Python, the one that the packages of the accessibility library serve.
 """
 
 import json
+import os
 import sys
 
 import gi
@@ -63,28 +67,37 @@ def all_of(accessible, depth=DEPTH):
 def tree(pid):
     try:
         root = application(pid)
-        print(json.dumps(description(root) if root is not None and root.get_child_count() > 0 else None))
-    except GLib.Error as error:  # a window came or went meanwhile: nothing that could be relied on
-        print(f"accessibility.py: {error.message}", file=sys.stderr)
-        print("null")
+        return description(root) if root is not None and root.get_child_count() > 0 else None
+    except GLib.Error:  # a window came or went meanwhile: nothing that could be relied on
+        return None
 
 
 def press(pid, role, name):
     root = application(pid)
     found = [] if root is None else [one for one in all_of(root) if (one.get_role_name(), one.get_name()) == (role, name)]
     if len(found) != 1:
-        sys.exit(f'accessibility.py: process {pid} has {len(found)} objects of the role "{role}" named "{name}"')
+        raise LookupError(f'process {pid} has {len(found)} objects of the role "{role}" named "{name}"')
     actions = found[0].get_action_iface()
     if actions is None or actions.get_n_actions() == 0:
-        sys.exit(f'accessibility.py: the {role} "{name}" has no action')
+        raise LookupError(f'the {role} "{name}" has no action')
     if not actions.do_action(0):
-        sys.exit(f'accessibility.py: the {role} "{name}" refused to be pressed')
+        raise LookupError(f'the {role} "{name}" refused to be pressed')
 
 
-def main(command, pid, *arguments):
-    Atspi.set_timeout(5000, 5000)  # ms, for one answer of the program
-    Atspi.init()
-    {"tree": tree, "press": press}[command](int(pid), *arguments)
+def answer(command, *arguments):
+    try:
+        Atspi.set_timeout(5000, 5000)  # ms, for one answer of the program
+        Atspi.init()
+        told = {"answer": {"tree": tree, "press": press}[command](*arguments)}
+    except Exception as error:
+        told = {"error": str(error)}
+    print(json.dumps(told), flush=True)
 
 
-main(*sys.argv[1:])
+for line in sys.stdin:
+    # The library remembers what it has seen, so each request has a process of its own, which has seen nothing.
+    child = os.fork()
+    if child == 0:
+        answer(*json.loads(line))
+        os._exit(0)
+    os.waitpid(child, 0)

@@ -12,6 +12,7 @@ from machine import PATIENCE, environment, start, wait_until
 
 PYTHON = "/usr/bin/python3"
 ACCESSIBILITY = Path(__file__).with_name("accessibility.py")
+PICTURES = Path("/tmp/pictures")  # what lies here is brought out of the private root
 
 
 def require_accessibility():
@@ -71,6 +72,7 @@ class Desktop:
 
     def __init__(self, test):
         self.test = test
+        self.assistant = None
         # Programs that are told of no bus start one of their own.
         self.variables = {"DISPLAY": self._start_display(), "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
 
@@ -105,7 +107,7 @@ class Desktop:
 
     def tree(self, process):
         """The accessible objects of the process, or None while it shows no window."""
-        told = json.loads(self._accessibility("tree", process.pid).stdout)
+        told = self._ask("tree", process.pid)
         return told and Accessible(told)
 
     def wait_for(self, process, condition, what):
@@ -127,12 +129,30 @@ class Desktop:
 
     def press(self, process, role, name):
         """Does what a click on the only such object does."""
-        self._accessibility("press", process.pid, role, name)
+        self._ask("press", process.pid, role, name)
 
-    def _accessibility(self, *arguments):
-        done = self.run(PYTHON, "-B", ACCESSIBILITY, *map(str, arguments))
-        assert done.returncode == 0, done.stderr
-        return done
+    def take_picture(self, name, still=True):
+        """Keeps what is on the screen, for people to look at, in a file of that name. \param still whether nothing moves in
+        it, so that it is painted when two pictures in a row are the same."""
+        PICTURES.mkdir(exist_ok=True)
+        path = PICTURES / f"{name}.png"
+
+        def take():
+            before = path.read_bytes() if path.exists() else None
+            subprocess.run(["import", "-window", "root", "-define", "png:exclude-chunks=date,time", path],
+                           env=os.environ | self.variables, check=True)
+            return not still or path.read_bytes() == before
+
+        wait_until(take, "the screen is painted")
+
+    def _ask(self, *request):
+        if self.assistant is None:
+            self.assistant = self.start(PYTHON, "-B", "-W", "ignore", ACCESSIBILITY, stdin=subprocess.PIPE, stderr=None)
+        self.assistant.stdin.write(json.dumps(request) + "\n")
+        self.assistant.stdin.flush()
+        told = json.loads(self.assistant.stdout.readline())
+        assert "error" not in told, told["error"]
+        return told["answer"]
 
     def _start_display(self):
         reading, writing = os.pipe()

@@ -4,7 +4,6 @@ pictures in /tmp/pictures. The launcher is run by run-inside.sh, whose arguments
 """
 
 import os
-import subprocess
 import sys
 import threading
 import time
@@ -15,7 +14,6 @@ from desktop import Desktop
 from machine import environment, start, wait_until
 from polkit import confirm_password, start_agent, start_polkit
 
-PICTURES = Path("/tmp/pictures")
 LAUNCHER_PID = Path("/tmp/launcher.pid")
 OUTCOME = Path("/tmp/outcome")
 OWN_OUTPUT = Path("/tmp/run-broken.out")  # of what is started here, which people needn't see
@@ -50,27 +48,14 @@ class User:
         self.desktop = Desktop(test)
         self.desktop.start_window_manager()
         self.desktop.start_accessibility()
-        PICTURES.mkdir()
 
     def repair(self, launcher):
         self.desktop.wait_for(launcher, lambda tree: tree.all("push button", "Continue", "focused"), "the window is up")
-        self._picture("at-fault")
+        self.desktop.take_picture("at-fault")
         say('the window lists what is at fault; pressing "Continue"')
         self.desktop.press(launcher, "push button", "Continue")
         self.desktop.wait_for(launcher, lambda tree: tree.all("progress bar", state="showing"), "the repair is under way")
-        self._picture("repairing", still=False)
-
-    def _picture(self, name, still=True):
-        """\\param still whether nothing moves in it, so that it is complete when two in a row are the same."""
-        path = PICTURES / f"{name}.png"
-
-        def take():
-            before = path.read_bytes() if path.exists() else None
-            subprocess.run(["import", "-window", "root", "-define", "png:exclude-chunks=date,time", path],
-                           env=os.environ | self.desktop.variables, check=True)
-            return not still or path.read_bytes() == before
-
-        wait_until(take, "the window is painted")
+        self.desktop.take_picture("repairing", still=False)
 
 
 def main(arguments):
