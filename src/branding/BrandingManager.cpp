@@ -3,6 +3,7 @@
 #include "platform/Bundle.h"
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "utils/Log.h"
 
 #include <QFile>
 
@@ -55,6 +56,8 @@ std::optional<Image> BrandingManager::getBrandedLogoImageForBrandID(qint32 brand
 void BrandingManager::setHeaderViewBrandedLogoImage(LogoView &headerView) const {
     if (const auto image = getBrandedLogoImage()) {
         headerView.setLogoImage(*image);
+    } else {
+        logError("There is no logo for brand %d: \"%@\" can't be read either", getBrandingID(), logoName(1));
     }
 }
 

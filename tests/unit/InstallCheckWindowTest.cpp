@@ -96,6 +96,14 @@ TEST_F(InstallCheckWindow, GetsItsTextsInOrderAndComesToTheFront) {
     EXPECT_EQ(window.texts.value(Outlet::Progress), QStringLiteral("QuillmarkLauncher_Installing"));
 }
 
+TEST_F(InstallCheckWindow, WithoutAnyLogoIsShownAllTheSameAndTheLogNamesIt) {
+    setItems({missing("QMTool", "a")});
+    startLog(kLogLevelError);
+    EXPECT_FALSE(manager().checkForRequiredItems());
+    EXPECT_EQ(calls().last(), QStringLiteral("bringToFront"));
+    EXPECT_EQ(log(), listOf({"ERR There is no logo for brand -1: \"logo-1.bmp\" can't be read either"}));
+}
+
 TEST_F(InstallCheckWindow, IsLoadedOnce) {
     show({missing("QMTool", "a")});
     EXPECT_FALSE(manager().checkForRequiredItems());

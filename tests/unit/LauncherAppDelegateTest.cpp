@@ -137,6 +137,9 @@ TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch
 
 TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunched) {
     platform.bundle.strings.insert(QStringLiteral("Missing"), QStringLiteral("fehlt"));
+    resource(QStringLiteral("logo-1.bmp"), "logo", {});
+    platform.images.pictures.insert(platform.bundle.resourcePath() + QStringLiteral("/logo-1.bmp"),
+                                    Image{{}, 1, 1, "abcd"});
     RequiredItem notRequired = item("FinderOverlayInsert", "later", QStringLiteral("/none"));
     notRequired.insert(kMinMacOSXVersion, QStringLiteral("10.6"));
     const QString old = home.write(QStringLiteral("old.plugin"), "");
