@@ -223,6 +223,16 @@ TEST_F(InstallCheckWindow, TheLogIsWholeOnTheDiskWhenTheWindowIsBack) {
     }
 }
 
+TEST_F(InstallCheckWindow, ATranslationOfTheFailureThatAsksForArgumentsIsShownAsItIs) {
+    platform.bundle.strings.insert(QStringLiteral("RepairFailed"), QStringLiteral("%s of %d failed: %@"));
+    show({missing("Bundle", "a")});
+    startLog(kLogLevelError);
+    manager().repairFailed();
+    EXPECT_EQ(calls().last(), QStringLiteral("beginAlertSheet RepairFailedTitle | %s of %d failed: %@ | OK"));
+    ASSERT_EQ(log().size(), 1);
+    EXPECT_TRUE(log()[0].contains(u"%s of %d failed: %@")) << qPrintable(log()[0]);
+}
+
 TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {
     show({missing("QMToolRoot", "a")});
     startLog(kLogLevelError);
