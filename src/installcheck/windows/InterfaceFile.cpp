@@ -38,12 +38,7 @@ private:
 /// properties that are none.
 class Complaints {
 public:
-    explicit Complaints(QStringList &complaints) {
-        receiver = &complaints;
-        m_before = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &message) {
-            receiver->append(message.endsWith(u'.') ? message.chopped(1) : message);
-        });
-    }
+    explicit Complaints(QStringList &complaints) : m_before(qInstallMessageHandler(collect)) { receiver = &complaints; }
     ~Complaints() {
         qInstallMessageHandler(m_before);
         receiver = nullptr;
@@ -52,8 +47,11 @@ public:
     Complaints &operator=(const Complaints &) = delete;
 
 private:
+    static void collect(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString &message) {
+        receiver->append(message.endsWith(u'.') ? message.chopped(1) : message);
+    }
     static inline QStringList *receiver = nullptr;
-    QtMessageHandler m_before = nullptr;
+    const QtMessageHandler m_before;
 };
 
 /// Why that is no document that Qt's reader can be given; null when it can.
