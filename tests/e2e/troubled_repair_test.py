@@ -25,7 +25,7 @@ def replace_payload(payload, contents):
 def make_large_file_system(megabytes):
     """The file system's package becomes one that takes its time and its room."""
     tree = make_bundle(Path("/tmp/large"), FILE_SYSTEM.name)
-    (tree / FILE_SYSTEM.name / "large").write_bytes(os.urandom(megabytes << 20))
+    (tree / FILE_SYSTEM.name / "large").write_bytes(bytes(megabytes << 20))
     package = make_package(Path("/tmp/large.pkg"), tree)
     replace_payload(resource("QuillmarkFS.pkg"), package.read_bytes())
 
