@@ -12,6 +12,9 @@
 #include "utils/Exception.h"
 #include "utils/Log.h"
 
+#include <future>
+#include <utility>
+
 namespace quillmark {
 
 namespace {
@@ -31,7 +34,7 @@ private:
 } // namespace
 
 bool InstallCheckManager::loadWindow() {
-    if (m_window == nullptr) {
+    if (!std::exchange(m_isWindowLoaded, true)) {
         const QString file =
             m_platform.mainBundle.pathForResource(QStringLiteral("InstallCheck"), QStringLiteral("ui"));
         const HeaderBranding branding{m_platform.mainBundle.resourcePath(),
@@ -45,6 +48,17 @@ bool InstallCheckManager::loadWindow() {
         }
     }
     return m_window != nullptr;
+}
+
+void InstallCheckManager::loadWindowWhile(const std::function<void()> &call) {
+    if (!isAnythingMissing()) {
+        call();
+        return;
+    }
+    m_platform.checkWindows.prepare();
+    std::future<void> done = std::async(std::launch::async, call);
+    loadWindow();
+    done.get();
 }
 
 void InstallCheckManager::awakeFromNib() {

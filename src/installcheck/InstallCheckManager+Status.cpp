@@ -7,6 +7,8 @@
 #include "utils/FileManager.h"
 #include "utils/Log.h"
 
+#include <algorithm>
+
 namespace quillmark {
 
 namespace {
@@ -68,6 +70,24 @@ std::span<const InstallCheckManager::StatusRule> InstallCheckManager::statusRule
         {kFinderOverlayInsert, &Manager::doesBundleNeedUpdate, u"Old Version", Fault::HelperToRestart},
     };
     return kRules;
+}
+
+bool InstallCheckManager::isAnythingMissing() const {
+    return std::any_of(m_requiredItemsList.cbegin(), m_requiredItemsList.cend(),
+                       [this](const QVariant &item) { return isMissing(item.toMap()); });
+}
+
+bool InstallCheckManager::isMissing(const RequiredItem &item) const {
+    const QString type = textOf(item, kInstallType);
+    const auto rules = statusRules();
+    const auto absence = std::find_if(rules.begin(), rules.end(), [&type](const StatusRule &rule) {
+        return rule.type == type && rule.holds == &InstallCheckManager::isAbsent;
+    });
+    // The rules before it say that the item is not required.
+    return absence != rules.end() && isAbsent(item) &&
+           std::none_of(rules.begin(), absence, [this, &type, &item](const StatusRule &rule) {
+               return rule.type == type && (this->*rule.holds)(item);
+           });
 }
 
 void InstallCheckManager::updateStatus() {

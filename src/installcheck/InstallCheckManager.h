@@ -46,6 +46,9 @@ public:
     /// Evaluates. \returns true when nothing needs repair; else the window is shown, where one can be.
     bool checkForRequiredItems();
 
+    /// Whether an evaluation would find an item "Missing", at the cost of one look at each item's path.
+    bool isAnythingMissing() const;
+
     /// Examines every item, in the catalogue's order. Raises nothing for an item that is at fault in whatever way.
     void updateStatus();
 
@@ -133,6 +136,9 @@ public:
     // The window: shown with what the last evaluation found; on the main thread.
 
     bool hasWindow() const { return m_window != nullptr; }
+    /// Makes the call; when anything is missing, on a thread of its own, while the window that will be shown is loaded.
+    /// What the call raises is raised here.
+    void loadWindowWhile(const std::function<void()> &call);
     void runSelfRepair();
     /// Tells what is at fault where there is no such window, and waits until the user has read it.
     void runFaultsAlert();
@@ -181,6 +187,7 @@ private:
     void _repairFailed();
     void beginFailureSheet(const QString &titleKey);
 
+    bool isMissing(const RequiredItem &item) const;
     bool isAbsent(const RequiredItem &item) const;
     bool hasWrongCoreAppPermissions(const RequiredItem &item) const;
     bool hasWrongToolPermissions(const RequiredItem &item) const;
@@ -197,6 +204,7 @@ private:
     UpdateToolManager &m_updateTool;
     ApplicationDelegate *m_delegate = nullptr;
     CheckWindowView *m_window = nullptr;
+    bool m_isWindowLoaded = false; // or known to be impossible
     const QVariantList m_requiredItemsList;
     QStringList m_requiredItemsStatusKeys;
     QStringList m_requiredItemsStatusList;

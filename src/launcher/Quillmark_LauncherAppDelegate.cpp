@@ -27,11 +27,11 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     setUpLogging();
     logNormal("%@ version %@", m_productName, versionOfThisAppAsString(true));
     logNormal("%@ did begin launching...", m_productName);
+    InstallCheckManager &installCheck = m_installCheck();
+    installCheck.setDelegate(this);
     ensureCoreNotRunning();
     m_staleBundles = staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList);
     logNormal("%@ did finish launching", m_productName);
-    InstallCheckManager &installCheck = m_installCheck();
-    installCheck.setDelegate(this);
     if (installCheck.checkForRequiredItems()) {
         launchCore();
     }
@@ -82,7 +82,11 @@ qint32 Quillmark_LauncherAppDelegate::brandId() const {
 QString Quillmark_LauncherAppDelegate::coreName() const { return formatted("%@Core", m_productName); }
 
 void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
-    if (!ProcessUtilities::quillmarkCoreAlreadyRunning(coreName())) {
+    bool isCoreRunning = false;
+    // Most of the start's time goes by in these questions to the process table.
+    m_installCheck().loadWindowWhile(
+        [&] { isCoreRunning = ProcessUtilities::quillmarkCoreAlreadyRunning(coreName()); });
+    if (!isCoreRunning) {
         return;
     }
     AlertDescription alert;

@@ -75,6 +75,10 @@ class CheckWindows {
 public:
     virtual ~CheckWindows() = default;
 
+    /// Says that a window will be wanted soon, so that what takes long can begin. No other thread may run at this
+    /// moment.
+    virtual void prepare() = 0;
+
     /// Loads the window from its interface file. It lives as long as the process.
     /// \returns null where no window can be shown, which is reported.
     virtual CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,

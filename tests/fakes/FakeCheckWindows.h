@@ -69,6 +69,7 @@ public:
     bool canBeShown = true;
     FakeCheckWindow window;
 
+    void prepare() override { m_transcript.record(QStringLiteral("prepare")); }
     CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
                           CheckWindowView::Owner &owner) override {
         m_transcript.record(QStringLiteral("load ") + interfaceFile.mid(interfaceFile.lastIndexOf(u'/') + 1));

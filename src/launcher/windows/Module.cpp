@@ -26,21 +26,11 @@ private:
     std::unique_ptr<CheckWindow> m_checkWindow;
 };
 
-/// Makes an application that needs no display and takes nothing from the desktop, unless there is one already.
-bool openWithoutDisplay() {
-    if (QCoreApplication::instance() == nullptr) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        for (const char *setting : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_SCALE_FACTOR"}) {
-            qunsetenv(setting);
-        }
-    }
-    QString obstacle; // speaks of a display
-    return openDisplay(obstacle);
-}
-
 } // namespace
 
 } // namespace quillmark
+
+extern "C" Q_DECL_EXPORT bool quillmarkTryDisplay() { return quillmark::tryDisplay(); }
 
 extern "C" Q_DECL_EXPORT quillmark::Windows *quillmarkOpenWindows(const QString &resourceFolder, QString &obstacle) {
     if (!quillmark::openDisplay(obstacle)) {
@@ -53,8 +43,7 @@ extern "C" Q_DECL_EXPORT quillmark::Windows *quillmarkOpenWindows(const QString 
 
 extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture &picture, QByteArray &png,
                                                   QString &obstacle) {
-    if (!quillmark::openWithoutDisplay()) {
-        obstacle = QStringLiteral("the window library can't draw off screen");
+    if (!quillmark::openDisplay(obstacle)) {
         return false;
     }
     png = quillmark::drawnHeader(picture);
@@ -64,5 +53,6 @@ extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture
     return !png.isEmpty();
 }
 
+static_assert(std::is_same_v<decltype(quillmarkTryDisplay), quillmark::QuillmarkTryDisplay>);
 static_assert(std::is_same_v<decltype(quillmarkOpenWindows), quillmark::QuillmarkOpenWindows>);
 static_assert(std::is_same_v<decltype(quillmarkDrawHeader), quillmark::QuillmarkDrawHeader>);

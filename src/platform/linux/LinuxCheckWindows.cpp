@@ -5,6 +5,8 @@
 
 namespace quillmark {
 
+void LinuxCheckWindows::prepare() { m_windowModule.prepare(); }
+
 CheckWindowView *LinuxCheckWindows::load(const QString &interfaceFile, const HeaderBranding &branding,
                                          CheckWindowView::Owner &owner) {
     QString obstacle;

@@ -10,6 +10,7 @@ class WindowModule;
 class LinuxCheckWindows final : public CheckWindows {
 public:
     explicit LinuxCheckWindows(WindowModule &windowModule) : m_windowModule(windowModule) {}
+    void prepare() override;
     CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
                           CheckWindowView::Owner &owner) override;
 

@@ -3,27 +3,65 @@
 #include "platform/Bundle.h"
 #include "platform/linux/PlugIn.h"
 
+#include <QCoreApplication>
+
 namespace quillmark {
 
 namespace {
 
 constexpr const char *kFileName = "libquillmark-windows.so";
 
+bool hasDisplayName() {
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+/// For an application that needs no display and takes nothing from the desktop.
+void leaveDesktop() {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    for (const char *setting : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_SCALE_FACTOR"}) {
+        qunsetenv(setting);
+    }
+}
+
 } // namespace
+
+void WindowModule::prepare() {
+    if (QCoreApplication::instance() == nullptr && hasDisplayName() && !m_trial.isUnderWay()) {
+        m_trial.begin([this] {
+            QString obstacle;
+            void *const address = plugInSymbol(m_bundle, kFileName, kTryDisplaySymbol, obstacle);
+            auto *const tryDisplay = reinterpret_cast<QuillmarkTryDisplay *>(address);
+            return tryDisplay != nullptr && tryDisplay();
+        });
+    }
+}
+
+void *WindowModule::symbol(const char *name, QString &obstacle) {
+    prepare();
+    void *const address = plugInSymbol(m_bundle, kFileName, name, obstacle); // takes as long as the trial
+    const bool isDisplayThere = m_trial.succeeds() || QCoreApplication::instance() != nullptr;
+    if (address != nullptr && !isDisplayThere) {
+        obstacle =
+            hasDisplayName() ? QStringLiteral("the display can't be reached") : QStringLiteral("there is no display");
+    }
+    return isDisplayThere ? address : nullptr;
+}
 
 Windows *WindowModule::open(QString &obstacle) {
     if (m_windows == nullptr) {
-        void *const symbol = plugInSymbol(m_bundle, kFileName, kOpenWindowsSymbol, obstacle);
-        if (auto *const openWindows = reinterpret_cast<QuillmarkOpenWindows *>(symbol)) {
+        if (auto *const openWindows = reinterpret_cast<QuillmarkOpenWindows *>(symbol(kOpenWindowsSymbol, obstacle))) {
             m_windows = openWindows(m_bundle.resourcePath(), obstacle);
         }
     }
     return m_windows;
 }
 
-bool WindowModule::drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle) const {
-    void *const symbol = plugInSymbol(m_bundle, kFileName, kDrawHeaderSymbol, obstacle);
-    auto *const draw = reinterpret_cast<QuillmarkDrawHeader *>(symbol);
+bool WindowModule::drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle) {
+    if (QCoreApplication::instance() == nullptr) {
+        leaveDesktop();
+    }
+    auto *const draw = reinterpret_cast<QuillmarkDrawHeader *>(symbol(kDrawHeaderSymbol, obstacle));
     return draw != nullptr && draw(picture, png, obstacle);
 }
 

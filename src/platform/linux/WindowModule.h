@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/DisplayTrial.h"
 #include "platform/linux/Windows.h"
 
 #include <QString>
@@ -16,6 +17,9 @@ class WindowModule {
 public:
     explicit WindowModule(const Bundle &bundle) : m_bundle(bundle) {}
 
+    /// Begins to find out, beside what the process does next, whether open() can succeed. No other thread may run now.
+    void prepare();
+
     /// The module's windows, or null when it can't be loaded or no display can be reached; a later call tries again.
     /// \param obstacle receives the reason, as a part of a sentence.
     Windows *open(QString &obstacle);
@@ -23,10 +27,14 @@ public:
     /// Draws a header view off screen, with or without a display; afterwards open() gives windows that nobody sees,
     /// unless it was called before.
     /// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
-    bool drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle) const;
+    bool drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle);
 
 private:
+    /// An exported function of the module; null when an application with windows can't be made.
+    void *symbol(const char *name, QString &obstacle);
+
     const Bundle &m_bundle;
+    DisplayTrial m_trial;
     Windows *m_windows = nullptr;
 };
 

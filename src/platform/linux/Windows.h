@@ -24,13 +24,18 @@ public:
                                              CheckWindowView::Owner &owner, QStringList &problems) = 0;
 };
 
-/// One of the module's two exported functions. It connects to the display at its first success. Main thread only.
+/// The module's exported functions. This one makes an application with windows, and aborts the process where that is
+/// impossible: only a copy of the process may call it. \returns true.
+using QuillmarkTryDisplay = bool();
+inline constexpr const char *kTryDisplaySymbol = "quillmarkTryDisplay";
+
+/// It makes an application, once, and aborts the process where that is impossible. Main thread only.
 /// \param resourceFolder where the application's pictures are. \param obstacle receives why there can be no windows.
 /// \returns the windows, which live as long as the process, or null.
 using QuillmarkOpenWindows = Windows *(const QString &resourceFolder, QString &obstacle);
 inline constexpr const char *kOpenWindowsSymbol = "quillmarkOpenWindows";
 
-/// The other: draws a header view off screen. It needs no display, and a process that has no windows yet will have none
+/// Draws a header view off screen. It needs no display, and a process that has no windows yet will have none
 /// that anybody sees. Main thread only.
 /// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
 using QuillmarkDrawHeader = bool(const HeaderPicture &picture, QByteArray &png, QString &obstacle);

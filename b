@@ -1,0 +1,265 @@
+#include "platform/Application.h"
+#include "support/InstallCheckFixture.h"
+#include "utils/Exception.h"
+
+namespace quillmark {
+namespace {
+
+using Outlet = CheckWindowView::Outlet;
+using test::listOf;
+
+/// Ends the launcher, as the real one does, when it is to start the core.
+class FakeDelegate final : public ApplicationDelegate {
+public:
+    explicit FakeDelegate(test::Transcript &transcript) : m_transcript(transcript) {}
+    qint32 brandId() const override { return 15; }
+    bool endsTheProcess = true;
+    void launchCore() override {
+        m_transcript.record(QStringLiteral("launchCore"));
+        if (endsTheProcess) {
+            throw test::Terminated();
+        }
+    }
+
+private:
+    test::Transcript &m_transcript;
+};
+
+/// A check window over a catalogue with items at fault. Its texts are its keys, but for those that are put together.
+class InstallCheckWindow : public test::InstallCheckFixture {
+protected:
+    InstallCheckWindow() {
+        platform.tasks.usualStatus = 0;
+        platform.bundle.resources << QStringLiteral("InstallCheck.ui") << QStringLiteral("logo-1.bmp");
+        for (const auto &[key, text] : {std::pair("QuillmarkLauncher_RepairInfo", "info;"),
+                                        {"QuillmarkLauncher_Components", "components;"},
+                                        {"QuillmarkLauncher_FileSystem", "file system;"},
+                                        {"QuillmarkLauncher_Helpers", "helpers;"},
+                                        {"RepairFailed", "50%% failed"}}) {
+            platform.bundle.strings.insert(QString::fromUtf8(key), QString::fromUtf8(text));
+        }
+    }
+
+    RequiredItem missing(const char *type, const char *name) const {
+        return itemOf(type, name, home.path(QStringLiteral("none")), {{kInstaller, QStringLiteral("x.pkg")}});
+    }
+    /// Shows the window over those items.
+    void show(const QVariantList &items) {
+        setItems(items);
+        manager().setDelegate(&delegate);
+        EXPECT_FALSE(manager().checkForRequiredItems());
+        platform.transcript.clear();
+    }
+    QString explanationFor(const QVariantList &items) {
+        show(items);
+        return window.texts.value(Outlet::Explanation);
+    }
+    /// What was asked of the window and of the application, without what the repair asked for.
+    QStringList calls() const {
+        QStringList list = platform.transcript.calls();
+        list.removeIf(
+            [](const QString &call) { return call.startsWith(u"run ") || call.startsWith(u"Authorization"); });
+        return list;
+    }
+    void runRepairThread() {
+        ASSERT_EQ(platform.mainThread.threads.size(), 1U);
+        const auto body = std::move(platform.mainThread.threads.front());
+        platform.mainThread.threads.clear();
+        body();
+    }
+
+    test::FakeCheckWindow &window = platform.checkWindows.window;
+    FakeDelegate delegate{platform.transcript};
+};
+
+TEST_F(InstallCheckWindow, IsNotLoadedWhenAllIsInOrder) {
+    setItems({});
+    EXPECT_TRUE(manager().checkForRequiredItems());
+    EXPECT_FALSE(manager().hasWindow());
+    EXPECT_TRUE(platform.transcript.calls().isEmpty());
+}
+
+TEST_F(InstallCheckWindow, GetsItsTextsInOrderAndComesToTheFront) {
+    platform.images.pictures.insert(platform.bundle.resourcePath() + QStringLiteral("/logo-1.bmp"),
+                                    Image{{}, 1, 1, "abcd"});
+    setItems({missing("QMTool", "a")});
+    EXPECT_FALSE(manager().checkForRequiredItems());
+    EXPECT_EQ(calls(), listOf({"load InstallCheck.ui", "setText header", "useWelcomeBranding",
+                               "setHeaderLogo logo-1.bmp", "setText install", "setText don't install", "setText window",
+                               "setText progress", "setText details", "makeInstallButtonDefault", "setText explanation",
+                               "setFaults", "bringToFront"}));
+    EXPECT_EQ(window.texts.value(Outlet::Header), QStringLiteral("Installing Quillmark"));
+    EXPECT_EQ(window.texts.value(Outlet::Window), QStringLiteral("Quillmark"));
+    EXPECT_EQ(window.texts.value(Outlet::InstallButton), QStringLiteral("Continue"));
+    EXPECT_EQ(window.texts.value(Outlet::DontInstallButton), QStringLiteral("QuillmarkLauncher_DontInstall"));
+    EXPECT_EQ(window.texts.value(Outlet::Progress), QStringLiteral("QuillmarkLauncher_Installing"));
+}
+
+TEST_F(InstallCheckWindow, IsLoadedOnce) {
+    show({missing("QMTool", "a")});
+    EXPECT_FALSE(manager().checkForRequiredItems());
+    EXPECT_EQ(calls(), listOf({"setText explanation", "setFaults", "bringToFront"}));
+}
+
+TEST_F(InstallCheckWindow, ThatCannotBeShownIsTriedAgainAndBreaksNothing) {
+    platform.checkWindows.canBeShown = false;
+    setItems({missing("QMTool", "a")});
+    EXPECT_FALSE(manager().checkForRequiredItems());
+    EXPECT_FALSE(manager().hasWindow());
+    EXPECT_EQ(calls(), listOf({"load InstallCheck.ui"}));
+}
+
+TEST_F(InstallCheckWindow, ExplainsWhatKindOfComponentsAreAtFault) {
+    EXPECT_EQ(explanationFor({missing("QMTool", "a")}), QStringLiteral("info;components;helpers;\n"));
+    EXPECT_EQ(explanationFor({missing("Bundle", "QuillmarkFS")}), QStringLiteral("info;components;file system;\n"));
+    EXPECT_EQ(explanationFor({missing("QMTool", "a"), missing("Bundle", "QuillmarkFS")}),
+              QStringLiteral("info;components;file system;helpers;\n"));
+    EXPECT_EQ(explanationFor({missing("Bundle", "another")}), QStringLiteral("info;")); // deliberate: no line break
+}
+
+TEST_F(InstallCheckWindow, ListsEachComponentAtFaultWithItsStatus) {
+    platform.bundle.strings.insert(QStringLiteral("Missing"), QStringLiteral("Fehlt"));
+    show({missing("QMTool", "a"), itemOf("Unknown", "b", QString()), missing("Bundle", "c")});
+    EXPECT_EQ(window.faults, listOf({"a is Fehlt", "c is Fehlt"}));
+}
+
+TEST_F(InstallCheckWindow, TheHeaderAsksForTheBrandsWhenItDraws) {
+    show({missing("QMTool", "a")});
+    ASSERT_TRUE(window.branding);
+    EXPECT_EQ(window.branding->accountBrand(), -1);
+    EXPECT_EQ(window.branding->configurationBrand(), 15);
+    EXPECT_EQ(window.branding->title, QStringLiteral("Quillmark"));
+    EXPECT_EQ(window.branding->resourceFolder, platform.bundle.resourcePath());
+    manager().setDelegate(nullptr);
+    EXPECT_EQ(window.branding->configurationBrand(), 0);
+}
+
+TEST_F(InstallCheckWindow, ContinueShowsTheSheetAndRepairsOnAThreadOfItsOwn) {
+    show({missing("QMTool", "a")});
+    window.owner->installButtonClick();
+    EXPECT_EQ(platform.transcript.calls(), listOf({"beginProgressSheet"}));
+    EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair"}));
+}
+
+TEST_F(InstallCheckWindow, ARepairThatHelpedStartsTheCore) {
+    RequiredItem item = missing("Bundle", "a");
+    item.insert(kVersion, QStringLiteral("1.14.4"));
+    show({item});
+    window.owner->installButtonClick();
+    platform.transcript.clear();
+    runRepairThread();
+    EXPECT_TRUE(calls().isEmpty()) << "the thread touches no window";
+    installBundle(QStringLiteral("none"), QStringLiteral("1.14.4")); // which the repair was asked for
+    EXPECT_THROW(platform.mainThread.pump(), test::Terminated);
+    EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet", "launchCore"}));
+}
+
+TEST_F(InstallCheckWindow, TheLauncherEndsAfterARepairEvenIfTheCoresLaunchDoesNotEndIt) {
+    RequiredItem item = missing("Bundle", "a");
+    item.insert(kVersion, QStringLiteral("1.14.4"));
+    show({item});
+    installBundle(QStringLiteral("none"), QStringLiteral("1.14.4"));
+    delegate.endsTheProcess = false;
+    EXPECT_THROW(manager().bringWindowBackToFront(), test::Terminated);
+    EXPECT_EQ(calls().mid(2), listOf({"launchCore", "terminate"}));
+}
+
+TEST_F(InstallCheckWindow, WhatBreaksBetweenTheLastTwoLooksIsAnAlertAndTheLauncherStays) {
+    RequiredItem bundle = missing("Bundle", "a");
+    bundle.insert(kVersion, QStringLiteral("1.14.4"));
+    platform.tasks.outputs.insert(kAdministratorsTool, "Limited 1.14.4.1303");
+    show({bundle, itemOf("QMTool", "env", kAdministratorsTool)});
+    const QString folder = installBundle(QStringLiteral("none"), QStringLiteral("1.14.4"));
+    platform.tasks.onLaunch = [folder] { QDir(folder).removeRecursively(); }; // after the bundle was looked at
+    manager().bringWindowBackToFront();
+    QStringList made = calls();
+    made.removeIf([](const QString &call) { return call.startsWith(u"launch "); });
+    EXPECT_EQ(made.mid(2), listOf({"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+    EXPECT_EQ(window.faults, listOf({"a is Missing"}));
+}
+
+TEST_F(InstallCheckWindow, ARepairThatDidNotHelpShowsTheWindowAgainWithWhatIsLeft) {
+    show({missing("QMTool", "a")});
+    window.owner->installButtonClick();
+    platform.transcript.clear();
+    runRepairThread();
+    EXPECT_EQ(platform.mainThread.pump(), 1);
+    EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet", "setText explanation", "setFaults",
+                               "bringToFront"}));
+}
+
+TEST_F(InstallCheckWindow, ARepairThatFailedShowsAnAlertAndTheWindowStays) {
+    show({missing("QMTool", "a")});
+    platform.tasks.usualStatus = 1;
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        window.owner->installButtonClick();
+        platform.transcript.clear();
+        runRepairThread();
+        EXPECT_EQ(platform.mainThread.pump(), 1);
+        EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet",
+                                   "beginAlertSheet RepairFailedTitle | 50% failed | OK"}));
+    }
+}
+
+TEST_F(InstallCheckWindow, TheLogIsWholeOnTheDiskWhenTheWindowIsBack) {
+    for (const int status : {0, 1}) { // a repair that did not help, and one that failed
+        show({missing("QMTool", "a")});
+        startLog(kLogLevelNormal);
+        platform.tasks.usualStatus = status;
+        window.owner->installButtonClick();
+        runRepairThread();
+        logNormal("the last line");
+        EXPECT_EQ(platform.mainThread.pump(), 1);
+        EXPECT_TRUE(test::readAll(getLogFilePath()).contains("the last line")) << status;
+    }
+}
+
+TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {
+    show({missing("QMToolRoot", "a")});
+    startLog(kLogLevelError);
+    window.owner->installButtonClick();
+    platform.transcript.clear();
+    platform.clock.onSleep = [] { throw Exception(QStringLiteral("Name"), QStringLiteral("reason")); };
+    runRepairThread();
+    EXPECT_EQ(log(), listOf({"ERR Name (reason)"}));
+    EXPECT_EQ(platform.mainThread.pump(), 1);
+    EXPECT_TRUE(calls().last().startsWith(u"beginAlertSheet RepairFailedTitle"));
+}
+
+TEST_F(InstallCheckWindow, WhatIsStillAtFaultWhenTheCoreIsToStartIsAnAlert) {
+    show({missing("Bundle", "a")});
+    manager().runQuillmark();
+    EXPECT_EQ(calls(), listOf({"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+}
+
+TEST_F(InstallCheckWindow, WhatDoesNotCountKeepsNothingFromStarting) {
+    setItems({});
+    manager().setDelegate(&delegate);
+    manager().updateStatus();
+    EXPECT_THROW(manager().runQuillmark(), test::Terminated);
+    EXPECT_EQ(calls(), listOf({"launchCore"}));
+}
+
+TEST_F(InstallCheckWindow, TheUserWhoDoesNotWantItIsLoggedAndTheProcessEndsAtOnce) {
+    show({missing("QMTool", "a")});
+    startLog(kLogLevelNormal);
+    EXPECT_THROW(window.owner->dontInstallButtonClick(), test::Terminated);
+    EXPECT_EQ(calls(), listOf({"exitAtOnce"}));
+    EXPECT_EQ(log(), listOf({"nrm User chose to quit"}));
+}
+
+TEST_F(InstallCheckWindow, ItsCloseBoxEndsTheProcessAtOnce) {
+    show({missing("QMTool", "a")});
+    EXPECT_THROW(window.owner->windowWillClose(), test::Terminated);
+    EXPECT_EQ(calls(), listOf({"exitAtOnce"}));
+}
+
+TEST_F(InstallCheckWindow, DetailsShowTheFolderOfTheLog) {
+    show({missing("QMTool", "a")});
+    startLog();
+    window.owner->detailsButtonClick();
+    EXPECT_EQ(calls(), QStringList{QStringLiteral("openFolder ") + home.path()});
+}
+
+} // namespace
+} // namespace quillmark
