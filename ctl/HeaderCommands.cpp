@@ -94,7 +94,7 @@ Answer render(const RenderArguments &arguments) {
     // What the window library remarks about the session is of no use here.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     // This program's own module, also for the resources of another bundle.
-    const WindowModule module(nativePlatform().mainBundle);
+    WindowModule module(nativePlatform().mainBundle);
     QByteArray png;
     QString obstacle;
     if (!module.drawHeader(picture, png, obstacle)) {

@@ -16,8 +16,21 @@ namespace {
 constexpr qint64 kLargestFile = 1 << 20; // bytes; ours has some 5,000
 constexpr int kDeepest = 100;            // elements in each other; ours has 12. Qt's reader calls itself for each
 
+/// While this lives Qt finds no plug-ins. A loader of windows would otherwise begin by loading what a designer of windows
+/// may have, with whole libraries behind it.
+class WithoutPlugIns {
+public:
+    WithoutPlugIns() : m_folders(QCoreApplication::libraryPaths()) { QCoreApplication::setLibraryPaths({}); }
+    ~WithoutPlugIns() { QCoreApplication::setLibraryPaths(m_folders); }
+    WithoutPlugIns(const WithoutPlugIns &) = delete;
+    WithoutPlugIns &operator=(const WithoutPlugIns &) = delete;
+
+private:
+    const QStringList m_folders;
+};
+
 /// Knows the header view, too.
-class InterfaceLoader final : public QUiLoader {
+class InterfaceLoader final : private WithoutPlugIns, public QUiLoader {
 public:
     explicit InterfaceLoader(const HeaderBranding &branding) : m_branding(branding) {}
 

@@ -5,11 +5,14 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/pidfd.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
+
+extern "C" { // which this header of the C library forgets in version 2.36
+#include <sys/pidfd.h>
+}
 
 namespace quillmark {
 

@@ -28,18 +28,17 @@ void leaveDesktop() {
 
 void WindowModule::prepare() {
     if (QCoreApplication::instance() == nullptr && hasDisplayName() && !m_trial.isUnderWay()) {
-        m_trial.begin([this] {
-            QString obstacle;
-            void *const address = plugInSymbol(m_bundle, kFileName, kTryDisplaySymbol, obstacle);
-            auto *const tryDisplay = reinterpret_cast<QuillmarkTryDisplay *>(address);
-            return tryDisplay != nullptr && tryDisplay();
-        });
+        QString obstacle; // comes again when the module is wanted
+        void *const address = plugInSymbol(m_bundle, kFileName, kTryDisplaySymbol, obstacle);
+        if (auto *const tryDisplay = reinterpret_cast<QuillmarkTryDisplay *>(address)) {
+            m_trial.begin(tryDisplay);
+        }
     }
 }
 
 void *WindowModule::symbol(const char *name, QString &obstacle) {
     prepare();
-    void *const address = plugInSymbol(m_bundle, kFileName, name, obstacle); // takes as long as the trial
+    void *const address = plugInSymbol(m_bundle, kFileName, name, obstacle);
     const bool isDisplayThere = m_trial.succeeds() || QCoreApplication::instance() != nullptr;
     if (address != nullptr && !isDisplayThere) {
         obstacle =

@@ -17,7 +17,8 @@ class WindowModule {
 public:
     explicit WindowModule(const Bundle &bundle) : m_bundle(bundle) {}
 
-    /// Begins to find out, beside what the process does next, whether open() can succeed. No other thread may run now.
+    /// Loads the module, and begins to find out whether a display can be reached, which goes on beside what the process
+    /// does next. No other thread may run at this moment.
     void prepare();
 
     /// The module's windows, or null when it can't be loaded or no display can be reached; a later call tries again.
