@@ -2,13 +2,19 @@
 
 #include <QString>
 #include <QStringList>
+#include <mutex>
 
 namespace quillmark::test {
 
 /// What the fakes were asked, in order. One of them can be told to fail at its n-th call.
+///
+/// Concurrency: recording is for any thread, all else for one.
 class Transcript {
 public:
-    void record(const QString &call) { m_calls.append(call); }
+    void record(const QString &call) {
+        const std::lock_guard lock(m_mutex);
+        m_calls.append(call);
+    }
     /// Records the call; \returns true when it is the one that is to fail.
     bool recordOrFail(const QString &call, const QString &operation) {
         record(call);
@@ -22,6 +28,7 @@ public:
     void clear() { m_calls.clear(); }
 
 private:
+    std::mutex m_mutex;
     QStringList m_calls;
     QString m_failingOperation;
     int m_callsUntilFailure = 0;

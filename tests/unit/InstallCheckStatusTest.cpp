@@ -283,6 +283,27 @@ TEST_F(StatusEvaluation, EachToolIsAskedOnceAndOnlyWhenItIsThere) {
     EXPECT_EQ(platform.transcript.calls(), listOf({"launch /usr/bin/env ", "launch /usr/bin/passwd "}));
 }
 
+TEST_F(StatusEvaluation, ALookAheadTellsOfMissingItemsAloneAndAsksNoTool) {
+    const auto isAnythingMissing = [this](const RequiredItem &item) {
+        setItems({item});
+        return manager().isAnythingMissing();
+    };
+    const QString tool = installTool(QStringLiteral("tool"), "Limited 1.0.0.0", 0777);
+    for (const char *type : {"Bundle", "QMTool", "QMToolRoot", "FinderCM", "FinderOverlayInsert"}) {
+        EXPECT_TRUE(isAnythingMissing(itemOf(type, "a", none()))) << type;
+        EXPECT_FALSE(isAnythingMissing(itemOf(type, "a", tool))) << type;
+    }
+    for (const char *type : {"CoreApp", "Framework", "Other"}) {
+        EXPECT_FALSE(isAnythingMissing(itemOf(type, "a", none()))) << type;
+    }
+    const auto later = std::pair(kMinMacOSXVersion, QStringLiteral("99.0"));
+    const auto earlier = std::pair(kMaxMacOSXVersion, QStringLiteral("1.0"));
+    EXPECT_FALSE(isAnythingMissing(itemOf("QMToolRoot", "a", none(), {later})));
+    EXPECT_FALSE(isAnythingMissing(itemOf("FinderOverlayInsert", "a", none(), {later})));
+    EXPECT_FALSE(isAnythingMissing(itemOf("FinderCM", "a", none(), {earlier})));
+    EXPECT_TRUE(platform.transcript.calls().isEmpty());
+}
+
 TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsInOrder) {
     const RequiredItem core = coreApp(0755);
     const RequiredItem file = bundle("2.0.0", "1.9.12");

@@ -2,6 +2,8 @@
 #include "support/InstallCheckFixture.h"
 #include "utils/Exception.h"
 
+#include <thread>
+
 namespace quillmark {
 namespace {
 
@@ -110,9 +112,38 @@ TEST_F(InstallCheckWindow, IsLoadedOnce) {
     EXPECT_EQ(calls(), listOf({"setText explanation", "setFaults", "bringToFront"}));
 }
 
-TEST_F(InstallCheckWindow, ThatCannotBeShownIsTriedAgainAndBreaksNothing) {
+TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
+    setItems({missing("QMTool", "a")});
+    std::thread::id caller;
+    manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
+    EXPECT_NE(caller, std::this_thread::get_id());
+    EXPECT_TRUE(manager().hasWindow());
+    EXPECT_EQ(calls().mid(0, 2), listOf({"prepare", "load InstallCheck.ui"}));
+    EXPECT_FALSE(calls().contains(u"bringToFront"));
+
+    platform.transcript.clear();
+    EXPECT_FALSE(manager().checkForRequiredItems());
+    EXPECT_EQ(calls(), listOf({"setText explanation", "setFaults", "bringToFront"}));
+}
+
+TEST_F(InstallCheckWindow, IsNotLoadedBesideACallWhenNoComponentIsMissing) {
+    setItems({itemOf("QMTool", "a", installTool(QStringLiteral("tool"), ""))}); // which has a wrong owner
+    std::thread::id caller;
+    manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
+    EXPECT_EQ(caller, std::this_thread::get_id());
+    EXPECT_TRUE(calls().isEmpty());
+}
+
+TEST_F(InstallCheckWindow, LetsWhatTheCallBesideItRaisesThrough) {
+    setItems({missing("QMTool", "a")});
+    EXPECT_THROW(manager().loadWindowWhile([] { throw test::Terminated(); }), test::Terminated);
+    EXPECT_TRUE(manager().hasWindow());
+}
+
+TEST_F(InstallCheckWindow, ThatCannotBeShownIsTriedOnceAndBreaksNothing) {
     platform.checkWindows.canBeShown = false;
     setItems({missing("QMTool", "a")});
+    EXPECT_FALSE(manager().checkForRequiredItems());
     EXPECT_FALSE(manager().checkForRequiredItems());
     EXPECT_FALSE(manager().hasWindow());
     EXPECT_EQ(calls(), listOf({"load InstallCheck.ui"}));

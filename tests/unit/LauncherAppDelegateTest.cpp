@@ -39,7 +39,6 @@ protected:
         platform.tasks.outputs.insert(path, "Limited 1.14.0.0");
         return item("QMTool", "env", path);
     }
-    bool areComponentsLookedAt() const { return m_installCheck.has_value(); }
     /// Runs the start-up to the point where the process would end.
     void start() { EXPECT_THROW(delegate().applicationDidFinishLaunching(), test::Terminated); }
     Quillmark_LauncherAppDelegate &delegate() {
@@ -148,7 +147,8 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
     _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching()); // comes back, and the window is up
     EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("bringToFront"));
-    EXPECT_EQ(platform.transcript.calls().mid(6, 3),
+    const QStringList calls = platform.transcript.calls();
+    EXPECT_EQ(calls.mid(calls.indexOf(u"applicationsFolders user"), 3),
               QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
                            QStringLiteral("launch /usr/bin/env ")}));
     EXPECT_EQ(linesOf(getLogFilePath()).mid(2),
@@ -172,17 +172,31 @@ TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaun
     platform.bundle.resources.removeAll(QStringLiteral("RequiredItems.plist"));
     _setStandardStreams(nullptr, nullptr);
     start();
-    EXPECT_EQ(linesOf(getLogFilePath())[3],
+    EXPECT_EQ(linesOf(getLogFilePath())[2],
               QStringLiteral("ERR The catalogue of required items (\"") + platform.bundle.resourcePath() +
                   QStringLiteral("/RequiredItems.plist\") can't be read: no component is checked"));
     EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("terminate"));
 }
 
-TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsLookedAt) {
-    setItems({toolInOrder()});
+TEST_F(LauncherAppDelegate, TheWindowForAMissingComponentIsLoadedWhileTheProcessTableIsAsked) {
+    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    _setStandardStreams(nullptr, nullptr);
+    EXPECT_TRUE(delegate().applicationDidFinishLaunching());
+    const QStringList calls = platform.transcript.calls();
+    const qsizetype next = calls.indexOf(u"applicationsFolders user");
+    EXPECT_EQ(calls[3], QStringLiteral("prepare"));
+    EXPECT_LT(calls.indexOf(u"load InstallCheck.ui"), next);
+    for (const QString &pipeline : pipelines()) {
+        EXPECT_LT(calls.indexOf(pipeline), next);
+    }
+}
+
+TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsExaminedAndNoWindowComesUp) {
+    setItems({toolInOrder(), item("QMTool", "gone", QStringLiteral("/none"))});
     platform.tasks.statuses.insert(kFirstPipeline, 0);
     start();
-    EXPECT_FALSE(areComponentsLookedAt());
+    EXPECT_FALSE(platform.transcript.calls().contains(u"launch /usr/bin/env "));
+    EXPECT_FALSE(platform.transcript.calls().contains(u"bringToFront"));
 }
 
 TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {
