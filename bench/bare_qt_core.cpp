@@ -1,4 +1,4 @@
-/// The least that a program of Qt Core takes: a text, and the end.
+// The least that a program of Qt Core takes: a text, and the end.
 
 #include <QString>
 #include <cstdio>

@@ -69,6 +69,7 @@ START = ("start to core launch, nothing to repair, 1 tool", "floor", 1.1)
 START_TOOLS = ("start to core launch, nothing to repair, 3 tools", "floor", 1.1)
 START_CROWDED = ("the same, with three times the number of running processes", "floor", 1.1)
 START_ALONE = ("start to core launch, less the questions to the process table", "floor", 2.5)
+WINDOW = ("start to check window shown, a component missing", "floor", 1.5)
 MEMORY = ("peak memory, nothing to repair", "floor", 1.3)
 
 
@@ -100,8 +101,8 @@ class Report:
             cells[1] += f" ({peer_name})"
         self.rows.append([path, *cells, ratio, target])
 
-    def add_without_target(self, path, floor, ours):
-        self.rows.append([path, duration(floor), "–", duration(ours), f"{ours / floor:.2f} × floor", "–"])
+    def add_without_target(self, path, floor, ours, form=duration):
+        self.rows.append([path, form(floor), "–", form(ours), f"{ours / floor:.2f} × floor", "–"])
 
     def add_missing(self, path, reason):
         self.rows.append([path, "–", "–", "–", "–", reason])
@@ -187,13 +188,19 @@ class Processes:
             sys.exit(f'bench: a run of "{name}" started {cores} cores, not {wanted}: {told}')
         return time, size
 
+    @contextlib.contextmanager
+    def neighbours(self, count):
+        """So many idle processes."""
+        with contextlib.ExitStack() as stack:
+            for _ in range(count):
+                process = stack.enter_context(subprocess.Popen(["sleep", "infinity"]))
+                stack.callback(process.kill)
+            yield
+
     def alternate(self, neighbours, commands):
         """The medians of each command's time and size, beside so many idle processes; the commands take turns."""
         runs = {name: [] for name in commands}
-        with contextlib.ExitStack() as stack:
-            for _ in range(neighbours):
-                process = stack.enter_context(subprocess.Popen(["sleep", "infinity"]))
-                stack.callback(process.kill)
+        with self.neighbours(neighbours):
             for _ in range(PAIRS):
                 for name, command in commands.items():
                     runs[name].append(self.once(name, command))
@@ -221,6 +228,60 @@ class Processes:
         report.add_without_target("the same, less a bare Qt Core program and a C program that only ends",
                                   floor - figures["nothing"][0], ours - figures["bare"][0])
         report.add(MEMORY[0], {"floor": figures["bare"][1], "ours": figures["ours"][1]}, MEMORY[1], MEMORY[2], kilobytes)
+
+
+class Windows:
+    """Programs that show a window, on a display of their own; beside them the questions that the launcher has to ask."""
+
+    ROUNDS = 40
+
+    def __init__(self, processes):
+        self.processes = processes
+        self.floor = processes.bench / "bench_start_floor"
+        self.bare = processes.bench / "bench_bare_qt_widgets"
+        self.seen = processes.bench / "bench_window_shown"
+
+    def shown(self, program, display):
+        """Nanoseconds and kilobytes until a window is there."""
+        home = self.processes.scratch / "windows"
+        home.mkdir(mode=0o700, exist_ok=True)
+        environment = {"HOME": str(home), "XDG_RUNTIME_DIR": str(home), "PATH": os.environ["PATH"],
+                       "LANG": "en_US.UTF-8", "DISPLAY": display, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
+        answer = subprocess.run([self.seen, program], env=environment, cwd=home, check=True, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, text=True)
+        return tuple(map(int, answer.stdout.split()))
+
+    def measure(self, report):
+        print("bench: the check window", flush=True)
+        processes = self.processes
+        launcher = processes.bundle / "Contents/MacOS/Quillmark"
+        tool = processes.require_tools(1)[0]
+        runs = {name: [] for name in ("floor", "peer", "ours", "bare")}
+        reading, writing = os.pipe()
+        with subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1024x768x24", "-nolisten", "tcp",
+                               "-noreset"], pass_fds=[writing], stderr=subprocess.DEVNULL) as server:
+            os.close(writing)
+            with os.fdopen(reading) as number:
+                display = ":" + number.readline().strip()
+            with processes.neighbours(NEIGHBOURS):
+                for _ in range(self.ROUNDS):
+                    # What a look at the path alone can't tell is found out by the evaluation, after the questions.
+                    tool.chmod(0o700)
+                    runs["peer"].append(self.shown(launcher, display))
+                    tool.rename(tool.with_suffix(".away"))
+                    runs["ours"].append(self.shown(launcher, display))
+                    tool.with_suffix(".away").rename(tool)
+                    tool.chmod(0o755)
+                    runs["floor"].append(processes.once("floor", [self.floor, processes.bundle, tool]))
+                    runs["bare"].append(self.shown(self.bare, display))
+            server.kill()
+        figures = {name: tuple(map(statistics.median, zip(*results))) for name, results in runs.items()}
+        report.add(WINDOW[0], {side: figures[side][0] for side in ("floor", "peer", "ours")}, WINDOW[1], WINDOW[2],
+                   peer_name="the window after the checks")
+        report.add_without_target("the same, beside an empty Qt window without any check", figures["bare"][0],
+                                  figures["ours"][0])
+        report.add_without_target("peak memory until the check window is shown, beside an empty Qt window",
+                                  figures["bare"][1], figures["ours"][1], kilobytes)
 
 
 class Archives:
@@ -289,7 +350,9 @@ def main(folder, report_file):
     with tempfile.TemporaryDirectory(prefix="quillmark-bench-", dir=memory_disk) as scratch:
         os.environ["TMPDIR"] = scratch
         tempfile.tempdir = None
-        Processes(folder, pathlib.Path(scratch)).measure(report)
+        processes = Processes(folder, pathlib.Path(scratch))
+        processes.measure(report)
+        Windows(processes).measure(report)
         Archives(folder, pathlib.Path(scratch)).measure(report)
         measure_in_process(folder, report)
     report_file.parent.mkdir(parents=True, exist_ok=True)
