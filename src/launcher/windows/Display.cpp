@@ -15,7 +15,10 @@ int argumentCount = 1;
 
 } // namespace
 
-bool tryDisplay() { return new QGuiApplication(argumentCount, arguments.data()) != nullptr; }
+bool tryDisplay() {
+    static const auto *const application = new QGuiApplication(argumentCount, arguments.data());
+    return application != nullptr;
+}
 
 bool openDisplay(QString &obstacle) {
     if (QCoreApplication *existing = QCoreApplication::instance(); existing != nullptr) {
