@@ -16,8 +16,8 @@ namespace {
 constexpr qint64 kLargestFile = 1 << 20; // bytes; ours has some 5,000
 constexpr int kDeepest = 100;            // elements in each other; ours has 12. Qt's reader calls itself for each
 
-/// While this lives Qt finds no plug-ins. A loader of windows would otherwise begin by loading what a designer of windows
-/// may have, with whole libraries behind it.
+/// While this lives Qt finds no plug-ins. A loader of windows would otherwise begin by loading what a designer of
+/// windows may have, with whole libraries behind it.
 class WithoutPlugIns {
 public:
     WithoutPlugIns() : m_folders(QCoreApplication::libraryPaths()) { QCoreApplication::setLibraryPaths({}); }
@@ -105,11 +105,7 @@ QDialog *loadInterface(const QString &path, const HeaderBranding &branding, QStr
         problems << QStringLiteral("the interface file \"%1\" is damaged: %2").arg(path, damage);
         return nullptr;
     }
-    // Qt would load all plug-ins of its form designer, with the other window libraries that they need.
-    const QStringList plugInFolders = QCoreApplication::libraryPaths();
-    QCoreApplication::setLibraryPaths({});
     InterfaceLoader loader(branding);
-    QCoreApplication::setLibraryPaths(plugInFolders);
     QStringList complaints;
     QWidget *root = nullptr;
     {
