@@ -1,0 +1,295 @@
+#include "accounts/JSONEncoder.h"
+
+#include <array>
+#include <cmath>
+
+namespace quillmark {
+
+namespace {
+
+constexpr char16_t kBackslash = u'\\';
+
+struct Escape {
+    char16_t character;
+    char16_t letter; ///< behind the backslash
+};
+
+/// In the order in which they are undone.
+constexpr std::array kEscapes{Escape{kBackslash, kBackslash},
+                              Escape{u'"', u'"'},
+                              Escape{u'/', u'/'},
+                              Escape{u'\b', u'b'},
+                              Escape{u'\f', u'f'},
+                              Escape{u'\n', u'n'},
+                              Escape{u'\r', u'r'},
+                              Escape{u'\t', u't'}};
+
+/// Past this one no character is escaped.
+constexpr char16_t kLastEscaped = kBackslash;
+
+bool isDigit(QChar character) { return character >= u'0' && character <= u'9'; }
+
+/// The letter that stands behind the backslash for a character, else 0.
+char16_t letterFor(char16_t character) {
+    for (const Escape &escape : kEscapes) {
+        if (escape.character == character) {
+            return escape.letter;
+        }
+    }
+    return 0;
+}
+
+void appendEscaped(QString &result, QStringView text) {
+    for (const QChar character : text) {
+        const char16_t letter = character <= kLastEscaped ? letterFor(character.unicode()) : u'\0';
+        if (letter != 0) {
+            result += QChar(kBackslash);
+        }
+        result += letter != 0 ? QChar(letter) : character;
+    }
+}
+
+/// What a backslash and the character behind it stand for.
+QChar unescaped(QChar letter) {
+    switch (letter.unicode()) {
+    case u'b':
+        return u'\b';
+    case u'f':
+        return u'\f';
+    case u'n':
+        return u'\n';
+    case u'r':
+        return u'\r';
+    case u't':
+        return u'\t';
+    default: // deliberate: itself, a "u" as well
+        return letter;
+    }
+}
+
+double powerOfTen(int exponent) {
+    static constexpr std::array kExact{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                       1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    const auto index = static_cast<size_t>(exponent);
+    return index < kExact.size() ? kExact[index] : std::pow(10, exponent);
+}
+
+void appendValue(QString &result, const QVariant &value) {
+    constexpr int kDigits = 16; // of a double in decimal
+    constexpr int kSingleDigits = 7;
+    switch (value.typeId()) {
+    case QMetaType::QString:
+        result += u'"';
+        appendEscaped(result, value.toString());
+        result += u'"';
+        break;
+    case QMetaType::Bool:
+        result += value.toBool() ? QStringView(u"true") : QStringView(u"false");
+        break;
+    case QMetaType::Int:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+    case QMetaType::Short:
+        result += QString::number(value.toLongLong());
+        break;
+    case QMetaType::UInt:
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+    case QMetaType::UShort:
+        result += QString::number(value.toULongLong());
+        break;
+    case QMetaType::Double:
+        result += QString::number(value.toDouble(), 'g', kDigits);
+        break;
+    case QMetaType::Float:
+        result += QString::number(value.toDouble(), 'g', kSingleDigits);
+        break;
+    default:
+        result += QStringView(u"\"\"");
+    }
+}
+
+/// One left-to-right scan over a text.
+class Reader {
+public:
+    explicit Reader(QStringView text) : m_text(text) {}
+
+    std::optional<QVariantMap> object() {
+        while (m_at < length() && !m_error) {
+            const QChar character = m_text[static_cast<qsizetype>(m_at++)];
+            if (character == u'}') {
+                return m_dictionary;
+            }
+            if (!readsOn(character)) {
+                return std::nullopt;
+            }
+            storeMember();
+        }
+        return std::nullopt;
+    }
+
+private:
+    quint64 length() const { return static_cast<quint64>(m_text.size()); }
+
+    /// \returns false when the scan has failed.
+    bool readsOn(QChar character) {
+        switch (character.unicode()) {
+        case u'{': // deliberate: a nested object discards what was read before it
+            m_dictionary.emplace();
+            m_isKeyExpected = true;
+            return true;
+        case u'"':
+            return readString();
+        case u',':
+            m_isKeyExpected = true;
+            return m_dictionary && !m_dictionary->isEmpty();
+        case u':':
+            m_isKeyExpected = false;
+            return !m_key.isEmpty();
+        case u'f':
+        case u'F':
+            return readWord(u"false", false);
+        case u't':
+        case u'T':
+            return readWord(u"true", true);
+        default:
+            return character == u'-' || isDigit(character) ? readNumber() : true;
+        }
+    }
+
+    bool readString() {
+        std::optional<QString> text = JSONEncoder::jsonStringForStr(m_text, m_at, m_error);
+        if (text && m_isKeyExpected) {
+            m_key = std::move(*text);
+        } else if (text) {
+            m_value = std::move(*text);
+        }
+        return text.has_value();
+    }
+
+    bool readNumber() {
+        --m_at;
+        if (!m_isKeyExpected) {
+            m_value = JSONEncoder::jsonNumberForStr(m_text, m_at, m_error);
+        }
+        return !m_isKeyExpected;
+    }
+
+    /// Deliberate: any word of that length is read as the opposite, and one more character has to follow.
+    bool readWord(QStringView word, bool meaning) {
+        const QStringView rest = m_text.sliced(static_cast<qsizetype>(m_at) - 1);
+        if (m_isKeyExpected || rest.size() <= word.size()) {
+            return false;
+        }
+        const bool isWord = rest.first(word.size()).compare(word, Qt::CaseInsensitive) == 0;
+        m_value = isWord ? meaning : !meaning;
+        m_at += static_cast<quint64>(word.size()) - 1;
+        return true;
+    }
+
+    void storeMember() {
+        if (!m_key.isNull() && m_value.isValid()) {
+            m_dictionary->insert(m_dictionary->cend(), m_key, m_value);
+            m_key = QString();
+            m_value = QVariant();
+            m_isKeyExpected = false;
+        }
+    }
+
+    const QStringView m_text;
+    quint64 m_at = 0;
+    bool m_error = false;
+    std::optional<QVariantMap> m_dictionary;
+    QString m_key; ///< null while there is none
+    QVariant m_value;
+    bool m_isKeyExpected = false;
+};
+
+} // namespace
+
+QString JSONEncoder::createJSONStrFromDict(const QVariantMap &dictionary) {
+    QString result(u'{');
+    for (auto member = dictionary.cbegin(); member != dictionary.cend(); ++member) {
+        result += result.size() > 1 ? QStringView(u",\"") : QStringView(u"\"");
+        result += member.key();
+        result += QStringView(u"\":");
+        appendValue(result, member.value());
+    }
+    result += u'}';
+    return result;
+}
+
+std::optional<QVariantMap> JSONEncoder::createObjFromJSONStr(QStringView text) { return Reader(text).object(); }
+
+std::optional<QString> JSONEncoder::jsonStringForStr(QStringView text, quint64 &at, bool &error) {
+    const auto begin = static_cast<qsizetype>(at);
+    qsizetype end = begin;
+    while (end < text.size() && text[end] != u'"') {
+        end += text[end] == kBackslash ? 2 : 1;
+    }
+    if (end >= text.size()) {
+        error = error || end > text.size(); // a backslash is the last character
+        at = static_cast<quint64>(text.size());
+        return std::nullopt;
+    }
+    at = static_cast<quint64>(end) + 1;
+
+    QString result(end - begin, Qt::Uninitialized); // the escapes make it shorter
+    QChar *next = result.data();
+    for (qsizetype i = begin; i < end; ++i) {
+        const QChar character = text[i] == kBackslash ? unescaped(text[++i]) : text[i];
+        *next++ = QChar(character.cell()); // deliberate: the lower byte alone
+    }
+    result.truncate(next - result.constData());
+    return result;
+}
+
+QVariant JSONEncoder::jsonNumberForStr(QStringView text, quint64 &at, bool &error) {
+    quint64 integer = 0;
+    double number = 0;
+    int place = 0;
+    bool hasPoint = false;
+    bool isNegative = false;
+    for (; at < static_cast<quint64>(text.size()); ++at) {
+        const QChar character = text[static_cast<qsizetype>(at)];
+        if (isDigit(character) && hasPoint) {
+            number += (character.unicode() - u'0') / powerOfTen(++place);
+        } else if (isDigit(character)) {
+            integer = integer * 10 + (character.unicode() - u'0');
+        } else if (character == u'.') {
+            error = error || hasPoint;
+            hasPoint = true;
+            number = static_cast<double>(static_cast<qint64>(integer));
+        } else if (character == u'-') {
+            isNegative = true;          // deliberate: wherever it stands
+        } else if (character != u'e') { // deliberate: an exponent's digits are the number's own
+            break;
+        }
+    }
+    if (error) {
+        return {};
+    }
+    if (hasPoint) {
+        return isNegative ? -number : number;
+    }
+    return QVariant::fromValue(static_cast<qlonglong>(isNegative ? 0 - integer : integer));
+}
+
+QString JSONEncoder::stringByAddingJSONEscape(QStringView text) {
+    QString result;
+    result.reserve(text.size());
+    appendEscaped(result, text);
+    return result;
+}
+
+QString JSONEncoder::stringByReplacingJSONEscape(const QString &text) {
+    QString result = text;
+    for (const Escape &escape : kEscapes) {
+        const std::array sequence{QChar(kBackslash), QChar(escape.letter)};
+        const QChar character(escape.character);
+        result.replace(sequence.data(), sequence.size(), &character, 1);
+    }
+    return result;
+}
+
+} // namespace quillmark
