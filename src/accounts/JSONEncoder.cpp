@@ -238,7 +238,7 @@ std::optional<QString> JSONEncoder::jsonStringForStr(QStringView text, quint64 &
     QChar *next = result.data();
     for (qsizetype i = begin; i < end; ++i) {
         const QChar character = text[i] == kBackslash ? unescaped(text[++i]) : text[i];
-        *next++ = QChar(character.cell()); // deliberate: the lower byte alone
+        *next++ = QLatin1Char(static_cast<char>(character.cell())); // deliberate: the lower byte alone
     }
     result.truncate(next - result.constData());
     return result;
