@@ -104,6 +104,10 @@ TEST_F(CheckWindowLook, HasASmallSheetWithOneLineAndAnEndlessBar) {
     const QDialog &progress = showSheet();
     EXPECT_EQ(progress.width(), 400);
     EXPECT_LT(progress.height(), 100);
+    // Attached to the header, over the explanation, where it leaves the list in sight.
+    const QPoint corner = findWindow()->mapFromGlobal(progress.pos());
+    EXPECT_EQ(corner, QPoint(100, outlet("checkHeaderView").height()));
+    EXPECT_TRUE(progress.windowFlags().testFlag(Qt::FramelessWindowHint));
     const auto &bar = outlet<QProgressBar>("repairProgressIndicator");
     EXPECT_EQ(bar.minimum(), bar.maximum());
     EXPECT_FALSE(bar.isTextVisible());

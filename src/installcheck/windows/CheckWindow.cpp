@@ -163,7 +163,7 @@ void CheckWindow::connectButtons() {
 
 void CheckWindow::prepareSheet() {
     if (m_sheet != nullptr) {
-        m_sheet->setWindowFlags(Qt::Sheet | Qt::CustomizeWindowHint | Qt::WindowTitleHint);
+        m_sheet->setWindowFlags(Qt::Sheet | Qt::FramelessWindowHint); // a title bar would offer to close it
         m_sheet->setWindowModality(Qt::WindowModal);
         m_sheet->hide();
         m_sheet->installEventFilter(this);
@@ -298,11 +298,19 @@ void CheckWindow::bringToFront() {
     m_window->activateWindow();
 }
 
+void CheckWindow::placeOverExplanation(QDialog &sheet) const {
+    sheet.adjustSize();
+    const int middle = (m_window->width() - sheet.width()) / 2;
+    const int below = m_header != nullptr ? m_header->height() : 0;
+    sheet.move(m_window->mapToGlobal(QPoint(middle, below)));
+}
+
 void CheckWindow::beginProgressSheet() {
     if (m_sheet != nullptr) {
         if (m_indicator != nullptr) {
             m_indicator->setRange(0, 0); // endless
         }
+        placeOverExplanation(*m_sheet);
         m_sheet->open();
     } else {
         m_window->setEnabled(false); // which the sheet would have done
@@ -327,6 +335,7 @@ void CheckWindow::beginAlertSheet(const AlertDescription &alert) {
     delete m_alert;
     m_alert = new AlertDialog(alert, m_window->windowIcon(), m_window.get());
     m_alert->setAttribute(Qt::WA_DeleteOnClose);
+    placeOverExplanation(*m_alert);
     m_alert->open();
 }
 

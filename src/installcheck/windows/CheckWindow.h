@@ -56,6 +56,8 @@ private:
     void prepareSheet();
     void setColumnTitle(int column, const QString &title);
     /// How high the list has to be to show so many lines and no more.
+    /// Puts a sheet where it leaves the list in sight.
+    void placeOverExplanation(QDialog &sheet) const;
     int heightOfLines(int count) const;
     void fitIntoScreen();
 
