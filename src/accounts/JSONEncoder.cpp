@@ -1,6 +1,7 @@
 #include "accounts/JSONEncoder.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
 
 namespace quillmark {
@@ -74,6 +75,15 @@ double powerOfTen(int exponent) {
     return index < kExact.size() ? kExact[index] : std::pow(10, exponent);
 }
 
+/// Integers, and reals in so many digits as printf's "%g" writes them: a tie goes to the even digit, which
+/// QString::number() rounds up.
+template <class Number, class... Form>
+void appendNumber(QString &result, Number number, Form... form) {
+    std::array<char, 32> text; // NOLINT(cppcoreguidelines-pro-type-member-init): written by what follows
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), number, form...);
+    result += QLatin1StringView(text.data(), written.ptr - text.data());
+}
+
 void appendValue(QString &result, const QVariant &value) {
     constexpr int kDigits = 16; // of a double in decimal
     constexpr int kSingleDigits = 7;
@@ -90,19 +100,19 @@ void appendValue(QString &result, const QVariant &value) {
     case QMetaType::Long:
     case QMetaType::LongLong:
     case QMetaType::Short:
-        result += QString::number(value.toLongLong());
+        appendNumber(result, value.toLongLong());
         break;
     case QMetaType::UInt:
     case QMetaType::ULong:
     case QMetaType::ULongLong:
     case QMetaType::UShort:
-        result += QString::number(value.toULongLong());
+        appendNumber(result, value.toULongLong());
         break;
     case QMetaType::Double:
-        result += QString::number(value.toDouble(), 'g', kDigits);
+        appendNumber(result, value.toDouble(), std::chars_format::general, kDigits);
         break;
     case QMetaType::Float:
-        result += QString::number(value.toDouble(), 'g', kSingleDigits);
+        appendNumber(result, value.toDouble(), std::chars_format::general, kSingleDigits);
         break;
     default:
         result += QStringView(u"\"\"");

@@ -1,4 +1,4 @@
-/// The encoder beside its slow reference: both are given the same million generated texts, and must do
+/// The encoder beside its slow reference: both are given the same million generated texts and dictionaries, and must do
 /// the same with them, down to the types of the values and the bits of the doubles.
 
 #include "JSONReference.h"
@@ -266,6 +266,14 @@ TEST(JSONDifferential, ChangedDocumentsReadAsInTheReference) { compareTexts(muta
 TEST(JSONDifferential, NearlyWordsAndNumbersReadAsInTheReference) { compareTexts(ofWordsAndNumbers, 4); }
 TEST(JSONDifferential, ForeignCharactersAndEscapesReadAsInTheReference) {
     compareTexts(ofForeignCharactersAndEscapes, 5);
+}
+
+TEST(JSONDifferential, DictionariesAreWrittenAsInTheReference) {
+    Generator generator(6);
+    for (int round = 0; round < kRounds; ++round) {
+        const QVariantMap members = dictionary(generator);
+        ASSERT_EQ(JSONEncoder::createJSONStrFromDict(members), JSONReference::createJSONStrFromDict(members));
+    }
 }
 
 } // namespace
