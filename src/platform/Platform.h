@@ -14,6 +14,7 @@ class Bundle;
 class CheckWindows;
 class Clock;
 class Images;
+class Keychain;
 class MainThread;
 class PropertyList;
 class SystemInfo;
@@ -31,6 +32,7 @@ struct Platform {
     CheckWindows &checkWindows;
     Clock &clock;
     Images &images;
+    Keychain &keychain;
     MainThread &mainThread;
     PropertyList &propertyList;
     SystemInfo &systemInfo;
@@ -40,8 +42,8 @@ struct Platform {
 
     /// The same with another main bundle.
     Platform with(Bundle &otherBundle) const {
-        return {alerts, appleEvents, application,  authorization, otherBundle, checkWindows, clock,
-                images, mainThread,  propertyList, systemInfo,    tasks,       userDefaults, workspace};
+        return {alerts,   appleEvents, application,  authorization, otherBundle, checkWindows, clock,    images,
+                keychain, mainThread,  propertyList, systemInfo,    tasks,       userDefaults, workspace};
     }
 };
 

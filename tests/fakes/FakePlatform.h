@@ -8,6 +8,7 @@
 #include "fakes/FakeCheckWindows.h"
 #include "fakes/FakeClock.h"
 #include "fakes/FakeImages.h"
+#include "fakes/FakeKeychain.h"
 #include "fakes/FakeMainThread.h"
 #include "fakes/FakePropertyList.h"
 #include "fakes/FakeSystemInfo.h"
@@ -35,6 +36,7 @@ public:
     FakeCheckWindows checkWindows{transcript};
     FakeClock clock;
     FakeImages images;
+    FakeKeychain keychain{transcript};
     FakeMainThread mainThread;
     FakePropertyList propertyList;
     FakeSystemInfo systemInfo;
@@ -42,8 +44,8 @@ public:
     FakeUserDefaults userDefaults{transcript};
     FakeWorkspace workspace{transcript};
 
-    Platform platform{alerts, appleEvents, application,  authorization, bundle, checkWindows, clock,
-                      images, mainThread,  propertyList, systemInfo,    tasks,  userDefaults, workspace};
+    Platform platform{alerts,   appleEvents, application,  authorization, bundle, checkWindows, clock,    images,
+                      keychain, mainThread,  propertyList, systemInfo,    tasks,  userDefaults, workspace};
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.

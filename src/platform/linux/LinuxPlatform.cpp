@@ -1,5 +1,6 @@
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "platform/linux/KeyringModule.h"
 #include "platform/linux/LinuxAlerts.h"
 #include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxApplication.h"
@@ -43,12 +44,13 @@ struct LinuxBackends {
     LinuxCheckWindows checkWindows{windowModule};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
     LinuxTasks tasks;
+    KeyringModule keychain{mainBundle};
     SessionModule sessionModule{mainBundle};
     LinuxWorkspace workspace{propertyList, sessionModule, clock};
     LinuxAppleEvents appleEvents{workspace, sessionModule};
 
-    Platform platform{alerts, appleEvents, application,  authorization, mainBundle, checkWindows, clock,
-                      images, mainThread,  propertyList, systemInfo,    tasks,      userDefaults, workspace};
+    Platform platform{alerts,   appleEvents, application,  authorization, mainBundle, checkWindows, clock,    images,
+                      keychain, mainThread,  propertyList, systemInfo,    tasks,      userDefaults, workspace};
 };
 
 } // namespace

@@ -2,26 +2,11 @@
 
 #include "platform/Problem.h"
 #include "platform/linux/PlugIn.h"
+#include "platform/linux/SessionBusAddress.h"
 
-#include <QFile>
 #include <QString>
 
 namespace quillmark {
-
-namespace {
-
-/// Where the session's bus listens; empty when the session has none. The bus libraries would start one of their own
-/// then.
-QByteArray sessionBusAddress() {
-    if (QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS"); !address.isEmpty()) {
-        return address;
-    }
-    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
-    const QByteArray socket = folder + "/bus";
-    return !folder.isEmpty() && QFile::exists(QFile::decodeName(socket)) ? "unix:path=" + socket : QByteArray();
-}
-
-} // namespace
 
 std::optional<int> SessionModule::processOwning(const QString &busName) {
     SessionBus *const bus = open();

@@ -1,23 +1,14 @@
 #include "platform/linux/SessionBus.h"
-#include "platform/linux/session/TimeLimit.h"
+#include "platform/linux/bus/Gio.h"
+#include "platform/linux/bus/TimeLimit.h"
 
 #include <QByteArray>
 #include <QString>
-#include <memory>
 #include <type_traits>
 
 namespace quillmark {
 
 namespace {
-
-struct Release {
-    void operator()(GDBusConnection *connection) const { g_object_unref(connection); }
-    void operator()(GVariant *value) const { g_variant_unref(value); }
-    void operator()(GError *error) const { g_error_free(error); }
-};
-using Connection = std::unique_ptr<GDBusConnection, Release>;
-using Value = std::unique_ptr<GVariant, Release>;
-using Problem = std::unique_ptr<GError, Release>;
 
 /// A method of an object on the bus.
 struct Method {
@@ -36,12 +27,7 @@ struct Reply {
 /// One dialogue on the bus, over a connection of its own, within a time limit for the whole of it.
 class Dialogue {
 public:
-    explicit Dialogue(const QByteArray &address)
-        : m_connection(g_dbus_connection_new_for_address_sync(
-              address.constData(),
-              static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
-                                                G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
-              nullptr, m_limit.cancellable(), nullptr)) {}
+    explicit Dialogue(const QByteArray &address) : m_connection(connectionTo(address, m_limit.cancellable())) {}
 
     bool isOpen() const { return m_connection != nullptr; }
 

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/Keychain.h"
+
+#include <mutex>
+
+namespace quillmark {
+
+class Bundle;
+
+/// The keychain by way of a bundle's keyring module, which is loaded at the first question in a session that has a bus.
+/// Without the module, or without a bus, there is no keychain service.
+class KeyringModule final : public Keychain {
+public:
+    explicit KeyringModule(const Bundle &bundle) : m_bundle(bundle) {}
+
+    qint32 findGenericPassword(const QString &service, const QString &account, std::unique_ptr<Item> &item) override;
+    qint32 addGenericPassword(const QString &service, const QString &account, const QByteArray &data) override;
+
+private:
+    Keychain *open();
+
+    const Bundle &m_bundle;
+    std::once_flag m_isTried;
+    Keychain *m_keyring = nullptr;
+};
+
+} // namespace quillmark

@@ -1,0 +1,177 @@
+#include "platform/linux/Keyring.h"
+#include "platform/linux/bus/TimeLimit.h"
+#include "platform/linux/keyring/SecretService.h"
+
+#include <type_traits>
+
+namespace quillmark {
+
+namespace {
+
+/// For one operation of the keychain, however many calls that takes.
+constexpr std::chrono::milliseconds kTimeLimit(3000);
+
+constexpr const char *kService = "/org/freedesktop/secrets";
+constexpr const char *kDefaultCollection = "/org/freedesktop/secrets/aliases/default";
+/// In the place of an object that there is not.
+constexpr const char *kNoObject = "/";
+
+using Reply = SecretServiceConnection::Reply;
+
+/// The object path at a place in a tuple.
+QByteArray pathIn(GVariant *tuple, gsize index) {
+    const Value path(g_variant_get_child_value(tuple, index));
+    return g_variant_get_string(path.get(), nullptr);
+}
+
+/// What became of a call that answers with a dialog where the keyring is locked. The dialog is not shown.
+qint32 statusWithoutPrompt(const Reply &reply, gsize promptIndex) {
+    if (reply.status != 0) {
+        return reply.status;
+    }
+    return pathIn(reply.value.get(), promptIndex) == kNoObject ? 0 : kKeychainInteractionNotAllowed;
+}
+
+GVariant *attributesOf(const QByteArray &service, const QByteArray &account) {
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE("a{ss}"));
+    g_variant_builder_add(&builder, "{ss}", "service", service.constData());
+    g_variant_builder_add(&builder, "{ss}", "account", account.constData());
+    return g_variant_builder_end(&builder);
+}
+
+class KeyringItem final : public Keychain::Item {
+public:
+    KeyringItem(SecretServiceConnection connection, QByteArray path)
+        : m_connection(std::move(connection)), m_path(std::move(path)) {}
+
+    qint32 copyContent(QByteArray &data) override {
+        const TimeLimit limit(kTimeLimit);
+        const char *const session = m_connection.sessionPath(limit.cancellable());
+        if (session == nullptr) {
+            return kKeychainNotAvailable;
+        }
+        const Reply reply = m_connection.call(m_path.constData(), "org.freedesktop.Secret.Item.GetSecret",
+                                              g_variant_new("(o)", session), "((oayays))", limit.cancellable());
+        if (reply.status != 0) {
+            return reply.status;
+        }
+        return m_connection.decode(reply.value.get(), data) ? 0 : kKeychainDecode;
+    }
+
+    qint32 modifyContent(const QByteArray &data) override {
+        const TimeLimit limit(kTimeLimit);
+        if (m_connection.sessionPath(limit.cancellable()) == nullptr) {
+            return kKeychainNotAvailable;
+        }
+        return m_connection
+            .call(m_path.constData(), "org.freedesktop.Secret.Item.SetSecret",
+                  g_variant_new("(@(oayays))", m_connection.encoded(data)), "()", limit.cancellable())
+            .status;
+    }
+
+    qint32 remove() override {
+        const TimeLimit limit(kTimeLimit);
+        const Reply reply = m_connection.call(m_path.constData(), "org.freedesktop.Secret.Item.Delete", nullptr, "(o)",
+                                              limit.cancellable());
+        return statusWithoutPrompt(reply, 0);
+    }
+
+private:
+    SecretServiceConnection m_connection;
+    QByteArray m_path;
+};
+
+/// A keyring that is locked may not even tell which items it has; a missing one has none to tell of. That nothing was
+/// found is believed when new items could be put into the default keyring.
+qint32 statusOfNothingFound(const SecretServiceConnection &connection, GCancellable *cancellable) {
+    const Reply alias = connection.call(kService, "org.freedesktop.Secret.Service.ReadAlias",
+                                        g_variant_new("(s)", "default"), "(o)", cancellable);
+    if (alias.status != 0) {
+        return kKeychainNotAvailable;
+    }
+    const QByteArray collection = pathIn(alias.value.get(), 0);
+    if (collection == kNoObject) {
+        return kKeychainNoDefaultKeychain;
+    }
+    const Reply locked =
+        connection.call(collection.constData(), "org.freedesktop.DBus.Properties.Get",
+                        g_variant_new("(ss)", "org.freedesktop.Secret.Collection", "Locked"), "(v)", cancellable);
+    if (locked.status != 0) {
+        return kKeychainNotAvailable;
+    }
+    GVariant *variant = nullptr;
+    g_variant_get(locked.value.get(), "(v)", &variant);
+    const Value isLocked(variant);
+    const bool isUnlocked =
+        g_variant_is_of_type(variant, G_VARIANT_TYPE_BOOLEAN) != FALSE && g_variant_get_boolean(variant) == FALSE;
+    return isUnlocked ? kKeychainItemNotFound : kKeychainInteractionNotAllowed;
+}
+
+class Keyring final : public Keychain {
+public:
+    explicit Keyring(QByteArray busAddress) : m_busAddress(std::move(busAddress)) {}
+
+    qint32 findGenericPassword(const QString &service, const QString &account, std::unique_ptr<Item> &item) override {
+        if (service.contains(QChar()) || account.contains(QChar())) {
+            return kKeychainWrongParameter; // ends a name on the bus, where the rest would name another item
+        }
+        const TimeLimit limit(kTimeLimit);
+        SecretServiceConnection connection(m_busAddress, limit.cancellable());
+        const Reply found = connection.call(kService, "org.freedesktop.Secret.Service.SearchItems",
+                                            g_variant_new("(@a{ss})", attributesOf(service.toUtf8(), account.toUtf8())),
+                                            "(aoao)", limit.cancellable());
+        if (found.status != 0) {
+            return kKeychainNotAvailable;
+        }
+        const Value unlocked(g_variant_get_child_value(found.value.get(), 0));
+        const Value locked(g_variant_get_child_value(found.value.get(), 1));
+        if (g_variant_n_children(unlocked.get()) > 0) {
+            QByteArray path = pathIn(unlocked.get(), 0);
+            item = std::make_unique<KeyringItem>(std::move(connection), std::move(path));
+            return 0;
+        }
+        return g_variant_n_children(locked.get()) > 0 ? kKeychainInteractionNotAllowed
+                                                      : statusOfNothingFound(connection, limit.cancellable());
+    }
+
+    qint32 addGenericPassword(const QString &service, const QString &account, const QByteArray &data) override {
+        if (service.contains(QChar()) || account.contains(QChar())) {
+            return kKeychainWrongParameter;
+        }
+        const TimeLimit limit(kTimeLimit);
+        SecretServiceConnection connection(m_busAddress, limit.cancellable());
+        if (connection.sessionPath(limit.cancellable()) == nullptr) {
+            return kKeychainNotAvailable;
+        }
+        const QByteArray label = service.toUtf8();
+        GVariantBuilder properties;
+        g_variant_builder_init(&properties, G_VARIANT_TYPE("a{sv}"));
+        g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Label",
+                              g_variant_new_string(label.constData()));
+        g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes",
+                              attributesOf(label, account.toUtf8()));
+        // Replaces an item that another process has added meanwhile, lest there are two.
+        constexpr gboolean kIsReplacing = TRUE;
+        const Reply created =
+            connection.call(kDefaultCollection, "org.freedesktop.Secret.Collection.CreateItem",
+                            g_variant_new("(a{sv}@(oayays)b)", &properties, connection.encoded(data), kIsReplacing),
+                            "(oo)", limit.cancellable());
+        const qint32 status = statusWithoutPrompt(created, 1);
+        return status == kKeychainItemNotFound ? kKeychainNoDefaultKeychain : status;
+    }
+
+private:
+    QByteArray m_busAddress;
+};
+
+} // namespace
+
+} // namespace quillmark
+
+extern "C" Q_DECL_EXPORT quillmark::Keychain *quillmarkOpenKeyring(const QByteArray &busAddress) {
+    static auto *const keyring = new quillmark::Keyring(busAddress);
+    return keyring;
+}
+
+static_assert(std::is_same_v<decltype(quillmarkOpenKeyring), quillmark::QuillmarkOpenKeyring>);

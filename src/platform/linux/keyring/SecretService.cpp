@@ -1,0 +1,83 @@
+#include "platform/linux/keyring/SecretService.h"
+
+#include "platform/Keychain.h"
+
+#include <algorithm>
+
+namespace quillmark {
+
+namespace {
+
+constexpr const char *kBusName = "org.freedesktop.secrets";
+
+/// The errors that say something about the keyring. Every other one means that it can't be asked now.
+qint32 statusOf(const GError *problem) {
+    struct Row {
+        const char *error;
+        qint32 status;
+    };
+    static constexpr Row kStatuses[] = {
+        {"org.freedesktop.Secret.Error.IsLocked", kKeychainInteractionNotAllowed},
+        {"org.freedesktop.Secret.Error.NoSuchObject", kKeychainItemNotFound},
+        {"org.freedesktop.DBus.Error.UnknownObject", kKeychainItemNotFound},
+        {"org.freedesktop.DBus.Error.UnknownMethod", kKeychainItemNotFound}, // of an object that is not there, for many
+    };
+    char *const name = g_dbus_error_get_remote_error(problem);
+    const auto *const row = std::find_if(std::begin(kStatuses), std::end(kStatuses),
+                                         [name](const Row &each) { return g_strcmp0(each.error, name) == 0; });
+    g_free(name);
+    return row != std::end(kStatuses) ? row->status : kKeychainNotAvailable;
+}
+
+} // namespace
+
+SecretServiceConnection::Reply SecretServiceConnection::call(const char *objectPath, const char *method,
+                                                             GVariant *arguments, const char *replyType,
+                                                             GCancellable *cancellable) const {
+    const Value owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
+    if (m_connection == nullptr) {
+        return {kKeychainNotAvailable, nullptr};
+    }
+    const QByteArray qualified(method);
+    const qsizetype dot = qualified.lastIndexOf('.');
+    GError *error = nullptr;
+    GVariant *const value = g_dbus_connection_call_sync(
+        m_connection.get(), kBusName, objectPath, qualified.first(dot).constData(), qualified.constData() + dot + 1,
+        owned.get(), G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, -1, cancellable, &error);
+    const Problem problem(error);
+    return {problem != nullptr ? statusOf(problem.get()) : 0, Value(value)};
+}
+
+const char *SecretServiceConnection::sessionPath(GCancellable *cancellable) {
+    if (m_service == nullptr && m_connection != nullptr) {
+        constexpr auto kFlags = static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
+                                                             G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS);
+        m_service.reset(static_cast<SecretService *>(
+            g_initable_new(SECRET_TYPE_SERVICE, cancellable, nullptr, "g-connection", m_connection.get(), "g-flags",
+                           kFlags, "g-name", kBusName, "g-object-path", "/org/freedesktop/secrets", "g-interface-name",
+                           "org.freedesktop.Secret.Service", "flags", SECRET_SERVICE_OPEN_SESSION, nullptr)));
+    }
+    return m_service != nullptr ? secret_service_get_session_dbus_path(m_service.get()) : nullptr;
+}
+
+GVariant *SecretServiceConnection::encoded(const QByteArray &data) const {
+    SecretValue *const value = secret_value_new(data.constData(), data.size(), "text/plain");
+    GVariant *const secret = secret_service_encode_dbus_secret(m_service.get(), value);
+    secret_value_unref(value);
+    return secret;
+}
+
+bool SecretServiceConnection::decode(GVariant *tuple, QByteArray &data) const {
+    const Value secret(g_variant_get_child_value(tuple, 0));
+    SecretValue *const value = secret_service_decode_dbus_secret(m_service.get(), secret.get());
+    if (value == nullptr) {
+        return false;
+    }
+    gsize length = 0;
+    const char *const bytes = secret_value_get(value, &length);
+    data = QByteArray(bytes, static_cast<qsizetype>(length));
+    secret_value_unref(value);
+    return true;
+}
+
+} // namespace quillmark
