@@ -44,7 +44,8 @@ private:
 
 using Action = std::function<Answer(const Output &)>;
 
-/// One command of the tool: "quillmarkctl GROUP NAME", or "quillmarkctl NAME" when the group is null.
+/// One command of the tool: "quillmarkctl GROUP NAME", or "quillmarkctl NAME" when the group is null. A group of groups
+/// is several words.
 struct Command {
     const char *group;
     const char *name;
@@ -65,6 +66,7 @@ std::span<const Command> errorCommands();
 std::span<const Command> headerCommands();
 std::span<const Command> installCommands();
 std::span<const Command> integrityCommands();
+std::span<const Command> keychainCommands();
 std::span<const Command> logCommands();
 std::span<const Command> processCommands();
 std::span<const Command> runCommands();

@@ -7,10 +7,16 @@ namespace quillmark::ctl {
 namespace {
 
 constexpr Group kGroups[] = {
+    {"base64", "Base64, as the product writes and reads it"},
     {"bundles", "application bundles on this computer"},
     {"error", "texts of error numbers"},
     {"header", "the header of the launcher's windows"},
     {"host", "this computer's name, and other computers"},
+    {"keychain", "what the desktop's keyring holds of the accounts"},
+    {"keychain flag", "flags of accounts, by their names"},
+    {"keychain key", "encryption keys of accounts"},
+    {"keychain raw", "items as they are stored"},
+    {"keychain skip-auth", "whether accounts skip authentication"},
     {"log", "the log file"},
     {"process", "applications and processes that run"},
     {"version", "versions of the application and of texts"},
@@ -41,25 +47,28 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands :
          {bundleCommands(), errorCommands(), headerCommands(), installCommands(), integrityCommands(), logCommands(),
-          processCommands(), runCommands(), systemCommands(), textCommands(), versionCommands()}) {
+          keychainCommands(), processCommands(), runCommands(), systemCommands(), textCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }
     }
 }
 
-CLI::App &CommandLine::groupNamed(const char *name) {
-    const auto isNamed = [name](const CLI::App *app) { return app->get_name() == name; };
-    if (const auto existing = m_app.get_subcommands(isNamed); !existing.empty()) {
+CLI::App &CommandLine::groupNamed(const std::string &name) {
+    const size_t lastBlank = name.rfind(' ');
+    CLI::App &parent = lastBlank != std::string::npos ? groupNamed(name.substr(0, lastBlank)) : m_app;
+    const std::string lastWord = name.substr(lastBlank + 1); // the whole name when there is no blank
+    const auto isNamed = [&lastWord](const CLI::App *app) { return app->get_name() == lastWord; };
+    if (const auto existing = parent.get_subcommands(isNamed); !existing.empty()) {
         return *existing.front();
     }
     std::string summary;
     for (const Group &group : kGroups) {
-        if (std::string_view(group.name) == name) {
+        if (name == group.name) {
             summary = group.summary;
         }
     }
-    CLI::App *group = m_app.add_subcommand(name, summary);
+    CLI::App *group = parent.add_subcommand(lastWord, summary);
     group->require_subcommand(1);
     group->fallthrough();
     return *group;

@@ -34,7 +34,7 @@ public:
 
 private:
     void add(const Command &command);
-    CLI::App &groupNamed(const char *name);
+    CLI::App &groupNamed(const std::string &name);
 
     CLI::App m_app;
     Options m_options;

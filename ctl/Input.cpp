@@ -1,0 +1,44 @@
+#include "Input.h"
+
+#include "Command.h"
+#include "utils/Utf8Text.h"
+
+#include <QFile>
+#include <unistd.h>
+
+namespace quillmark::ctl {
+
+namespace {
+
+QString text(const QByteArray &bytes) {
+    const QString result = utf8Text(bytes);
+    if (result.isNull()) {
+        throw Failure{QStringLiteral("standard input"), QStringLiteral("is no UTF-8")};
+    }
+    return result;
+}
+
+} // namespace
+
+QByteArray standardInput() {
+    QFile file;
+    if (!file.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        throw Failure{QStringLiteral("standard input"), file.errorString()};
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        throw Failure{QStringLiteral("standard input"), file.errorString()};
+    }
+    return bytes.isNull() ? QByteArray("") : bytes;
+}
+
+QString standardInputText() { return text(standardInput()); }
+
+QByteArray secretInput() {
+    const QByteArray bytes = standardInput();
+    return bytes.chopped(bytes.endsWith('\n') ? 1 : 0);
+}
+
+QString secretInputText() { return text(secretInput()); }
+
+} // namespace quillmark::ctl

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace quillmark::ctl {
+
+/// Standard input to its end. What can't be read is a Failure.
+QByteArray standardInput();
+
+/// The same as text. What is no UTF-8 is a Failure, which does not repeat it.
+QString standardInputText();
+
+/// The same less one final newline: a secret, which a command line would show to everybody.
+QByteArray secretInput();
+QString secretInputText();
+
+} // namespace quillmark::ctl

@@ -1,0 +1,326 @@
+#include "Command.h"
+#include "Input.h"
+
+#include "accounts/KeychainManager.h"
+#include "platform/Keychain.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+namespace quillmark::ctl {
+
+namespace {
+
+KeychainManager &manager() { return KeychainManager::sharedManager(); }
+
+QString reasonOf(qint32 status) {
+    switch (status) {
+    case kKeychainInteractionNotAllowed:
+        return QStringLiteral("the keyring is locked");
+    case kKeychainNotAvailable:
+        return QStringLiteral("there is no keyring service, or it does not answer");
+    case kKeychainNoDefaultKeychain:
+        return QStringLiteral("there is no default keyring");
+    default:
+        return QStringLiteral("the keyring gives status %1").arg(status);
+    }
+}
+
+Failure failure(const QString &user, const QString &why) {
+    return {QStringLiteral("keychain item of \"%1\"").arg(user), why};
+}
+
+/// For when an operation has found nothing, or has done nothing: the answer is no, unless the item can't be reached.
+Answer noUnlessOutOfReach(const QString &user) {
+    const qint32 status = manager().secKeychainFindGenericPassword(nullptr, user);
+    if (status != 0 && status != kKeychainItemNotFound) {
+        throw failure(user, reasonOf(status));
+    }
+    return Answer::No;
+}
+
+/// For when an operation has not written what it should have.
+Failure writeFailure(const QString &user) {
+    const qint32 status = manager().secKeychainFindGenericPassword(nullptr, user);
+    const bool isReached = status == 0 || status == kKeychainItemNotFound;
+    return failure(user, isReached ? QStringLiteral("can't be written") : reasonOf(status));
+}
+
+/// What the commands of this file take.
+struct Arguments {
+    QString user() const { return textOf(userName); }
+    QString flag() const { return textOf(name); }
+    bool isYes() const { return value == "yes"; }
+
+    std::string userName;
+    std::string name;
+    std::string value;
+    std::string service;
+    bool isPassword = false;
+
+private:
+    static QString textOf(const std::string &text) {
+        return text.empty() ? QStringLiteral("") : QString::fromStdString(text);
+    }
+};
+using SharedArguments = std::shared_ptr<Arguments>;
+
+SharedArguments addUser(CLI::App &app) {
+    auto arguments = std::make_shared<Arguments>();
+    app.add_option("USER", arguments->userName, "the account's user name")->required();
+    return arguments;
+}
+
+void addName(CLI::App &app, Arguments &arguments) {
+    app.add_option("NAME", arguments.name, "the flag's name")->required();
+}
+
+void addValue(CLI::App &app, Arguments &arguments) {
+    app.add_option("yes|no", arguments.value, "its value")->required()->check(CLI::IsMember({"yes", "no"}));
+}
+
+Answer tellFlag(const Output &output, const QString &name, const QString &user) {
+    if (!manager().flagExistsForKey(name, user)) {
+        return noUnlessOutOfReach(user);
+    }
+    output.line(manager().flagForKey(name, user) ? QStringLiteral("yes") : QStringLiteral("no"));
+    return Answer::Yes;
+}
+
+/// Whether a flag has become what it should be. There is no other answer from the keychain manager.
+Answer tellWhetherSet(const QString &name, const Arguments &arguments) {
+    const QString user = arguments.user();
+    const bool isSet = manager().flagExistsForKey(name, user) && manager().flagForKey(name, user) == arguments.isYes();
+    return isSet ? Answer::Yes : noUnlessOutOfReach(user);
+}
+
+template <class Operation>
+Answer removeFlag(const QString &name, const QString &user, const Operation &remove) {
+    if (!manager().flagExistsForKey(name, user)) {
+        return noUnlessOutOfReach(user);
+    }
+    remove();
+    if (manager().flagExistsForKey(name, user)) {
+        throw writeFailure(user);
+    }
+    return Answer::Yes;
+}
+
+const QString &skipAuth() {
+    static const QString name = QStringLiteral("skipAuth");
+    return name;
+}
+
+Action defineGet(CLI::App &app) {
+    const auto arguments = addUser(app);
+    return [arguments](const Output &output) {
+        const QString user = arguments->user();
+        // A choice that is not stored is left as it was, so both are tried.
+        bool unlessNo = false;
+        bool unlessYes = true;
+        const QString password = manager().getPasswordForUser(user, &unlessNo);
+        manager().getPasswordForUser(user, &unlessYes);
+        if (password.isNull() && manager().secKeychainFindGenericPassword(nullptr, user) != 0) {
+            return noUnlessOutOfReach(user);
+        }
+        output.json(
+            QJsonObject{{QStringLiteral("password"), password.isNull() ? QJsonValue() : QJsonValue(password)},
+                        {QStringLiteral("keepSignedIn"), unlessNo == unlessYes ? QJsonValue(unlessNo) : QJsonValue()}});
+        return Answer::Yes;
+    };
+}
+
+Action defineSave(CLI::App &app) {
+    const auto arguments = addUser(app);
+    app.add_flag("--password", arguments->isPassword, "store the password that standard input holds");
+    app.add_option("--keep-signed-in", arguments->value, "store whether the user stays signed in")
+        ->type_name("yes|no")
+        ->check(CLI::IsMember({"yes", "no"}));
+    return [arguments](const Output & /*output*/) {
+        const QString user = arguments->user();
+        const QString password = arguments->isPassword ? secretInputText() : QString();
+        const bool hasChoice = !arguments->value.empty();
+        if (user.isEmpty()) {
+            throw failure(user, QStringLiteral("the user name is empty"));
+        }
+        if (password.isEmpty() && !hasChoice) {
+            throw failure(user, QStringLiteral("there is nothing to store"));
+        }
+        if (!manager().savePassword(password, user, hasChoice ? std::optional(arguments->isYes()) : std::nullopt)) {
+            throw writeFailure(user);
+        }
+        return Answer::Yes;
+    };
+}
+
+Action defineRemove(CLI::App &app) {
+    const auto arguments = addUser(app);
+    return [arguments](const Output & /*output*/) {
+        return manager().removePassword(arguments->user()) ? Answer::Yes : noUnlessOutOfReach(arguments->user());
+    };
+}
+
+Action defineFlagGet(CLI::App &app) {
+    const auto arguments = addUser(app);
+    addName(app, *arguments);
+    return [arguments](const Output &output) { return tellFlag(output, arguments->flag(), arguments->user()); };
+}
+
+Action defineFlagSet(CLI::App &app) {
+    const auto arguments = addUser(app);
+    addName(app, *arguments);
+    addValue(app, *arguments);
+    return [arguments](const Output & /*output*/) {
+        manager().setFlag(arguments->isYes(), arguments->flag(), arguments->user());
+        return tellWhetherSet(arguments->flag(), *arguments);
+    };
+}
+
+Action defineFlagRemove(CLI::App &app) {
+    const auto arguments = addUser(app);
+    addName(app, *arguments);
+    return [arguments](const Output & /*output*/) {
+        return removeFlag(arguments->flag(), arguments->user(),
+                          [&] { manager().removeFlagForKey(arguments->flag(), arguments->user()); });
+    };
+}
+
+Action defineSkipAuthGet(CLI::App &app) {
+    const auto arguments = addUser(app);
+    return [arguments](const Output &output) { return tellFlag(output, skipAuth(), arguments->user()); };
+}
+
+Action defineSkipAuthSet(CLI::App &app) {
+    const auto arguments = addUser(app);
+    addValue(app, *arguments);
+    return [arguments](const Output & /*output*/) {
+        manager().setSkipAuth(arguments->isYes(), arguments->user());
+        return tellWhetherSet(skipAuth(), *arguments);
+    };
+}
+
+Action defineSkipAuthRemove(CLI::App &app) {
+    const auto arguments = addUser(app);
+    return [arguments](const Output & /*output*/) {
+        return removeFlag(skipAuth(), arguments->user(), [&] { manager().removeSkipAuthForUser(arguments->user()); });
+    };
+}
+
+Action defineKeyGet(CLI::App &app) {
+    const auto arguments = addUser(app);
+    return [arguments](const Output &output) {
+        const QString key = manager().getEncryptionKeyForUser(arguments->user());
+        if (key.isNull()) {
+            return noUnlessOutOfReach(arguments->user());
+        }
+        output.line(key);
+        return Answer::Yes;
+    };
+}
+
+Action defineKeySave(CLI::App &app) {
+    const auto arguments = addUser(app);
+    return [arguments](const Output & /*output*/) {
+        if (!manager().saveEncryptionKey(secretInputText(), arguments->user())) {
+            throw writeFailure(arguments->user());
+        }
+        return Answer::Yes;
+    };
+}
+
+/// The service is the product's name unless another one is given.
+SharedArguments addUserAndService(CLI::App &app) {
+    auto arguments = addUser(app);
+    app.add_option("--service", arguments->service, "the item of another service than the product's name")
+        ->type_name("S");
+    return arguments;
+}
+
+QString serviceOf(const Arguments &arguments) {
+    return arguments.service.empty() ? manager().serviceName() : QString::fromStdString(arguments.service);
+}
+
+Action defineRawGet(CLI::App &app) {
+    const auto arguments = addUserAndService(app);
+    return [arguments](const Output &output) {
+        QString text;
+        const QString user = arguments->user();
+        const qint32 status = manager().secKeychainFindGenericPassword(&text, user, serviceOf(*arguments));
+        if (status == kKeychainItemNotFound) {
+            return Answer::No;
+        }
+        if (status != 0 || text.isNull()) {
+            throw failure(user, status != 0 ? reasonOf(status) : QStringLiteral("holds no UTF-8 text"));
+        }
+        output.line(text);
+        return Answer::Yes;
+    };
+}
+
+Action defineRawSet(CLI::App &app) {
+    const auto arguments = addUserAndService(app);
+    return [arguments](const Output & /*output*/) {
+        const qint32 status =
+            manager().secKeychainModifyOrAddGenericPassword(secretInput(), arguments->user(), serviceOf(*arguments));
+        if (status != 0) {
+            throw failure(arguments->user(), reasonOf(status));
+        }
+        return Answer::Yes;
+    };
+}
+
+Action defineEncode(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        output.line(KeychainManager::encryptString(standardInputText()));
+        return Answer::Yes;
+    };
+}
+
+Action defineDecode(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        const QString text = standardInputText();
+        const QString decoded = KeychainManager::decryptString(text);
+        if (decoded.isEmpty() && !text.isEmpty()) {
+            return Answer::No;
+        }
+        output.line(decoded);
+        return Answer::Yes;
+    };
+}
+
+constexpr Command kCommands[] = {
+    {"keychain", "get", "print an account's password and whether the user stays signed in",
+     "quillmarkctl keychain get ada@example.com", defineGet},
+    {"keychain", "save", "store an account's password, or whether the user stays signed in",
+     "quillmarkctl keychain save ada@example.com --password --keep-signed-in yes < password.txt", defineSave},
+    {"keychain", "remove", "delete all that is kept of an account", "quillmarkctl keychain remove ada@example.com",
+     defineRemove},
+    {"keychain flag", "get", "print a flag of an account", "quillmarkctl keychain flag get ada@example.com beta",
+     defineFlagGet},
+    {"keychain flag", "set", "set a flag of an account that is stored",
+     "quillmarkctl keychain flag set ada@example.com beta yes", defineFlagSet},
+    {"keychain flag", "remove", "remove a flag of an account", "quillmarkctl keychain flag remove ada@example.com beta",
+     defineFlagRemove},
+    {"keychain skip-auth", "get", "print whether an account skips authentication",
+     "quillmarkctl keychain skip-auth get ada@example.com", defineSkipAuthGet},
+    {"keychain skip-auth", "set", "set whether a stored account skips authentication",
+     "quillmarkctl keychain skip-auth set ada@example.com no", defineSkipAuthSet},
+    {"keychain skip-auth", "remove", "forget whether an account skips authentication",
+     "quillmarkctl keychain skip-auth remove ada@example.com", defineSkipAuthRemove},
+    {"keychain key", "get", "print an account's encryption key", "quillmarkctl keychain key get ada@example.com",
+     defineKeyGet},
+    {"keychain key", "save", "store the encryption key that standard input holds",
+     "quillmarkctl keychain key save ada@example.com < key.txt", defineKeySave},
+    {"keychain raw", "get", "print an item's text as it is stored",
+     "quillmarkctl keychain raw get ada@example.com --service Quillmark", defineRawGet},
+    {"keychain raw", "set", "store what standard input holds as an item",
+     "quillmarkctl keychain raw set ada@example.com < item.txt", defineRawSet},
+    {"base64", "encode", "encode standard input on one line", "quillmarkctl base64 encode < text.txt", defineEncode},
+    {"base64", "decode", "decode standard input to text", "quillmarkctl base64 decode < encoded.txt", defineDecode},
+};
+
+} // namespace
+
+std::span<const Command> keychainCommands() { return kCommands; }
+
+} // namespace quillmark::ctl
