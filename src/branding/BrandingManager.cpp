@@ -1,5 +1,7 @@
 #include "branding/BrandingManager.h"
 
+#include "accounts/KeyList.h"
+#include "accounts/UserManager.h"
 #include "platform/Bundle.h"
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
@@ -12,6 +14,12 @@ namespace quillmark {
 namespace {
 
 constexpr qint32 kNoBrand = -1;
+
+qint32 brandOfSelectedUser() {
+    const UserManager users;
+    return users.objectForKeyAsInt(kUserBrandID, users.lastUsedUserName(), kNoBrand);
+}
+
 constexpr qint32 kLargestOwnBrand = 10000;
 /// The only brand whose logo ships with the application.
 constexpr qint32 kBrandWithShippedLogo = 15;
@@ -22,7 +30,7 @@ QString logoName(qint32 brandID) { return formatted("logo-%d.bmp", brandID); }
 
 BrandingManager &BrandingManager::sharedManager() {
     static BrandingManager instance(platform().mainBundle, platform().images, LocalizedStrings::sharedManager(),
-                                    [] { return kNoBrand; });
+                                    brandOfSelectedUser);
     return instance;
 }
 

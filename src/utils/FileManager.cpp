@@ -56,6 +56,12 @@ int FileManager::copyFile(const QString &source, const QString &target) const {
     return error.value();
 }
 
+int FileManager::removeItem(const QString &path) const {
+    std::error_code error;
+    std::filesystem::remove_all(QFile::encodeName(path).constData(), error);
+    return error.value();
+}
+
 int FileManager::createFolder(const QString &path, mode_t mode) const {
     QByteArray folder = QFile::encodeName(path);
     while (folder.size() > 1 && folder.endsWith('/')) {

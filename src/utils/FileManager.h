@@ -28,6 +28,10 @@ public:
     /// Copies a file's contents and mode to a place where there is nothing yet. \returns 0 or an errno.
     int copyFile(const QString &source, const QString &target) const;
 
+    /// Deletes a file, or a folder with all that is in it; a link itself, and not what it leads to. What can't be
+    /// deleted stays. \returns 0 or an errno.
+    int removeItem(const QString &path) const;
+
     /// Creates a folder with all folders above it; the mode applies to each, less the user's mask. One that is there
     /// already is fine.
     /// \returns 0, or the errno of the folder that could not be created.
