@@ -1,8 +1,10 @@
 #include "accounts/JSONEncoder.h"
 
+#include <QVarLengthArray>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <map>
 
 namespace quillmark {
 
@@ -27,6 +29,9 @@ constexpr std::array kEscapes{Escape{kBackslash, kBackslash},
 
 /// Past this one no character is escaped.
 constexpr char16_t kLastEscaped = kBackslash;
+
+quint64 lengthOf(QStringView text) { return static_cast<quint64>(text.size()); }
+QChar characterAt(QStringView text, quint64 at) { return text[static_cast<qsizetype>(at)]; }
 
 bool isDigit(QChar character) { return character >= u'0' && character <= u'9'; }
 
@@ -125,10 +130,10 @@ public:
     explicit Reader(QStringView text) : m_text(text) {}
 
     std::optional<QVariantMap> object() {
-        while (m_at < length() && !m_error) {
-            const QChar character = m_text[static_cast<qsizetype>(m_at++)];
+        while (m_at < lengthOf(m_text) && !m_error) {
+            const QChar character = characterAt(m_text, m_at++);
             if (character == u'}') {
-                return m_dictionary;
+                return m_members ? std::optional(QVariantMap(std::move(*m_members))) : std::nullopt;
             }
             if (!readsOn(character)) {
                 return std::nullopt;
@@ -139,23 +144,21 @@ public:
     }
 
 private:
-    quint64 length() const { return static_cast<quint64>(m_text.size()); }
-
     /// \returns false when the scan has failed.
     bool readsOn(QChar character) {
         switch (character.unicode()) {
         case u'{': // deliberate: a nested object discards what was read before it
-            m_dictionary.emplace();
+            m_members.emplace();
             m_isKeyExpected = true;
             return true;
         case u'"':
             return readString();
         case u',':
             m_isKeyExpected = true;
-            return m_dictionary && !m_dictionary->isEmpty();
+            return m_members && !m_members->empty();
         case u':':
             m_isKeyExpected = false;
-            return !m_key.isEmpty();
+            return m_key && !m_key->isEmpty();
         case u'f':
         case u'F':
             return readWord(u"false", false);
@@ -169,18 +172,21 @@ private:
 
     bool readString() {
         std::optional<QString> text = JSONEncoder::jsonStringForStr(m_text, m_at, m_error);
-        if (text && m_isKeyExpected) {
-            m_key = std::move(*text);
-        } else if (text) {
-            m_value = std::move(*text);
+        if (!text) {
+            return false;
         }
-        return text.has_value();
+        if (m_isKeyExpected) {
+            m_key = std::move(text);
+        } else {
+            m_value.emplace(*text);
+        }
+        return true;
     }
 
     bool readNumber() {
         --m_at;
         if (!m_isKeyExpected) {
-            m_value = JSONEncoder::jsonNumberForStr(m_text, m_at, m_error);
+            m_value.emplace(JSONEncoder::jsonNumberForStr(m_text, m_at, m_error));
         }
         return !m_isKeyExpected;
     }
@@ -192,16 +198,16 @@ private:
             return false;
         }
         const bool isWord = rest.first(word.size()).compare(word, Qt::CaseInsensitive) == 0;
-        m_value = isWord ? meaning : !meaning;
+        m_value.emplace(isWord ? meaning : !meaning);
         m_at += static_cast<quint64>(word.size()) - 1;
         return true;
     }
 
     void storeMember() {
-        if (!m_key.isNull() && m_value.isValid()) {
-            m_dictionary->insert(m_dictionary->cend(), m_key, m_value);
-            m_key = QString();
-            m_value = QVariant();
+        if (m_key && m_value) {
+            m_members->insert_or_assign(m_members->cend(), std::move(*m_key), std::move(*m_value));
+            m_key.reset();
+            m_value.reset();
             m_isKeyExpected = false;
         }
     }
@@ -209,9 +215,10 @@ private:
     const QStringView m_text;
     quint64 m_at = 0;
     bool m_error = false;
-    std::optional<QVariantMap> m_dictionary;
-    QString m_key; ///< null while there is none
-    QVariant m_value;
+    /// What a QVariantMap is made of: unlike that one it takes over what is moved.
+    std::optional<std::map<QString, QVariant>> m_members;
+    std::optional<QString> m_key;    ///< read, and without a value yet
+    std::optional<QVariant> m_value; ///< read, and without a key yet
     bool m_isKeyExpected = false;
 };
 
@@ -232,26 +239,22 @@ QString JSONEncoder::createJSONStrFromDict(const QVariantMap &dictionary) {
 std::optional<QVariantMap> JSONEncoder::createObjFromJSONStr(QStringView text) { return Reader(text).object(); }
 
 std::optional<QString> JSONEncoder::jsonStringForStr(QStringView text, quint64 &at, bool &error) {
-    const auto begin = static_cast<qsizetype>(at);
-    qsizetype end = begin;
-    while (end < text.size() && text[end] != u'"') {
-        end += text[end] == kBackslash ? 2 : 1;
+    QVarLengthArray<QChar, 256> result; // which most texts fit in: they are copied once, when their length is known
+    while (at < lengthOf(text)) {
+        QChar character = characterAt(text, at++);
+        if (character == u'"') {
+            return QString(result.constData(), result.size());
+        }
+        if (character == kBackslash) {
+            if (at == lengthOf(text)) {
+                error = true;
+                break;
+            }
+            character = unescaped(characterAt(text, at++));
+        }
+        result.append(QLatin1Char(static_cast<char>(character.cell()))); // deliberate: the lower byte alone
     }
-    if (end >= text.size()) {
-        error = error || end > text.size(); // a backslash is the last character
-        at = static_cast<quint64>(text.size());
-        return std::nullopt;
-    }
-    at = static_cast<quint64>(end) + 1;
-
-    QString result(end - begin, Qt::Uninitialized); // the escapes make it shorter
-    QChar *next = result.data();
-    for (qsizetype i = begin; i < end; ++i) {
-        const QChar character = text[i] == kBackslash ? unescaped(text[++i]) : text[i];
-        *next++ = QLatin1Char(static_cast<char>(character.cell())); // deliberate: the lower byte alone
-    }
-    result.truncate(next - result.constData());
-    return result;
+    return std::nullopt;
 }
 
 QVariant JSONEncoder::jsonNumberForStr(QStringView text, quint64 &at, bool &error) {
@@ -260,8 +263,8 @@ QVariant JSONEncoder::jsonNumberForStr(QStringView text, quint64 &at, bool &erro
     int place = 0;
     bool hasPoint = false;
     bool isNegative = false;
-    for (; at < static_cast<quint64>(text.size()); ++at) {
-        const QChar character = text[static_cast<qsizetype>(at)];
+    for (; at < lengthOf(text); ++at) {
+        const QChar character = characterAt(text, at);
         if (isDigit(character) && hasPoint) {
             number += (character.unicode() - u'0') / powerOfTen(++place);
         } else if (isDigit(character)) {
