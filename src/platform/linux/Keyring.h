@@ -4,10 +4,9 @@
 
 namespace quillmark {
 
-// What the keyring module and the core agree on.
-
-/// The keychain over the Secret Service on the bus at an address. It is made once and never destroyed.
-using QuillmarkOpenKeyring = Keychain *(const QByteArray &busAddress);
+/// The keychain over the Secret Service on the session's bus, which there has to be: a bus would be started otherwise.
+/// It lives as long as the process.
+using QuillmarkOpenKeyring = Keychain *();
 inline constexpr const char *kOpenKeyringSymbol = "quillmarkOpenKeyring";
 
 } // namespace quillmark

@@ -19,14 +19,13 @@ qint32 KeyringModule::addGenericPassword(const QString &service, const QString &
 
 Keychain *KeyringModule::open() {
     std::call_once(m_isTried, [this] {
-        const QByteArray address = sessionBusAddress();
-        if (address.isEmpty()) {
+        if (sessionBusAddress().isEmpty()) {
             return;
         }
         QString obstacle;
         void *const symbol = plugInSymbol(m_bundle, "libquillmark-keyring.so", kOpenKeyringSymbol, obstacle);
         if (auto *const openKeyring = reinterpret_cast<QuillmarkOpenKeyring *>(symbol)) {
-            m_keyring = openKeyring(address);
+            m_keyring = openKeyring();
         } else {
             reportProblem(QStringLiteral("The keyring can't be asked: %1").arg(obstacle));
         }

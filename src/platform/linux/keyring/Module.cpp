@@ -110,14 +110,12 @@ qint32 statusOfNothingFound(const SecretServiceConnection &connection, GCancella
 
 class Keyring final : public Keychain {
 public:
-    explicit Keyring(QByteArray busAddress) : m_busAddress(std::move(busAddress)) {}
-
     qint32 findGenericPassword(const QString &service, const QString &account, std::unique_ptr<Item> &item) override {
         if (service.contains(QChar()) || account.contains(QChar())) {
             return kKeychainWrongParameter; // ends a name on the bus, where the rest would name another item
         }
         const TimeLimit limit(kTimeLimit);
-        SecretServiceConnection connection(m_busAddress, limit.cancellable());
+        SecretServiceConnection connection(limit.cancellable());
         const Reply found = connection.call(kService, "org.freedesktop.Secret.Service.SearchItems",
                                             g_variant_new("(@a{ss})", attributesOf(service.toUtf8(), account.toUtf8())),
                                             "(aoao)", limit.cancellable());
@@ -140,7 +138,7 @@ public:
             return kKeychainWrongParameter;
         }
         const TimeLimit limit(kTimeLimit);
-        SecretServiceConnection connection(m_busAddress, limit.cancellable());
+        SecretServiceConnection connection(limit.cancellable());
         if (connection.sessionPath(limit.cancellable()) == nullptr) {
             return kKeychainNotAvailable;
         }
@@ -160,17 +158,14 @@ public:
         const qint32 status = statusWithoutPrompt(created, 1);
         return status == kKeychainItemNotFound ? kKeychainNoDefaultKeychain : status;
     }
-
-private:
-    QByteArray m_busAddress;
 };
 
 } // namespace
 
 } // namespace quillmark
 
-extern "C" Q_DECL_EXPORT quillmark::Keychain *quillmarkOpenKeyring(const QByteArray &busAddress) {
-    static auto *const keyring = new quillmark::Keyring(busAddress);
+extern "C" Q_DECL_EXPORT quillmark::Keychain *quillmarkOpenKeyring() {
+    static auto *const keyring = new quillmark::Keyring;
     return keyring;
 }
 

@@ -31,6 +31,14 @@ qint32 statusOf(const GError *problem) {
 
 } // namespace
 
+SecretServiceConnection::SecretServiceConnection(GCancellable *cancellable)
+    : m_connection(g_bus_get_sync(G_BUS_TYPE_SESSION, cancellable, nullptr)) {
+    if (m_connection != nullptr) {
+        // Else the process would be ended when its bus ends.
+        g_dbus_connection_set_exit_on_close(m_connection.get(), FALSE);
+    }
+}
+
 SecretServiceConnection::Reply SecretServiceConnection::call(const char *objectPath, const char *method,
                                                              GVariant *arguments, const char *replyType,
                                                              GCancellable *cancellable) const {
@@ -50,12 +58,8 @@ SecretServiceConnection::Reply SecretServiceConnection::call(const char *objectP
 
 const char *SecretServiceConnection::sessionPath(GCancellable *cancellable) {
     if (m_service == nullptr && m_connection != nullptr) {
-        constexpr auto kFlags = static_cast<GDBusProxyFlags>(G_DBUS_PROXY_FLAGS_DO_NOT_LOAD_PROPERTIES |
-                                                             G_DBUS_PROXY_FLAGS_DO_NOT_CONNECT_SIGNALS);
-        m_service.reset(static_cast<SecretService *>(
-            g_initable_new(SECRET_TYPE_SERVICE, cancellable, nullptr, "g-connection", m_connection.get(), "g-flags",
-                           kFlags, "g-name", kBusName, "g-object-path", "/org/freedesktop/secrets", "g-interface-name",
-                           "org.freedesktop.Secret.Service", "flags", SECRET_SERVICE_OPEN_SESSION, nullptr)));
+        m_service.reset(
+            secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, nullptr));
     }
     return m_service != nullptr ? secret_service_get_session_dbus_path(m_service.get()) : nullptr;
 }

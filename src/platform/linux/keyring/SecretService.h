@@ -2,7 +2,7 @@
 
 #include "platform/linux/bus/Gio.h"
 
-#include <QtGlobal>
+#include <QByteArray>
 #include <libsecret/secret.h>
 
 namespace quillmark {
@@ -19,8 +19,7 @@ public:
         Value value;
     };
 
-    SecretServiceConnection(const QByteArray &busAddress, GCancellable *cancellable)
-        : m_connection(connectionTo(busAddress, cancellable)) {}
+    explicit SecretServiceConnection(GCancellable *cancellable);
 
     /// \param arguments a new tuple, or null for none. \param replyType a tuple's type.
     Reply call(const char *objectPath, const char *method, GVariant *arguments, const char *replyType,

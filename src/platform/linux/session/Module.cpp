@@ -27,7 +27,12 @@ struct Reply {
 /// One dialogue on the bus, over a connection of its own, within a time limit for the whole of it.
 class Dialogue {
 public:
-    explicit Dialogue(const QByteArray &address) : m_connection(connectionTo(address, m_limit.cancellable())) {}
+    explicit Dialogue(const QByteArray &address)
+        : m_connection(g_dbus_connection_new_for_address_sync(
+              address.constData(),
+              static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                                G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+              nullptr, m_limit.cancellable(), nullptr)) {}
 
     bool isOpen() const { return m_connection != nullptr; }
 
