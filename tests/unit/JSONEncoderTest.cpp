@@ -142,6 +142,10 @@ TEST(JSONReading, ANestedObjectDiscardsWhatWasReadBeforeIt) { // deliberate
     expectObject(u"{\"a\":1,\"b\":{}}", {});
 }
 
+TEST(JSONReading, AKeyWaitsForItsValueBehindANestedBrace) { // deliberate
+    expectObject(u"{\"a\":1,\"b\":{:2}}", {{QStringLiteral("b"), integer(2)}});
+}
+
 TEST(JSONReading, TheFirstClosingBraceEndsIt) { // deliberate
     expectObject(u"{\"a\":1}}},:nonsense", {{QStringLiteral("a"), integer(1)}});
 }
@@ -181,8 +185,8 @@ TEST(JSONReading, ColonsBehindAKeyMayBeMany) { // deliberate
 }
 
 TEST(JSONReading, WhereAKeyIsExpectedNumbersAndWordsFail) {
-    for (const QStringView document :
-         {u"{1:2}", u"{-:2}", u"{true:1}", u"{false:1}", u"{T", u"{\"a\" 1}", u"{\"a\":1,2}"}) {
+    for (const QStringView document : {u"{1:2}", u"{-:2}", u"{true:1}", u"{false:1}", u"{T", u"{\"a\" 1}",
+                                       u"{\"a\" true}", u"{\"a\" false}", u"{\"a\":1,2}"}) {
         EXPECT_TRUE(isRefused(document)) << document.toUtf8().toStdString();
     }
 }
@@ -200,6 +204,7 @@ TEST(JSONReading, AKeyWithoutAValueIsLeftOut) { // deliberate
 TEST(JSONReading, AValueMayStandBeforeItsKey) { // deliberate
     expectObject(u"1{\"a\"}", {{QStringLiteral("a"), integer(1)}});
     expectObject(u"\"x\"{\"\"}", {{QString(), text(u"x")}});
+    expectObject(u"1{\"a\"2,\"b\"}", {{QStringLiteral("a"), integer(1)}, {QStringLiteral("b"), integer(2)}});
     expectObject(u"{\"a\":1 true,\"b\"}", {{QStringLiteral("a"), integer(1)}, {QStringLiteral("b"), true}});
 }
 
