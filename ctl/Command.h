@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QJsonValue>
 #include <QString>
 #include <cstdio>
 #include <functional>
@@ -34,6 +35,7 @@ public:
     void line(const QString &text) const;
     void json(const QJsonArray &array) const;
     void json(const QJsonObject &object) const;
+    void json(const QJsonValue &value) const;
 
 private:
     void write(const QByteArray &bytes) const;
@@ -72,6 +74,7 @@ std::span<const Command> processCommands();
 std::span<const Command> runCommands();
 std::span<const Command> systemCommands();
 std::span<const Command> textCommands();
+std::span<const Command> userCommands();
 std::span<const Command> versionCommands();
 
 } // namespace quillmark::ctl

@@ -19,6 +19,7 @@ constexpr Group kGroups[] = {
     {"keychain skip-auth", "whether accounts skip authentication"},
     {"log", "the log file"},
     {"process", "applications and processes that run"},
+    {"user", "accounts that are known here, and their settings"},
     {"version", "versions of the application and of texts"},
 };
 
@@ -45,9 +46,9 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
     m_app.add_option("--generate", m_options.generatedForm)
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
-    for (const auto commands :
-         {bundleCommands(), errorCommands(), headerCommands(), installCommands(), integrityCommands(), logCommands(),
-          keychainCommands(), processCommands(), runCommands(), systemCommands(), textCommands(), versionCommands()}) {
+    for (const auto commands : {bundleCommands(), errorCommands(), headerCommands(), installCommands(),
+                                integrityCommands(), logCommands(), keychainCommands(), processCommands(),
+                                runCommands(), systemCommands(), textCommands(), userCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

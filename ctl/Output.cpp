@@ -26,4 +26,15 @@ void Output::line(const QString &text) const { write(text.toUtf8() + '\n'); }
 void Output::json(const QJsonArray &array) const { write(lineOf(QJsonDocument(array), m_isPretty)); }
 void Output::json(const QJsonObject &object) const { write(lineOf(QJsonDocument(object), m_isPretty)); }
 
+void Output::json(const QJsonValue &value) const {
+    if (value.isArray()) {
+        json(value.toArray());
+    } else if (value.isObject()) {
+        json(value.toObject());
+    } else { // no document is less than an array
+        const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+        write(array.sliced(1, array.size() - 2) + '\n');
+    }
+}
+
 } // namespace quillmark::ctl

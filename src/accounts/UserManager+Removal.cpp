@@ -78,22 +78,22 @@ void UserManager::removeCacheOf(const QString &userName) const {
     }
 }
 
-void UserManager::removeIncompleteUser(const QString &userName) {
-    removeEntries(
+bool UserManager::removeIncompleteUser(const QString &userName) {
+    return removeEntries(
         [&userName](const QVariant &entry) {
             return !entry.toMap().contains(kUserUserName) || isRecordOf(userName, entry);
         },
         userName);
 }
 
-void UserManager::removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName) {
+bool UserManager::removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName) {
     QVariantList list = userList();
     list.removeIf(isToGo);
     m_platform->userDefaults.setObject(kUserList, list);
     if (!userName.isNull() && userName == lastUsedUserName()) {
         setLastUsedUserName(QString());
     }
-    save();
+    return save();
 }
 
 } // namespace quillmark

@@ -6,6 +6,7 @@
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 #include "utils/IntegerValue.h"
+#include "utils/Log.h"
 
 #include <QSet>
 #include <algorithm>
@@ -91,37 +92,37 @@ QVariant UserManager::objectForKeyAsArray(const QString &key, const QString &use
     return recordValue(key, userName);
 }
 
-void UserManager::setObject(const QVariant &value, const QString &key, const QString &userName, bool updateMono) {
+bool UserManager::setObject(const QVariant &value, const QString &key, const QString &userName, bool updateMono) {
     if (!value.isValid()) {
-        return;
+        return false;
     }
     if (kUserPassword == key) {
-        m_keychain->savePassword(value.toString(), userName);
-    } else if (kUserEncryptionKey == key) {
-        m_keychain->saveEncryptionKey(value.toString(), userName);
-    } else {
-        UserRecord record = userWithUserName(userName);
-        record.insert(key, value);
-        record.insert(kUserUserName, userName);
-        saveUser(record, userName, updateMono);
+        return m_keychain->savePassword(value.toString(), userName);
     }
+    if (kUserEncryptionKey == key) {
+        return m_keychain->saveEncryptionKey(value.toString(), userName);
+    }
+    UserRecord record = userWithUserName(userName);
+    record.insert(key, value);
+    record.insert(kUserUserName, userName);
+    return saveUser(record, userName, updateMono);
 }
 
-void UserManager::removeObjectForKey(const QString &key, const QString &userName, bool updateMono) {
+bool UserManager::removeObjectForKey(const QString &key, const QString &userName, bool updateMono) {
     UserRecord record = userWithUserName(userName);
     record.remove(key);
-    saveUser(record, userName, updateMono);
+    return saveUser(record, userName, updateMono);
 }
 
-void UserManager::saveUser(const UserRecord &record, const QString &userName, bool /*updateMono*/) {
+bool UserManager::saveUser(const UserRecord &record, const QString &userName, bool /*updateMono*/) {
     QVariantList list = userList();
     list.removeIf([&userName](const QVariant &entry) { return isRecordOf(userName, entry); });
     list.append(record);
     m_platform->userDefaults.setObject(kUserList, list);
-    save();
+    return save();
 }
 
-void UserManager::updateUserWithUsername(const QString &newName, qint64 account) {
+bool UserManager::updateUserWithUsername(const QString &newName, qint64 account) {
     const QVariantList list = userList();
     QSet<QString> oldNames;
     QVariantList renamed;
@@ -139,7 +140,7 @@ void UserManager::updateUserWithUsername(const QString &newName, qint64 account)
         renamed.append(record);
     }
     if (renamed.isEmpty()) {
-        return;
+        return true;
     }
     QVariantList others;
     std::copy_if(list.cbegin(), list.cend(), std::back_inserter(others), [&oldNames](const QVariant &entry) {
@@ -147,9 +148,16 @@ void UserManager::updateUserWithUsername(const QString &newName, qint64 account)
         return name.isNull() || !oldNames.contains(name);
     });
     m_platform->userDefaults.setObject(kUserList, others + renamed);
-    save();
+    return save();
 }
 
-void UserManager::save() { m_platform->userDefaults.synchronize(); }
+bool UserManager::save() {
+    const bool isSaved = m_platform->userDefaults.synchronize();
+    if (!isSaved) {
+        logError("The preferences \"%@\" can't be written; what was set is kept until this program ends",
+                 m_platform->userDefaults.file());
+    }
+    return isSaved;
+}
 
 } // namespace quillmark

@@ -58,15 +58,17 @@ public:
     QVariant objectForKeyAsArray(const QString &key, const QString &userName) const;
 
     /// Sets a value of the user's record, of a new one for an unknown user, and saves it; "Password" and "State" go to
-    /// the keychain alone. An invalid value changes nothing. \param updateMono means something to the core program, and
-    /// nothing here; as in the operations below.
-    void setObject(const QVariant &value, const QString &key, const QString &userName, bool updateMono = true);
+    /// the keychain alone. An invalid value changes nothing.
+    ///
+    /// \param updateMono means something to the core program, and nothing here; as in the operations below.
+    /// \returns false when it could not be stored, as the operations below do.
+    bool setObject(const QVariant &value, const QString &key, const QString &userName, bool updateMono = true);
     /// Leaves the keychain alone.
-    void removeObjectForKey(const QString &key, const QString &userName, bool updateMono = true);
+    bool removeObjectForKey(const QString &key, const QString &userName, bool updateMono = true);
     /// Puts the record at the end of the list, in the place of all of that name, and saves the preferences.
-    void saveUser(const UserRecord &record, const QString &userName, bool updateMono = true);
+    bool saveUser(const UserRecord &record, const QString &userName, bool updateMono = true);
     /// Gives every record of that account a new name.
-    void updateUserWithUsername(const QString &newName, qint64 account);
+    bool updateUserWithUsername(const QString &newName, qint64 account);
 
     /// \name The selected user
     /// Who signed in last.
@@ -108,10 +110,10 @@ public:
     /// The keychain's item stays.
     void removeUser(const QString &userName, bool removeCache, RemovalObserver *sender = nullptr) const;
     /// Removes the records that have no "UserName" and, unless the name is null, those of that name.
-    void removeIncompleteUser(const QString &userName);
-    void load() { removeIncompleteUser(QString()); }
-    /// Writes the preferences to disk.
-    void save();
+    bool removeIncompleteUser(const QString &userName);
+    bool load() { return removeIncompleteUser(QString()); }
+    /// Writes the preferences to disk. What can't be written (logged) stays as it was set in this process.
+    bool save();
 
 private:
     QVariant recordValue(const QString &key, const QString &userName) const;
@@ -120,7 +122,7 @@ private:
     void removeUserAsync(const QString &userName, bool removeCache);
     void removeCacheOf(const QString &userName) const;
     /// Removes those entries, and unselects the user if the name is his.
-    void removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName);
+    bool removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName);
 
     const Platform *m_platform;
     KeychainManager *m_keychain;

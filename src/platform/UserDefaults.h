@@ -21,6 +21,8 @@ public:
     /// Writes what was set to disk.
     /// \returns false when the file could not be written; the values stay set and a later call tries again.
     virtual bool synchronize() = 0;
+    /// The file that they are kept in.
+    virtual QString file() const = 0;
     /// The place where a damaged preference file was put aside by this process; a null string when none was.
     virtual QString damagedFile() const = 0;
 };

@@ -28,6 +28,7 @@ public:
     bool synchronize() override {
         return !m_transcript.recordOrFail(QStringLiteral("synchronize"), QStringLiteral("synchronize"));
     }
+    QString file() const override { return QStringLiteral("/preferences.plist"); }
     QString damagedFile() const override { return damaged; }
 
 private:

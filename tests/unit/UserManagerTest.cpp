@@ -554,6 +554,20 @@ TEST_F(UserManagerTest, CleaningDropsAUserByNameAsWell) {
     EXPECT_FALSE(platform.userDefaults.stored.contains(kLastUsedUserName));
 }
 
+TEST_F(UserManagerTest, PreferencesThatCannotBeWrittenAreToldOfAndValuesStay) {
+    const QString log = logToFile(kLogLevelError);
+    platform.transcript.failAt(QStringLiteral("synchronize"), 1);
+    EXPECT_FALSE(manager.setObject(1, kUserFirstName, kAnna));
+    EXPECT_EQ(linesOf(log),
+              QStringList{QStringLiteral("ERR The preferences \"/preferences.plist\" can't be written; what "
+                                         "was set is kept until this program ends")});
+    EXPECT_EQ(manager.objectForKey(kUserFirstName, kAnna), 1);
+    EXPECT_TRUE(manager.save());
+    platform.keychain.status = kKeychainInteractionNotAllowed;
+    EXPECT_FALSE(manager.setObject(QStringLiteral("s3cret"), kUserPassword, kAnna));
+    EXPECT_FALSE(manager.setObject(QStringLiteral("k3y"), kUserEncryptionKey, kAnna));
+}
+
 TEST_F(UserManagerTest, ManyUsersAreNoBurden) {
     constexpr int kUsers = 10'000;
     QVariantList list;

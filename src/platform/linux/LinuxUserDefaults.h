@@ -23,6 +23,7 @@ public:
     QVariant objectForKey(const QString &key) override;
     void setObject(const QString &key, const QVariant &value) override;
     bool synchronize() override;
+    QString file() const override { return m_path; }
     QString damagedFile() const override;
 
 private:

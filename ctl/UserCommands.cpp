@@ -1,0 +1,329 @@
+#include "Command.h"
+#include "Input.h"
+
+#include "accounts/KeyList.h"
+#include "accounts/UserManager.h"
+#include "platform/Application.h"
+#include "platform/Platform.h"
+#include "platform/UserDefaults.h"
+#include "utils/IntegerValue.h"
+
+#include <CLI/CLI.hpp>
+#include <QCoreApplication>
+#include <algorithm>
+#include <memory>
+
+namespace quillmark::ctl {
+
+namespace {
+
+/// What the commands of this file take.
+struct Arguments {
+    QString userName() const { return text(user); }
+    QString keyName() const { return text(key); }
+
+    /// An empty text is none that is missing.
+    static QString text(const std::string &argument) {
+        return argument.empty() ? QStringLiteral("") : QString::fromStdString(argument);
+    }
+
+    std::string user;
+    std::string key;
+    std::string value;
+    std::string form;
+    qint64 number = 0;
+    bool isSet = false;
+};
+using SharedArguments = std::shared_ptr<Arguments>;
+
+SharedArguments addUser(CLI::App &app) {
+    auto arguments = std::make_shared<Arguments>();
+    app.add_option("USER", arguments->user, "the account's user name")->required();
+    return arguments;
+}
+
+SharedArguments addUserAndKey(CLI::App &app) {
+    auto arguments = addUser(app);
+    app.add_option("KEY", arguments->key, "the setting's key")->required();
+    return arguments;
+}
+
+QJsonValue jsonOf(const QString &text) { return text.isNull() ? QJsonValue() : QJsonValue(text); }
+
+/// A change that could not be stored is a failure.
+Answer requireStored(bool isStored) {
+    if (!isStored) {
+        throw Failure{platform().userDefaults.file(), QStringLiteral("can't be written")};
+    }
+    return Answer::Yes;
+}
+
+bool isSecret(const QString &key) { return kUserPassword == key || kUserEncryptionKey == key; }
+
+Action defineList(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        QJsonArray names;
+        const QVariantList list = UserManager().userList();
+        for (const QVariant &entry : list) {
+            names.append(entry.toMap().value(kUserUserName).toJsonValue());
+        }
+        output.json(names);
+        return Answer::Yes;
+    };
+}
+
+Action defineShow(CLI::App &app) {
+    return [arguments = addUser(app)](const Output &output) {
+        const UserManager users;
+        if (!users.doesUserKeyExists(arguments->userName())) {
+            return Answer::No;
+        }
+        output.json(QJsonObject::fromVariantMap(users.userWithUserName(arguments->userName())));
+        return Answer::Yes;
+    };
+}
+
+/// A value by one of the accessors; what an accessor for numbers gives without a default is absent when the default
+/// decides about it.
+QVariant valueBy(const Arguments &arguments) {
+    const UserManager users;
+    const QString key = arguments.keyName();
+    const QString user = arguments.userName();
+    if (arguments.form == "int" || arguments.form == "long") {
+        const auto number = [&](qint64 defaultValue) {
+            return arguments.form == "int" ? users.objectForKeyAsInt(key, user, static_cast<qint32>(defaultValue))
+                                           : users.objectForKeyAsLong(key, user, defaultValue);
+        };
+        const bool isThere = arguments.isSet || number(0) == number(1);
+        return isThere ? QVariant::fromValue(number(arguments.number)) : QVariant();
+    }
+    if (arguments.form == "string") {
+        return users.objectForKeyAsString(key, user);
+    }
+    return arguments.form == "array" ? users.objectForKeyAsArray(key, user) : users.objectForKey(key, user);
+}
+
+Action defineGet(CLI::App &app) {
+    auto arguments = addUserAndKey(app);
+    arguments->form = "any";
+    app.add_option("--as", arguments->form, "by which accessor: any, string, int, long or array")
+        ->type_name("FORM")
+        ->check(CLI::IsMember({"any", "string", "int", "long", "array"}));
+    const CLI::Option *defaultValue =
+        app.add_option("--default", arguments->number, "what an absent number counts as")->type_name("N");
+    return [arguments, defaultValue](const Output &output) {
+        arguments->isSet = defaultValue->count() > 0;
+        output.json(QJsonValue::fromVariant(valueBy(*arguments)));
+        return Answer::Yes;
+    };
+}
+
+/// The value to store, of the type that was asked for. One that is not of that type was found out before.
+QVariant valueToSet(const Arguments &arguments) {
+    const QString value = arguments.value == "-" ? secretInputText() : Arguments::text(arguments.value);
+    if (arguments.form == "int") {
+        bool isNumber = false;
+        const qint64 number = value.toLongLong(&isNumber);
+        if (!isNumber) {
+            throw Failure{arguments.keyName(), QStringLiteral("the value is no integer number")};
+        }
+        return QVariant::fromValue(number);
+    }
+    if (arguments.form == "bool") {
+        if (value != u"yes" && value != u"no") {
+            throw Failure{arguments.keyName(), QStringLiteral("the value is neither \"yes\" nor \"no\"")};
+        }
+        return value == u"yes";
+    }
+    return value;
+}
+
+Action defineSet(CLI::App &app) {
+    auto arguments = addUserAndKey(app);
+    arguments->form = "string";
+    app.add_option("VALUE", arguments->value, "the value; - reads it from standard input")->required();
+    app.add_option("--type", arguments->form, "string, int, or bool (yes or no)")
+        ->type_name("TYPE")
+        ->check(CLI::IsMember({"string", "int", "bool"}));
+    app.callback([arguments] {
+        if (isSecret(arguments->keyName()) && arguments->value != "-") {
+            throw CLI::ValidationError(arguments->key, "is a secret: give - and write it to standard input");
+        }
+    });
+    return [arguments](const Output & /*output*/) {
+        const QString key = arguments->keyName();
+        const bool isStored = UserManager().setObject(valueToSet(*arguments), key, arguments->userName());
+        if (!isStored && isSecret(key)) {
+            throw Failure{QStringLiteral("keychain item of \"%1\"").arg(arguments->userName()),
+                          QStringLiteral("can't be written")};
+        }
+        return requireStored(isStored);
+    };
+}
+
+Action defineUnset(CLI::App &app) {
+    return [arguments = addUserAndKey(app)](const Output & /*output*/) {
+        UserManager users;
+        const QString user = arguments->userName();
+        if (!users.userWithUserName(user).contains(arguments->keyName()) || !users.doesUserKeyExists(user)) {
+            return Answer::No;
+        }
+        return requireStored(users.removeObjectForKey(arguments->keyName(), user));
+    };
+}
+
+Action defineRename(CLI::App &app) {
+    auto arguments = std::make_shared<Arguments>();
+    app.add_option("ACCOUNT", arguments->number, "the account's number")->required();
+    app.add_option("NEWNAME", arguments->user, "its new user name")->required();
+    return [arguments](const Output & /*output*/) {
+        UserManager users;
+        const QVariantList list = users.userList();
+        const bool isKnown = std::any_of(list.cbegin(), list.cend(), [&arguments](const QVariant &entry) {
+            const UserRecord record = entry.toMap();
+            return record.contains(kAccountId) && integerValueOf(record.value(kAccountId)) == arguments->number;
+        });
+        return isKnown ? requireStored(users.updateUserWithUsername(arguments->userName(), arguments->number))
+                       : Answer::No;
+    };
+}
+
+/// Ends the wait for a removal.
+class Waiting final : public UserManager::RemovalObserver {
+public:
+    void removeUserFinished() override { QCoreApplication::quit(); }
+};
+
+Action defineRemove(CLI::App &app) {
+    auto arguments = addUser(app);
+    app.add_flag("--remove-cache", arguments->isSet, "delete the user's cache as well");
+    return [arguments](const Output & /*output*/) {
+        const UserManager users;
+        if (!users.doesUserKeyExists(arguments->userName())) {
+            return Answer::No;
+        }
+        int count = 0;
+        const QCoreApplication application(count, nullptr); // whose queue brings the end of the work
+        Waiting waiting;
+        users.removeUser(arguments->userName(), arguments->isSet, &waiting);
+        platform().application.run();
+        return requireStored(platform().userDefaults.synchronize());
+    };
+}
+
+Action defineClean(CLI::App &app) {
+    auto arguments = std::make_shared<Arguments>();
+    const CLI::Option *user = app.add_option("USER", arguments->user, "a user to remove as well");
+    return [arguments, user](const Output & /*output*/) {
+        return requireStored(UserManager().removeIncompleteUser(user->count() > 0 ? arguments->userName() : QString()));
+    };
+}
+
+Action defineSelected(CLI::App &app) {
+    auto arguments = std::make_shared<Arguments>();
+    CLI::Option *name = app.add_option("NAME", arguments->user, "the user to select");
+    app.add_flag("--none", arguments->isSet, "select nobody")->excludes(name);
+    return [arguments, name](const Output &output) {
+        UserManager users;
+        if (name->count() > 0 || arguments->isSet) {
+            users.setLastUsedUserName(arguments->isSet ? QString() : arguments->userName());
+            return requireStored(users.save());
+        }
+        const QString selected = users.lastUsedUserName();
+        if (selected.isEmpty()) {
+            return Answer::No;
+        }
+        output.line(selected);
+        return Answer::Yes;
+    };
+}
+
+/// The accessors of the selected user, by their names.
+struct Feature {
+    const char *name;
+    QJsonValue (*value)(const UserManager &users);
+};
+
+template <auto accessor>
+QJsonValue valueOf(const UserManager &users) {
+    const auto value = (users.*accessor)();
+    if constexpr (std::is_same_v<decltype(value), const QString>) {
+        return jsonOf(value);
+    } else {
+        return value;
+    }
+}
+
+constexpr Feature kFeatures[] = {
+    {"lastUsedUserName", valueOf<&UserManager::lastUsedUserName>},
+    {"previousAddUserName", valueOf<&UserManager::previousAddUserName>},
+    {"selectedUserAccountType", valueOf<&UserManager::selectedUserAccountType>},
+    {"isBusinessUser", valueOf<&UserManager::isBusinessUser>},
+    {"isShowingTeamFolders", valueOf<&UserManager::isShowingTeamFolders>},
+    {"selectedUserShowTeamFolders", valueOf<&UserManager::selectedUserShowTeamFolders>},
+    {"isConsumerSharing", valueOf<&UserManager::isConsumerSharing>},
+    {"isBusinessSharing", valueOf<&UserManager::isBusinessSharing>},
+    {"isSimplifiedWelcome", valueOf<&UserManager::isSimplifiedWelcome>},
+    {"selectedUserAllowQMDisk", valueOf<&UserManager::selectedUserAllowQMDisk>},
+    {"selectedUserEnableQMDisk", valueOf<&UserManager::selectedUserEnableQMDisk>},
+    {"selectedUserHasQMDisk", valueOf<&UserManager::selectedUserHasQMDisk>},
+    {"selectedUserAllowBackup", valueOf<&UserManager::selectedUserAllowBackup>},
+    {"selectedUserEnableBackup", valueOf<&UserManager::selectedUserEnableBackup>},
+    {"selectedUserAllowSharing", valueOf<&UserManager::selectedUserAllowSharing>},
+    {"selectedUserEncryptTransfers", valueOf<&UserManager::selectedUserEncryptTransfers>},
+    {"selectedUserEncryptNewFiles", valueOf<&UserManager::selectedUserEncryptNewFiles>},
+    {"ignoreServerExclusions", valueOf<&UserManager::ignoreServerExclusions>},
+    {"selectedUserHaveClientIdent", valueOf<&UserManager::selectedUserHaveClientIdent>},
+    {"selectedUserClientIdent", valueOf<&UserManager::selectedUserClientIdent>},
+    {"selectedUserCacheLocation", valueOf<&UserManager::selectedUserCacheLocation>},
+    {"selectedUserCacheName", valueOf<&UserManager::selectedUserCacheName>},
+    {"selectedUserCachePath", valueOf<&UserManager::selectedUserCachePath>},
+};
+
+Action defineFeatures(CLI::App & /*app*/) {
+    return [](const Output &output) {
+        const UserManager users;
+        QJsonObject features;
+        for (const Feature &feature : kFeatures) {
+            features.insert(QLatin1StringView(feature.name), feature.value(users));
+        }
+        output.json(features);
+        return Answer::Yes;
+    };
+}
+
+Action defineCachePath(CLI::App &app) {
+    return [arguments = addUser(app)](const Output &output) {
+        const QString path = UserManager().userCachePath(arguments->userName());
+        if (path.isNull()) {
+            return Answer::No;
+        }
+        output.line(path);
+        return Answer::Yes;
+    };
+}
+
+constexpr Command kCommands[] = {
+    {"user", "list", "list the users in the order in which they were last saved", "quillmarkctl user list", defineList},
+    {"user", "show", "show a user's record as it is stored", "quillmarkctl user show anna --pretty", defineShow},
+    {"user", "get", "print one setting of a user", "quillmarkctl user get anna BrandID --as int --default -1",
+     defineGet},
+    {"user", "set", "change one setting of a user", "quillmarkctl user set anna BrandID 15 --type int", defineSet},
+    {"user", "unset", "remove one setting of a user", "quillmarkctl user unset anna BrandID", defineUnset},
+    {"user", "rename", "give an account's records another user name", "quillmarkctl user rename 4711 anna@example.com",
+     defineRename},
+    {"user", "remove", "remove a user, but not his keychain item", "quillmarkctl user remove anna --remove-cache",
+     defineRemove},
+    {"user", "clean", "remove the records that have no user name", "quillmarkctl user clean", defineClean},
+    {"user", "selected", "tell or set who is selected: the last one who signed in", "quillmarkctl user selected anna",
+     defineSelected},
+    {"user", "features", "tell what the selected user may do and does", "quillmarkctl user features --pretty",
+     defineFeatures},
+    {"user", "cache-path", "print the folder of a user's cache", "quillmarkctl user cache-path anna", defineCachePath},
+};
+
+} // namespace
+
+std::span<const Command> userCommands() { return kCommands; }
+
+} // namespace quillmark::ctl
