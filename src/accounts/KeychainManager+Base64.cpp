@@ -19,13 +19,13 @@ QByteArray withoutMargins(const QByteArray &piece) {
     return piece.mid(begin, end - begin);
 }
 
-/// The bytes of whole groups of four characters; null when a character is wrong. Only at the very end does "=" shorten
+/// The bytes of whole groups of four characters; none when a character is wrong. Only at the very end does "=" shorten
 /// the result, elsewhere it stands for six zero bits.
 QByteArray decoded(const QByteArray &piece) {
     const qsizetype padding = piece.endsWith("==") ? 2 : piece.endsWith('=') ? 1 : 0;
-    const auto result = QByteArray::fromBase64Encoding(withoutMargins(piece).replace('=', 'A'),
-                                                       QByteArray::AbortOnBase64DecodingErrors);
-    return result ? result.decoded.chopped(padding) : QByteArray();
+    const QByteArray characters = withoutMargins(piece).replace('=', 'A');
+    const auto result = QByteArray::fromBase64Encoding(characters, QByteArray::AbortOnBase64DecodingErrors);
+    return result && characters.size() % 4 == 0 ? result.decoded.chopped(padding) : QByteArray();
 }
 
 } // namespace
