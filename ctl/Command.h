@@ -27,12 +27,14 @@ struct Failure {
     QString why;
 };
 
-/// Where results go: one line each. A result that can't be written is a Failure.
+/// Where results go: one line each, but for a text that is handed on as it is. A result that can't be written is a
+/// Failure.
 class Output {
 public:
     Output(FILE *stream, bool isPretty) : m_stream(stream), m_isPretty(isPretty) {}
 
     void line(const QString &text) const;
+    void text(const QString &text) const;
     void json(const QJsonArray &array) const;
     void json(const QJsonObject &object) const;
     void json(const QJsonValue &value) const;
@@ -68,6 +70,7 @@ std::span<const Command> errorCommands();
 std::span<const Command> headerCommands();
 std::span<const Command> installCommands();
 std::span<const Command> integrityCommands();
+std::span<const Command> jsonCommands();
 std::span<const Command> keychainCommands();
 std::span<const Command> logCommands();
 std::span<const Command> processCommands();

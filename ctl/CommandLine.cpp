@@ -12,6 +12,7 @@ constexpr Group kGroups[] = {
     {"error", "texts of error numbers"},
     {"header", "the header of the launcher's windows"},
     {"host", "this computer's name, and other computers"},
+    {"json", "flat JSON objects, as the product writes and reads them"},
     {"keychain", "what the desktop's keyring holds of the accounts"},
     {"keychain flag", "flags of accounts, by their names"},
     {"keychain key", "encryption keys of accounts"},
@@ -46,9 +47,10 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
     m_app.add_option("--generate", m_options.generatedForm)
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
-    for (const auto commands : {bundleCommands(), errorCommands(), headerCommands(), installCommands(),
-                                integrityCommands(), logCommands(), keychainCommands(), processCommands(),
-                                runCommands(), systemCommands(), textCommands(), userCommands(), versionCommands()}) {
+    for (const auto commands :
+         {bundleCommands(), errorCommands(), headerCommands(), installCommands(), integrityCommands(), logCommands(),
+          jsonCommands(), keychainCommands(), processCommands(), runCommands(), systemCommands(), textCommands(),
+          userCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

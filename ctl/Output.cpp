@@ -23,6 +23,7 @@ void Output::write(const QByteArray &bytes) const {
 }
 
 void Output::line(const QString &text) const { write(text.toUtf8() + '\n'); }
+void Output::text(const QString &text) const { write(text.toUtf8()); }
 void Output::json(const QJsonArray &array) const { write(lineOf(QJsonDocument(array), m_isPretty)); }
 void Output::json(const QJsonObject &object) const { write(lineOf(QJsonDocument(object), m_isPretty)); }
 
