@@ -64,14 +64,14 @@ void get(benchmark::State &state) {
     Users users(state.range(0));
     const UserManager manager = users.manager();
     const QString name = QStringLiteral("user%1@example.com").arg(state.range(0) / 2);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto run : state) {
         benchmark::DoNotOptimize(manager.objectForKeyAsInt(kUserBrandID, name, -1));
     }
 }
 
 void setFloor(benchmark::State &state) {
     Users users(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto run : state) {
         users.writeWhole();
     }
 }
@@ -80,7 +80,7 @@ void set(benchmark::State &state) {
     Users users(state.range(0));
     UserManager manager = users.manager();
     qint32 value = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto run : state) {
         manager.setObject(++value, kUserBrandID, QStringLiteral("user7@example.com"));
     }
 }
@@ -89,7 +89,7 @@ void rename(benchmark::State &state) {
     Users users(state.range(0));
     UserManager manager = users.manager();
     int round = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto run : state) {
         manager.updateUserWithUsername(QStringLiteral("new%1").arg(++round), 7);
     }
 }

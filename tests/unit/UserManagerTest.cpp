@@ -342,7 +342,7 @@ TEST_F(UserManagerTest, WithoutASelectedUserTheAccessorsReadANewRecord) {
 TEST_F(UserManagerTest, EveryTwoValuedAccessorHasItsOwnRuleAndDefault) {
     struct Row {
         bool (UserManager::*accessor)() const = nullptr;
-        Key key;
+        Key key = kUserUserName;
         bool whenAbsent = false;
         bool when0 = false;
         bool when1 = false;
