@@ -24,8 +24,9 @@ NEIGHBOURS = 100  # idle processes beside the start, as on a quiet desktop
 STARTERS = ("floor", "ours")  # the programs that start a core
 UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
-# What must hold: a row's name, the side that ours is measured against, and the most that the ratio may be. A number of
-# nanoseconds stands where the target is one, None where there is none.
+# What must hold: a row's name, the side that ours is measured against (the floor, the program's peer, or another peer by
+# its name), and the most that the ratio may be. A number of nanoseconds stands where the target is one, None where there
+# is none.
 IN_PROCESS = {
     "bench_log": [
         ("log line, constant text", "constant line", "peer", 0.6),
@@ -57,6 +58,20 @@ IN_PROCESS = {
         ("verify a signature over 1 MB", "verify/1048576", "peer", 0.9),
         ("verify a signature over 256 MB", "verify/268435456", "peer", 0.9),
     ],
+    "bench_json": [
+        ("JSON, encode 5 members", "JSON encode/5", "peer", 0.5),
+        ("JSON, encode 10,000 members", "JSON encode/10000", "peer", 0.7),
+        ("JSON, encode 100,000 members", "JSON encode/100000", "peer", None),
+        ("JSON, decode 5 members", "JSON decode/5", "peer", 0.5),
+        ("JSON, decode 10,000 members", "JSON decode/10000", "peer", 0.7),
+        ("JSON, decode 100,000 members", "JSON decode/100000", "peer", None),
+        ("JSON, encode 5 members", "JSON encode/5", "RapidJSON", None),
+        ("JSON, encode 10,000 members", "JSON encode/10000", "RapidJSON", None),
+        ("JSON, decode 5 members, no dictionary there", "JSON decode/5", "QJsonObject", None),
+        ("JSON, decode 10,000 members, no dictionary there", "JSON decode/10000", "QJsonObject", None),
+        ("JSON, decode 5 members, no dictionary there", "JSON decode/5", "RapidJSON", None),
+        ("JSON, decode 10,000 members, no dictionary there", "JSON decode/10000", "RapidJSON", None),
+    ],
     "bench_task_runner": [
         ("task runner, a program that only ends", "short run", "floor", 1.5),
         ("task runner, 100 MB of output", "100 MB", "floor", 1.5),
@@ -64,7 +79,7 @@ IN_PROCESS = {
 }
 PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts",
          "bench_condition": "std::condition_variable", "bench_evaluation": "", "bench_header": "", "bench_task_runner": "",
-         "bench_signature": "the openssl program"}
+         "bench_signature": "the openssl program", "bench_json": "QJsonDocument"}
 START = ("start to core launch, nothing to repair, 1 tool", "floor", 1.1)
 START_TOOLS = ("start to core launch, nothing to repair, 3 tools", "floor", 1.1)
 START_CROWDED = ("the same, with three times the number of running processes", "floor", 1.1)
@@ -104,6 +119,9 @@ class Report:
     def add_without_target(self, path, floor, ours, form=duration):
         self.rows.append([path, form(floor), "–", form(ours), f"{ours / floor:.2f} × floor", "–"])
 
+    def add_peer_without_target(self, path, peer, peer_name, ours):
+        self.rows.append([path, "–", f"{duration(peer)} ({peer_name})", duration(ours), f"{ours / peer:.2f} × peer", "–"])
+
     def add_missing(self, path, reason):
         self.rows.append([path, "–", "–", "–", "–", reason])
 
@@ -142,10 +160,13 @@ def measure_in_process(folder, report):
         print(f"bench: {program}", flush=True)
         times = medians(folder / "bench" / program)
         for path, name, against, limit in rows:
-            sides = {side: side_of(times, name, side) for side in ("floor", "peer", "ours")}
+            sides = {side: side_of(times, name, side) for side in {"floor", "peer", "ours", against}}
             sides = {side: time for side, time in sides.items() if time is not None}
             if limit is None and sides.keys() >= {"floor", "ours"}:
                 report.add_without_target(path, sides["floor"], sides["ours"])
+            elif limit is None and sides.keys() >= {against, "ours"}:
+                peer_name = PEERS[program] if against == "peer" else against
+                report.add_peer_without_target(path, sides[against], peer_name, sides["ours"])
             elif "ours" in sides and (against == "ns" or against in sides):
                 report.add(path, sides, against, limit, peer_name=PEERS[program])
             else:
