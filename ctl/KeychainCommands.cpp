@@ -30,21 +30,17 @@ Failure failure(const QString &user, const QString &why) {
     return {QStringLiteral("keychain item of \"%1\"").arg(user), why};
 }
 
-/// For when an operation has found nothing, or has done nothing: the answer is no, unless the item can't be reached.
-Answer noUnlessOutOfReach(const QString &user) {
+/// Whether an account has an item. That it can't be reached is a failure and no answer; every command asks this first,
+/// so that a silent service is waited for once.
+bool isStored(const QString &user) {
     const qint32 status = manager().secKeychainFindGenericPassword(nullptr, user);
     if (status != 0 && status != kKeychainItemNotFound) {
         throw failure(user, reasonOf(status));
     }
-    return Answer::No;
+    return status == 0;
 }
 
-/// For when an operation has not written what it should have.
-Failure writeFailure(const QString &user) {
-    const qint32 status = manager().secKeychainFindGenericPassword(nullptr, user);
-    const bool isReached = status == 0 || status == kKeychainItemNotFound;
-    return failure(user, isReached ? QStringLiteral("can't be written") : reasonOf(status));
-}
+Failure writeFailure(const QString &user) { return failure(user, QStringLiteral("can't be written")); }
 
 /// What the commands of this file take.
 struct Arguments {
@@ -80,24 +76,29 @@ void addValue(CLI::App &app, Arguments &arguments) {
 }
 
 Answer tellFlag(const Output &output, const QString &name, const QString &user) {
-    if (!manager().flagExistsForKey(name, user)) {
-        return noUnlessOutOfReach(user);
+    if (!isStored(user) || !manager().flagExistsForKey(name, user)) {
+        return Answer::No;
     }
     output.line(manager().flagForKey(name, user) ? QStringLiteral("yes") : QStringLiteral("no"));
     return Answer::Yes;
 }
 
-/// Whether a flag has become what it should be. There is no other answer from the keychain manager.
-Answer tellWhetherSet(const QString &name, const Arguments &arguments) {
+/// Sets a flag and looks whether it is set: the keychain manager does not say.
+template <class Operation>
+Answer setFlag(const QString &name, const Arguments &arguments, const Operation &set) {
     const QString user = arguments.user();
+    if (!isStored(user)) {
+        return Answer::No;
+    }
+    set();
     const bool isSet = manager().flagExistsForKey(name, user) && manager().flagForKey(name, user) == arguments.isYes();
-    return isSet ? Answer::Yes : noUnlessOutOfReach(user);
+    return isSet ? Answer::Yes : Answer::No;
 }
 
 template <class Operation>
 Answer removeFlag(const QString &name, const QString &user, const Operation &remove) {
-    if (!manager().flagExistsForKey(name, user)) {
-        return noUnlessOutOfReach(user);
+    if (!isStored(user) || !manager().flagExistsForKey(name, user)) {
+        return Answer::No;
     }
     remove();
     if (manager().flagExistsForKey(name, user)) {
@@ -115,13 +116,14 @@ Action defineGet(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output &output) {
         const QString user = arguments->user();
+        isStored(user);
         // A choice that is not stored is left as it was, so both are tried.
         bool unlessNo = false;
         bool unlessYes = true;
         const QString password = manager().getPasswordForUser(user, &unlessNo);
         manager().getPasswordForUser(user, &unlessYes);
-        if (password.isNull() && manager().secKeychainFindGenericPassword(nullptr, user) != 0) {
-            return noUnlessOutOfReach(user);
+        if (password.isNull() && !isStored(user)) {
+            return Answer::No;
         }
         output.json(
             QJsonObject{{QStringLiteral("password"), password.isNull() ? QJsonValue() : QJsonValue(password)},
@@ -146,6 +148,7 @@ Action defineSave(CLI::App &app) {
         if (password.isEmpty() && !hasChoice) {
             throw failure(user, QStringLiteral("there is nothing to store"));
         }
+        isStored(user);
         if (!manager().savePassword(password, user, hasChoice ? std::optional(arguments->isYes()) : std::nullopt)) {
             throw writeFailure(user);
         }
@@ -156,7 +159,14 @@ Action defineSave(CLI::App &app) {
 Action defineRemove(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
-        return manager().removePassword(arguments->user()) ? Answer::Yes : noUnlessOutOfReach(arguments->user());
+        const QString user = arguments->user();
+        if (!isStored(user)) {
+            return Answer::No;
+        }
+        if (!manager().removePassword(user)) {
+            throw failure(user, QStringLiteral("can't be deleted"));
+        }
+        return Answer::Yes;
     };
 }
 
@@ -171,8 +181,8 @@ Action defineFlagSet(CLI::App &app) {
     addName(app, *arguments);
     addValue(app, *arguments);
     return [arguments](const Output & /*output*/) {
-        manager().setFlag(arguments->isYes(), arguments->flag(), arguments->user());
-        return tellWhetherSet(arguments->flag(), *arguments);
+        return setFlag(arguments->flag(), *arguments,
+                       [&] { manager().setFlag(arguments->isYes(), arguments->flag(), arguments->user()); });
     };
 }
 
@@ -194,8 +204,7 @@ Action defineSkipAuthSet(CLI::App &app) {
     const auto arguments = addUser(app);
     addValue(app, *arguments);
     return [arguments](const Output & /*output*/) {
-        manager().setSkipAuth(arguments->isYes(), arguments->user());
-        return tellWhetherSet(skipAuth(), *arguments);
+        return setFlag(skipAuth(), *arguments, [&] { manager().setSkipAuth(arguments->isYes(), arguments->user()); });
     };
 }
 
@@ -209,9 +218,10 @@ Action defineSkipAuthRemove(CLI::App &app) {
 Action defineKeyGet(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output &output) {
-        const QString key = manager().getEncryptionKeyForUser(arguments->user());
+        const bool isThere = isStored(arguments->user());
+        const QString key = isThere ? manager().getEncryptionKeyForUser(arguments->user()) : QString();
         if (key.isNull()) {
-            return noUnlessOutOfReach(arguments->user());
+            return Answer::No;
         }
         output.line(key);
         return Answer::Yes;
@@ -221,7 +231,9 @@ Action defineKeyGet(CLI::App &app) {
 Action defineKeySave(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
-        if (!manager().saveEncryptionKey(secretInputText(), arguments->user())) {
+        const QString key = secretInputText();
+        isStored(arguments->user());
+        if (!manager().saveEncryptionKey(key, arguments->user())) {
             throw writeFailure(arguments->user());
         }
         return Answer::Yes;

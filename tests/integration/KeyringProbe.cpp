@@ -1,0 +1,71 @@
+/// Works on the keyring from many threads at once, each on an item of its own, and prints what went wrong.
+///   KeyringProbe APP   by way of the keyring module in this application bundle
+
+#include "platform/Bundle.h"
+#include "platform/Platform.h"
+#include "platform/linux/KeyringModule.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using quillmark::Keychain;
+
+constexpr int kThreads = 8;
+constexpr int kRounds = 5;
+
+/// Adds, reads, changes, reads and removes one item. \returns the number of things that were not as they should be.
+int workOn(Keychain &keychain, const QString &account) {
+    const QString service = QStringLiteral("KeyringProbe");
+    const QByteArray content = "content of " + account.toUtf8();
+    QByteArray data;
+    std::unique_ptr<Keychain::Item> item;
+    int faults = 0;
+    const auto expect = [&faults](bool isRight) { faults += isRight ? 0 : 1; };
+    expect(keychain.findGenericPassword(service, account, item) == quillmark::kKeychainItemNotFound);
+    expect(keychain.addGenericPassword(service, account, content) == 0);
+    expect(keychain.findGenericPassword(service, account, item) == 0);
+    if (item == nullptr) {
+        return faults;
+    }
+    expect(item->copyContent(data) == 0 && data == content);
+    expect(item->modifyContent(content + content) == 0);
+    expect(item->copyContent(data) == 0 && data == content + content);
+    expect(item->remove() == 0);
+    expect(item->copyContent(data) == quillmark::kKeychainItemNotFound);
+    expect(item->modifyContent(content) == quillmark::kKeychainItemNotFound);
+    expect(item->remove() == quillmark::kKeychainItemNotFound);
+    const QString cut = account + QChar() + QStringLiteral("x"); // no name on the bus
+    expect(keychain.findGenericPassword(service, cut, item) == quillmark::kKeychainWrongParameter);
+    expect(keychain.addGenericPassword(service, cut, content) == quillmark::kKeychainWrongParameter);
+    return faults;
+}
+
+} // namespace
+
+int main(int count, char **arguments) {
+    if (count != 2) {
+        return EXIT_FAILURE;
+    }
+    const auto bundle = quillmark::nativeBundle(QString::fromLocal8Bit(arguments[1]));
+    quillmark::KeyringModule keychain(*bundle);
+    std::atomic<int> faults = 0;
+    std::vector<std::thread> threads;
+    threads.reserve(kThreads);
+    for (int i = 0; i < kThreads; ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < kRounds; ++round) {
+                faults += workOn(keychain, QStringLiteral("thread %1").arg(i));
+            }
+        });
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+    std::printf("%d faults\n", faults.load());
+    return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
