@@ -11,7 +11,7 @@ namespace quillmark::ctl {
 namespace {
 
 QString text(const QByteArray &bytes) {
-    const QString result = utf8Text(bytes);
+    QString result = utf8Text(bytes);
     if (result.isNull()) {
         throw Failure{QStringLiteral("standard input"), QStringLiteral("is no UTF-8")};
     }

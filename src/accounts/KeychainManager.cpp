@@ -36,7 +36,7 @@ bool boolValue(const QVariant &value) {
         return value.toBool();
     }
     const QString text = value.toString().trimmed();
-    const auto first = std::find_if(text.begin(), text.end(), [](QChar c) { return c != u'0'; });
+    const auto *const first = std::find_if(text.begin(), text.end(), [](QChar c) { return c != u'0'; });
     return first != text.end() && QStringView(u"YyTt123456789").contains(*first);
 }
 
@@ -175,7 +175,7 @@ QString KeychainManager::getPasswordForUser(const QString &user, bool *keepLogge
         document = QVariantMap{{kPassword, text}, {kKeepSignedIn, true}};
         write(*document, user);
     }
-    const QString password = document->value(kPassword).toString();
+    QString password = document->value(kPassword).toString();
     if (password.isEmpty()) {
         return text; // deliberate
     }
