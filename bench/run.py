@@ -76,10 +76,16 @@ IN_PROCESS = {
         ("task runner, a program that only ends", "short run", "floor", 1.5),
         ("task runner, 100 MB of output", "100 MB", "floor", 1.5),
     ],
+    "bench_users": [
+        ("get a setting of one of 10,000 users", "get/10000", "ns", 2000),
+        ("set a setting of one of 1,000 users", "set/1000", "floor", None),
+        ("set a setting of one of 10,000 users", "set/10000", "floor", None),
+        ("rename one of 10,000 users", "rename/10000", "floor", None),
+    ],
 }
 PEERS = {"bench_log": "spdlog", "bench_property_list": "libplist", "bench_bundle_search": "fts",
          "bench_condition": "std::condition_variable", "bench_evaluation": "", "bench_header": "", "bench_task_runner": "",
-         "bench_signature": "the openssl program", "bench_json": "QJsonDocument"}
+         "bench_users": "", "bench_signature": "the openssl program", "bench_json": "QJsonDocument"}
 START = ("start to core launch, nothing to repair, 1 tool", "floor", 1.1)
 START_TOOLS = ("start to core launch, nothing to repair, 3 tools", "floor", 1.1)
 START_CROWDED = ("the same, with three times the number of running processes", "floor", 1.1)
