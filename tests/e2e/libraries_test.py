@@ -7,7 +7,8 @@ from pathlib import Path
 from machine import LauncherTest, environment, run_launcher
 
 NOT_YET = ("libQt6Gui", "libQt6Widgets", "libQt6DBus", "libcrypto", "libssl", "libminizip", "libsecret", "libX11",
-           "libxcb", "libdbus", "libgio", "libquillmark-windows", "libquillmark-session")
+           "libxcb", "libdbus", "libgio", "libquillmark-windows", "libquillmark-session",
+           "libquillmark-keyring")
 
 
 class Libraries(LauncherTest):
