@@ -17,7 +17,11 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import unittest
 import zipfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).parents[1] / "tests/support"))
+from keyring import Session  # noqa: E402
 
 PAIRS = 100
 NEIGHBOURS = 100  # idle processes beside the start, as on a quiet desktop
@@ -136,12 +140,12 @@ class Report:
         return "".join(f"| {' | '.join(cells)} |\n" for cells in lines)
 
 
-def medians(program):
+def medians(program, environment=None):
     """The median time of every benchmark of the program, in nanoseconds. Their repetitions take turns."""
     with tempfile.NamedTemporaryFile(suffix=".json") as results:
         subprocess.run([program, "--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=15",
                         "--benchmark_min_time=0.05", f"--benchmark_out={results.name}"],
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True)
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=True, env=environment)
         benchmarks = json.load(results)["benchmarks"]
     times = {}
     for run in benchmarks:
@@ -177,6 +181,19 @@ def measure_in_process(folder, report):
                 report.add(path, sides, against, limit, peer_name=PEERS[program])
             else:
                 report.add_missing(path, "no result")
+
+
+def measure_keychain(folder, report, scratch):
+    print("bench: bench_keychain", flush=True)
+    owner = unittest.TestCase()  # of what is started
+    try:
+        session = Session(owner, scratch)
+        session.start_keyring()
+        times = medians(folder / "bench/bench_keychain", session.environment)
+    finally:
+        owner.doCleanups()
+    peer, ours = (side_of(times, "keychain read", side) for side in ("peer", "ours"))
+    report.add_peer_without_target("read one secret from the keyring", peer, "libsecret", ours)
 
 
 class Processes:
@@ -382,6 +399,7 @@ def main(folder, report_file):
         Windows(processes).measure(report)
         Archives(folder, pathlib.Path(scratch)).measure(report)
         measure_in_process(folder, report)
+        measure_keychain(folder, report, pathlib.Path(scratch))
     report_file.parent.mkdir(parents=True, exist_ok=True)
     report_file.write_text(report.text(), encoding="utf-8")
     print(report.text(), end="")
