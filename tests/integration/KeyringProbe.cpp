@@ -1,5 +1,6 @@
 /// Works on the keyring from many threads at once, each on an item of its own, and prints what went wrong.
-///   KeyringProbe APP   by way of the keyring module in this application bundle
+///   KeyringProbe APP          by way of the keyring module in this application bundle
+///   KeyringProbe APP between  does it twice, and in between prints "between" and waits for a line
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
@@ -45,14 +46,7 @@ int workOn(Keychain &keychain, const QString &account) {
     return faults;
 }
 
-} // namespace
-
-int main(int count, char **arguments) {
-    if (count != 2) {
-        return EXIT_FAILURE;
-    }
-    const auto bundle = quillmark::nativeBundle(QString::fromLocal8Bit(arguments[1]));
-    quillmark::KeyringModule keychain(*bundle);
+int workOnManyThreads(Keychain &keychain) {
     std::atomic<int> faults = 0;
     std::vector<std::thread> threads;
     threads.reserve(kThreads);
@@ -66,6 +60,24 @@ int main(int count, char **arguments) {
     for (std::thread &thread : threads) {
         thread.join();
     }
-    std::printf("%d faults\n", faults.load());
+    return faults;
+}
+
+} // namespace
+
+int main(int count, char **arguments) {
+    if (count < 2) {
+        return EXIT_FAILURE;
+    }
+    const auto bundle = quillmark::nativeBundle(QString::fromLocal8Bit(arguments[1]));
+    quillmark::KeyringModule keychain(*bundle);
+    int faults = workOnManyThreads(keychain);
+    if (count > 2) {
+        std::puts(arguments[2]);
+        std::fflush(stdout);
+        std::getchar();
+        faults += workOnManyThreads(keychain);
+    }
+    std::printf("%d faults\n", faults);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -171,6 +171,16 @@ class Keyring(unittest.TestCase):
         done = self.session.run(Path(os.environ["QUILLMARK_PROBES"]) / "KeyringProbe", APP)
         self.assertEqual(done.stdout, "0 faults\n", done.stderr)
 
+    def test_a_process_goes_on_with_a_keyring_that_was_started_anew(self):
+        self.session.start_keyring()
+        probe = subprocess.Popen([Path(os.environ["QUILLMARK_PROBES"]) / "KeyringProbe", APP, "between"], text=True,
+                                 env=self.session.environment, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(lambda: (probe.kill(), probe.communicate()))
+        self.assertEqual(probe.stdout.readline(), "between\n")
+        self.session.signal_keyring(signal.SIGKILL)
+        self.session.start_keyring()
+        self.assertEqual(probe.communicate("\n", timeout=60)[0], "0 faults\n")
+
     def test_no_secret_crosses_the_bus_in_the_clear(self):
         self.session.start_keyring()
         monitor = subprocess.Popen(["dbus-monitor", "--session"], stdout=subprocess.PIPE, text=True,

@@ -47,12 +47,9 @@ public:
 
     qint32 copyContent(QByteArray &data) override {
         const TimeLimit limit(kTimeLimit);
-        const char *const session = m_connection.sessionPath(limit.cancellable());
-        if (session == nullptr) {
-            return kKeychainNotAvailable;
-        }
-        const Reply reply = m_connection.call(m_path.constData(), "org.freedesktop.Secret.Item.GetSecret",
-                                              g_variant_new("(o)", session), "((oayays))", limit.cancellable());
+        const Reply reply = m_connection.callWithSession(
+            m_path.constData(), "org.freedesktop.Secret.Item.GetSecret",
+            [](const char *session) { return g_variant_new("(o)", session); }, "((oayays))", limit.cancellable());
         if (reply.status != 0) {
             return reply.status;
         }
@@ -61,12 +58,11 @@ public:
 
     qint32 modifyContent(const QByteArray &data) override {
         const TimeLimit limit(kTimeLimit);
-        if (m_connection.sessionPath(limit.cancellable()) == nullptr) {
-            return kKeychainNotAvailable;
-        }
         return m_connection
-            .call(m_path.constData(), "org.freedesktop.Secret.Item.SetSecret",
-                  g_variant_new("(@(oayays))", m_connection.encoded(data)), "()", limit.cancellable())
+            .callWithSession(
+                m_path.constData(), "org.freedesktop.Secret.Item.SetSecret",
+                [&](const char *) { return g_variant_new("(@(oayays))", m_connection.encoded(data)); }, "()",
+                limit.cancellable())
             .status;
     }
 
@@ -139,22 +135,20 @@ public:
         }
         const TimeLimit limit(kTimeLimit);
         SecretServiceConnection connection(limit.cancellable());
-        if (connection.sessionPath(limit.cancellable()) == nullptr) {
-            return kKeychainNotAvailable;
-        }
         const QByteArray label = service.toUtf8();
-        GVariantBuilder properties;
-        g_variant_builder_init(&properties, G_VARIANT_TYPE("a{sv}"));
-        g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Label",
-                              g_variant_new_string(label.constData()));
-        g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes",
-                              attributesOf(label, account.toUtf8()));
-        // Replaces an item that another process has added meanwhile, lest there are two.
-        constexpr gboolean kIsReplacing = TRUE;
-        const Reply created =
-            connection.call(kDefaultCollection, "org.freedesktop.Secret.Collection.CreateItem",
-                            g_variant_new("(a{sv}@(oayays)b)", &properties, connection.encoded(data), kIsReplacing),
-                            "(oo)", limit.cancellable());
+        const auto arguments = [&](const char *) {
+            GVariantBuilder properties;
+            g_variant_builder_init(&properties, G_VARIANT_TYPE("a{sv}"));
+            g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Label",
+                                  g_variant_new_string(label.constData()));
+            g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes",
+                                  attributesOf(label, account.toUtf8()));
+            // Replaces an item that another process has added meanwhile, lest there are two.
+            constexpr gboolean kIsReplacing = TRUE;
+            return g_variant_new("(a{sv}@(oayays)b)", &properties, connection.encoded(data), kIsReplacing);
+        };
+        const Reply created = connection.callWithSession(
+            kDefaultCollection, "org.freedesktop.Secret.Collection.CreateItem", arguments, "(oo)", limit.cancellable());
         const qint32 status = statusWithoutPrompt(created, 1);
         return status == kKeychainItemNotFound ? kKeychainNoDefaultKeychain : status;
     }

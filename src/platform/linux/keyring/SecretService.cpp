@@ -3,6 +3,7 @@
 #include "platform/Keychain.h"
 
 #include <algorithm>
+#include <mutex>
 
 namespace quillmark {
 
@@ -27,6 +28,34 @@ qint32 statusOf(const GError *problem) {
                                          [name](const Row &each) { return g_strcmp0(each.error, name) == 0; });
     g_free(name);
     return row != std::end(kStatuses) ? row->status : kKeychainNotAvailable;
+}
+
+/// The session that secrets are encrypted for. To open one takes an exchange of keys, so it is kept for the next
+/// secret.
+class KeptSession {
+public:
+    std::shared_ptr<SecretService> get() {
+        const std::scoped_lock lock(m_mutex);
+        return m_session;
+    }
+    /// A new one, or null.
+    std::shared_ptr<SecretService> open(GCancellable *cancellable) {
+        std::shared_ptr<SecretService> session(
+            secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, nullptr),
+            [](SecretService *service) { g_clear_object(&service); });
+        const std::scoped_lock lock(m_mutex);
+        m_session = session;
+        return session;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::shared_ptr<SecretService> m_session;
+};
+
+KeptSession &keptSession() {
+    static auto &instance = *new KeptSession; // never destroyed: other threads may ask until the very end
+    return instance;
 }
 
 } // namespace
@@ -56,24 +85,38 @@ SecretServiceConnection::Reply SecretServiceConnection::call(const char *objectP
     return {problem != nullptr ? statusOf(problem.get()) : 0, Value(value)};
 }
 
-const char *SecretServiceConnection::sessionPath(GCancellable *cancellable) {
-    if (m_service == nullptr && m_connection != nullptr) {
-        m_service.reset(
-            secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, nullptr));
+SecretServiceConnection::Reply SecretServiceConnection::callWithSession(const char *objectPath, const char *method,
+                                                                        const Arguments &arguments,
+                                                                        const char *replyType,
+                                                                        GCancellable *cancellable) {
+    const auto callWith = [&](std::shared_ptr<SecretService> session) -> Reply {
+        m_session = std::move(session);
+        const char *const path = m_session != nullptr ? secret_service_get_session_dbus_path(m_session.get()) : nullptr;
+        return path != nullptr ? call(objectPath, method, arguments(path), replyType, cancellable)
+                               : Reply{kKeychainNotAvailable, nullptr};
+    };
+    if (m_connection == nullptr) {
+        return {kKeychainNotAvailable, nullptr};
     }
-    return m_service != nullptr ? secret_service_get_session_dbus_path(m_service.get()) : nullptr;
+    if (auto session = keptSession().get(); session != nullptr) {
+        // The service may be another than the one that it was opened with; then it is of no use any more.
+        if (Reply reply = callWith(std::move(session)); reply.status != kKeychainNotAvailable) {
+            return reply;
+        }
+    }
+    return callWith(keptSession().open(cancellable));
 }
 
 GVariant *SecretServiceConnection::encoded(const QByteArray &data) const {
     SecretValue *const value = secret_value_new(data.constData(), data.size(), "text/plain");
-    GVariant *const secret = secret_service_encode_dbus_secret(m_service.get(), value);
+    GVariant *const secret = secret_service_encode_dbus_secret(m_session.get(), value);
     secret_value_unref(value);
     return secret;
 }
 
 bool SecretServiceConnection::decode(GVariant *tuple, QByteArray &data) const {
     const Value secret(g_variant_get_child_value(tuple, 0));
-    SecretValue *const value = secret_service_decode_dbus_secret(m_service.get(), secret.get());
+    SecretValue *const value = secret_service_decode_dbus_secret(m_session.get(), secret.get());
     if (value == nullptr) {
         return false;
     }

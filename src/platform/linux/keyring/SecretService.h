@@ -3,6 +3,7 @@
 #include "platform/linux/bus/Gio.h"
 
 #include <QByteArray>
+#include <functional>
 #include <libsecret/secret.h>
 
 namespace quillmark {
@@ -25,20 +26,20 @@ public:
     Reply call(const char *objectPath, const char *method, GVariant *arguments, const char *replyType,
                GCancellable *cancellable) const;
 
-    /// The object path of the session that secrets are encrypted for; null when there is none.
-    const char *sessionPath(GCancellable *cancellable);
-    /// A secret for a message. sessionPath() comes first.
+    /// The arguments of a method, a new tuple, for a session at that object path.
+    using Arguments = std::function<GVariant *(const char *sessionPath)>;
+    /// A call with a secret in it or in its answer.
+    Reply callWithSession(const char *objectPath, const char *method, const Arguments &arguments, const char *replyType,
+                          GCancellable *cancellable);
+
+    /// A secret for a message of callWithSession(): it may be asked for by `arguments` alone.
     GVariant *encoded(const QByteArray &data) const;
-    /// Takes the secret out of a tuple. sessionPath() comes first. \returns false when it can't be made out.
+    /// Takes the secret out of the answer of callWithSession(). \returns false when it can't be made out.
     bool decode(GVariant *tuple, QByteArray &data) const;
 
 private:
-    struct Unref {
-        void operator()(SecretService *service) const { g_object_unref(service); }
-    };
-
     Connection m_connection;
-    std::unique_ptr<SecretService, Unref> m_service;
+    std::shared_ptr<SecretService> m_session; ///< of the last callWithSession()
 };
 
 } // namespace quillmark
