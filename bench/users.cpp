@@ -43,13 +43,9 @@ public:
 private:
     static Platform with(UserDefaults &defaults) {
         const Platform &native = nativePlatform();
-        return {native.alerts,       native.appleEvents,
-                native.application,  native.authorization,
-                native.mainBundle,   native.checkWindows,
-                native.clock,        native.images,
-                native.keychain,     native.mainThread,
-                native.propertyList, native.systemInfo,
-                native.tasks,        defaults,
+        return {native.alerts,       native.appleEvents, native.application, native.authorization, native.mainBundle,
+                native.checkWindows, native.clock,       native.images,      native.keychain,      native.mainThread,
+                native.propertyList, native.scripts,     native.systemInfo,  native.tasks,         defaults,
                 native.workspace};
     }
 

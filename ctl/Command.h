@@ -67,6 +67,7 @@ struct Group {
 
 std::span<const Command> bundleCommands();
 std::span<const Command> errorCommands();
+std::span<const Command> finderCommands();
 std::span<const Command> headerCommands();
 std::span<const Command> installCommands();
 std::span<const Command> integrityCommands();

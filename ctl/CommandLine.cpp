@@ -10,6 +10,7 @@ constexpr Group kGroups[] = {
     {"base64", "Base64, as the product writes and reads it"},
     {"bundles", "application bundles on this computer"},
     {"error", "texts of error numbers"},
+    {"finder", "the desktop's file manager"},
     {"header", "the header of the launcher's windows"},
     {"host", "this computer's name, and other computers"},
     {"json", "flat JSON objects, as the product writes and reads them"},
@@ -48,9 +49,9 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
         ->group("")
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands :
-         {bundleCommands(), errorCommands(), headerCommands(), installCommands(), integrityCommands(), logCommands(),
-          jsonCommands(), keychainCommands(), processCommands(), runCommands(), systemCommands(), textCommands(),
-          userCommands(), versionCommands()}) {
+         {bundleCommands(), errorCommands(), finderCommands(), headerCommands(), installCommands(), integrityCommands(),
+          logCommands(), jsonCommands(), keychainCommands(), processCommands(), runCommands(), systemCommands(),
+          textCommands(), userCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

@@ -5,6 +5,15 @@
 
 namespace quillmark {
 
+/// The number that stands for four characters, as "aevt".
+constexpr quint32 fourCharacterCode(const char (&characters)[5]) {
+    quint32 code = 0;
+    for (int i = 0; i < 4; ++i) {
+        code = code << 8 | static_cast<unsigned char>(characters[i]);
+    }
+    return code;
+}
+
 /// Requests to other applications, as the Apple Event Manager sends them. Statuses are its numbers; 0 is success.
 class AppleEvents {
 public:
@@ -17,10 +26,30 @@ public:
         virtual ~Event() = default;
     };
 
+    /// Whom a request is for.
+    class Address {
+    public:
+        Address() = default;
+        Address(const Address &) = delete;
+        Address &operator=(const Address &) = delete;
+        virtual ~Address() = default;
+    };
+
+    /// A process's serial number.
+    struct ProcessSerialNumber {
+        quint32 high = 0;
+        quint32 low = 0;
+    };
+
     virtual ~AppleEvents() = default;
 
     /// Makes the request to the application with that bundle identifier to quit. \returns a status.
     virtual qint32 buildQuitEvent(const QString &bundleIdentifier, std::unique_ptr<Event> &event) = 0;
+    /// Makes the address of a process. \returns a status.
+    virtual qint32 createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) = 0;
+    /// Makes a request without parameters; its class and identifier are four-character codes. \returns a status.
+    virtual qint32 createEvent(quint32 eventClass, quint32 eventIdentifier, const Address &address,
+                               std::unique_ptr<Event> &event) = 0;
     /// Sends it without waiting for an answer. \returns a status.
     virtual qint32 sendMessage(const Event &event) = 0;
 };

@@ -17,6 +17,7 @@ class Images;
 class Keychain;
 class MainThread;
 class PropertyList;
+class Scripts;
 class SystemInfo;
 class Tasks;
 class UserDefaults;
@@ -35,6 +36,7 @@ struct Platform {
     Keychain &keychain;
     MainThread &mainThread;
     PropertyList &propertyList;
+    Scripts &scripts;
     SystemInfo &systemInfo;
     Tasks &tasks;
     UserDefaults &userDefaults;
@@ -42,8 +44,8 @@ struct Platform {
 
     /// The same with another main bundle.
     Platform with(Bundle &otherBundle) const {
-        return {alerts,   appleEvents, application,  authorization, otherBundle, checkWindows, clock,    images,
-                keychain, mainThread,  propertyList, systemInfo,    tasks,       userDefaults, workspace};
+        return {alerts,   appleEvents, application,  authorization, otherBundle, checkWindows, clock,        images,
+                keychain, mainThread,  propertyList, scripts,       systemInfo,  tasks,        userDefaults, workspace};
     }
 };
 

@@ -72,7 +72,8 @@ class Rules(ToolTest):
             arguments = {"bundles find": ["--identifier", "x", str(self.home)], "error posix": ["1"], "text": ["Quit"],
                          "log write": ["normal", "x"], "version self": [], "brand": [], "bundles stale": [], "system": [],
                          "host name": [], "host short": [], "process list": [], "host same": ["a", "a"],
-                         "version build": ["1 2"], "run": ["/bin/true"], "status": []}.get(command, ["x"])
+                         "version build": ["1 2"], "run": ["/bin/true"], "status": [], "finder selection": [],
+                         "finder servers": []}.get(command, ["x"])
             done = subprocess.run([TOOL, *command.split(), *arguments], capture_output=True, text=True, timeout=60,
                                   env={"HOME": str(self.home), "LD_DEBUG": "files"})
             libraries = set(re.findall(r"calling init: (\S+)", done.stderr))

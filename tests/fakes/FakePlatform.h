@@ -11,6 +11,7 @@
 #include "fakes/FakeKeychain.h"
 #include "fakes/FakeMainThread.h"
 #include "fakes/FakePropertyList.h"
+#include "fakes/FakeScripts.h"
 #include "fakes/FakeSystemInfo.h"
 #include "fakes/FakeTasks.h"
 #include "fakes/FakeUserDefaults.h"
@@ -39,13 +40,15 @@ public:
     FakeKeychain keychain{transcript};
     FakeMainThread mainThread;
     FakePropertyList propertyList;
+    FakeScripts scripts{transcript};
     FakeSystemInfo systemInfo;
     FakeTasks tasks{transcript};
     FakeUserDefaults userDefaults{transcript};
     FakeWorkspace workspace{transcript};
 
-    Platform platform{alerts,   appleEvents, application,  authorization, bundle, checkWindows, clock,    images,
-                      keychain, mainThread,  propertyList, systemInfo,    tasks,  userDefaults, workspace};
+    Platform platform{alerts,     appleEvents, application,  authorization, bundle,       checkWindows,
+                      clock,      images,      keychain,     mainThread,    propertyList, scripts,
+                      systemInfo, tasks,       userDefaults, workspace};
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.

@@ -5,6 +5,7 @@
 #include "platform/Platform.h"
 #include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxMainThread.h"
+#include "platform/linux/LinuxScripts.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxWorkspace.h"
@@ -259,6 +260,28 @@ TEST(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
     std::unique_ptr<AppleEvents::Event> event;
     EXPECT_EQ(events.buildQuitEvent(QString(), event), -50);
     EXPECT_EQ(event, nullptr);
+}
+
+TEST(AppleEventsTest, TheSystemProcessIsNotThere) {
+    const test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    test::FakeClock clock;
+    LinuxWorkspace workspace(propertyList, bus, clock);
+    LinuxAppleEvents events(workspace, bus);
+    std::unique_ptr<AppleEvents::Address> address;
+    ASSERT_EQ(events.createProcessAddress({0, 1}, address), 0);
+    std::unique_ptr<AppleEvents::Event> event;
+    ASSERT_EQ(events.createEvent(fourCharacterCode("aevt"), fourCharacterCode("rest"), *address, event), 0);
+    EXPECT_EQ(events.sendMessage(*event), -600);
+    EXPECT_EQ(bus.activated, QStringList());
+}
+
+TEST(ScriptsTest, AScriptNeitherCompilesNorHasAResult) {
+    LinuxScripts scripts;
+    const auto script = scripts.scriptWithSource(QStringLiteral("return true"));
+    ASSERT_NE(script, nullptr);
+    EXPECT_FALSE(script->compile());
+    EXPECT_FALSE(script->execute());
 }
 
 TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {

@@ -171,21 +171,10 @@ TEST_F(UpdateToolRun, ThatIsNotWaitedForCountsAsFailed) { // deliberate, unlike 
 
 TEST_F(UpdateToolRun, OfARealProgramEndsWithItsStatus) {
     const Platform &fake = platform.platform;
-    const Platform real{fake.alerts,
-                        fake.appleEvents,
-                        fake.application,
-                        fake.authorization,
-                        fake.mainBundle,
-                        fake.checkWindows,
-                        fake.clock,
-                        fake.images,
-                        fake.keychain,
-                        fake.mainThread,
-                        fake.propertyList,
-                        fake.systemInfo,
-                        nativePlatform().tasks,
-                        fake.userDefaults,
-                        fake.workspace};
+    const Platform real{fake.alerts,     fake.appleEvents,       fake.application,  fake.authorization,
+                        fake.mainBundle, fake.checkWindows,      fake.clock,        fake.images,
+                        fake.keychain,   fake.mainThread,        fake.propertyList, fake.scripts,
+                        fake.systemInfo, nativePlatform().tasks, fake.userDefaults, fake.workspace};
     UpdateToolManager runner(real, QStringLiteral("/bin/%@"));
     const auto shell = [&runner](const char *script) {
         return runner.runExe(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QString::fromUtf8(script)}, true);

@@ -32,8 +32,23 @@ qint32 LinuxAppleEvents::buildQuitEvent(const QString &bundleIdentifier, std::un
     return 0;
 }
 
+qint32 LinuxAppleEvents::createProcessAddress(ProcessSerialNumber /*process*/, std::unique_ptr<Address> &address) {
+    address = std::make_unique<Address>();
+    return 0;
+}
+
+qint32 LinuxAppleEvents::createEvent(quint32 /*eventClass*/, quint32 /*eventIdentifier*/, const Address & /*address*/,
+                                     std::unique_ptr<Event> &event) {
+    event = std::make_unique<Event>();
+    return 0;
+}
+
 qint32 LinuxAppleEvents::sendMessage(const Event &event) {
-    const QString &identifier = dynamic_cast<const QuitEvent &>(event).bundleIdentifier(); // the only kind there is
+    const auto *const quitEvent = dynamic_cast<const QuitEvent *>(&event);
+    if (quitEvent == nullptr) {
+        return kApplicationNotFound;
+    }
+    const QString &identifier = quitEvent->bundleIdentifier();
     if (m_sessionBus.activateQuit(identifier)) {
         return 0;
     }

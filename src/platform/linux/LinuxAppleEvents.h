@@ -8,12 +8,15 @@ class SessionBus;
 class Workspace;
 
 /// A request to quit activates the application's "quit" action on the session's bus; an application without one gets
-/// SIGTERM.
+/// SIGTERM. There is no system process, so nothing else finds its receiver.
 class LinuxAppleEvents final : public AppleEvents {
 public:
     LinuxAppleEvents(Workspace &workspace, SessionBus &sessionBus) : m_workspace(workspace), m_sessionBus(sessionBus) {}
 
     qint32 buildQuitEvent(const QString &bundleIdentifier, std::unique_ptr<Event> &event) override;
+    qint32 createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override;
+    qint32 createEvent(quint32 eventClass, quint32 eventIdentifier, const Address &address,
+                       std::unique_ptr<Event> &event) override;
     qint32 sendMessage(const Event &event) override;
 
 private:

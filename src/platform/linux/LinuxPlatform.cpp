@@ -11,6 +11,7 @@
 #include "platform/linux/LinuxImages.h"
 #include "platform/linux/LinuxMainThread.h"
 #include "platform/linux/LinuxPropertyList.h"
+#include "platform/linux/LinuxScripts.h"
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxUserDefaults.h"
@@ -36,6 +37,7 @@ struct LinuxBackends {
     LinuxImages images;
     LinuxMainThread mainThread;
     LinuxPropertyList propertyList;
+    LinuxScripts scripts;
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
     LinuxAuthorization authorization{mainBundle};
@@ -49,8 +51,9 @@ struct LinuxBackends {
     LinuxWorkspace workspace{propertyList, sessionModule, clock};
     LinuxAppleEvents appleEvents{workspace, sessionModule};
 
-    Platform platform{alerts,   appleEvents, application,  authorization, mainBundle, checkWindows, clock,    images,
-                      keychain, mainThread,  propertyList, systemInfo,    tasks,      userDefaults, workspace};
+    Platform platform{alerts,     appleEvents, application,  authorization, mainBundle,   checkWindows,
+                      clock,      images,      keychain,     mainThread,    propertyList, scripts,
+                      systemInfo, tasks,       userDefaults, workspace};
 };
 
 } // namespace

@@ -1,0 +1,58 @@
+#include "Command.h"
+
+#include "desktop/FinderSupport.h"
+
+#include <CLI/CLI.hpp>
+#include <QDir>
+#include <memory>
+
+namespace quillmark::ctl {
+
+namespace {
+
+Action defineSelection(CLI::App &app) {
+    const auto isRetry = std::make_shared<bool>(false);
+    app.add_flag("--retry", *isRetry, "bring the core application and then the Finder to the front before");
+    return [isRetry](const Output &output) {
+        output.json(QJsonArray::fromStringList(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(*isRetry)));
+        return Answer::Yes;
+    };
+}
+
+Action defineRefresh(CLI::App &app) {
+    const auto path = std::make_shared<std::string>();
+    app.add_option("PATH", *path, "a file or folder")->required();
+    return [path](const Output & /*output*/) {
+        // The Finder stands in a folder of its own.
+        FinderSupport::updateFileAtPath(QDir::current().absoluteFilePath(QString::fromStdString(*path)));
+        return Answer::Yes;
+    };
+}
+
+Action defineServers(CLI::App &app) {
+    const auto wish = std::make_shared<std::string>();
+    app.add_option("on|off", *wish, "have them shown, or not")->check(CLI::IsMember({"on", "off"}));
+    return [wish](const Output &output) {
+        if (!wish->empty()) {
+            FinderSupport::setShowConnectedServersOnDesktop(*wish == "on");
+        } else {
+            output.line(FinderSupport::showConnectedServersOnDesktop() ? QStringLiteral("yes") : QStringLiteral("no"));
+        }
+        return Answer::Yes;
+    };
+}
+
+constexpr Command kCommands[] = {
+    {"finder", "selection", "list what is selected in the Finder", "quillmarkctl finder selection --pretty",
+     defineSelection},
+    {"finder", "refresh", "have the Finder draw a file anew", "quillmarkctl finder refresh ~/Quillmark/Letter.odt",
+     defineRefresh},
+    {"finder", "servers", "tell whether the Finder shows connected servers on the desktop, or set it",
+     "quillmarkctl finder servers off", defineServers},
+};
+
+} // namespace
+
+std::span<const Command> finderCommands() { return kCommands; }
+
+} // namespace quillmark::ctl

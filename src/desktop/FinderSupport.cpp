@@ -1,0 +1,117 @@
+#include "desktop/FinderSupport.h"
+
+#include "branding/LocalizedStrings.h"
+#include "desktop/FinderScripts.h"
+#include "platform/AppleEvents.h"
+#include "platform/Clock.h"
+#include "platform/Platform.h"
+#include "platform/Workspace.h"
+#include "tools/ProcessUtilities.h"
+#include "utils/FormattedText.h"
+
+#include <csignal>
+
+namespace quillmark {
+
+namespace {
+
+constexpr double kCacheLifetime = 2.5; // seconds
+
+/// Seconds since the platform's reference date, the first of January 2001.
+double secondsSinceReferenceDate(Clock::Time time) {
+    constexpr Clock::Time kReferenceDate{std::chrono::seconds(978307200)};
+    return std::chrono::duration<double>(time - kReferenceDate).count();
+}
+
+/// Made at the first use and kept, as they are shared by all.
+FinderScripts &sharedScripts() {
+    static FinderScripts scripts(platform().scripts, QMLocalizedString(QStringLiteral("ProductName")));
+    return scripts;
+}
+
+} // namespace
+
+FinderSupport &FinderSupport::sharedManager() {
+    static FinderSupport instance(platform().clock);
+    return instance;
+}
+
+const QStringList &FinderSupport::getSelectedFinderItemsIsRetry(bool isRetry) {
+    const double now = secondsSinceReferenceDate(m_clock.now());
+    if (!isRetry && now - _lastRequestTimeInterval <= kCacheLifetime) {
+        return _fileList;
+    }
+    const std::scoped_lock lock(m_mutex);
+    _fileList.clear();
+    appendSelectedFinderItemsToArray(_fileList, isRetry);
+    _lastRequestTimeInterval = now; // deliberate: of the call, however long the script took
+    return _fileList;
+}
+
+QStringList FinderSupport::getSelectedFinderItemsNoCacheIsRetry(bool isRetry) {
+    return createSelectedFinderItemsArrayNoCacheIsRetry(isRetry);
+}
+
+QStringList FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(bool isRetry) {
+    QStringList items;
+    appendSelectedFinderItemsToArray(items, isRetry);
+    return items;
+}
+
+void FinderSupport::appendSelectedFinderItemsToArray(QStringList &array, bool isRetry) {
+    const auto result = sharedScripts().run(isRetry);
+    if (!result || result->type != ScriptDescriptor::Type::List) {
+        return;
+    }
+    for (const ScriptDescriptor &item : result->items) {
+        if (!item.stringValue.isNull()) {
+            array.append(item.stringValue);
+        }
+    }
+}
+
+void FinderSupport::updateFileAtPath(const QString &path) {
+    const auto script = platform().scripts.scriptWithSource(
+        formatted("tell application \"Finder\"\nset fileAlias to POSIX file \"%@\"\nupdate fileAlias\nend tell", path));
+    script->compile();
+    script->execute();
+}
+
+bool FinderSupport::showConnectedServersOnDesktop() {
+    const auto script = platform().scripts.scriptWithSource(
+        QStringLiteral("on run argv\ntell application \"Finder\"\nreturn desktop shows connected servers of Finder "
+                       "preferences\nend tell\nend run\n"));
+    const auto result = script->execute();
+    return !result || result->booleanValue; // deliberate: a failure counts as shown
+}
+
+void FinderSupport::setShowConnectedServersOnDesktop(bool isShown) {
+    const auto script = platform().scripts.scriptWithSource(
+        formatted("on run argv\ntell application \"Finder\"\nset desktop shows connected servers of Finder preferences "
+                  "to %@\nend tell\nend run\n",
+                  isShown ? "true" : "false"));
+    script->execute();
+}
+
+void FinderSupport::quitiTunes() {
+    const auto record = ProcessUtilities::getRunningiTunesInfo();
+    const int process = record ? record->value(kApplicationProcessIdentifier).toInt() : 0;
+    if (process > 0) { // 0 and less are groups of processes, ours among them
+        ::kill(process, SIGTERM);
+    }
+}
+
+qint32 FinderSupport::sendAppleEventToSystemProcess(quint32 eventIdentifier) {
+    constexpr AppleEvents::ProcessSerialNumber kSystemProcess{0, 1};
+    AppleEvents &events = platform().appleEvents;
+    std::unique_ptr<AppleEvents::Address> address;
+    if (const qint32 status = events.createProcessAddress(kSystemProcess, address); status != 0) {
+        return status;
+    }
+    std::unique_ptr<AppleEvents::Event> event;
+    const qint32 status = events.createEvent(fourCharacterCode("aevt"), eventIdentifier, *address, event);
+    address.reset(); // the event has its own
+    return status != 0 ? status : events.sendMessage(*event);
+}
+
+} // namespace quillmark
