@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QList>
 #include <memory>
+#include <optional>
 
 namespace quillmark {
 
@@ -49,6 +50,10 @@ public:
         /// output, when it is not null. \returns a status.
         virtual qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
                                              std::unique_ptr<CommunicationsPipe> *pipe) = 0;
+
+        /// Waits for the end of any program that executeWithPrivileges() started. \returns its status as `waitpid`
+        /// gives it; nothing when there is none left, or when it can't be told.
+        virtual std::optional<int> waitForChild() = 0;
     };
 
     Authorization() = default;

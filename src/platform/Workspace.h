@@ -15,12 +15,15 @@ inline constexpr QLatin1StringView kApplicationProcessIdentifier("NSApplicationP
 /// The desktop: its standard folders and the applications on it.
 class Workspace {
 public:
-    enum class Domain { User, Local };
+    enum class Domain { User, Local, All };
 
     virtual ~Workspace() = default;
 
-    /// The Applications folders of a domain, tilde expanded, in the platform's order.
+    /// The Applications folders of a domain, tilde expanded, in the platform's order; of all domains the user's first.
     virtual QStringList applicationsFolders(Domain domain) const = 0;
+
+    /// The Downloads folders of all domains.
+    virtual QStringList downloadsFolders() const = 0;
 
     /// The applications that run, in the order of their start: records with the keys above. Of other users'
     /// applications only those are told that may be looked at.
@@ -36,6 +39,10 @@ public:
 
     /// Shows a folder in the file manager. \returns false when that can't be.
     virtual bool openFolder(const QString &path) = 0;
+
+    /// Moves the item of that name in that folder, be it a link, to the Trash. \returns false when it stays where it
+    /// is.
+    virtual bool recycle(const QString &name, const QString &folder) = 0;
 };
 
 } // namespace quillmark

@@ -212,12 +212,8 @@ void UpdateToolManager::keepMacFuseLog() {
     }
     ensureFolderPathExists(folder);
     logVerbose(R"(Copying "%@" to "%@"...)", m_macFuseLog, target);
-    if (const int error = files.copyFile(m_macFuseLog, target); error != 0) {
-        const Error reason{QStringLiteral("NSPOSIXErrorDomain"),
-                           error,
-                           {{kLocalizedFailureReasonKey, QStringLiteral("copyFile failed")},
-                            {kLocalizedDescriptionKey, posixErrorToString(error)}}};
-        logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(reason));
+    if (const auto error = files.copyItem(m_macFuseLog, target)) {
+        logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(*error));
     } else {
         logVerbose(R"(Copied "%@" to "%@" - MacFUSE log available)", m_macFuseLog, target);
     }

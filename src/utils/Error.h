@@ -8,6 +8,9 @@ namespace quillmark {
 /// The domain of the errors that this program makes itself.
 inline constexpr QLatin1StringView kErrorDomain("com.quillmark.Quillmark.Quillmark-Client");
 
+/// The domain of the system's own errors; their codes are those of `errno`.
+inline constexpr QLatin1StringView kPosixErrorDomain("NSPOSIXErrorDomain");
+
 /// Keys of Error::userInfo, with the texts that the platform gives them.
 inline constexpr QLatin1StringView kLocalizedDescriptionKey("NSLocalizedDescription");
 inline constexpr QLatin1StringView kLocalizedFailureReasonKey("NSLocalizedFailureReason");

@@ -1,5 +1,7 @@
 #include "utils/FileManager.h"
 
+#include "utils/ErrorText.h"
+
 #include <QFile>
 #include <cerrno>
 #include <filesystem>
@@ -50,10 +52,26 @@ std::optional<FileAttributes> FileManager::attributes(const QString &path) const
     return FileAttributes{accountName(status.st_uid), status.st_mode & 07777U};
 }
 
-int FileManager::copyFile(const QString &source, const QString &target) const {
+std::optional<Error> FileManager::copyItem(const QString &source, const QString &target) const {
+    const auto failed = [&](const QString &path, int error) {
+        return Error{kPosixErrorDomain,
+                     error,
+                     {{kLocalizedFailureReasonKey, QStringLiteral("Copying stopped at '%1'").arg(path)},
+                      {kLocalizedDescriptionKey, posixErrorToString(error)}}};
+    };
+    struct stat status {};
+    if (::lstat(QFile::encodeName(target).constData(), &status) == 0) {
+        return failed(target, EEXIST);
+    }
     std::error_code error;
-    std::filesystem::copy_file(QFile::encodeName(source).constData(), QFile::encodeName(target).constData(), error);
-    return error.value();
+    std::filesystem::copy(QFile::encodeName(source).constData(), QFile::encodeName(target).constData(),
+                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks,
+                          error);
+    if (error) {
+        removeItem(target);
+        return failed(source, error.value());
+    }
+    return std::nullopt;
 }
 
 int FileManager::removeItem(const QString &path) const {

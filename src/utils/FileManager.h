@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utils/Error.h"
+
 #include <QString>
 #include <optional>
 #include <sys/types.h>
@@ -25,8 +27,10 @@ public:
     /// Of what is at the path, be it a link; nothing when there is nothing or it can't be told.
     std::optional<FileAttributes> attributes(const QString &path) const;
 
-    /// Copies a file's contents and mode to a place where there is nothing yet. \returns 0 or an errno.
-    int copyFile(const QString &source, const QString &target) const;
+    /// Copies a file, a link or a folder with all that is in it to a place where there is nothing yet: contents, modes,
+    /// times, extended attributes, links as links. \returns an error of kPosixErrorDomain that names the file at fault;
+    /// then nothing is left at the target.
+    std::optional<Error> copyItem(const QString &source, const QString &target) const;
 
     /// Deletes a file, or a folder with all that is in it; a link itself, and not what it leads to. What can't be
     /// deleted stays. \returns 0 or an errno.

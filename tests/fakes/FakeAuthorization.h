@@ -15,8 +15,9 @@ public:
     qint32 createStatus = 0;
     qint32 rightsStatus = 0;
     qint32 executeStatus = 0;
-    QByteArray output;   ///< what is left to be read from the program's pipe
-    QList<qint64> reads; ///< how much each read asked for
+    QList<std::optional<int>> childStatuses; ///< of the waits to come; 0 when there is none left
+    QByteArray output;                       ///< what is left to be read from the program's pipe
+    QList<qint64> reads;                     ///< how much each read asked for
 
     qint32 create(std::unique_ptr<Reference> &reference) override {
         m_transcript.record(QStringLiteral("AuthorizationCreate"));
@@ -56,12 +57,19 @@ private:
         }
         qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
                                      std::unique_ptr<CommunicationsPipe> *pipe) override {
-            m_owner.m_transcript.record(QStringLiteral("AuthorizationExecuteWithPrivileges ") +
-                                        QString::fromUtf8(path + ' ' + arguments.join(' ')));
+            if (m_owner.m_transcript.recordOrFail(QStringLiteral("AuthorizationExecuteWithPrivileges ") +
+                                                      QString::fromUtf8(path + ' ' + arguments.join(' ')),
+                                                  QStringLiteral("AuthorizationExecuteWithPrivileges"))) {
+                return kAuthorizationToolExecuteFailure;
+            }
             if (pipe != nullptr) {
                 *pipe = std::make_unique<Pipe>(m_owner);
             }
             return m_owner.executeStatus;
+        }
+        std::optional<int> waitForChild() override {
+            m_owner.m_transcript.record(QStringLiteral("wait"));
+            return m_owner.childStatuses.isEmpty() ? 0 : m_owner.childStatuses.takeFirst();
         }
 
     private:

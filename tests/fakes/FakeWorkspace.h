@@ -13,14 +13,27 @@ public:
 
     QStringList userFolders;
     QStringList localFolders;
+    QStringList downloads;
     QList<QVariantMap> applications;
     QMap<QString, QString> bundles; ///< paths by identifier
 
     QStringList applicationsFolders(Domain domain) const override {
-        const bool isUser = domain == Domain::User;
-        m_transcript.record(isUser ? QStringLiteral("applicationsFolders user")
-                                   : QStringLiteral("applicationsFolders local"));
-        return isUser ? userFolders : localFolders;
+        switch (domain) {
+        case Domain::User:
+            m_transcript.record(QStringLiteral("applicationsFolders user"));
+            return userFolders;
+        case Domain::Local:
+            m_transcript.record(QStringLiteral("applicationsFolders local"));
+            return localFolders;
+        case Domain::All:
+            break;
+        }
+        m_transcript.record(QStringLiteral("applicationsFolders all"));
+        return userFolders + localFolders;
+    }
+    QStringList downloadsFolders() const override {
+        m_transcript.record(QStringLiteral("downloadsFolders"));
+        return downloads;
     }
     QList<QVariantMap> launchedApplications() const override {
         m_transcript.record(QStringLiteral("launchedApplications"));
@@ -42,6 +55,10 @@ public:
     bool openFolder(const QString &path) override {
         m_transcript.record(QStringLiteral("openFolder ") + path);
         return true;
+    }
+    bool recycle(const QString &name, const QString &folder) override {
+        return !m_transcript.recordOrFail(QStringLiteral("recycle %1 in %2").arg(name, folder),
+                                          QStringLiteral("recycle"));
     }
 
 private:

@@ -93,30 +93,6 @@ TEST(CurrentThreadFileManager, ANumberThatNoAccountHasIsAnOwnerWithoutAName) {
     EXPECT_EQ(FileManager().attributes(file)->ownerAccountName.isEmpty(), isGiven);
 }
 
-TEST(CurrentThreadFileManager, CopiesAFileWithItsModeToWhereThereIsNothing) {
-    const test::TemporaryHome home;
-    const FileManager files;
-    const QString source = home.write(QStringLiteral("a"), "contents");
-    const QString target = home.path(QStringLiteral("b"));
-    ASSERT_EQ(::chmod(QFile::encodeName(source).constData(), 0640), 0);
-    EXPECT_EQ(files.copyFile(source, target), 0);
-    EXPECT_EQ(test::readAll(target), QByteArray("contents"));
-    EXPECT_EQ(files.attributes(target)->posixPermissions, 0640U);
-}
-
-TEST(CurrentThreadFileManager, TellsWhyAFileCannotBeCopied) {
-    const test::TemporaryHome home;
-    const FileManager files;
-    const QString source = home.write(QStringLiteral("a"), "new");
-    const QString target = home.write(QStringLiteral("b"), "old");
-    EXPECT_EQ(files.copyFile(source, target), EEXIST);
-    EXPECT_EQ(test::readAll(target), QByteArray("old"));
-    EXPECT_EQ(files.copyFile(home.path(QStringLiteral("none")), home.path(QStringLiteral("c"))), ENOENT);
-    EXPECT_EQ(files.copyFile(source, home.path(QStringLiteral("none/c"))), ENOENT);
-    EXPECT_NE(files.copyFile(home.path(), home.path(QStringLiteral("c"))), 0); // a folder
-    EXPECT_FALSE(files.fileExists(home.path(QStringLiteral("c"))));
-}
-
 TEST(CurrentThreadFileManager, TellsWhyAFolderCannotBeCreated) {
     const test::TemporaryHome home;
     const FileManager files;

@@ -392,11 +392,13 @@ TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
     EXPECT_EQ(install(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
     EXPECT_EQ(test::readAll(m_kept), QByteArray("earlier"));
-    EXPECT_EQ(keeping(), listOf({"vrb Copying \"~/install.log\" to "
-                                 "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
-                                 "ERR Failed to copy \"~/install.log\" to "
-                                 "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" "
-                                 "(\"copyFile failed\" because \"Posix error 17 (File exists)\")"}));
+    EXPECT_EQ(keeping(),
+              listOf({"vrb Copying \"~/install.log\" to "
+                      "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
+                      "ERR Failed to copy \"~/install.log\" to "
+                      "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" "
+                      "(\"Copying stopped at '~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log'\" because "
+                      "\"Posix error 17 (File exists)\")"}));
 }
 
 TEST_F(MacFuseLog, WhoseFolderCannotBeMadeIsAnExceptionThatGoesNoFurther) {

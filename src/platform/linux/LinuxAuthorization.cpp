@@ -187,6 +187,8 @@ public:
         return 0;
     }
 
+    std::optional<int> waitForChild() override { return std::nullopt; }
+
 private:
     RootHelper m_helper;
 };

@@ -8,6 +8,7 @@
 #include "platform/linux/SessionBus.h"
 
 #include <QFile>
+#include <QStandardPaths>
 #include <algorithm>
 #include <array>
 #include <climits>
@@ -86,8 +87,27 @@ bool isRunning(const QString &executable) {
 } // namespace
 
 QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
-    const QString folder = QStringLiteral("/Applications");
-    return {domain == Domain::User ? homeFolder() + folder : folder};
+    const QString local = QStringLiteral("/Applications");
+    const QString users = homeFolder() + local;
+    switch (domain) {
+    case Domain::User:
+        return {users};
+    case Domain::Local:
+        return {local};
+    case Domain::All:
+        break;
+    }
+    return {users, local};
+}
+
+/// The one that the desktop goes by and the one that everybody knows. A desktop that has none names the home folder.
+QStringList LinuxWorkspace::downloadsFolders() const {
+    QStringList folders{homeFolder() + QStringLiteral("/Downloads")};
+    const QString desktops = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    if (!desktops.isEmpty() && desktops != homeFolder() && !folders.contains(desktops)) {
+        folders.prepend(desktops);
+    }
+    return folders;
 }
 
 QList<QVariantMap> LinuxWorkspace::launchedApplications() const {
@@ -119,10 +139,8 @@ QString LinuxWorkspace::bundleWithIdentifier(const QString &bundleIdentifier) co
         return kFinderPath;
     }
     std::optional<QStringList> paths;
-    for (const Domain domain : {Domain::User, Domain::Local}) {
-        for (const QString &folder : applicationsFolders(domain)) {
-            pathsForIdent(bundleIdentifier, folder, &paths, m_propertyList);
-        }
+    for (const QString &folder : applicationsFolders(Domain::All)) {
+        pathsForIdent(bundleIdentifier, folder, &paths, m_propertyList);
     }
     return paths ? paths->first() : QString();
 }
@@ -146,6 +164,8 @@ bool LinuxWorkspace::launchApplication(const QString &path) {
 bool LinuxWorkspace::openFolder(const QString &path) {
     return spawnDetached("/usr/bin/xdg-open", QFile::encodeName(path));
 }
+
+bool LinuxWorkspace::recycle(const QString & /*name*/, const QString & /*folder*/) { return false; }
 
 /// A bundle's executable is the one that its Info.plist names, else the one named as the bundle.
 QString LinuxWorkspace::executableOf(const QString &path) const {

@@ -16,12 +16,14 @@ public:
         : m_propertyList(propertyList), m_sessionBus(sessionBus), m_clock(clock) {}
 
     QStringList applicationsFolders(Domain domain) const override;
+    QStringList downloadsFolders() const override;
     /// Processes whose program is the main executable of a bundle, and the file manager, by process number.
     QList<QVariantMap> launchedApplications() const override;
     /// The first one in the user's Applications folder, then in the computer's.
     QString bundleWithIdentifier(const QString &bundleIdentifier) const override;
     bool launchApplication(const QString &path) override;
     bool openFolder(const QString &path) override;
+    bool recycle(const QString &name, const QString &folder) override;
 
 private:
     QString executableOf(const QString &path) const;
