@@ -11,6 +11,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1] / "support"))
 from keyring import Session  # noqa: E402
+from machine import wait_until  # noqa: E402
 
 TOOL = Path(os.environ["QUILLMARK_APP"]) / "Contents/MacOS/quillmarkctl"
 MARKS = (PASSWORD := "MARKED-PASSWORD", KEY := "MARKED-KEY")
@@ -82,15 +83,21 @@ class Secrets(unittest.TestCase):
         self.session.signal_keyring(signal.SIGSTOP)
         tool = subprocess.Popen([TOOL, "keychain", "save", "ada", "--password"], env=self.session.environment, text=True,
                                 stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+        def shown():
+            """Both, or nothing while the system still lays the program out."""
+            parts = [Path(f"/proc/{tool.pid}/{name}").read_bytes() for name in ("cmdline", "environ")]
+            return all(parts) and b"".join(parts)
+
         try:
             tool.stdin.write(PASSWORD)
             tool.stdin.close()
-            shown = b"".join(Path(f"/proc/{tool.pid}/{name}").read_bytes() for name in ("cmdline", "environ"))
+            told = wait_until(shown, "the program is laid out")
         finally:
             tool.wait(timeout=20)
             self.session.signal_keyring(signal.SIGCONT)
-        self.assertIn(b"--password", shown)
-        self.assert_no_marks(shown.decode())
+        self.assertIn(b"--password", told)
+        self.assert_no_marks(told.decode())
 
 
 if __name__ == "__main__":
