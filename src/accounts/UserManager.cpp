@@ -71,7 +71,7 @@ QVariant UserManager::objectForKey(const QString &key, const QString &userName) 
 }
 
 QVariant UserManager::objectForKeyAsString(const QString &key, const QString &userName) const {
-    return kUserConnectionCount == key ? QVariant(QString::number(kConnectionCount)) : recordValue(key, userName);
+    return kUserConnectionCount == key ? QVariant(QString::number(kConnectionCount)) : objectForKey(key, userName);
 }
 
 qint32 UserManager::objectForKeyAsInt(const QString &key, const QString &userName, qint32 defaultValue) const {
@@ -131,11 +131,12 @@ bool UserManager::updateUserWithUsername(const QString &newName, qint64 account)
         if (!record.contains(kAccountId) || integerValueOf(record.value(kAccountId)) != account) {
             continue;
         }
-        const QString oldName = userNameOf(entry);
-        if (oldName == newName) {
-            renamed.clear(); // this one takes the place of those that got its name before
+        if (const QString oldName = userNameOf(entry); !oldName.isNull()) {
+            if (oldName == newName) {
+                renamed.clear(); // this one takes the place of those that got its name before
+            }
+            oldNames.insert(oldName);
         }
-        oldNames.insert(oldName);
         record.insert(kUserUserName, newName);
         renamed.append(record);
     }

@@ -47,8 +47,7 @@ public:
     /// The record's value; invalid when it is absent. "Password" and "State" come from the keychain, and
     /// "ConnectionCount" is always 1, whatever the record holds.
     QVariant objectForKey(const QString &key, const QString &userName) const;
-    /// The same, but for the secrets, which no record holds, and the text "1" for "ConnectionCount". Nothing is
-    /// converted.
+    /// The same, but for the text "1" for "ConnectionCount". Nothing is converted.
     QVariant objectForKeyAsString(const QString &key, const QString &userName) const;
     /// A number, or the number that a text begins with, else 0; the nearest one when it is too large. The default when
     /// the value is absent or of another kind.

@@ -219,6 +219,13 @@ TEST_F(UserManagerTest, ARemovedSettingIsGoneAndSaved) {
     EXPECT_EQ(synchronizations(), 1);
 }
 
+TEST_F(UserManagerTest, ARemovedSettingOfAnUnknownUserLeavesARecordWithoutAName) { // deliberate: cleaning drops it
+    manager.removeObjectForKey(kUserEncryptTransfers, kAnna);
+    UserRecord expected = UserManager::setupUserDefaults();
+    expected.remove(kUserEncryptTransfers);
+    EXPECT_EQ(manager.userList(), QVariantList{expected});
+}
+
 TEST_F(UserManagerTest, SavingTakesTheRecordAsItIs) {
     setList({record(kAnna), record(kBert)});
     manager.saveUser(record(kBert, {{kUserFirstName, 1}}), kAnna);
@@ -233,6 +240,7 @@ TEST_F(UserManagerTest, APasswordGoesToTheKeychainAlone) {
     EXPECT_EQ(manager.userList(), QVariantList{record(kAnna)});
     EXPECT_EQ(keychainText(kAnna), QStringLiteral(R"({"password":"s3cret"})"));
     EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), QStringLiteral("s3cret"));
+    EXPECT_EQ(manager.objectForKeyAsString(kUserPassword, kAnna), QStringLiteral("s3cret"));
     EXPECT_EQ(synchronizations(), 0);
 }
 
@@ -241,6 +249,7 @@ TEST_F(UserManagerTest, AnEncryptionKeyGoesToTheKeychainAlone) {
     EXPECT_TRUE(manager.userList().isEmpty());
     EXPECT_EQ(keychainText(kAnna), QStringLiteral(R"({"encryptionKey":"k3y"})"));
     EXPECT_EQ(manager.objectForKey(kUserEncryptionKey, kAnna), QStringLiteral("k3y"));
+    EXPECT_EQ(manager.objectForKeyAsString(kUserEncryptionKey, kAnna), QStringLiteral("k3y"));
 }
 
 TEST_F(UserManagerTest, SecretsThatAreNotThereAreAbsent) {
@@ -297,6 +306,14 @@ TEST_F(UserManagerTest, ARecordWithoutANameGetsACopyWithOne) {
     setList({nameless});
     manager.updateUserWithUsername(kAnna, 5);
     EXPECT_EQ(manager.userList(), (QVariantList{nameless, record(kAnna, nameless)}));
+}
+
+TEST_F(UserManagerTest, ARecordWithoutANameTakesNoPlaceOfOneWithAnEmptyName) {
+    const UserRecord nameless{{kAccountId, 5}};
+    const UserRecord empty = record(QStringLiteral(""));
+    setList({nameless, empty});
+    manager.updateUserWithUsername(kAnna, 5);
+    EXPECT_EQ(manager.userList(), (QVariantList{nameless, empty, record(kAnna, nameless)}));
 }
 
 // The selected user
