@@ -5,8 +5,12 @@
 #include "support/TemporaryHome.h"
 
 #include <QFileInfo>
+#include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -18,6 +22,10 @@ class UserDefaultsTest : public testing::Test {
 protected:
     void store(const QVariantMap &values) { home.write(kFile, *list.toXml(values)); }
     QVariantMap stored() const { return list.readDictionary(path); }
+    /// The names of all that lies in the file's folder.
+    QStringList neighbours() const {
+        return QFileInfo(path).dir().entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
 
     const QString kFile = QStringLiteral("Library/Preferences/com.example.plist");
     const QString a = QStringLiteral("a");
@@ -115,6 +123,16 @@ TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideAndTheSettingsStartAnew) {
     }
 }
 
+TEST_F(UserDefaultsTest, ADamagedFileThatCannotBeSetAsideIsNeverOverwritten) {
+    home.write(kFile, "damage");
+    home.makeFolder(kFile + QStringLiteral(".damaged/in the way"));
+    defaults.setObject(a, 1);
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_EQ(test::readAll(path), "damage");
+    EXPECT_TRUE(defaults.damagedFile().isNull());
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(1));
+}
+
 TEST_F(UserDefaultsTest, AnIntactFileIsNotSetAside) {
     store({{a, 1LL}});
     defaults.objectForKey(a);
@@ -138,6 +156,51 @@ TEST_F(UserDefaultsTest, AFailedWriteKeepsTheChangesForALaterTry) {
     ASSERT_TRUE(QFile::remove(home.path(QStringLiteral("Library"))));
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(stored(), QVariantMap({{a, 1LL}}));
+}
+
+TEST_F(UserDefaultsTest, WhatAKilledWriterLeftIsReplacedWhateverItIs) {
+    const QString leftover = path + QStringLiteral(".new");
+    const QByteArray name = QFile::encodeName(leftover);
+    const QString precious = home.write(QStringLiteral("Documents/letter"), "kept");
+    const std::function<void()> plants[] = {
+        [&] { home.write(kFile + QStringLiteral(".new"), QByteArray(1 << 20, 'x')); },
+        [&] { QFile::link(precious, leftover); },
+        [&] { QFile::link(home.path(QStringLiteral("Documents")), leftover); },
+        [&] { ::mkfifo(name.constData(), 0600); },
+        [&] {
+            home.makeFolder(kFile + QStringLiteral(".new/a"));
+            QFile::link(home.path(QStringLiteral("Documents")), leftover + QStringLiteral("/a/link"));
+        },
+    };
+    home.makeFolder(QStringLiteral("Library/Preferences"));
+    qlonglong round = 0;
+    for (const auto &plant : plants) {
+        plant();
+        ASSERT_EQ(neighbours().count(QFileInfo(leftover).fileName()), 1);
+        defaults.setObject(a, ++round);
+        EXPECT_TRUE(defaults.synchronize()) << round;
+        EXPECT_EQ(stored(), QVariantMap({{a, round}}));
+        EXPECT_EQ(neighbours(), QStringList{QFileInfo(path).fileName()});
+        EXPECT_FALSE(QFileInfo(path).isSymLink());
+        EXPECT_EQ(test::readAll(precious), "kept");
+    }
+}
+
+TEST_F(UserDefaultsTest, WhenTheDiskIsFullTheOldFileStaysAndNothingBesideIt) {
+    store({{b, 1LL}});
+    rlimit unlimited{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &unlimited), 0);
+    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit few{100, unlimited.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &few), 0);
+    defaults.setObject(a, 2LL);
+    EXPECT_FALSE(defaults.synchronize());
+    ::setrlimit(RLIMIT_FSIZE, &unlimited);
+    std::signal(SIGXFSZ, previous);
+    EXPECT_EQ(stored(), QVariantMap({{b, 1LL}}));
+    EXPECT_EQ(neighbours(), QStringList{QFileInfo(path).fileName()});
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored(), QVariantMap({{a, 2LL}, {b, 1LL}}));
 }
 
 TEST_F(UserDefaultsTest, AValueThatNoPropertyListHoldsIsNotWritten) {

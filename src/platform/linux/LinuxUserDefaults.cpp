@@ -7,9 +7,10 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 #include <cerrno>
-#include <fcntl.h>
+#include <cstdio>
+#include <filesystem>
+#include <unistd.h>
 
 namespace quillmark {
 
@@ -104,13 +105,22 @@ bool LinuxUserDefaults::synchronize() {
 
 bool LinuxUserDefaults::write(const QVariantMap &values) const {
     const auto document = m_propertyList.toXml(values);
-    QSaveFile file(m_path);
-    if (!document || !file.open(QIODevice::WriteOnly)) {
+    if (!document) {
         return false;
     }
-    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
-    file.write(*document);
-    return file.commit();
+    // One name for every writer, since only the lock's holder writes: what a killed one left is replaced by the next.
+    QFile file(m_path + QStringLiteral(".new"));
+    const QByteArray name = QFile::encodeName(file.fileName());
+    std::error_code obstacle;
+    std::filesystem::remove_all(name.constData(), obstacle);
+    const bool isReplaced = file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
+                                      QFile::ReadOwner | QFile::WriteOwner) &&
+                            file.write(*document) == document->size() && ::fsync(file.handle()) == 0 &&
+                            ::rename(name.constData(), QFile::encodeName(m_path).constData()) == 0;
+    if (!isReplaced) {
+        file.remove();
+    }
+    return isReplaced;
 }
 
 } // namespace quillmark
