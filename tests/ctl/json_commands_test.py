@@ -1,6 +1,7 @@
 """Flat JSON objects, as the product reads and writes them."""
 
 import json
+import os
 import subprocess
 import unittest
 
@@ -89,6 +90,14 @@ class Json(ToolTest):
     def test_input_that_is_no_utf8_is_a_failure(self):
         for command in ("decode", "escape", "unescape"):
             self.assertIn("UTF-8", self.with_input(command, b'{"a":"\xff"}', status=3))
+
+    def test_input_that_cannot_be_read_is_a_failure(self):
+        folder = os.open(self.home, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        for command in ("decode", "encode", "escape", "unescape"):
+            done = subprocess.run([TOOL, "json", command], stdin=folder, capture_output=True, text=True, timeout=60,
+                                  env={"HOME": str(self.home), "LANG": "C.UTF-8"})
+            self.assertEqual((done.returncode, done.stderr), (3, "quillmarkctl: standard input: Is a directory\n"))
 
     def test_a_text_that_cannot_be_written_is_a_failure(self):
         with open("/dev/full", "w") as full:

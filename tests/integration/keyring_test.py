@@ -116,6 +116,20 @@ class Keyring(unittest.TestCase):
         self.session = Session(self, self.home, starts_services=True)
         self.assert_out_of_reach("there is no default keyring")
 
+    def test_a_keyring_on_a_full_disk_says_so_and_keeps_what_it_has(self):
+        self.session.start_keyring()
+        document = '{"beta":true,"password":"p"}'
+        self.keychain("raw", "set", "ada", text=document)
+        self.session.fill_disk()
+        for arguments, why in ((("save", "ada", "--password"), "can't be written"),
+                               (("save", "bob", "--password"), "can't be written"),
+                               (("flag", "remove", "ada", "beta"), "can't be written"),
+                               (("key", "save", "ada"), "can't be written"), (("remove", "ada"), "can't be deleted")):
+            self.keychain(*arguments, status=3, text="s3cret")
+            self.assertTrue(self.error_text.endswith(why + "\n"), self.error_text)
+        self.assertEqual(self.keychain("raw", "get", "ada"), document + "\n")
+        self.keychain("get", "bob", status=1)
+
     def test_a_service_that_never_answers_holds_nobody_up_and_loses_nothing(self):
         self.session.start_keyring()
         self.keychain("raw", "set", "ada", text=DOCUMENT)

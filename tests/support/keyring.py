@@ -2,6 +2,7 @@
 
 import os
 import re
+import resource
 import subprocess
 from pathlib import Path
 
@@ -39,18 +40,27 @@ class Session:
         return done.stdout
 
     def start_keyring(self):
-        """A keyring with an empty password, unlocked. It ends with its bus."""
-        self.run("gnome-keyring-daemon", "--unlock", "--components=secrets", input="\n", check=True)
+        """A keyring with an empty password, unlocked. It ends with its bus, and not by the signal of fill_disk()."""
+        self.run("gnome-keyring-daemon", "--unlock", "--components=secrets", input="\n", check=True, restore_signals=False)
         self.run("gdbus", "wait", "--session", "--timeout", "20", NAME, check=True)
 
     def lock(self):
         self.call("/org/freedesktop/secrets", "org.freedesktop.Secret.Service.Lock",
                   "['/org/freedesktop/secrets/collection/login']")
 
-    def signal_keyring(self, number):
+    def keyring_process(self):
         done = self.run("gdbus", "call", "--session", "-d", "org.freedesktop.DBus", "-o", "/org/freedesktop/DBus", "-m",
                         "org.freedesktop.DBus.GetConnectionUnixProcessID", NAME, check=True)
-        os.kill(int(re.search(r"uint32 (\d+)", done.stdout)[1]), number)
+        return int(re.search(r"uint32 (\d+)", done.stdout)[1])
+
+    def signal_keyring(self, number):
+        os.kill(self.keyring_process(), number)
+
+    def fill_disk(self):
+        """The keyring can't write its file any more."""
+        process = self.keyring_process()
+        _, most = resource.prlimit(process, resource.RLIMIT_FSIZE)
+        resource.prlimit(process, resource.RLIMIT_FSIZE, (0, most))
 
     def items(self, service, account):
         """How many items with these names there are."""
