@@ -15,9 +15,17 @@ struct AlertDescription {
     QStringList buttons;
     /// The button that Escape and the close box press; absent: the last one.
     std::optional<int> escapeButton;
+    /// What stands beside a small check box under the texts, which is off at first; empty: there is none.
+    QString suppressionText;
 
     /// The index of the harmless button.
     int lastButton() const { return buttons.isEmpty() ? 0 : static_cast<int>(buttons.size()) - 1; }
+};
+
+/// What the user did with an alert.
+struct AlertAnswer {
+    int button = 0; ///< the index of the one that was pressed
+    bool isSuppressionChecked = false;
 };
 
 /// Alerts in windows of their own.
@@ -28,8 +36,8 @@ public:
     virtual ~Alerts() = default;
 
     /// Shows an alert and waits for an answer. Where no window can be shown, the texts go to standard error, the
-    /// problem is reported, and the last button counts as pressed. \returns the index of the button that was pressed.
-    virtual int runModal(const AlertDescription &alert) = 0;
+    /// problem is reported, and the last button counts as pressed.
+    virtual AlertAnswer runModal(const AlertDescription &alert) = 0;
 };
 
 } // namespace quillmark

@@ -12,16 +12,19 @@ class FakeAlerts final : public Alerts {
 public:
     explicit FakeAlerts(Transcript &transcript) : m_transcript(transcript) {}
 
-    std::deque<int> answers; ///< the buttons that are pressed, in order; when they run out, the last button is
+    AlertDescription last;           ///< what was shown
+    std::deque<AlertAnswer> answers; ///< in order; when they run out, the last button is pressed
 
-    int runModal(const AlertDescription &alert) override {
+    AlertAnswer runModal(const AlertDescription &alert) override {
         m_transcript.record(
-            QStringLiteral("runModal [%1] %2 | %3 | %4")
-                .arg(alert.windowTitle, alert.messageText, alert.informativeText, alert.buttons.join(u", ")));
+            QStringLiteral("runModal [%1] %2 | %3 | %4%5")
+                .arg(alert.windowTitle, alert.messageText, alert.informativeText, alert.buttons.join(u", "),
+                     alert.suppressionText.isEmpty() ? QString() : QStringLiteral(" | ") + alert.suppressionText));
+        last = alert;
         if (answers.empty()) {
-            return alert.lastButton();
+            return {alert.lastButton(), false};
         }
-        const int answer = answers.front();
+        const AlertAnswer answer = answers.front();
         answers.pop_front();
         return answer;
     }

@@ -31,7 +31,7 @@ protected:
     /// What one alert writes on standard error.
     QString said() {
         testing::internal::CaptureStderr();
-        answer = alerts.runModal(alert);
+        answer = alerts.runModal(alert).button;
         return QString::fromStdString(testing::internal::GetCapturedStderr());
     }
 

@@ -8,6 +8,7 @@
 #include "support/QtPrinters.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QDialog>
 #include <QLabel>
 #include <QPushButton>
@@ -40,7 +41,9 @@ protected:
                 dialog->done(kNothingPressed);
             }
         });
-        return m_alerts.runModal(alert);
+        const AlertAnswer answer = m_alerts.runModal(alert);
+        isSuppressionChecked = answer.isSuppressionChecked;
+        return answer.button;
     }
     /// Shows the alert to `look`, which leaves it open.
     void lookAt(const std::function<void(QDialog &)> &look) { EXPECT_EQ(answerAfter(look), kNothingPressed); }
@@ -52,8 +55,13 @@ protected:
         return *dialog.findChild<QLabel *>(QLatin1StringView(name));
     }
 
+    static QCheckBox &suppression(const QDialog &dialog) {
+        return *dialog.findChild<QCheckBox *>(QStringLiteral("suppression"));
+    }
+
     static constexpr int kNothingPressed = -7;
     AlertDescription alert;
+    bool isSuppressionChecked = false; ///< in the last answer
 
 private:
     std::unique_ptr<Bundle> m_bundle;

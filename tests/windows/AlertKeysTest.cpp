@@ -79,7 +79,43 @@ TEST_F(AlertKeys, TabGoesThroughTheButtonsInTheirOrder) {
 
 TEST_F(AlertKeys, AnAmpersandInATitleIsNoShortcut) {
     alert.buttons = {QStringLiteral("Quit"), QStringLiteral("Save & Quit")};
-    lookAt([](QDialog &dialog) { EXPECT_TRUE(button(dialog, 1).shortcut().isEmpty()); });
+    alert.suppressionText = QStringLiteral("Yes & Amen");
+    lookAt([](QDialog &dialog) {
+        EXPECT_TRUE(button(dialog, 1).shortcut().isEmpty());
+        EXPECT_TRUE(suppression(dialog).shortcut().isEmpty());
+    });
+}
+
+TEST_F(AlertKeys, TheCheckBoxIsOffUntilItIsPressed) {
+    alert.suppressionText = QStringLiteral("Never again");
+    EXPECT_EQ(answerAfter(press(Qt::Key_Escape)), 2);
+    EXPECT_FALSE(isSuppressionChecked);
+    EXPECT_EQ(answerAfter([](QDialog &dialog) {
+                  QTest::mouseClick(&suppression(dialog), Qt::LeftButton, {},
+                                    QPoint(8, suppression(dialog).height() / 2));
+                  QTest::keyClick(&dialog, Qt::Key_Escape);
+              }),
+              2);
+    EXPECT_TRUE(isSuppressionChecked);
+}
+
+TEST_F(AlertKeys, TheCheckBoxIsReachedByTabBehindTheButtonsAndSwitchedBySpace) {
+    alert.suppressionText = QStringLiteral("Never again");
+    EXPECT_EQ(answerAfter([](QDialog &dialog) {
+                  for (int presses = 0; presses < 3; ++presses) {
+                      QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+                  }
+                  EXPECT_EQ(dialog.focusWidget(), &suppression(dialog));
+                  QTest::keyClick(dialog.focusWidget(), Qt::Key_Space);
+                  QTest::keyClick(dialog.focusWidget(), Qt::Key_Return);
+              }),
+              0);
+    EXPECT_TRUE(isSuppressionChecked);
+}
+
+TEST_F(AlertKeys, AnAlertWithoutACheckBoxAnswersThatItIsOff) {
+    EXPECT_EQ(answerAfter(press(Qt::Key_Escape)), 2);
+    EXPECT_FALSE(isSuppressionChecked);
 }
 
 } // namespace quillmark::test

@@ -3,6 +3,8 @@
 #include "windows/AlertFixture.h"
 #include "windows/NothingClipped.h"
 
+#include <functional>
+
 namespace quillmark::test {
 
 namespace {
@@ -11,26 +13,44 @@ namespace {
 class AlertLanguages : public AlertFixture, public testing::WithParamInterface<const char *> {
 protected:
     AlertLanguages() {
-        const LinuxBundle bundle(QStringLiteral(QUILLMARK_APP), {QLatin1StringView(GetParam())},
-                                 nativePlatform().propertyList);
-        LocalizedStrings strings(bundle);
-        alert.messageText = strings.localisedString(QStringLiteral("QuillmarkLauncher_AlreadyRunning"));
-        alert.informativeText = strings.localisedString(QStringLiteral("QuillmarkLauncher_YouMustQuit"));
-        alert.buttons = {strings.localisedString(QStringLiteral("Quit"))};
+        alert.messageText = text("QuillmarkLauncher_AlreadyRunning");
+        alert.informativeText = text("QuillmarkLauncher_YouMustQuit");
+        alert.buttons = {text("Quit")};
+    }
+    QString text(const char *key) { return m_strings.localisedString(QLatin1StringView(key)); }
+
+private:
+    LinuxBundle m_bundle{QStringLiteral(QUILLMARK_APP), {QLatin1StringView(GetParam())}, nativePlatform().propertyList};
+    LocalizedStrings m_strings{m_bundle};
+};
+
+/// The offer to move, with its longest text.
+class MoveAlertLanguages : public AlertLanguages {
+protected:
+    MoveAlertLanguages() {
+        alert.messageText = text("Move to Applications folder?");
+        alert.informativeText = text("I can move myself to the Applications folder if you'd like.") + u' ' +
+                                text("Note that this will require an administrator password.");
+        alert.buttons = {text("Move to Applications Folder"), text("Do Not Move")};
+        alert.suppressionText = text("Do not show this message again");
     }
 };
+
+void expectNothingClippedInALargeFont(const std::function<void()> &look) {
+    const QFont before = QApplication::font();
+    QFont large = before;
+    large.setPointSizeF(before.pointSizeF() * 2.5);
+    QApplication::setFont(large);
+    look();
+    QApplication::setFont(before);
+}
 
 } // namespace
 
 TEST_P(AlertLanguages, ClipNoTextAndNoButton) { lookAt(expectNothingClipped); }
 
 TEST_P(AlertLanguages, ClipNothingInALargeFont) {
-    const QFont before = QApplication::font();
-    QFont large = before;
-    large.setPointSizeF(before.pointSizeF() * 2.5);
-    QApplication::setFont(large);
-    lookAt(expectNothingClipped);
-    QApplication::setFont(before);
+    expectNothingClippedInALargeFont([this] { lookAt(expectNothingClipped); });
 }
 
 TEST_P(AlertLanguages, WrapLongTextsAtAComfortableMeasure) {
@@ -42,8 +62,15 @@ TEST_P(AlertLanguages, WrapLongTextsAtAComfortableMeasure) {
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(EachOne, AlertLanguages, testing::Values("en", "de", "fr", "es", "ja"),
-                         [](const auto &language) { return std::string(language.param); });
+TEST_P(MoveAlertLanguages, ClipNoTextAndNoButton) { lookAt(expectNothingClipped); }
+
+TEST_P(MoveAlertLanguages, ClipNothingInALargeFont) {
+    expectNothingClippedInALargeFont([this] { lookAt(expectNothingClipped); });
+}
+
+constexpr auto kLanguageName = [](const auto &language) { return std::string(language.param); };
+INSTANTIATE_TEST_SUITE_P(EachOne, AlertLanguages, testing::Values("en", "de", "fr", "es", "ja"), kLanguageName);
+INSTANTIATE_TEST_SUITE_P(EachOne, MoveAlertLanguages, testing::Values("en", "de", "fr", "es", "ja"), kLanguageName);
 
 TEST_F(AlertFixture, AWordThatIsLongerThanTheMeasureIsNotClipped) {
     alert.informativeText = QStringLiteral("/Applications/") + QString(90, u'x') + QStringLiteral(".app is damaged.");

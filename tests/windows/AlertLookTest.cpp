@@ -1,6 +1,7 @@
 #include "windows/AlertFixture.h"
 
 #include <QAccessible>
+#include <QFontInfo>
 #include <QImage>
 #include <QScreen>
 
@@ -41,6 +42,33 @@ TEST_F(AlertLook, HasNoRoomForAnInformativeTextThatIsEmpty) {
 TEST_F(AlertLook, TakesNoTextForMarkup) {
     alert.messageText = QStringLiteral("<b>1 < 2</b>");
     lookAt([](QDialog &dialog) { EXPECT_EQ(label(dialog, "messageText").textFormat(), Qt::PlainText); });
+}
+
+TEST_F(AlertLook, HasNoCheckBoxWithoutATextForIt) {
+    lookAt([](QDialog &dialog) { EXPECT_EQ(dialog.findChild<QCheckBox *>(), nullptr); });
+}
+
+TEST_F(AlertLook, ShowsASmallCheckBoxBetweenTheTextsAndTheButtons) {
+    alert.suppressionText = QStringLiteral("Do not show this message again");
+    lookAt([this](QDialog &dialog) {
+        const QCheckBox &box = suppression(dialog);
+        const QLabel &above = label(dialog, "informativeText");
+        EXPECT_EQ(box.text(), alert.suppressionText);
+        EXPECT_LT(QFontInfo(box.font()).pixelSize(), QFontInfo(above.font()).pixelSize());
+        EXPECT_GE(placeIn(dialog, box).top(), placeIn(dialog, above).bottom());
+        EXPECT_LE(placeIn(dialog, box).bottom(), placeIn(dialog, button(dialog, 0)).top());
+        EXPECT_LE(std::abs(placeIn(dialog, box).left() - placeIn(dialog, above).left()), 4);
+    });
+}
+
+TEST_F(AlertLook, TellsScreenReadersTheCheckBox) {
+    alert.suppressionText = QStringLiteral("Ask & answer");
+    lookAt([this](QDialog &dialog) {
+        QAccessibleInterface &box = accessible(suppression(dialog));
+        EXPECT_EQ(box.role(), QAccessible::CheckBox);
+        EXPECT_EQ(box.text(QAccessible::Name), alert.suppressionText);
+        EXPECT_FALSE(box.state().checked);
+    });
 }
 
 TEST_F(AlertLook, NamesTheOnlyButtonOkWhenNoneIsGiven) {
@@ -112,6 +140,7 @@ TEST_F(AlertLook, FollowsADarkPalette) {
     const QPalette before = QApplication::palette();
     QPalette dark(QColor(0x2a, 0x2e, 0x32));
     QApplication::setPalette(dark);
+    alert.suppressionText = QStringLiteral("Never again");
     lookAt([](QDialog &dialog) {
         const QImage picture = dialog.grab().toImage();
         const QColor ground = picture.pixelColor(2, 2);
@@ -120,6 +149,8 @@ TEST_F(AlertLook, FollowsADarkPalette) {
             QLabel &text = label(dialog, name);
             EXPECT_GT(contrast(text.palette().color(text.foregroundRole()), ground), 0x80) << name;
         }
+        const QCheckBox &box = suppression(dialog);
+        EXPECT_GT(contrast(box.palette().color(box.foregroundRole()), ground), 0x80);
     });
     QApplication::setPalette(before);
 }

@@ -1,5 +1,5 @@
-// Shows the alert of a second start, from a bundle of its own and in the user's language, and prints the answer:
-// "answer 0".
+// Shows an alert from a bundle of its own, in the user's language, and prints the answer: "answer 0". It is the alert
+// of a second start, or the question before a move ("AlertProbe move"), with its longest text.
 
 #include "branding/LocalizedStrings.h"
 #include "platform/Alerts.h"
@@ -7,13 +7,21 @@
 #include "platform/Problem.h"
 #include "utils/Log.h"
 
-int main() {
-    using quillmark::QMLocalizedString;
+int main(int count, char ** /*arguments*/) {
+    const auto text = [](const char *key) { return quillmark::QMLocalizedString(QString::fromLatin1(key)); };
     quillmark::setProblemReporter([](const QString &sentence) { quillmark::logError("%@", sentence); });
     quillmark::AlertDescription alert;
-    alert.windowTitle = QMLocalizedString(QStringLiteral("ProductName"));
-    alert.messageText = QMLocalizedString(QStringLiteral("QuillmarkLauncher_AlreadyRunning"));
-    alert.informativeText = QMLocalizedString(QStringLiteral("QuillmarkLauncher_YouMustQuit"));
-    alert.buttons = {QMLocalizedString(QStringLiteral("Quit"))};
-    quillmark::NSPrintf("answer %d", quillmark::platform().alerts.runModal(alert));
+    alert.windowTitle = text("ProductName");
+    if (count > 1) {
+        alert.messageText = text("Move to Applications folder?");
+        alert.informativeText = text("I can move myself to the Applications folder if you'd like.") + u' ' +
+                                text("Note that this will require an administrator password.");
+        alert.buttons = {text("Move to Applications Folder"), text("Do Not Move")};
+        alert.suppressionText = text("Do not show this message again");
+    } else {
+        alert.messageText = text("QuillmarkLauncher_AlreadyRunning");
+        alert.informativeText = text("QuillmarkLauncher_YouMustQuit");
+        alert.buttons = {text("Quit")};
+    }
+    quillmark::NSPrintf("answer %d", quillmark::platform().alerts.runModal(alert).button);
 }

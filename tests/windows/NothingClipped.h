@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QDialog>
 #include <QHeaderView>
 #include <QLabel>
-#include <QPushButton>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ inline void expectNothingClipped(const QDialog &dialog) {
             EXPECT_LE(needed.width(), text->contentsRect().width()) << qPrintable(text->text());
             EXPECT_LE(needed.height(), text->contentsRect().height()) << qPrintable(text->text());
         }
-        if (const auto *const button = qobject_cast<const QPushButton *>(widget)) {
+        if (const auto *const button = qobject_cast<const QAbstractButton *>(widget)) {
             EXPECT_GE(button->width(), button->sizeHint().width()) << qPrintable(button->text());
             EXPECT_GE(button->height(), button->sizeHint().height()) << qPrintable(button->text());
         }

@@ -4,6 +4,7 @@
 #include "platform/Alerts.h"
 
 #include <QAccessible>
+#include <QCheckBox>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QHBoxLayout>
@@ -12,6 +13,7 @@
 #include <QScreen>
 #include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace quillmark {
 
@@ -22,6 +24,12 @@ constexpr int kIconSpacing = 18;  // between icon and texts
 constexpr int kTextSpacing = 8;   // between the two texts
 constexpr int kAboveButtons = 22; // between texts and buttons
 constexpr int kMinimumButtonWidth = 88;
+constexpr int kBesideTitle = 6;          // more than the style leaves between a button's title and its edges
+constexpr int kAboveSuppression = 8;     // more than between the texts
+constexpr double kSmallFont = 11.0 / 13; // the small system font of a Mac beside the ordinary one
+
+/// An ampersand is no mnemonic here; the texts are shared with systems that have none.
+QString titleWithoutMnemonic(QString title) { return title.replace(u'&', QStringLiteral("&&")); }
 
 } // namespace
 
@@ -66,8 +74,25 @@ void AlertDialog::addTexts(QBoxLayout &layout, const AlertDescription &alert) {
         informative->setObjectName(QStringLiteral("informativeText"));
         layout.addWidget(informative);
     }
+    if (!alert.suppressionText.isEmpty()) {
+        layout.addSpacing(kAboveSuppression);
+        addSuppression(layout, alert.suppressionText);
+    }
     layout.addStretch(1);
 }
+
+void AlertDialog::addSuppression(QBoxLayout &layout, const QString &title) {
+    m_suppression = new QCheckBox(titleWithoutMnemonic(title));
+    m_suppression->setObjectName(QStringLiteral("suppression"));
+    m_suppression->setAccessibleName(title);
+    m_suppression->setAttribute(Qt::WA_MacSmallSize);
+    QFont small = m_suppression->font();
+    small.setPointSizeF(small.pointSizeF() * kSmallFont);
+    m_suppression->setFont(small);
+    layout.addWidget(m_suppression, 0, Qt::AlignLeading);
+}
+
+bool AlertDialog::isSuppressionChecked() const { return m_suppression != nullptr && m_suppression->isChecked(); }
 
 /// The default button is made first, which makes it the first for the Tab key, and stands outermost.
 void AlertDialog::addButtons(QBoxLayout &layout, QStringList titles) {
@@ -76,11 +101,10 @@ void AlertDialog::addButtons(QBoxLayout &layout, QStringList titles) {
     }
     layout.addStretch(1);
     for (int index = 0; index < titles.size(); ++index) {
-        // An ampersand is no mnemonic here; the texts are shared with systems that have none.
-        auto *const button = new QPushButton(QString(titles[index]).replace(u'&', QStringLiteral("&&")), this);
+        auto *const button = new QPushButton(titleWithoutMnemonic(titles[index]), this);
         button->setObjectName(QStringLiteral("button%1").arg(index));
         button->setAccessibleName(titles[index]);
-        button->setMinimumWidth(kMinimumButtonWidth);
+        button->setMinimumWidth(std::max(kMinimumButtonWidth, button->sizeHint().width() + 2 * kBesideTitle));
         button->setAutoDefault(false); // Return presses the default button wherever the focus is
         button->setDefault(index == 0);
         connect(button, &QPushButton::clicked, this, [this, index] { done(index); });

@@ -23,9 +23,10 @@ DialogAlerts::DialogAlerts(const QString &resourceFolder) {
     QAccessible::installFactory(accessibleAlert);
 }
 
-int DialogAlerts::runModal(const AlertDescription &alert) {
+AlertAnswer DialogAlerts::runModal(const AlertDescription &alert) {
     AlertDialog dialog(alert, m_icon);
-    return dialog.exec();
+    const int button = dialog.exec();
+    return {button, dialog.isSuppressionChecked()};
 }
 
 } // namespace quillmark

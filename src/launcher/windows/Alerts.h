@@ -10,7 +10,7 @@ namespace quillmark {
 class DialogAlerts final : public Alerts {
 public:
     explicit DialogAlerts(const QString &resourceFolder);
-    int runModal(const AlertDescription &alert) override;
+    AlertAnswer runModal(const AlertDescription &alert) override;
     const QIcon &icon() const { return m_icon; }
 
 private:

@@ -7,7 +7,7 @@
 
 namespace quillmark {
 
-int LinuxAlerts::runModal(const AlertDescription &alert) {
+AlertAnswer LinuxAlerts::runModal(const AlertDescription &alert) {
     QString obstacle;
     if (Windows *windows = m_windowModule.open(obstacle); windows != nullptr) {
         return windows->alerts().runModal(alert);
@@ -16,7 +16,7 @@ int LinuxAlerts::runModal(const AlertDescription &alert) {
     const QString line = QStringLiteral("%1: %2 %3").arg(alert.windowTitle, alert.messageText, alert.informativeText);
     const QByteArray bytes = line.simplified().toUtf8() + '\n';
     std::fputs(bytes.constData(), stderr);
-    return alert.lastButton();
+    return {alert.lastButton(), false};
 }
 
 } // namespace quillmark

@@ -11,7 +11,7 @@ class LinuxAlerts final : public Alerts {
 public:
     explicit LinuxAlerts(WindowModule &windowModule) : m_windowModule(windowModule) {}
 
-    int runModal(const AlertDescription &alert) override;
+    AlertAnswer runModal(const AlertDescription &alert) override;
 
 private:
     WindowModule &m_windowModule;
