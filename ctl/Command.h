@@ -74,6 +74,7 @@ std::span<const Command> integrityCommands();
 std::span<const Command> jsonCommands();
 std::span<const Command> keychainCommands();
 std::span<const Command> logCommands();
+std::span<const Command> moveCommands();
 std::span<const Command> processCommands();
 std::span<const Command> runCommands();
 std::span<const Command> systemCommands();

@@ -20,6 +20,7 @@ constexpr Group kGroups[] = {
     {"keychain raw", "items as they are stored"},
     {"keychain skip-auth", "whether accounts skip authentication"},
     {"log", "the log file"},
+    {"move", "the move into the Applications folder"},
     {"process", "applications and processes that run"},
     {"user", "accounts that are known here, and their settings"},
     {"version", "versions of the application and of texts"},
@@ -50,8 +51,8 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands :
          {bundleCommands(), errorCommands(), finderCommands(), headerCommands(), installCommands(), integrityCommands(),
-          logCommands(), jsonCommands(), keychainCommands(), processCommands(), runCommands(), systemCommands(),
-          textCommands(), userCommands(), versionCommands()}) {
+          logCommands(), jsonCommands(), keychainCommands(), moveCommands(), processCommands(), runCommands(),
+          systemCommands(), textCommands(), userCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

@@ -2,6 +2,7 @@
 
 #include "accounts/KeyList.h"
 #include "branding/LocalizedStrings.h"
+#include "desktop/MoveToApplications.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Alerts.h"
 #include "platform/Application.h"
@@ -30,7 +31,9 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     InstallCheckManager &installCheck = m_installCheck();
     installCheck.setDelegate(this);
     ensureCoreNotRunning();
-    m_staleBundles = staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList);
+    PFAltDstBundleName(m_productName);
+    PFAlsoRemoveBundles(staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList));
+    PFMoveToApplicationsFolderIfNecessary(m_platform, m_strings);
     logNormal("%@ did finish launching", m_productName);
     if (installCheck.checkForRequiredItems()) {
         launchCore();

@@ -3,7 +3,6 @@
 #include "installcheck/InstallCheckManager.h"
 
 #include <QString>
-#include <QStringList>
 #include <QVariantMap>
 #include <functional>
 
@@ -12,8 +11,8 @@ namespace quillmark {
 class LocalizedStrings;
 struct Platform;
 
-/// Drives the start-up, strictly in order: settings, log, single instance, stale copies, components, the core
-/// application, the end.
+/// Drives the start-up, strictly in order: settings, log, single instance, the move into the Applications folder,
+/// components, the core application, the end.
 ///
 /// Concurrency: the main thread only.
 class Quillmark_LauncherAppDelegate final : public ApplicationDelegate {
@@ -22,8 +21,9 @@ public:
     Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
                                   std::function<InstallCheckManager &()> installCheck);
 
-    /// The start-up. It ends the process when the core was launched, and comes back when components are at fault.
-    /// Raises what the logger's set-up raises. \returns true when the check window is up, and drives the rest.
+    /// The start-up. It ends the process when the core was launched or the application has moved, and comes back when
+    /// components are at fault. Raises what the logger's set-up raises. \returns true when the check window is up, and
+    /// drives the rest.
     bool applicationDidFinishLaunching();
 
     /// The "Brand" of the configuration; 0 when absent.
@@ -34,8 +34,6 @@ public:
 
     /// Starts the core application and ends the launcher. A launch that fails is not noticed.
     void launchCore() override;
-
-    const QStringList &staleBundles() const { return m_staleBundles; }
 
 private:
     void readConfiguration();
@@ -50,7 +48,6 @@ private:
     const std::function<InstallCheckManager &()> m_installCheck;
     const QString m_productName;
     QVariantMap config;
-    QStringList m_staleBundles;
 };
 
 } // namespace quillmark

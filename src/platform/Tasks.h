@@ -29,7 +29,8 @@ public:
     virtual std::optional<int> run(const QString &path, const QStringList &arguments) = 0;
 
     /// Starts a program, given by its path, and leaves it to itself. \returns false when it could not be started.
-    virtual bool start(const QString &path, const QStringList &arguments) = 0;
+    /// \param programFolder where it looks for programs by their names before anywhere else; may be null.
+    virtual bool start(const QString &path, const QStringList &arguments, const QString &programFolder) = 0;
 
     /// Starts a program, given by its path, with pipes. \returns nothing when it could not be started.
     virtual std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,

@@ -220,7 +220,7 @@ void UpdateToolManager::keepMacFuseLog() {
 }
 
 std::optional<int> UpdateToolManager::launch(const QString &path, const QStringList &arguments, bool waitUntilExit) {
-    if (!waitUntilExit && m_platform.tasks.start(path, arguments)) {
+    if (!waitUntilExit && m_platform.tasks.start(path, arguments, QString())) {
         return std::nullopt;
     }
     const auto status = waitUntilExit ? m_platform.tasks.run(path, arguments) : std::nullopt;

@@ -2,7 +2,9 @@
 
 #include "utils/ErrorText.h"
 
+#include <QDir>
 #include <QFile>
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <pwd.h>
@@ -43,6 +45,24 @@ QString accountName(uid_t account) {
 } // namespace
 
 bool FileManager::fileExists(const QString &path) const { return exists(QFile::encodeName(path)); }
+
+bool FileManager::isWritable(const QString &path) const {
+    return ::access(QFile::encodeName(path).constData(), W_OK) == 0;
+}
+
+bool FileManager::isWithin(const QString &path, const QString &folder) const {
+    namespace fs = std::filesystem;
+    const auto location = [](const QString &text) -> fs::path {
+        std::error_code error;
+        const fs::path whole = fs::absolute(QFile::encodeName(QDir::cleanPath(text)).constData(), error);
+        return fs::weakly_canonical(whole.parent_path(), error) / whole.filename();
+    };
+    const auto isBelow = [outer = location(folder)](const fs::path &inner) {
+        return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
+    };
+    std::error_code error;
+    return isBelow(location(path)) || isBelow(fs::weakly_canonical(QFile::encodeName(path).constData(), error));
+}
 
 std::optional<FileAttributes> FileManager::attributes(const QString &path) const {
     struct stat status {};

@@ -24,6 +24,13 @@ public:
     /// True when there is something at the path; links are followed.
     bool fileExists(const QString &path) const;
 
+    /// True when this process may write to what is at the path; links are followed.
+    bool isWritable(const QString &path) const;
+
+    /// True when what is at the path, or leads away from there as a link, is the folder or lies in it at any depth. The
+    /// folder itself is not followed when it is a link.
+    bool isWithin(const QString &path, const QString &folder) const;
+
     /// Of what is at the path, be it a link; nothing when there is nothing or it can't be told.
     std::optional<FileAttributes> attributes(const QString &path) const;
 

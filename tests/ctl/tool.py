@@ -13,7 +13,7 @@ APP = Path(os.environ["QUILLMARK_APP"])
 TOOL = APP / "Contents/MacOS/quillmarkctl"
 COMMANDS = ["base64 decode", "base64 encode", "bundles find", "bundles stale", "error posix", "finder refresh", "finder selection", "finder servers", "header render", "host addresses", "host name", "host same", "host short",
             "json decode", "json encode", "json escape", "json unescape",
-            "log write", "process core-running", "process launch", "process list", "process quit", "process running", "repair", "run", "sign",
+            "log write", "move plan", "process core-running", "process launch", "process list", "process quit", "process running", "repair", "run", "sign",
             "status", "system", "unzip", "verify", "text", "brand", "user cache-path", "user clean",
             "user features", "user get", "user list", "user remove", "user rename", "user selected", "user set", "user show",
             "user unset", "version build", "version component", "version parse", "version self"]

@@ -11,6 +11,11 @@ struct Terminated {};
 class FakeApplication final : public Application {
 public:
     explicit FakeApplication(Transcript &transcript) : m_transcript(transcript) {}
+    bool isActiveNow = true;
+
+    bool isActive() const override { return isActiveNow; }
+    void activateIgnoringOtherApps() override { m_transcript.record(QStringLiteral("activateIgnoringOtherApps")); }
+
     [[noreturn]] void terminate() override {
         m_transcript.record(QStringLiteral("terminate"));
         throw Terminated();

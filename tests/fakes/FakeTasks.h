@@ -35,8 +35,11 @@ public:
                         : std::nullopt;
     }
 
-    bool start(const QString &path, const QStringList &arguments) override {
+    bool start(const QString &path, const QStringList &arguments, const QString &programFolder) override {
         m_transcript.record(QStringLiteral("start ") + path + u' ' + arguments.join(u' '));
+        if (!programFolder.isNull()) {
+            m_transcript.record(QStringLiteral("  with programs of ") + programFolder);
+        }
         return canStart;
     }
 

@@ -4,6 +4,7 @@
 #include "platform/Workspace.h"
 
 #include <QMap>
+#include <functional>
 
 namespace quillmark::test {
 
@@ -15,7 +16,8 @@ public:
     QStringList localFolders;
     QStringList downloads;
     QList<QVariantMap> applications;
-    QMap<QString, QString> bundles; ///< paths by identifier
+    QMap<QString, QString> bundles;                 ///< paths by identifier
+    std::function<void(const QString &)> onRecycle; ///< what becomes of an item, by its path
 
     QStringList applicationsFolders(Domain domain) const override {
         switch (domain) {
@@ -57,8 +59,14 @@ public:
         return true;
     }
     bool recycle(const QString &name, const QString &folder) override {
-        return !m_transcript.recordOrFail(QStringLiteral("recycle %1 in %2").arg(name, folder),
-                                          QStringLiteral("recycle"));
+        if (m_transcript.recordOrFail(QStringLiteral("recycle %1 in %2").arg(name, folder),
+                                      QStringLiteral("recycle"))) {
+            return false;
+        }
+        if (onRecycle) {
+            onRecycle(folder + u'/' + name);
+        }
+        return true;
     }
 
 private:

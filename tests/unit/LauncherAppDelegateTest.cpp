@@ -1,5 +1,6 @@
 #include "accounts/KeyList.h"
 #include "branding/BrandingManager.h"
+#include "desktop/MovePlan.h"
 #include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "support/LogFixture.h"
@@ -13,7 +14,8 @@ namespace {
 class LauncherAppDelegate : public test::LogFixture {
 protected:
     LauncherAppDelegate() {
-        platform.bundle.bundlePath = home.path(QStringLiteral("Quillmark.app"));
+        gAlsoRemoveBundlePaths.clear();
+        platform.bundle.bundlePath = home.path(QStringLiteral("Applications/Quillmark.app"));
         resource(QStringLiteral("Config.plist"), "config", {{QStringLiteral("Brand"), 15}});
         resource(QStringLiteral("Defaults.plist"), "defaults",
                  {{QStringLiteral("FileLogging"), QStringLiteral("normal")},
@@ -24,8 +26,16 @@ protected:
     }
     void resource(const QString &name, const QByteArray &document, const QVariantMap &values) {
         platform.bundle.resources << name;
-        home.write(QStringLiteral("Quillmark.app/Contents/Resources/") + name, document);
+        home.write(QStringLiteral("Applications/Quillmark.app/Contents/Resources/") + name, document);
         platform.propertyList.documents.insert(document, values);
+    }
+    /// Puts the bundle into a download folder, and an old copy of it where a move leads.
+    void leaveApplications() {
+        ASSERT_TRUE(QDir().rename(home.path(QStringLiteral("Applications")), home.path(QStringLiteral("Downloads"))));
+        platform.bundle.bundlePath = home.path(QStringLiteral("Downloads/Quillmark.app"));
+        platform.workspace.localFolders = {home.makeFolder(QStringLiteral("computer"))};
+        platform.workspace.onRecycle = [](const QString &path) { QDir(path).removeRecursively(); };
+        home.write(QStringLiteral("computer/Quillmark.app/old"), "old");
     }
     void setItems(const QVariantList &items) {
         platform.propertyList.documents.insert("catalogue", QVariantMap{{QStringLiteral("RequiredItems"), items}});
@@ -61,6 +71,12 @@ protected:
                 run + QStringLiteral("ps ax -o comm | grep 'Quillmark Mac' | grep -v grep >/dev/null"),
                 run + QStringLiteral("ps ax -o comm | grep 'QuillmarkCore' | grep -v grep >/dev/null")};
     }
+    /// The search for stale copies, and the thought of a move.
+    static QStringList looksAround() {
+        return {QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
+                QStringLiteral("objectForKey moveToApplicationsFolderAlertSuppress"),
+                QStringLiteral("applicationsFolders all")};
+    }
     static inline const QString kFirstPipeline =
         QStringLiteral("ps ax -o comm | fgrep 'QuillmarkCore' | grep -v grep | grep -v relaunchqm > /dev/null");
     QString core() const {
@@ -80,9 +96,9 @@ TEST_F(LauncherAppDelegate, TheStepsComeStrictlyInOrder) {
     EXPECT_EQ(platform.transcript.calls(),
               QStringList({QStringLiteral("registerDefaults FileLogging,StdioLogging"),
                            QStringLiteral("objectForKey FileLogging"), QStringLiteral("objectForKey StdioLogging"),
-                           pipelines()[0], pipelines()[1], pipelines()[2], QStringLiteral("applicationsFolders user"),
-                           QStringLiteral("applicationsFolders local"), QStringLiteral("launchApplication ") + core(),
-                           QStringLiteral("terminate")}));
+                           pipelines()[0], pipelines()[1], pipelines()[2]}) +
+                  looksAround() +
+                  QStringList({QStringLiteral("launchApplication ") + core(), QStringLiteral("terminate")}));
 }
 
 TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
@@ -112,7 +128,45 @@ TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingE
     EXPECT_EQ(
         messagesOf(getLogFilePath()).mid(2),
         QStringList({QStringLiteral("Letting other copy run, we will terminate"), QStringLiteral("User did quit")}));
-    EXPECT_TRUE(delegate().staleBundles().isEmpty());
+    EXPECT_TRUE(gAlsoRemoveBundlePaths.isEmpty());
+}
+
+TEST_F(LauncherAppDelegate, AMoveComesBehindTheStaleCopiesAndIsTheEnd) {
+    leaveApplications();
+    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    platform.alerts.answers = {{0, false}};
+    _setStandardStreams(nullptr, nullptr);
+    start();
+    const QStringList calls = platform.transcript.calls().filter(QRegularExpression(QStringLiteral("^(?!objectFor)")));
+    const qsizetype offer =
+        calls.indexOf(QRegularExpression(QStringLiteral("^runModal .*Move to Applications folder.*")));
+    EXPECT_EQ(calls.mid(offer - 5, 5),
+              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
+                           QStringLiteral("applicationsFolders all"), QStringLiteral("applicationsFolders local"),
+                           QStringLiteral("downloadsFolders")}));
+    EXPECT_TRUE(calls[offer + 1].startsWith(QStringLiteral("recycle Quillmark.app in ")));
+    EXPECT_TRUE(calls[offer + 3].startsWith(QStringLiteral("start /bin/sh -c ")));
+    EXPECT_EQ(calls.mid(offer + 5), QStringList{QStringLiteral("terminate")});
+    EXPECT_EQ(messagesOf(getLogFilePath()).last(), QStringLiteral("Moving myself to the Applications folder"));
+}
+
+TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedIsFollowedByTheRestOfTheStart) {
+    leaveApplications();
+    start();
+    EXPECT_EQ(platform.transcript.calls().filter(QStringLiteral("runModal")).size(), 1);
+    EXPECT_EQ(platform.transcript.calls().mid(platform.transcript.calls().size() - 2),
+              QStringList({QStringLiteral("launchApplication ") + core(), QStringLiteral("terminate")}));
+    EXPECT_TRUE(messagesOf(getLogFilePath()).contains(QStringLiteral("Quillmark did finish launching")));
+}
+
+TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedMayBeFollowedByFaultyComponents) {
+    leaveApplications();
+    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    _setStandardStreams(nullptr, nullptr);
+    EXPECT_TRUE(delegate().applicationDidFinishLaunching());
+    const QStringList calls = platform.transcript.calls();
+    EXPECT_LT(calls.indexOf(QRegularExpression(QStringLiteral("^runModal .*"))), calls.indexOf(u"bringToFront"));
+    EXPECT_FALSE(calls.contains(u"terminate"));
 }
 
 TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch) {
@@ -120,9 +174,9 @@ TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch
     platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("verbose"));
     start();
     EXPECT_EQ(platform.transcript.calls().mid(6),
-              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
-                           QStringLiteral("launch /usr/bin/env "), QStringLiteral("launchApplication ") + core(),
-                           QStringLiteral("terminate")}));
+              looksAround() +
+                  QStringList({QStringLiteral("launch /usr/bin/env "), QStringLiteral("launchApplication ") + core(),
+                               QStringLiteral("terminate")}));
     const QStringList lines = linesOf(getLogFilePath());
     EXPECT_EQ(
         lines.mid(lines.indexOf(QStringLiteral("nrm Quillmark did finish launching"))),
@@ -148,9 +202,8 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
     EXPECT_TRUE(delegate().applicationDidFinishLaunching()); // comes back, and the window is up
     EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("bringToFront"));
     const QStringList calls = platform.transcript.calls();
-    EXPECT_EQ(calls.mid(calls.indexOf(u"applicationsFolders user"), 3),
-              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
-                           QStringLiteral("launch /usr/bin/env ")}));
+    EXPECT_EQ(calls.mid(calls.indexOf(u"applicationsFolders user"), 5),
+              looksAround() + QStringList{QStringLiteral("launch /usr/bin/env ")});
     EXPECT_EQ(linesOf(getLogFilePath()).mid(2),
               QStringList({QStringLiteral("nrm Quillmark did finish launching"),
                            QStringLiteral("ERR \"gone\" is not in order: fehlt (\"/none\")"),
@@ -206,13 +259,14 @@ TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {
     EXPECT_TRUE(platform.transcript.calls().contains(QStringLiteral("launchApplication ") +
                                                      platform.bundle.resourcePath() +
                                                      QStringLiteral("/FederCore.app/Contents/MacOS/FederCore")));
-    EXPECT_TRUE(delegate().staleBundles().contains(QStringLiteral("/Applications/Feder Client-3.app")));
+    EXPECT_TRUE(gAlsoRemoveBundlePaths.contains(QStringLiteral("/Applications/Feder Client-3.app")));
+    EXPECT_EQ(gAltDstBundleName, QStringLiteral("Feder"));
     EXPECT_TRUE(getLogFilePath().contains(QStringLiteral("/Library/Logs/Feder/Feder/Feder-")));
 }
 
 TEST_F(LauncherAppDelegate, TheStaleCopiesAreListed) {
     start();
-    EXPECT_EQ(delegate().staleBundles().size(), 24);
+    EXPECT_EQ(gAlsoRemoveBundlePaths.size(), 24);
 }
 
 TEST_F(LauncherAppDelegate, TheBrandIsTheConfigurationsNumber) {

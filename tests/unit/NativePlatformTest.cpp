@@ -290,6 +290,27 @@ TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {
     EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 3")}), 3);
 }
 
+TEST(TasksTest, AStartedProgramFindsTheProgramsOfTheGivenFolderFirst) {
+    const test::TemporaryHome home;
+    for (const char *name : {"first", "true"}) { // one of which the system has too
+        const QString program =
+            home.write(QStringLiteral("programs/") + QLatin1StringView(name), "#!/bin/sh\necho ours\n");
+        QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner);
+    }
+    const QString answers = home.path(QStringLiteral("answers"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(answers).constData(), S_IRUSR | S_IWUSR), 0);
+    const auto started = [&answers](const QString &programFolder) {
+        LinuxTasks tasks;
+        EXPECT_TRUE(tasks.start(
+            QStringLiteral("/bin/sh"),
+            {QStringLiteral("-c"), QStringLiteral("(env first; env true; echo end) >\"$HOME/answers\" 2>&1")},
+            programFolder));
+        return test::readAll(answers); // which waits for the program
+    };
+    EXPECT_EQ(started(home.path(QStringLiteral("programs"))), "ours\nours\nend\n");
+    EXPECT_FALSE(started(QString()).contains("ours"));
+}
+
 TEST(TasksTest, AProgramsStatusIsItsOwnOrItsSignalsNumberAbove128) {
     LinuxTasks tasks;
     EXPECT_EQ(tasks.run(QStringLiteral("/bin/true"), {}), 0);

@@ -149,7 +149,7 @@ TEST_F(VersionOutput, ThatCannotBeReadIsNothing) {
     class BrokenTasks final : public Tasks {
     public:
         std::optional<int> run(const QString &, const QStringList &) override { return std::nullopt; }
-        bool start(const QString &, const QStringList &) override { return false; }
+        bool start(const QString &, const QStringList &, const QString &) override { return false; }
         std::optional<PipedTask> launch(const QString &, const QStringList &, StandardError) override {
             return PipedTask{7, Descriptor(::open("/dev/null", O_WRONLY | O_CLOEXEC)), {}, {}};
         }

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
@@ -37,7 +38,8 @@ std::optional<Pipe> makePipe() {
 
 /// \param streams what becomes the child's standard output and standard error; null leaves them as they are.
 /// \returns the process's number, or 0.
-pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams) {
+pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams,
+            char *const *environment = environ) {
     QByteArray program = QFile::encodeName(path);
     std::vector<QByteArray> texts;
     texts.reserve(static_cast<size_t>(arguments.size()));
@@ -56,7 +58,7 @@ pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<i
         ::posix_spawn_file_actions_adddup2(&actions, streams->second, STDERR_FILENO);
     }
     pid_t child = 0;
-    const int error = ::posix_spawn(&child, program.constData(), &actions, nullptr, vector.data(), environ);
+    const int error = ::posix_spawn(&child, program.constData(), &actions, nullptr, vector.data(), environment);
     ::posix_spawn_file_actions_destroy(&actions);
     return error == 0 ? child : 0;
 }
@@ -88,8 +90,19 @@ std::optional<int> LinuxTasks::run(const QString &path, const QStringList &argum
     return WIFEXITED(status) ? WEXITSTATUS(status) : kEndedBySignal + WTERMSIG(status);
 }
 
-bool LinuxTasks::start(const QString &path, const QStringList &arguments) {
-    return spawn(path, arguments, nullptr) != 0; // the system sees to its end when this process has ended
+bool LinuxTasks::start(const QString &path, const QStringList &arguments, const QString &programFolder) {
+    std::vector<char *> environment;
+    for (char **variable = environ; *variable != nullptr; ++variable) {
+        if (programFolder.isNull() || !std::string_view(*variable).starts_with("PATH=")) {
+            environment.push_back(*variable);
+        }
+    }
+    QByteArray programFolders = "PATH=" + QFile::encodeName(programFolder) + ':' + qgetenv("PATH");
+    if (!programFolder.isNull()) {
+        environment.push_back(programFolders.data());
+    }
+    environment.push_back(nullptr);
+    return spawn(path, arguments, nullptr, environment.data()) != 0; // the system sees to its end after this process's
 }
 
 std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringList &arguments,

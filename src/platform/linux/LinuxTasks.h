@@ -10,7 +10,7 @@ public:
     LinuxTasks();
 
     std::optional<int> run(const QString &path, const QStringList &arguments) override;
-    bool start(const QString &path, const QStringList &arguments) override;
+    bool start(const QString &path, const QStringList &arguments, const QString &programFolder) override;
     std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
                                     StandardError standardError) override;
     int terminationStatus(const PipedTask &task) override;

@@ -1,0 +1,125 @@
+#include "desktop/MovePlan.h"
+
+#include "branding/LocalizedStrings.h"
+#include "platform/Bundle.h"
+#include "platform/HomeFolder.h"
+#include "platform/Platform.h"
+#include "platform/SystemInfo.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "utils/BooleanValue.h"
+#include "utils/FileManager.h"
+#include "utils/FormattedText.h"
+#include "utils/Path.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace quillmark {
+
+namespace {
+
+/// Newest first.
+constexpr WindowLibraryAbilities kAbilities[] = {
+    {949, true, true, true, "/usr/bin/xattr -d -r com.apple.quarantine '%@';"},
+    {824, true, true, false, "/usr/bin/xattr -d com.apple.quarantine '%@';"},
+    {-std::numeric_limits<double>::infinity(), false, false, false, ""},
+};
+
+/// Whether the path begins with one of the texts; that "/ApplicationsOld" begins with "/Applications" is deliberate.
+bool startsWithAny(const QString &path, const QStringList &beginnings) {
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [&path](const QString &beginning) { return path.startsWith(beginning); });
+}
+
+QString sourceOfMove(const Platform &platform) {
+    return gAltSrcBundlePath.isNull() ? platform.mainBundle.path() : gAltSrcBundlePath;
+}
+
+bool liesInDownloads(const QString &source, const Platform &platform) {
+    if (abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).findsDownloads) {
+        return startsWithAny(source, platform.workspace.downloadsFolders());
+    }
+    return lastPathComponent(deletingLastPathComponent(source)) == u"Downloads";
+}
+
+bool needsAuthorisation(const QString &folder, const QString &destination) {
+    const FileManager &files = __QMCurrentThreadFileManager();
+    const auto isInTheWay = [&files](const QString &entry) {
+        const QString path = expandingTilde(entry);
+        return files.fileExists(path) && !files.isWritable(path);
+    };
+    // Deliberate: a destination that is not there yet is not writable either, so a first move asks for a password.
+    return !files.isWritable(expandingTilde(folder)) || !files.isWritable(expandingTilde(destination)) ||
+           std::any_of(gAlsoRemoveBundlePaths.begin(), gAlsoRemoveBundlePaths.end(), isInTheWay);
+}
+
+QString informativeText(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
+    const QString offer =
+        strings.localisedString(QStringLiteral("I can move myself to the Applications folder if you'd like."));
+    if (plan.needsAuthorisation) {
+        return offer + u' ' +
+               strings.localisedString(QStringLiteral("Note that this will require an administrator password."));
+    }
+    if (liesInDownloads(plan.source, platform)) {
+        return offer + u' ' +
+               strings.localisedString(QStringLiteral("This will keep your Downloads folder uncluttered."));
+    }
+    return offer;
+}
+
+} // namespace
+
+const WindowLibraryAbilities &abilitiesOfWindowLibrary(double version) {
+    return *std::find_if(std::begin(kAbilities), std::end(kAbilities), [version](const WindowLibraryAbilities &row) {
+        return std::floor(version) > row.above || std::isinf(row.above);
+    });
+}
+
+QString reasonToStay(const Platform &platform) {
+    const QString source = sourceOfMove(platform);
+    if (booleanValueOf(platform.userDefaults.objectForKey(kMoveAlertSuppress))) {
+        return QStringLiteral("The user asked not to be asked again");
+    }
+    if (startsWithAny(source, platform.workspace.applicationsFolders(Workspace::Domain::All))) {
+        return QStringLiteral("\"%1\" lies in an Applications folder").arg(source);
+    }
+    if (source.split(u'/').contains(u"Applications")) {
+        return QStringLiteral("A folder of \"%1\" is called Applications").arg(source);
+    }
+    return {};
+}
+
+MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
+    const FileManager &files = __QMCurrentThreadFileManager();
+    const QStringList folders = platform.workspace.applicationsFolders(Workspace::Domain::Local);
+    const QString folder =
+        gAltDstBundleParentPath.isNull() ? folders.value(folders.size() - 1) : gAltDstBundleParentPath;
+
+    MovePlan plan;
+    plan.source = sourceOfMove(platform);
+    plan.destination = appendingPathComponent(folder, lastPathComponent(plan.source));
+    const bool isWritable = files.isWritable(plan.source);
+    const bool isOnVolume = plan.source.startsWith(u"/Volumes/");
+    plan.isOnDiskImage = isOnVolume && !isWritable;
+    if (!isWritable && !isOnVolume) {
+        plan.obstacle = QStringLiteral("No access to delete the app. Not offering to move it.");
+    } else if (plan.source.contains(u'\'') || plan.destination.contains(u'\'')) {
+        plan.obstacle =
+            QStringLiteral("The path \"%1\" holds a single quote. Not offering to move it.").arg(plan.source);
+    }
+    plan.needsAuthorisation = needsAuthorisation(folder, plan.destination);
+    plan.informativeText = informativeText(plan, platform, strings);
+
+    const QString quarantine =
+        formatted(abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).quarantineFormat, plan.destination);
+    plan.relaunchCommand = formatted("(while [ `ps -p %d | wc -l` -gt 1 ]; do sleep 0.1; done; %@ open '%@') &",
+                                     platform.systemInfo.processIdentifier(), quarantine, plan.destination);
+    if (plan.isOnDiskImage) {
+        plan.detachCommand = formatted("(sleep 5 && hdiutil detach '%@') &", deletingLastPathComponent(plan.source));
+    }
+    return plan;
+}
+
+} // namespace quillmark

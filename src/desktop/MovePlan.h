@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace quillmark {
+
+class LocalizedStrings;
+struct Platform;
+
+/// \name The settings of a move
+/// Process-wide and absent at first; the functions of MoveToApplications.h store them.
+inline QStringList gAlsoRemoveBundlePaths; ///< bundles that go when the application moves; may start with a tilde
+inline QString gAltDstBundleName;          ///< deliberately read by nobody: a moved bundle keeps its name
+inline QString gAltDstBundleParentPath;    ///< where to move to, in place of the Applications folder
+inline QString gAltSrcBundlePath;          ///< what to move, in place of the running application's bundle
+
+/// The key of the setting that the user wants no further question.
+inline constexpr QLatin1StringView kMoveAlertSuppress("moveToApplicationsFolderAlertSuppress");
+
+/// What a move needs of the system's window library. Each version has all that its predecessors have.
+struct WindowLibraryAbilities {
+    double above;        ///< the whole version numbers above this one have them
+    bool hasSuppression; ///< an alert can show the check box against further alerts
+    bool findsDownloads; ///< the Downloads folders can be asked for
+    bool copiesBundles;  ///< the file manager copies, and tells what went wrong
+    /// Takes the mark of a downloaded file from the bundle that is put in; empty: this system has none.
+    const char *quarantineFormat;
+};
+
+/// The abilities of a version, as the system gives it.
+const WindowLibraryAbilities &abilitiesOfWindowLibrary(double version);
+
+/// What a move of the application would do, found without changing anything.
+struct MovePlan {
+    QString source;             ///< the bundle to move
+    QString destination;        ///< where it is to be
+    bool isOnDiskImage = false; ///< the source can't be removed, and its volume is let go
+    bool needsAuthorisation = false;
+    QString informativeText; ///< of the question to the user
+    QString relaunchCommand; ///< shell text that starts the moved bundle as soon as this process has ended
+    QString detachCommand;   ///< shell text that lets go of the source's volume; null unless on a disk image
+    QString obstacle;        ///< why it can't be offered, as a sentence; null when it can
+};
+
+/// The plan for the source and the destination of the settings.
+MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings);
+
+/// Why nobody even thinks of a move, as a sentence: what the user said earlier, or the application's place. Null when
+/// nothing speaks against it.
+QString reasonToStay(const Platform &platform);
+
+} // namespace quillmark

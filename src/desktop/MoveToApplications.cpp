@@ -1,0 +1,236 @@
+#include "desktop/MoveToApplications.h"
+
+#include "desktop/MovePlan.h"
+#include "platform/Alerts.h"
+#include "platform/Application.h"
+#include "platform/Authorization.h"
+#include "platform/HomeFolder.h"
+#include "platform/SystemInfo.h"
+#include "platform/Tasks.h"
+#include "platform/UserDefaults.h"
+#include "platform/Workspace.h"
+#include "utils/Error.h"
+#include "utils/ErrorText.h"
+#include "utils/FileManager.h"
+#include "utils/Log.h"
+#include "utils/Path.h"
+
+#include <QFile>
+#include <algorithm>
+#include <functional>
+#include <sys/wait.h>
+
+namespace quillmark {
+
+namespace {
+
+enum class Outcome { Moved, Canceled, Failed };
+
+/// \returns true when the user wants the move.
+bool askUser(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
+    const bool hasSuppression = abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).hasSuppression;
+    AlertDescription alert;
+    alert.windowTitle = strings.localisedString(QStringLiteral("ProductName"));
+    alert.messageText = strings.localisedString(QStringLiteral("Move to Applications folder?"));
+    alert.informativeText = plan.informativeText;
+    alert.buttons = QStringList{strings.localisedString(QStringLiteral("Move to Applications Folder")),
+                                strings.localisedString(QStringLiteral("Do Not Move"))};
+    alert.escapeButton = 1;
+    if (hasSuppression) {
+        alert.suppressionText = strings.localisedString(QStringLiteral("Do not show this message again"));
+    }
+    if (!platform.application.isActive()) {
+        platform.application.activateIgnoringOtherApps();
+    }
+    _flushLog(); // the user may look at the log while the alert waits for him
+    const AlertAnswer answer = platform.alerts.runModal(alert);
+    if (answer.button == 0) {
+        return true;
+    }
+    if (!hasSuppression || answer.isSuppressionChecked) {
+        platform.userDefaults.setObject(kMoveAlertSuppress, true);
+        if (!platform.userDefaults.synchronize()) {
+            logError("The preferences \"%@\" can't be written: the user will be asked again",
+                     platform.userDefaults.file());
+        }
+    }
+    return false;
+}
+
+/// What holds the application itself, or is to hold it, is no older copy, whatever the list says.
+bool mayBeRemoved(const QString &path, const MovePlan &plan) {
+    const FileManager &files = __QMCurrentThreadFileManager();
+    const bool holdsApplication =
+        files.isWithin(plan.source, path) || files.isWithin(deletingLastPathComponent(plan.destination), path);
+    if (holdsApplication) {
+        logNormal("Not removing \"%@\": the application is in it", path);
+    }
+    return !holdsApplication;
+}
+
+/// Hands on each of the other bundles that is there when its turn has come, until one is not removed.
+bool forEachOtherBundle(const MovePlan &plan, const std::function<bool(const QString &)> &remove) {
+    return std::all_of(gAlsoRemoveBundlePaths.begin(), gAlsoRemoveBundlePaths.end(), [&](const QString &entry) {
+        const QString path = expandingTilde(entry);
+        return !__QMCurrentThreadFileManager().fileExists(path) || !mayBeRemoved(path, plan) || remove(path);
+    });
+}
+
+Outcome moveWithoutAuthorisation(const MovePlan &plan, const Platform &platform) {
+    const FileManager &files = __QMCurrentThreadFileManager();
+    if (files.fileExists(plan.destination) && !Trash(plan.destination, platform)) {
+        return Outcome::Failed;
+    }
+    forEachOtherBundle(plan, [&platform](const QString &path) {
+        if (!Trash(path, platform)) {
+            logVerbose("Failed to trash \"%@\"", path);
+        }
+        return true;
+    });
+    bool isCopied = abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).copiesBundles;
+    if (isCopied) {
+        if (const auto error = files.copyItem(plan.source, plan.destination)) {
+            logError("Could not copy '%@' to '%@' (%@)", plan.source, plan.destination, nserrorToString(*error));
+            isCopied = false;
+        }
+    }
+    if (!isCopied) {
+        logError("Could not copy myself to %@", plan.destination);
+    }
+    return isCopied ? Outcome::Moved : Outcome::Failed;
+}
+
+/// Runs a program as the administrator to its end. \returns its status as waitpid gives it; nothing when it could not
+/// be started or waited for.
+std::optional<int> runWithPrivileges(Authorization::Reference &reference, const char *program,
+                                     const QStringList &arguments) {
+    QList<QByteArray> bytes;
+    for (const QString &argument : arguments) {
+        bytes << QFile::encodeName(argument);
+    }
+    if (reference.executeWithPrivileges(program, bytes, nullptr) != 0) {
+        return std::nullopt;
+    }
+    return reference.waitForChild();
+}
+
+/// Removes what is in the way and copies the bundle, as the administrator. \returns false when a step fails.
+bool replaceWithPrivileges(const MovePlan &plan, Authorization::Reference &reference) {
+    const auto remove = [&reference](const QString &path) {
+        logVerbose("Removing \"%@\"", path);
+        const auto status = runWithPrivileges(reference, "/bin/rm", {QStringLiteral("-rf"), path});
+        return status && !WIFSIGNALED(*status); // deliberate: the exit code is not looked at
+    };
+    const QString destination = expandingTilde(plan.destination);
+    if ((__QMCurrentThreadFileManager().fileExists(destination) && !remove(destination)) ||
+        !forEachOtherBundle(plan, remove)) {
+        return false;
+    }
+    logVerbose(R"(Copying "%@" to "%@")", plan.source, plan.destination);
+    const auto status = runWithPrivileges(reference, "/bin/cp", {QStringLiteral("-pR"), plan.source, plan.destination});
+    return status && WIFEXITED(*status) && WEXITSTATUS(*status) == 0;
+}
+
+Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
+    const auto outcome = [&plan, &platform] {
+        if (!plan.destination.endsWith(u".app") || plan.destination.trimmed().isEmpty() ||
+            plan.source.trimmed().isEmpty()) {
+            return Outcome::Failed;
+        }
+        logVerbose("Asking for authorisation...");
+        std::unique_ptr<Authorization::Reference> reference;
+        if (platform.authorization.create(reference) != 0) {
+            return Outcome::Failed;
+        }
+        const qint32 status = reference->copyRights(kAuthorizationRightAdmin, kAuthorizationInteractionAllowed |
+                                                                                  kAuthorizationExtendRights |
+                                                                                  kAuthorizationPreAuthorize);
+        if (status != 0) {
+            logVerbose("Authorisation denied");
+            return status == kAuthorizationCanceled ? Outcome::Canceled : Outcome::Failed;
+        }
+        return replaceWithPrivileges(plan, *reference) ? Outcome::Moved : Outcome::Failed;
+    }();
+    if (outcome == Outcome::Canceled) {
+        logNormal("Not moving because user canceled authorization");
+    } else if (outcome == Outcome::Failed) {
+        logError("Could not copy myself to /Applications with authorization");
+    }
+    return outcome;
+}
+
+void tellFailure(const Platform &platform, LocalizedStrings &strings) {
+    AlertDescription alert;
+    alert.windowTitle = strings.localisedString(QStringLiteral("ProductName"));
+    alert.messageText = strings.localisedString(QStringLiteral("Could not move to Applications folder"));
+    alert.buttons = QStringList{strings.localisedString(QStringLiteral("OK"))};
+    _flushLog();
+    platform.alerts.runModal(alert);
+}
+
+/// Starts a shell that outlives this process. It finds the moved bundle's own programs first.
+void startShell(const QString &command, const MovePlan &plan, const Platform &platform) {
+    const QString shell = QStringLiteral("/bin/sh");
+    if (!platform.tasks.start(shell, {QStringLiteral("-c"), command},
+                              plan.destination + QStringLiteral("/Contents/Helpers"))) {
+        logError("\"%@\" can't be started; open \"%@\" by hand", shell, plan.destination);
+    }
+}
+
+} // namespace
+
+void PFAlsoRemoveBundles(const QStringList &paths) { gAlsoRemoveBundlePaths = paths; }
+void PFAltDstBundleName(const QString &name) { gAltDstBundleName = name; }
+void PFAltDstBundleParentPath(const QString &path) { gAltDstBundleParentPath = path; }
+void PFAltSrcBundlePath(const QString &path) { gAltSrcBundlePath = path; }
+
+void PFMoveToApplicationsFolderIfNecessary(const Platform &platform, LocalizedStrings &strings) {
+    gAltSrcBundlePath = QString();
+    gAltDstBundleParentPath = QString();
+    if (reasonToStay(platform).isNull()) {
+        PFMove(platform, strings);
+    }
+}
+
+void PFMove(const Platform &platform, LocalizedStrings &strings) {
+    const MovePlan plan = planOfMove(platform, strings);
+    if (!plan.obstacle.isNull()) {
+        logNormal("%@", plan.obstacle);
+        return;
+    }
+    if (!askUser(plan, platform, strings)) {
+        return;
+    }
+    logNormal("Moving myself to the Applications folder");
+    switch (plan.needsAuthorisation ? moveWithAuthorisation(plan, platform)
+                                    : moveWithoutAuthorisation(plan, platform)) {
+    case Outcome::Canceled:
+        return;
+    case Outcome::Failed:
+        tellFailure(platform, strings);
+        return;
+    case Outcome::Moved:
+        break;
+    }
+    if (!plan.isOnDiskImage && !Trash(plan.source, platform)) {
+        logNormal("Warning! Could not delete application after moving it to Applications folder");
+    }
+    startShell(plan.relaunchCommand, plan, platform);
+    if (plan.isOnDiskImage) {
+        startShell(plan.detachCommand, plan, platform);
+    }
+    platform.application.terminate();
+}
+
+bool Trash(const QString &path, const Platform &platform) {
+    logVerbose("Trashing \"%@\"...", path);
+    const bool isTrashed = platform.workspace.recycle(lastPathComponent(path), deletingLastPathComponent(path));
+    if (isTrashed) {
+        logVerbose("Trashed \"%@\"", path);
+    } else {
+        logError("Could not trash \"%@\"", path);
+    }
+    return isTrashed;
+}
+
+} // namespace quillmark

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "branding/LocalizedStrings.h"
+#include "platform/Platform.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace quillmark {
+
+// Moves the application into the Applications folder when the user wants it, removes older copies on the way, and
+// starts it anew from there.
+//
+// Concurrency: the main thread only. Questions and the administrator's programs are waited for.
+
+/// \name Settings of the next move
+/// What each one means stands beside its variable in MovePlan.h.
+void PFAlsoRemoveBundles(const QStringList &paths);
+void PFAltDstBundleName(const QString &name);
+void PFAltDstBundleParentPath(const QString &path);
+void PFAltSrcBundlePath(const QString &path);
+
+/// Offers the move unless the application lies in an Applications folder or the user asked not to be asked again. It
+/// begins by taking back the alternative source and folder: deliberately, these count for a call of PFMove() alone.
+void PFMoveToApplicationsFolderIfNecessary(const Platform &platform = quillmark::platform(),
+                                           LocalizedStrings &strings = LocalizedStrings::sharedManager());
+
+/// Asks the user and moves. Ends the process when the application was moved; comes back when it stays where it is.
+void PFMove(const Platform &platform = quillmark::platform(),
+            LocalizedStrings &strings = LocalizedStrings::sharedManager());
+
+/// Moves one item to the Trash. \returns false when it stays in its place.
+bool Trash(const QString &path, const Platform &platform = quillmark::platform());
+
+} // namespace quillmark
