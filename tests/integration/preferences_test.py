@@ -37,6 +37,13 @@ class Preferences(unittest.TestCase):
     def users(self):
         return plistlib.loads(self.file.read_bytes())["UserList"]
 
+    def neighbours(self):
+        return list(self.file.parent.iterdir())
+
+    def assert_next_writer_leaves_the_file_alone(self):
+        self.assertEqual(self.start("user", "set", "7", "AccountId", "5", "--type", "int").wait(timeout=20), 0)
+        self.assertEqual(self.neighbours(), [self.file])
+
     def test_a_writer_that_is_killed_leaves_the_old_list_or_the_new_one(self):
         self.file.write_bytes(plistlib.dumps(
             {"UserList": [{"UserName": str(number), "AccountId": 0, "Filling": "x" * 100} for number in range(USERS)]}))
@@ -69,13 +76,6 @@ class Preferences(unittest.TestCase):
             self.assertEqual(self.file.read_bytes(), old)
             self.assertEqual(len(self.neighbours()), 2)
         self.assert_next_writer_leaves_the_file_alone()
-
-    def neighbours(self):
-        return list(self.file.parent.iterdir())
-
-    def assert_next_writer_leaves_the_file_alone(self):
-        self.assertEqual(self.start("user", "set", "7", "AccountId", "5", "--type", "int").wait(timeout=20), 0)
-        self.assertEqual(self.neighbours(), [self.file])
 
     def test_writers_of_different_keys_at_once_lose_nothing(self):
         self.file.write_bytes(plistlib.dumps({"Theirs": "kept", "UserList": [{"UserName": "anna"}]}))
