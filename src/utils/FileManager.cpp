@@ -1,5 +1,6 @@
 #include "utils/FileManager.h"
 
+#include "platform/Tree.h"
 #include "utils/ErrorText.h"
 
 #include <QDir>
@@ -73,25 +74,15 @@ std::optional<FileAttributes> FileManager::attributes(const QString &path) const
 }
 
 std::optional<Error> FileManager::copyItem(const QString &source, const QString &target) const {
-    const auto failed = [&](const QString &path, int error) {
-        return Error{kPosixErrorDomain,
-                     error,
-                     {{kLocalizedFailureReasonKey, QStringLiteral("Copying stopped at '%1'").arg(path)},
-                      {kLocalizedDescriptionKey, posixErrorToString(error)}}};
-    };
-    struct stat status {};
-    if (::lstat(QFile::encodeName(target).constData(), &status) == 0) {
-        return failed(target, EEXIST);
+    const auto failure = copyTree(QFile::encodeName(source), QFile::encodeName(target));
+    if (!failure) {
+        return std::nullopt;
     }
-    std::error_code error;
-    std::filesystem::copy(QFile::encodeName(source).constData(), QFile::encodeName(target).constData(),
-                          std::filesystem::copy_options::recursive | std::filesystem::copy_options::copy_symlinks,
-                          error);
-    if (error) {
-        removeItem(target);
-        return failed(source, error.value());
-    }
-    return std::nullopt;
+    return Error{
+        kPosixErrorDomain,
+        failure->error,
+        {{kLocalizedFailureReasonKey, QStringLiteral("Copying stopped at '%1'").arg(QFile::decodeName(failure->path))},
+         {kLocalizedDescriptionKey, posixErrorToString(failure->error)}}};
 }
 
 int FileManager::removeItem(const QString &path) const {

@@ -36,7 +36,7 @@ public:
 
     /// Copies a file, a link or a folder with all that is in it to a place where there is nothing yet: contents, modes,
     /// times, extended attributes, links as links. \returns an error of kPosixErrorDomain that names the file at fault;
-    /// then nothing is left at the target.
+    /// then there is nothing new at the target.
     std::optional<Error> copyItem(const QString &source, const QString &target) const;
 
     /// Deletes a file, or a folder with all that is in it; a link itself, and not what it leads to. What can't be

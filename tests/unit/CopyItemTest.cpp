@@ -1,11 +1,16 @@
 #include "fakes/FakePlatform.h"
+#include "support/FileFacts.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 #include "utils/FileManager.h"
 
 #include <cerrno>
+#include <csignal>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace quillmark {
 
@@ -18,25 +23,255 @@ protected:
     const FileManager files;
 
     QString at(const char *relative) const { return home.path(QString::fromUtf8(relative)); }
+    QString write(const char *relative, const QByteArray &contents = "contents") const {
+        return home.write(QString::fromUtf8(relative), contents);
+    }
+    void link(const char *text, const char *relative) const { ASSERT_EQ(::symlink(text, bytes(at(relative))), 0); }
+    static const char *bytes(const QString &path) {
+        static QByteArray encoded;
+        encoded = QFile::encodeName(path);
+        return encoded.constData();
+    }
+    void changeMode(const char *relative, mode_t mode) const { ASSERT_EQ(::chmod(bytes(at(relative)), mode), 0); }
+    mode_t modeOf(const char *relative) const { return test::statusOf(at(relative)).st_mode & 07777U; }
+    QByteArray linkText(const char *relative) const {
+        QByteArray text(4096, '\0');
+        return text.left(::readlink(bytes(at(relative)), text.data(), 4096));
+    }
+    bool isThere(const char *relative) const { return ::access(bytes(at(relative)), F_OK) == 0; }
+
+    /// Copies "a" to "b", which has to fail; nothing may be left of it. \returns the error.
+    Error failure() const {
+        const auto error = files.copyItem(at("a"), at("b"));
+        EXPECT_FALSE(isThere("b"));
+        EXPECT_TRUE(error);
+        return error.value_or(Error());
+    }
+    static QString stopAt(const QString &path) { return QStringLiteral("Copying stopped at '%1'").arg(path); }
 };
 
 TEST_F(CopyItem, CopiesAFileWithItsModeToWhereThereIsNothing) {
-    const QString source = home.write(QStringLiteral("a"), "contents");
-    ASSERT_EQ(::chmod(QFile::encodeName(source).constData(), 0640), 0);
-    EXPECT_FALSE(files.copyItem(source, at("b")));
+    write("a");
+    changeMode("a", 0640);
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
     EXPECT_EQ(test::readAll(at("b")), QByteArray("contents"));
-    EXPECT_EQ(files.attributes(at("b"))->posixPermissions, 0640U);
+    EXPECT_EQ(modeOf("b"), 0640U);
+}
+
+TEST_F(CopyItem, CopiesAFolderWithAllThatIsInIt) {
+    write("a/Contents/MacOS/program", "x");
+    write("a/Contents/empty", "");
+    write("a/with blank\nand line", "y");
+    home.makeFolder(QStringLiteral("a/none"));
+    const QByteArray longest = "a/" + QByteArray(255, 'n');
+    write(longest.constData(), "z");
+    EXPECT_FALSE(files.copyItem(at("a/"), at("b/")));
+    EXPECT_EQ(test::readAll(at("b/Contents/MacOS/program")), QByteArray("x"));
+    EXPECT_EQ(test::readAll(at("b/Contents/empty")), QByteArray());
+    EXPECT_EQ(test::readAll(at("b/with blank\nand line")), QByteArray("y"));
+    EXPECT_EQ(test::readAll(at(("b/" + longest.mid(2)).constData())), QByteArray("z"));
+    EXPECT_TRUE(isThere("b/none"));
+    EXPECT_EQ(QDir(at("b")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 4);
+}
+
+TEST_F(CopyItem, KeepsModesOfFilesAndFoldersWhateverTheMask) {
+    write("a/secret");
+    write("a/tool");
+    write("a/locked/file");
+    home.makeFolder(QStringLiteral("a/shared"));
+    changeMode("a/secret", 0400);
+    changeMode("a/tool", 06755);
+    changeMode("a/shared", 01777);
+    changeMode("a/locked", 0500);
+    const mode_t mask = ::umask(077);
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    ::umask(mask);
+    EXPECT_EQ(modeOf("b/secret"), 0400U);
+    EXPECT_EQ(modeOf("b/tool"), 06755U);
+    EXPECT_EQ(modeOf("b/shared"), 01777U);
+    EXPECT_EQ(modeOf("b/locked"), 0500U);
+    EXPECT_EQ(modeOf("b"), modeOf("a"));
+    changeMode("a/locked", 0700);
+    changeMode("b/locked", 0700);
+}
+
+TEST_F(CopyItem, KeepsTimesToTheNanosecondOfFoldersAndLinksToo) {
+    write("a/folder/file");
+    link("nowhere", "a/link");
+    const timespec accessed{1'000'000'000, 123'456'789};
+    const timespec modified{1'234'567'890, 987'654'321};
+    for (const char *path : {"a/folder/file", "a/folder", "a/link", "a"}) {
+        test::setTimes(at(path), accessed, modified);
+    }
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    for (const char *path : {"b/folder/file", "b/folder", "b/link", "b"}) {
+        const auto status = test::statusOf(at(path));
+        EXPECT_EQ(status.st_mtim.tv_sec, modified.tv_sec) << path;
+        EXPECT_EQ(status.st_mtim.tv_nsec, modified.tv_nsec) << path;
+    }
+    const auto status = test::statusOf(at("b/folder/file"));
+    EXPECT_EQ(status.st_atim.tv_sec, accessed.tv_sec);
+    EXPECT_EQ(status.st_atim.tv_nsec, accessed.tv_nsec);
+}
+
+TEST_F(CopyItem, CopiesLinksAsTheyAreAndFollowsNone) {
+    write("outside/file", "outside");
+    home.makeFolder(QStringLiteral("a"));
+    link("../outside", "a/folder");
+    link("../outside/file", "a/file");
+    link("nowhere", "a/broken");
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    EXPECT_EQ(linkText("b/folder"), QByteArray("../outside"));
+    EXPECT_EQ(linkText("b/file"), QByteArray("../outside/file"));
+    EXPECT_EQ(linkText("b/broken"), QByteArray("nowhere"));
+}
+
+TEST_F(CopyItem, CopiesALinkItselfWhateverItLeadsTo) {
+    home.makeFolder(QStringLiteral("folder"));
+    link("folder", "a");
+    EXPECT_FALSE(files.copyItem(at("a/"), at("b")));
+    EXPECT_EQ(linkText("b"), QByteArray("folder"));
+}
+
+TEST_F(CopyItem, KeepsHardLinksWithinAFolder) {
+    write("a/first");
+    ASSERT_EQ(::link(QFile::encodeName(at("a/first")).constData(), QFile::encodeName(at("a/second")).constData()), 0);
+    home.makeFolder(QStringLiteral("a/below"));
+    ASSERT_EQ(::link(QFile::encodeName(at("a/first")).constData(), QFile::encodeName(at("a/below/x")).constData()), 0);
+    ASSERT_EQ(::link(QFile::encodeName(at("a/first")).constData(), QFile::encodeName(at("outside")).constData()), 0);
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    const auto first = test::statusOf(at("b/first"));
+    EXPECT_EQ(test::statusOf(at("b/second")).st_ino, first.st_ino);
+    EXPECT_EQ(test::statusOf(at("b/below/x")).st_ino, first.st_ino);
+    EXPECT_EQ(first.st_nlink, 3U);
+    EXPECT_NE(test::statusOf(at("outside")).st_ino, first.st_ino);
+}
+
+TEST_F(CopyItem, KeepsExtendedAttributes) {
+    write("a/file");
+    const QByteArray quarantine("0083;5f3c;Browser;\0x", 20);
+    const QByteArray large(3000, 'x');
+    if (!test::setAttribute(at("a/file"), "user.com.apple.quarantine", quarantine)) {
+        GTEST_SKIP() << "the file system keeps no extended attributes";
+    }
+    ASSERT_TRUE(test::setAttribute(at("a"), "user.large", large));
+    ASSERT_TRUE(test::setAttribute(at("a"), "user.empty", ""));
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    EXPECT_EQ(test::attribute(at("b/file"), "user.com.apple.quarantine"), quarantine);
+    EXPECT_EQ(test::attribute(at("b"), "user.large"), large);
+    EXPECT_EQ(test::attribute(at("b"), "user.empty"), QByteArray());
+}
+
+TEST_F(CopyItem, KeepsTheHolesOfAFile) {
+    constexpr off_t kSize = off_t{64} << 20;
+    write("a", "begin");
+    QFile file(at("a"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.seek(kSize / 2));
+    ASSERT_EQ(file.write("middle"), 6);
+    ASSERT_TRUE(file.resize(kSize));
+    file.close();
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    const auto copied = test::statusOf(at("b"));
+    EXPECT_EQ(copied.st_size, kSize);
+    EXPECT_LT(copied.st_blocks, 1024);
+    EXPECT_EQ(test::readAll(at("b")), test::readAll(at("a")));
+}
+
+TEST_F(CopyItem, CopiesAFileThatIsNothingButAHole) {
+    write("a", "");
+    ASSERT_TRUE(QFile::resize(at("a"), 1 << 20));
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    EXPECT_EQ(test::readAll(at("b")), QByteArray(1 << 20, '\0'));
+}
+
+TEST_F(CopyItem, CopiesPipesAndSocketsWithoutOpeningThem) {
+    home.makeFolder(QStringLiteral("a"));
+    ASSERT_EQ(::mkfifo(bytes(at("a/pipe")), 0640), 0);
+    changeMode("a/pipe", 0622);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    qstrncpy(address.sun_path, bytes(at("a/socket")), sizeof address.sun_path);
+    const int listening = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::bind(listening, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+    ::close(listening);
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    EXPECT_TRUE(S_ISFIFO(test::statusOf(at("b/pipe")).st_mode));
+    EXPECT_EQ(modeOf("b/pipe"), 0622U);
+    EXPECT_TRUE(S_ISSOCK(test::statusOf(at("b/socket")).st_mode));
 }
 
 TEST_F(CopyItem, LeavesWhatIsThereAlready) {
-    const QString source = home.write(QStringLiteral("a"), "new");
-    const QString target = home.write(QStringLiteral("b"), "old");
-    const auto error = files.copyItem(source, target);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain, kPosixErrorDomain);
-    EXPECT_EQ(error->code, EEXIST);
-    EXPECT_EQ(error->failureReason(), QStringLiteral("Copying stopped at '%1'").arg(target));
-    EXPECT_EQ(test::readAll(target), QByteArray("old"));
+    for (const char *source : {"file", "folder/file", "link"}) {
+        write(source);
+    }
+    ASSERT_TRUE(QFile::remove(at("link")));
+    link("nowhere", "link");
+    write("old", "old");
+    home.makeFolder(QStringLiteral("empty"));
+    link("nowhere either", "dangling");
+    for (const char *source : {"file", "folder", "link"}) {
+        for (const char *target : {"old", "empty", "dangling"}) {
+            const auto error = files.copyItem(at(source), at(target));
+            ASSERT_TRUE(error);
+            EXPECT_EQ(error->domain, kPosixErrorDomain);
+            EXPECT_EQ(error->code, EEXIST);
+            EXPECT_EQ(error->failureReason(), stopAt(at(target)));
+        }
+    }
+    EXPECT_EQ(test::readAll(at("old")), QByteArray("old"));
+    EXPECT_TRUE(QDir(at("empty")).isEmpty());
+    EXPECT_EQ(linkText("dangling"), QByteArray("nowhere either"));
+}
+
+TEST_F(CopyItem, NamesWhatIsMissing) {
+    platform.systemInfo.errorTexts.insert(ENOENT, QStringLiteral("No such file"));
+    const Error error = failure();
+    EXPECT_EQ(error.code, ENOENT);
+    EXPECT_EQ(error.failureReason(), stopAt(at("a")));
+    EXPECT_EQ(error.description(), QStringLiteral("Posix error 2 (No such file)"));
+    write("a");
+    EXPECT_EQ(files.copyItem(at("a"), at("none/b"))->failureReason(), stopAt(at("none/b")));
+    EXPECT_EQ(files.copyItem(QString(), at("b"))->code, ENOENT);
+}
+
+TEST_F(CopyItem, RefusesToCopyAFolderIntoItself) {
+    write("a/file");
+    EXPECT_EQ(files.copyItem(at("a"), at("a/b"))->code, EINVAL);
+    EXPECT_EQ(QDir(at("a")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList({QStringLiteral("file")}));
+}
+
+TEST_F(CopyItem, OfATreeThatIsTooDeepLeavesNothing) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    QString folder = QStringLiteral("a");
+    for (int level = 0; level < 100; ++level) {
+        folder += QStringLiteral("/a");
+    }
+    home.makeFolder(folder);
+    const rlimit few{120, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const Error error = failure();
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(error.code, EMFILE);
+    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    EXPECT_TRUE(QFile::exists(home.path(u'b' + folder.mid(1))));
+}
+
+TEST_F(CopyItem, ThatFailsLaterRemovesFoldersThatForbidIt) {
+    write("a/1locked/file");
+    changeMode("a/1locked", 0500);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    write("a/2large", QByteArray(100'000, 'x'));
+    const rlimit small{1000, before.rlim_max};
+    ::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const Error error = failure();
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    ::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_EQ(error.code, EFBIG);
+    EXPECT_EQ(error.failureReason(), stopAt(at("b/2large")));
+    changeMode("a/1locked", 0700);
 }
 
 } // namespace
