@@ -1,7 +1,7 @@
 /// Uses the platform's authorization as its arguments say, and prints each status:
-///   AuthorizationProbe STEP...   a step is "rights RIGHT", "run N PATH ARGUMENT..." or "output N PATH ARGUMENT...",
-///   where N
-///                                counts the arguments; "output" prints what the program prints, too
+///   AuthorizationProbe STEP...   a step is "rights RIGHT", "run N PATH ARGUMENT...", "output N PATH ARGUMENT..." or
+///                                "wait", where N counts the arguments; "output" prints what the program prints, too;
+///                                "wait" prints "exit CODE", "signal NUMBER" or "none"
 /// It begins when a line comes on standard input, and ends when that is closed.
 
 #include "platform/Authorization.h"
@@ -13,7 +13,9 @@
 #include <cstdlib>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
+#include <sys/wait.h>
 
 namespace {
 
@@ -45,6 +47,17 @@ void execute(quillmark::Authorization::Reference &reference, bool isOutputWanted
     }
 }
 
+void wait(quillmark::Authorization::Reference &reference) {
+    const std::optional<int> status = reference.waitForChild();
+    if (!status) {
+        std::puts("none");
+    } else if (WIFEXITED(*status)) {
+        std::printf("exit %d\n", WEXITSTATUS(*status));
+    } else {
+        std::printf("signal %d\n", WTERMSIG(*status));
+    }
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -56,6 +69,8 @@ int main(int count, char **arguments) {
         const std::string step = next(words);
         if (step == "rights") {
             std::printf("%d\n", reference->copyRights(QByteArray::fromStdString(next(words)), 0x13));
+        } else if (step == "wait") {
+            wait(*reference);
         } else {
             execute(*reference, step == "output", words);
         }

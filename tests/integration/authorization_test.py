@@ -9,7 +9,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, has_ended, processes_of, start, wait_until
+from machine import APP, has_ended, processes_of, signals, start, wait_until
 from polkit import confirm_password, prepare_pkexec, require_polkit, start_agent, start_polkit
 
 ADMIN = "system.privilege.admin"
@@ -145,6 +145,49 @@ class Programs(AuthorizationTest):
             os.kill(pid, signal.SIGKILL)
 
 
+    def test_tell_how_they_ended_to_who_waits(self):
+        shell = ("run", 2, "/bin/sh", "-c")
+        self.assertEqual(self.run_as_root(*shell, "exit 3", "wait", *shell, "kill -9 $$", "wait", "run", 0, "/usr/bin/true",
+                                          "wait"),
+                         ["0", "exit 3", "0", "signal 9", "0", "exit 0"])
+
+    def test_are_waited_for_in_the_order_of_their_ends(self):
+        os.mkfifo("/tmp/go")
+        waiting = ("run", 2, "/bin/sh", "-c", "read line < /tmp/go; exit 1")
+        self.assertEqual(self.run_as_root(*waiting, "run", 2, "/bin/sh", "-c", "exit 2", "wait", "run", 2, "/bin/sh", "-c",
+                                          "echo > /tmp/go; sleep 1000", "wait"),
+                         ["0", "0", "exit 2", "0", "exit 1"])
+        for pid in processes_of("/usr/bin/sleep"):
+            os.kill(pid, signal.SIGKILL)
+
+    def test_that_are_not_there_are_not_waited_for(self):
+        self.assertEqual(self.answers("wait", as_root=True), ["none"])
+        self.assertEqual(self.run_as_root("wait", "run", 0, "/no/such/program", "wait", "run", 0, "/usr/bin/true", "wait",
+                                          "wait"), ["none", CANNOT_EXECUTE, "none", "0", "exit 0", "none"])
+
+    def test_copy_a_bundle_with_modes_times_links_and_extended_attributes(self):
+        bundle, copy = Path("/tmp/A.app"), Path("/tmp/B.app")
+        tool = bundle / "Contents/tool"
+        tool.parent.mkdir(parents=True)
+        tool.write_text("x")
+        tool.chmod(0o4751)
+        (bundle / "first").write_text("y")
+        os.link(bundle / "first", bundle / "second")
+        (bundle / "link").symlink_to("nowhere")
+        os.setxattr(tool, "user.com.apple.quarantine", b"0083;")
+        os.setxattr(bundle, "user.folder", b"z")
+        os.utime(tool, ns=(10**18, 10**18 + 123456789))
+        os.utime(bundle, ns=(10**18, 10**18 + 987654321))
+        self.assertEqual(self.run_as_root("run", 3, "/bin/cp", "-pR", bundle, copy, "wait"), ["0", "exit 0"])
+        copied = copy / "Contents/tool"
+        self.assertEqual((copied.stat().st_mode & 0o7777, copied.stat().st_mtime_ns), (0o4751, 10**18 + 123456789))
+        self.assertEqual(copy.stat().st_mtime_ns, 10**18 + 987654321)
+        self.assertEqual(os.getxattr(copied, "user.com.apple.quarantine"), b"0083;")
+        self.assertEqual(os.getxattr(copy, "user.folder"), b"z")
+        self.assertEqual(os.readlink(copy / "link"), "nowhere")
+        self.assertTrue((copy / "first").samefile(copy / "second"))
+
+
 class Helper(AuthorizationTest):
     def start_helper(self):
         """The helper as the launcher's child. \\returns it and the launcher's end of the socket."""
@@ -155,7 +198,7 @@ class Helper(AuthorizationTest):
         self.addCleanup(helper.communicate)
         self.addCleanup(helper.kill)
         self.addCleanup(ours.close)
-        self.assertEqual(ours.recv(100), b"quillmark root helper 1")
+        self.assertEqual(ours.recv(100), b"quillmark root helper 2")
         return helper, ours
 
     def test_started_by_hand_does_nothing(self):
@@ -189,13 +232,49 @@ class Helper(AuthorizationTest):
         probe.kill()
         wait_until(lambda: all(has_ended(pid) for pid in helpers), "the helper has ended")
 
-    def test_leaves_nothing_of_ended_programs(self):
+    def test_leaves_nothing_of_programs_that_were_waited_for(self):
         helper, ours = self.start_helper()
         for _ in range(20):
             ours.send(b"/usr/bin/true\0")
             self.assertEqual(ours.recv(4), struct.pack("i", 0))
-        children = f"/proc/{helper.pid}/task/{helper.pid}/children"
-        wait_until(lambda: Path(children).read_text() == "", "all are gone")
+        for status in [0] * 20 + [-1]:
+            ours.send(b"wait\0")
+            self.assertEqual(ours.recv(4), struct.pack("i", status))
+        self.assertEqual(Path(f"/proc/{helper.pid}/task/{helper.pid}/children").read_text(), "")
+
+    def test_ends_when_the_launcher_is_killed_while_it_waits(self):
+        start_polkit(self, "YES")
+        probe = self.start_probe("rights", ADMIN, "run", 1, "/usr/bin/sleep", "1000", "wait")
+        self.go(probe)
+        self.assertEqual([probe.stdout.readline() for _ in range(3)], ["0\n"] * 3)
+        helper = wait_until(lambda: processes_of(HELPER), "the helper runs")[0]
+        wait_until(lambda: self.is_waiting(helper), "the helper waits")
+        probe.kill()
+        wait_until(lambda: has_ended(helper), "the helper has ended")
+        [sleeper] = processes_of("/usr/bin/sleep")  # runs on, as it would without a helper
+        os.kill(sleeper, signal.SIGKILL)
+
+    def test_that_is_killed_while_it_waits_leaves_the_launcher_without_a_status(self):
+        probe = self.start_probe("rights", ADMIN, "run", 1, "/usr/bin/sleep", "1000", "wait", "wait", "run", 0,
+                                 "/usr/bin/true", as_root=True)
+        self.go(probe)
+        self.assertEqual([probe.stdout.readline() for _ in range(3)], ["0\n"] * 3)
+        [helper] = processes_of(HELPER)
+        wait_until(lambda: self.is_waiting(helper), "the helper waits")
+        os.kill(helper, signal.SIGKILL)
+        self.assertEqual([probe.stdout.readline() for _ in range(3)], ["none\n", "none\n", CANNOT_EXECUTE + "\n"])
+        for pid in processes_of("/usr/bin/sleep"):
+            os.kill(pid, signal.SIGKILL)
+
+    def is_waiting(self, helper):
+        """It lets the ends of programs through only then."""
+        return signal.SIGCHLD not in signals(helper, "SigBlk")
+
+    def test_answers_other_requests_after_a_wait_that_came_first(self):
+        _, ours = self.start_helper()
+        for request in (b"/usr/bin/false\0", b"wait\0", b"/usr/bin/true\0"):
+            ours.send(request)
+        self.assertEqual([struct.unpack("i", ours.recv(4))[0] for _ in range(3)], [0, 1 << 8, 0])
 
     def test_answers_with_the_reason_when_a_program_cannot_be_started(self):
         _, ours = self.start_helper()
@@ -204,7 +283,8 @@ class Helper(AuthorizationTest):
 
     def test_ends_at_the_first_request_that_is_none(self):
         requests = {"no end": b"/usr/bin/touch\0/tmp/ran", "relative": b"usr/bin/touch\0/tmp/ran\0", "no path": b"\0/tmp/ran\0",
-                    "zero bytes": b"\0\0\0", "too many texts": b"/usr/bin/touch\0" + b"/tmp/ran\0" * 300,
+                    "zero bytes": b"\0\0\0", "a wait without its end": b"wait", "a wait and more": b"wait\0x\0",
+                    "too many texts": b"/usr/bin/touch\0" + b"/tmp/ran\0" * 300,
                     "too long": b"/usr/bin/touch\0/tmp/ran\0" + b"x" * 66000 + b"\0"}
         for name, request in requests.items():
             with self.subTest(name):
@@ -220,6 +300,11 @@ class Helper(AuthorizationTest):
         ours.recv(4)
         self.assertEqual(os.read(reading, 100), b"hello\n")
         socket.send_fds(ours, [b"/usr/bin/echo\0hello\0"], [writing, writing])
+        self.assertEqual(helper.wait(timeout=20), 3)
+
+    def test_takes_no_descriptor_to_wait(self):
+        helper, ours = self.start_helper()
+        socket.send_fds(ours, [b"wait\0"], [1])
         self.assertEqual(helper.wait(timeout=20), 3)
 
     def test_any_bytes_do_it_no_harm(self):

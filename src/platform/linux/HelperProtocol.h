@@ -10,15 +10,19 @@ namespace quillmark {
 // status of the password dialog's is not taken for it; then it answers each request with one status.
 //
 // A request is the program's absolute path and its arguments, each ended by a zero byte. One descriptor may come with
-// it, which becomes the program's standard output.
+// it, which becomes the program's standard output. Or it is kHelperWait with its zero byte, which is answered when one
+// of the started programs has ended, any that has not been told of.
 
-inline constexpr char kHelperGreeting[] = "quillmark root helper 1";
+inline constexpr char kHelperGreeting[] = "quillmark root helper 2";
+inline constexpr char kHelperWait[] = "wait";
 
 /// Bytes of a request at the most, and texts in it.
 inline constexpr size_t kHelperMaximumRequest = size_t{64} * 1024;
 inline constexpr size_t kHelperMaximumTexts = 256;
 
-/// An answer: 0, or the `errno` of the start that failed.
+/// An answer: 0, or the `errno` of the start that failed. To a wait the status as `waitpid` gives it, or
+/// kHelperNoProgram.
 using HelperAnswer = int32_t;
+inline constexpr HelperAnswer kHelperNoProgram = -1;
 
 } // namespace quillmark

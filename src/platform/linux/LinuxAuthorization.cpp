@@ -73,8 +73,8 @@ public:
         return isGreeted ? 0 : statusOfDialog(end());
     }
 
-    /// \returns 0, or the `errno` of the program's start.
-    HelperAnswer execute(const QByteArray &request, int output) {
+    /// \returns the answer, which may take as long as a program runs; nothing when the helper has ended.
+    std::optional<HelperAnswer> answerTo(const QByteArray &request, int output = -1) {
         QByteArray bytes = request;
         iovec piece{bytes.data(), static_cast<size_t>(bytes.size())};
         alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> parts{};
@@ -93,7 +93,7 @@ public:
         HelperAnswer answer = 0;
         if (::sendmsg(m_socket.get(), &message, MSG_NOSIGNAL) != bytes.size() ||
             receive(&answer, sizeof answer) != sizeof answer) {
-            return EPIPE;
+            return std::nullopt;
         }
         return answer;
     }
@@ -149,6 +149,15 @@ private:
     pid_t m_process = 0;
 };
 
+/// The arguments that make a program do here what the given ones make it do where they come from: there, cp keeps
+/// extended attributes with a file's mode and times, here it has to be told.
+QList<QByteArray> withTheSameMeaning(const QByteArray &path, QList<QByteArray> arguments) {
+    if (path == "/bin/cp" && arguments.value(0) == "-pR") {
+        arguments.insert(1, "--preserve=all");
+    }
+    return arguments;
+}
+
 class HelperReference final : public Authorization::Reference {
 public:
     explicit HelperReference(QByteArray program) : m_helper(std::move(program)) {}
@@ -164,11 +173,12 @@ public:
     qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
                                  std::unique_ptr<CommunicationsPipe> *pipe) override {
         QByteArray request = path + '\0';
-        for (const QByteArray &argument : arguments) {
-            request += argument + '\0';
+        const QList<QByteArray> texts = withTheSameMeaning(path, arguments);
+        for (const QByteArray &text : texts) {
+            request += text + '\0';
         }
-        if (!m_helper.isRunning() || !path.startsWith('/') || request.count('\0') != arguments.size() + 1 ||
-            static_cast<size_t>(arguments.size()) >= kHelperMaximumTexts ||
+        if (!m_helper.isRunning() || !path.startsWith('/') || request.count('\0') != texts.size() + 1 ||
+            static_cast<size_t>(texts.size()) >= kHelperMaximumTexts ||
             static_cast<size_t>(request.size()) > kHelperMaximumRequest) {
             return kAuthorizationToolExecuteFailure;
         }
@@ -178,7 +188,7 @@ public:
         }
         Descriptor reading(ends[0]);
         const Descriptor writing(ends[1]);
-        if (m_helper.execute(request, writing.get()) != 0) {
+        if (m_helper.answerTo(request, writing.get()) != 0) {
             return kAuthorizationToolExecuteFailure;
         }
         if (pipe != nullptr) {
@@ -187,7 +197,10 @@ public:
         return 0;
     }
 
-    std::optional<int> waitForChild() override { return std::nullopt; }
+    std::optional<int> waitForChild() override {
+        const auto status = m_helper.isRunning() ? m_helper.answerTo({kHelperWait, sizeof kHelperWait}) : std::nullopt;
+        return status == kHelperNoProgram ? std::nullopt : status;
+    }
 
 private:
     RootHelper m_helper;

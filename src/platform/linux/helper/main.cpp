@@ -13,10 +13,12 @@
 #include <cstring>
 #include <fcntl.h>
 #include <optional>
+#include <poll.h>
 #include <string_view>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -25,6 +27,7 @@ namespace {
 using quillmark::HelperAnswer;
 
 constexpr int kLauncher = STDIN_FILENO;
+constexpr std::string_view kWait(quillmark::kHelperWait, sizeof quillmark::kHelperWait);
 
 /// Exit statuses; 0 after the launcher has gone.
 constexpr int kNotForUse = 2;      // started by hand, or by somebody who does not speak to it
@@ -66,8 +69,12 @@ bool takeSurroundings() {
     ::umask(S_IWGRP | S_IWOTH);
     const rlimit noCore{};
     ::setrlimit(RLIMIT_CORE, &noCore);
-    ::signal(SIGCHLD, SIG_IGN); // ended programs are gone at once
     ::signal(SIGPIPE, SIG_IGN);
+    sigset_t childsEnd; // let through while a program's end is waited for, to interrupt that
+    ::sigemptyset(&childsEnd);
+    ::sigaddset(&childsEnd, SIGCHLD);
+    ::sigprocmask(SIG_BLOCK, &childsEnd, nullptr);
+    ::signal(SIGCHLD, [](int) {});
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     if (null < 0 || ::dup2(null, STDOUT_FILENO) < 0 || ::chdir("/") != 0) {
         return false;
@@ -117,6 +124,23 @@ HelperAnswer start(const std::vector<char *> &texts, const Output &output) {
     return spawn.start(texts[0], texts.data(), environment.data());
 }
 
+/// The status of a program that has ended, as soon as there is one; nothing when the launcher has gone before.
+std::optional<HelperAnswer> waitForProgram() {
+    sigset_t none;
+    ::sigemptyset(&none);
+    while (true) {
+        int status = 0;
+        const pid_t program = ::waitpid(-1, &status, WNOHANG);
+        if (program != 0) {
+            return program > 0 ? status : quillmark::kHelperNoProgram;
+        }
+        pollfd launcher{kLauncher, 0, 0}; // its going is told unasked
+        if (::ppoll(&launcher, 1, nullptr, &none) > 0) {
+            return std::nullopt;
+        }
+    }
+}
+
 bool send(const void *bytes, size_t size) {
     return ::send(kLauncher, bytes, size, MSG_NOSIGNAL) == static_cast<ssize_t>(size);
 }
@@ -142,12 +166,14 @@ int serve() {
         }
         const bool isWhole = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
         const bool hasPlainParts = takeDescriptor(message, output);
-        const auto texts = textsOf(bytes.data(), static_cast<size_t>(size));
-        if (!isWhole || !hasPlainParts || !texts) {
+        const std::string_view request(bytes.data(), static_cast<size_t>(size));
+        const bool isWait = request == kWait && output.get() < 0;
+        const auto texts = textsOf(bytes.data(), request.size());
+        if (!isWhole || !hasPlainParts || (!isWait && !texts)) {
             return kBadRequest;
         }
-        const HelperAnswer answer = start(*texts, output);
-        if (!send(&answer, sizeof answer)) {
+        const auto answer = isWait ? waitForProgram() : start(*texts, output);
+        if (!answer || !send(&*answer, sizeof *answer)) {
             return EXIT_SUCCESS;
         }
     }
