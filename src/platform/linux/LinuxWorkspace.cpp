@@ -6,6 +6,7 @@
 #include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/FolderLock.h"
 #include "platform/linux/SessionBus.h"
+#include "platform/linux/Trash.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -165,7 +166,9 @@ bool LinuxWorkspace::openFolder(const QString &path) {
     return spawnDetached("/usr/bin/xdg-open", QFile::encodeName(path));
 }
 
-bool LinuxWorkspace::recycle(const QString & /*name*/, const QString & /*folder*/) { return false; }
+bool LinuxWorkspace::recycle(const QString &name, const QString &folder) {
+    return moveToTrash(QFile::encodeName(name), QFile::encodeName(folder));
+}
 
 /// A bundle's executable is the one that its Info.plist names, else the one named as the bundle.
 QString LinuxWorkspace::executableOf(const QString &path) const {

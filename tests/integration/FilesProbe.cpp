@@ -1,0 +1,28 @@
+/// Moves and copies files as its arguments say, and prints what came of it:
+///   FilesProbe recycle NAME FOLDER     "trashed" or "stays"
+///   FilesProbe copy SOURCE TARGET      "copied", or "NUMBER at PATH" of the error
+
+#include "platform/Platform.h"
+#include "platform/Workspace.h"
+#include "utils/FileManager.h"
+
+#include <QFile>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+int main(int count, char **arguments) {
+    if (count != 4) {
+        return EXIT_FAILURE;
+    }
+    const QString first = QFile::decodeName(arguments[2]);
+    const QString second = QFile::decodeName(arguments[3]);
+    if (std::strcmp(arguments[1], "recycle") == 0) {
+        std::puts(quillmark::platform().workspace.recycle(first, second) ? "trashed" : "stays");
+    } else if (const auto error = quillmark::FileManager().copyItem(first, second)) {
+        std::printf("%d %s\n", error->code, qPrintable(error->failureReason()));
+    } else {
+        std::puts("copied");
+    }
+    return EXIT_SUCCESS;
+}
