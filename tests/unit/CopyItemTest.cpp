@@ -20,7 +20,7 @@ class CopyItem : public testing::Test {
 protected:
     test::FakePlatform platform;
     test::TemporaryHome home;
-    const FileManager files;
+    const FileManager files{};
 
     QString at(const char *relative) const { return home.path(QString::fromUtf8(relative)); }
     QString write(const char *relative, const QByteArray &contents = "contents") const {
