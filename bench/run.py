@@ -387,6 +387,46 @@ class Archives:
             shutil.rmtree(place)
 
 
+class Copies:
+    """Whole programs that copy a large bundle beside itself; each copy is removed before the next one's turn."""
+
+    ROUNDS = 9
+    FILES, SIZE = 10_000, 500 << 20
+    LARGE = 20  # files that hold half of the bytes; the sizes of the others differ widely, as in any bundle
+
+    def __init__(self, folder, scratch):
+        self.bundle, self.copy = scratch / "Large.app", scratch / "Copy.app"
+        self.programs = {"peer": [shutil.which("cp"), "-pR"], "ours": [folder / "bench/bench_copy_item"]}
+        self.measure_program = folder / "bench/bench_measure"
+
+    def fill(self):
+        numbers = random.Random(1)
+        shares = [numbers.lognormvariate(0, 1.5) for _ in range(self.FILES - self.LARGE)]
+        sizes = [int(share / sum(shares) * self.SIZE / 2) for share in shares]
+        contents = numbers.randbytes(self.SIZE // 2 // self.LARGE)
+        for number, size in enumerate(sizes + [len(contents)] * self.LARGE):
+            place = self.bundle / f"Contents/Resources/{number % 40}/{number % 200}"
+            place.mkdir(parents=True, exist_ok=True)
+            (place / str(number)).write_bytes(contents[:size])
+
+    def once(self, program):
+        answer = subprocess.run([self.measure_program, *self.programs[program], self.bundle, self.copy], check=True,
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE)
+        shutil.rmtree(self.copy)
+        return int(answer.stdout.split()[0])
+
+    def measure(self, report):
+        print("bench: copies", flush=True)
+        self.fill()
+        runs = {program: [] for program in self.programs}
+        for _ in range(self.ROUNDS):
+            for program, times in runs.items():
+                times.append(self.once(program))
+        shutil.rmtree(self.bundle)
+        report.add("copy a bundle of 500 MB and 10,000 files", {name: statistics.median(times) for name, times in runs.items()},
+                   "peer", 1.1, peer_name="cp -pR")
+
+
 def main(folder, report_file):
     report = Report()
     # The memory disk, where there is one: the disk's own time is nobody's subject here.
@@ -398,6 +438,7 @@ def main(folder, report_file):
         processes.measure(report)
         Windows(processes).measure(report)
         Archives(folder, pathlib.Path(scratch)).measure(report)
+        Copies(folder, pathlib.Path(scratch)).measure(report)
         measure_in_process(folder, report)
         measure_keychain(folder, report, pathlib.Path(scratch))
     report_file.parent.mkdir(parents=True, exist_ok=True)
