@@ -119,14 +119,16 @@ QByteArray infoName(const QByteArray &name) { return name + ".trashinfo"; }
 QByteArray numberedName(const QByteArray &name, int number) {
     const QByteArray ending = number == 1 ? QByteArray() : '.' + QByteArray::number(number);
     qsizetype size = qMin(name.size(), NAME_MAX - infoName(ending).size());
-    while (size < name.size() && (static_cast<unsigned char>(name[size]) & 0xC0U) == 0x80U) { // within a character
+    const auto isWithinCharacter = [&] { return (static_cast<unsigned char>(name[size]) & 0xC0U) == 0x80U; };
+    while (size > 0 && size < name.size() && isWithinCharacter()) {
         --size;
     }
     return name.left(size) + ending;
 }
 
-bool writeWhole(const Descriptor &file, const QByteArray &bytes) {
-    return file.isOpen() && ::write(file.get(), bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size() &&
+/// Writes the bytes, to the disk and not only to the system's memory. \returns false when that was not possible.
+bool isWritten(const Descriptor &file, const QByteArray &bytes) {
+    return ::write(file.get(), bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size() &&
            ::fsync(file.get()) == 0;
 }
 
@@ -139,16 +141,16 @@ QByteArray reservedName(const Item &item, const Trash &trash) {
         }
         const Descriptor info(
             ::openat(trash.infos.get(), infoName(name).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-        if (!info.isOpen() && errno == EEXIST) {
-            continue;
-        }
-        if (writeWhole(info, infoOf(item, trash))) {
-            return name;
-        }
         if (info.isOpen()) {
+            if (isWritten(info, infoOf(item, trash))) {
+                return name;
+            }
             ::unlinkat(trash.infos.get(), infoName(name).constData(), 0);
+            return {};
         }
-        return {};
+        if (errno != EEXIST) {
+            return {};
+        }
     }
 }
 
