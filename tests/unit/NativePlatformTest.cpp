@@ -138,6 +138,8 @@ TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User),
               QStringList({home.path(QStringLiteral("Applications"))}));
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), QStringList({QStringLiteral("/Applications")}));
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::All),
+              QStringList({home.path(QStringLiteral("Applications")), QStringLiteral("/Applications")}));
 }
 
 TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
