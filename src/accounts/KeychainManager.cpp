@@ -6,6 +6,7 @@
 #include "platform/Keychain.h"
 #include "platform/Platform.h"
 #include "utils/Assert.h"
+#include "utils/BooleanValue.h"
 #include "utils/Log.h"
 #include "utils/Utf8Text.h"
 
@@ -28,16 +29,6 @@ bool isOutOfReach(qint32 status) {
     constexpr qint32 kStatuses[] = {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kKeychainNoDefaultKeychain,
                                     kKeychainUserCanceled, kKeychainAuthFailed};
     return std::find(std::begin(kStatuses), std::end(kStatuses), status) != std::end(kStatuses);
-}
-
-/// Other programs may have written a text or a number where a boolean is expected.
-bool boolValue(const QVariant &value) {
-    if (value.userType() != QMetaType::QString) {
-        return value.toBool();
-    }
-    const QString text = value.toString().trimmed();
-    const auto *const first = std::find_if(text.begin(), text.end(), [](QChar c) { return c != u'0'; });
-    return first != text.end() && QStringView(u"YyTt123456789").contains(*first);
 }
 
 } // namespace
@@ -179,7 +170,7 @@ QString KeychainManager::getPasswordForUser(const QString &user, bool *keepLogge
         return text; // deliberate
     }
     if (keepLoggedin != nullptr && document->contains(kKeepSignedIn)) {
-        *keepLoggedin = boolValue(document->value(kKeepSignedIn));
+        *keepLoggedin = booleanValueOf(document->value(kKeepSignedIn));
     }
     return password;
 }
@@ -212,7 +203,7 @@ bool KeychainManager::savePassword(const QString &password, const QString &user,
 
 bool KeychainManager::removePassword(const QString &user) { return secKeychainRemoveAllItemsWithUserName(user); }
 
-bool KeychainManager::skipAuthForUser(const QString &user) { return boolValue(member(kSkipAuth, user)); }
+bool KeychainManager::skipAuthForUser(const QString &user) { return booleanValueOf(member(kSkipAuth, user)); }
 void KeychainManager::setSkipAuth(bool skipAuth, const QString &user) { setMember(kSkipAuth, skipAuth, user); }
 void KeychainManager::removeSkipAuthForUser(const QString &user) { removeMember(kSkipAuth, user); }
 
@@ -221,7 +212,7 @@ bool KeychainManager::flagExistsForKey(const QString &flag, const QString &user)
 }
 
 bool KeychainManager::flagForKey(const QString &flag, const QString &user) {
-    return !flag.isEmpty() && !user.isEmpty() && boolValue(member(flag, user));
+    return !flag.isEmpty() && !user.isEmpty() && booleanValueOf(member(flag, user));
 }
 
 void KeychainManager::setFlag(bool value, const QString &flag, const QString &user) {
