@@ -16,7 +16,7 @@ struct PipedTask {
     Descriptor termination;    ///< becomes readable when the child has ended
 };
 
-/// Child processes that share this process's standard streams and environment.
+/// Child processes. They share this process's environment, and its standard streams unless it is said otherwise.
 class Tasks {
 public:
     /// What becomes of a launched program's standard error.
@@ -28,8 +28,9 @@ public:
     /// signal ended it; nothing when it could not be started.
     virtual std::optional<int> run(const QString &path, const QStringList &arguments) = 0;
 
-    /// Starts a program, given by its path, and leaves it to itself. \returns false when it could not be started.
-    /// \param programFolder where it looks for programs by their names before anywhere else; may be null.
+    /// Starts a program, given by its path, and leaves it to itself, without this process's streams, session and
+    /// current folder. \returns false when it could not be started. \param programFolder where it looks for programs by
+    /// their names before anywhere else; may be null.
     virtual bool start(const QString &path, const QStringList &arguments, const QString &programFolder) = 0;
 
     /// Starts a program, given by its path, with pipes. \returns nothing when it could not be started.

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <spawn.h>
 #include <unistd.h>
 
@@ -48,10 +49,13 @@ public:
             ::posix_spawn_file_actions_adddup2(&m_actions, descriptor, stream);
         }
     }
-    /// Lets it begin in a folder.
-    void changeFolder(const char *path) {
+    /// Gives it none of this process's streams, and a current folder that keeps no volume busy.
+    void separate() {
+        open(STDIN_FILENO, "/dev/null", O_RDONLY);
+        open(STDOUT_FILENO, "/dev/null", O_WRONLY);
+        open(STDERR_FILENO, "/dev/null", O_WRONLY);
         if (m_hasActions) {
-            ::posix_spawn_file_actions_addchdir_np(&m_actions, path);
+            ::posix_spawn_file_actions_addchdir_np(&m_actions, "/");
         }
     }
 

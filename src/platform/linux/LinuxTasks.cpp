@@ -1,5 +1,8 @@
 #include "platform/linux/LinuxTasks.h"
 
+#include "platform/linux/DetachedSpawn.h"
+
+#include <QByteArrayList>
 #include <QFile>
 #include <array>
 #include <cerrno>
@@ -36,19 +39,30 @@ std::optional<Pipe> makePipe() {
     return Pipe{Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
+/// The strings of a program's arguments, the first of which is the program itself, as the system wants them.
+class ArgumentVector {
+public:
+    ArgumentVector(const QString &program, const QStringList &arguments) {
+        m_texts << QFile::encodeName(program);
+        for (const QString &argument : arguments) {
+            m_texts << argument.toUtf8();
+        }
+        for (QByteArray &text : m_texts) {
+            m_pointers.push_back(text.data());
+        }
+        m_pointers.push_back(nullptr);
+    }
+    const char *program() const { return m_pointers.front(); }
+    char *const *data() const { return m_pointers.data(); }
+
+private:
+    QByteArrayList m_texts;
+    std::vector<char *> m_pointers;
+};
+
 /// \param streams what becomes the child's standard output and standard error; null leaves them as they are.
 /// \returns the process's number, or 0.
-pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams,
-            char *const *environment = environ) {
-    QByteArray program = QFile::encodeName(path);
-    std::vector<QByteArray> texts;
-    texts.reserve(static_cast<size_t>(arguments.size()));
-    std::vector<char *> vector = {program.data()};
-    for (const QString &argument : arguments) {
-        vector.push_back(texts.emplace_back(argument.toUtf8()).data());
-    }
-    vector.push_back(nullptr);
-
+pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams) {
     posix_spawn_file_actions_t actions;
     if (::posix_spawn_file_actions_init(&actions) != 0) {
         return 0;
@@ -57,8 +71,9 @@ pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<i
         ::posix_spawn_file_actions_adddup2(&actions, streams->first, STDOUT_FILENO);
         ::posix_spawn_file_actions_adddup2(&actions, streams->second, STDERR_FILENO);
     }
+    const ArgumentVector vector(path, arguments);
     pid_t child = 0;
-    const int error = ::posix_spawn(&child, program.constData(), &actions, nullptr, vector.data(), environment);
+    const int error = ::posix_spawn(&child, vector.program(), &actions, nullptr, vector.data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);
     return error == 0 ? child : 0;
 }
@@ -90,6 +105,7 @@ std::optional<int> LinuxTasks::run(const QString &path, const QStringList &argum
     return WIFEXITED(status) ? WEXITSTATUS(status) : kEndedBySignal + WTERMSIG(status);
 }
 
+/// The system sees to the program's end after this process's own.
 bool LinuxTasks::start(const QString &path, const QStringList &arguments, const QString &programFolder) {
     std::vector<char *> environment;
     for (char **variable = environ; *variable != nullptr; ++variable) {
@@ -97,12 +113,16 @@ bool LinuxTasks::start(const QString &path, const QStringList &arguments, const 
             environment.push_back(*variable);
         }
     }
-    QByteArray programFolders = "PATH=" + QFile::encodeName(programFolder) + ':' + qgetenv("PATH");
+    const QByteArray otherFolders = qEnvironmentVariableIsEmpty("PATH") ? "/usr/bin:/bin" : qgetenv("PATH");
+    QByteArray programFolders = "PATH=" + QFile::encodeName(programFolder) + ':' + otherFolders;
     if (!programFolder.isNull()) {
         environment.push_back(programFolders.data());
     }
     environment.push_back(nullptr);
-    return spawn(path, arguments, nullptr, environment.data()) != 0; // the system sees to its end after this process's
+    const ArgumentVector vector(path, arguments);
+    DetachedSpawn spawn;
+    spawn.separate();
+    return spawn.start(vector.program(), vector.data(), environment.data()) == 0;
 }
 
 std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringList &arguments,

@@ -29,11 +29,7 @@ constexpr QLatin1StringView kFinderPath("/System/Library/CoreServices/Finder.app
 /// Starts a program that has nothing in common with this process but its user and its environment.
 bool spawnDetached(const QByteArray &executable, const QByteArray &onlyArgument = {}) {
     DetachedSpawn spawn;
-    spawn.open(STDIN_FILENO, "/dev/null", O_RDONLY);
-    spawn.open(STDOUT_FILENO, "/dev/null", O_WRONLY);
-    spawn.open(STDERR_FILENO, "/dev/null", O_WRONLY);
-    spawn.changeFolder("/"); // no folder is kept busy
-
+    spawn.separate();
     QByteArray first = executable;
     QByteArray second = onlyArgument;
     char *arguments[] = {first.data(), second.isEmpty() ? nullptr : second.data(), nullptr};
