@@ -91,8 +91,10 @@ Answer setFlag(const QString &name, const Arguments &arguments, const Operation 
         return Answer::No;
     }
     set();
-    const bool isSet = manager().flagExistsForKey(name, user) && manager().flagForKey(name, user) == arguments.isYes();
-    return isSet ? Answer::Yes : Answer::No;
+    if (!manager().flagExistsForKey(name, user) || manager().flagForKey(name, user) != arguments.isYes()) {
+        throw writeFailure(user);
+    }
+    return Answer::Yes;
 }
 
 template <class Operation>

@@ -123,7 +123,9 @@ class Keyring(unittest.TestCase):
         self.session.fill_disk()
         for arguments, why in ((("save", "ada", "--password"), "can't be written"),
                                (("save", "bob", "--password"), "can't be written"),
+                               (("flag", "set", "ada", "gamma", "yes"), "can't be written"),
                                (("flag", "remove", "ada", "beta"), "can't be written"),
+                               (("skip-auth", "set", "ada", "yes"), "can't be written"),
                                (("key", "save", "ada"), "can't be written"), (("remove", "ada"), "can't be deleted")):
             self.keychain(*arguments, status=3, text="s3cret")
             self.assertTrue(self.error_text.endswith(why + "\n"), self.error_text)
