@@ -102,6 +102,7 @@ class Move(MoveTest):
         whole = snapshot(image)
         environment = self.desktop.environment(PATH=f"{HOME}/bin:{os.environ['PATH']}")
         self.assertEqual(self.start_launcher(image, env=environment).one("alert").description, f"{QUESTION} {OFFER}")
+        self.desktop.take_picture("move-from-a-disk-image")
         self.press(MOVE)
         self.assert_ended()
         self.assert_runs_from(APP, launches=2)

@@ -553,7 +553,8 @@ TEST_F(MoveToApplications, MovesOddlyNamedBundlesToo) {
                                 QStringLiteral("$HOME`id`.app"), QString(200, u'x') + QStringLiteral(".app")}) {
         platform.alerts.answers = {{0, false}};
         platform.transcript.clear();
-        const QString file = QString(200, u'y') + u'/' + QString(200, u'z') + u'/' + name;
+        const QString folder = QString(200, u'y') + u'/';
+        const QString file = folder + folder + folder + folder + folder + name; // more than a thousand characters
         setSource(
             deletingLastPathComponent(home.write(file + QStringLiteral("/Contents/Info.plist"), "new")).chopped(9));
         home.write(QStringLiteral("local/") + name + QStringLiteral("/x"), "x");

@@ -4,6 +4,7 @@
 #include <QFontInfo>
 #include <QImage>
 #include <QScreen>
+#include <QStyleOptionButton>
 
 namespace quillmark::test {
 
@@ -151,6 +152,11 @@ TEST_F(AlertLook, FollowsADarkPalette) {
         }
         const QCheckBox &box = suppression(dialog);
         EXPECT_GT(contrast(box.palette().color(box.foregroundRole()), ground), 0x80);
+        QStyleOptionButton option;
+        option.initFrom(&box);
+        const QRect indicator = box.style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, &box);
+        const QPoint middle = box.mapTo(&dialog, indicator.center()) * dialog.devicePixelRatio();
+        EXPECT_GT(contrast(picture.pixelColor(middle), ground), 0x20);
     });
     QApplication::setPalette(before);
 }

@@ -26,6 +26,8 @@ constexpr int kAboveButtons = 22; // between texts and buttons
 constexpr int kMinimumButtonWidth = 88;
 constexpr int kBesideTitle = 6;          // more than the style leaves between a button's title and its edges
 constexpr int kAboveSuppression = 8;     // more than between the texts
+constexpr int kDark = 128;               // lightness below which a ground is dark
+constexpr int kLighterGround = 250;      // percent
 constexpr double kSmallFont = 11.0 / 13; // the small system font of a Mac beside the ordinary one
 
 /// An ampersand is no mnemonic here; the texts are shared with systems that have none.
@@ -89,6 +91,12 @@ void AlertDialog::addSuppression(QBoxLayout &layout, const QString &title) {
     QFont small = m_suppression->font();
     small.setPointSizeF(small.pointSizeF() * kSmallFont);
     m_suppression->setFont(small);
+    // Styles draw its frame darker than the window, which nobody sees where that is dark.
+    QPalette colors = palette();
+    if (const QColor ground = colors.color(QPalette::Window); ground.lightness() < kDark) {
+        colors.setColor(QPalette::Base, ground.lighter(kLighterGround));
+        m_suppression->setPalette(colors);
+    }
     layout.addWidget(m_suppression, 0, Qt::AlignLeading);
 }
 
