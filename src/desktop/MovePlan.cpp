@@ -3,6 +3,7 @@
 #include "branding/LocalizedStrings.h"
 #include "platform/Bundle.h"
 #include "platform/HomeFolder.h"
+#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/SystemInfo.h"
 #include "platform/UserDefaults.h"
@@ -10,7 +11,6 @@
 #include "utils/BooleanValue.h"
 #include "utils/FileManager.h"
 #include "utils/FormattedText.h"
-#include "utils/Path.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,6 +35,24 @@ bool startsWithAny(const QString &path, const QStringList &beginnings) {
 
 QString sourceOfMove(const Platform &platform) {
     return gAltSrcBundlePath.isNull() ? platform.mainBundle.path() : gAltSrcBundlePath;
+}
+
+bool isOnVolume(const QString &source) { return source.startsWith(u"/Volumes/"); }
+
+QString obstacleTo(const MovePlan &plan) {
+    const FileManager &files = __QMCurrentThreadFileManager();
+    if (!files.isWritable(plan.source) && !isOnVolume(plan.source)) {
+        return QStringLiteral("No access to delete the app. Not offering to move it.");
+    }
+    if (plan.source.contains(u'\'') || plan.destination.contains(u'\'')) {
+        return QStringLiteral("The path \"%1\" holds a single quote. Not offering to move it.").arg(plan.source);
+    }
+    // A link may have led from one to the other; what is removed to make room would be the application itself.
+    if (files.isWithin(plan.source, plan.destination) || files.isWithin(plan.destination, plan.source)) {
+        return QStringLiteral(R"("%1" and "%2" are the same place. Not offering to move it.)")
+            .arg(plan.source, plan.destination);
+    }
+    return {};
 }
 
 bool liesInDownloads(const QString &source, const Platform &platform) {
@@ -92,7 +110,6 @@ QString reasonToStay(const Platform &platform) {
 }
 
 MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
-    const FileManager &files = __QMCurrentThreadFileManager();
     const QStringList folders = platform.workspace.applicationsFolders(Workspace::Domain::Local);
     const QString folder =
         gAltDstBundleParentPath.isNull() ? folders.value(folders.size() - 1) : gAltDstBundleParentPath;
@@ -100,15 +117,8 @@ MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
     MovePlan plan;
     plan.source = sourceOfMove(platform);
     plan.destination = appendingPathComponent(folder, lastPathComponent(plan.source));
-    const bool isWritable = files.isWritable(plan.source);
-    const bool isOnVolume = plan.source.startsWith(u"/Volumes/");
-    plan.isOnDiskImage = isOnVolume && !isWritable;
-    if (!isWritable && !isOnVolume) {
-        plan.obstacle = QStringLiteral("No access to delete the app. Not offering to move it.");
-    } else if (plan.source.contains(u'\'') || plan.destination.contains(u'\'')) {
-        plan.obstacle =
-            QStringLiteral("The path \"%1\" holds a single quote. Not offering to move it.").arg(plan.source);
-    }
+    plan.isOnDiskImage = isOnVolume(plan.source) && !__QMCurrentThreadFileManager().isWritable(plan.source);
+    plan.obstacle = obstacleTo(plan);
     plan.needsAuthorisation = needsAuthorisation(folder, plan.destination);
     plan.informativeText = informativeText(plan, platform, strings);
 

@@ -5,6 +5,7 @@
 #include "platform/Application.h"
 #include "platform/Authorization.h"
 #include "platform/HomeFolder.h"
+#include "platform/Path.h"
 #include "platform/SystemInfo.h"
 #include "platform/Tasks.h"
 #include "platform/UserDefaults.h"
@@ -13,7 +14,6 @@
 #include "utils/ErrorText.h"
 #include "utils/FileManager.h"
 #include "utils/Log.h"
-#include "utils/Path.h"
 
 #include <QFile>
 #include <algorithm>

@@ -7,6 +7,7 @@
 #include "platform/CheckWindowView.h"
 #include "platform/HeaderBranding.h"
 #include "platform/MainThread.h"
+#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/Workspace.h"
 #include "utils/Exception.h"
@@ -135,8 +136,7 @@ void InstallCheckManager::dontInstallButtonClick() {
 }
 
 void InstallCheckManager::detailsButtonClick() {
-    const QString log = getLogFilePath();
-    m_platform.workspace.openFolder(log.left(log.lastIndexOf(u'/')));
+    m_platform.workspace.openFolder(deletingLastPathComponent(getLogFilePath()));
 }
 
 void InstallCheckManager::windowWillClose() { m_platform.application.exitAtOnce(); }

@@ -1,9 +1,9 @@
 #include "desktop/MoveToApplications.h"
 
 #include "desktop/MovePlan.h"
+#include "platform/Path.h"
 #include "support/LogFixture.h"
 #include "utils/FileManager.h"
-#include "utils/Path.h"
 
 #include <QFileInfo>
 #include <functional>
@@ -237,6 +237,27 @@ TEST_F(MoveToApplications, IsOfferedOnAVolumeThatCannotBeWrittenTo) {
 }
 
 TEST_F(MoveToApplications, TakesAWritableSourceForNoDiskImage) { EXPECT_FALSE(plan().isOnDiskImage); }
+
+TEST_F(MoveToApplications, IsNotOfferedWhereALinkHasLedToTheApplicationsFolder) {
+    const QString link = home.path(QStringLiteral("linked"));
+    ASSERT_TRUE(QFile::link(home.path(QStringLiteral("Downloads")), link));
+    PFAltDstBundleParentPath(link);
+    move();
+    EXPECT_EQ(log(), QStringList{QStringLiteral(R"(nrm "%1" and "%2" are the same place. Not offering to move it.)")
+                                     .arg(source, link + QStringLiteral("/Quillmark.app"))});
+    EXPECT_TRUE(exists(source));
+}
+
+TEST_F(MoveToApplications, IsNotOfferedIntoTheBundleItselfOrOutOfWhatItWouldReplace) {
+    PFAltDstBundleParentPath(home.makeFolder(QStringLiteral("Downloads/Quillmark.app/Contents/inner")));
+    move();
+    home.write(QStringLiteral("local/Quillmark.app/old/Quillmark.app/x"), "x");
+    PFAltDstBundleParentPath(home.path(QStringLiteral("local")));
+    PFAltSrcBundlePath(home.path(QStringLiteral("local/Quillmark.app/old/Quillmark.app")));
+    move();
+    EXPECT_FALSE(wasAsked());
+    EXPECT_EQ(log().filter(QStringLiteral("are the same place")).size(), 2);
+}
 
 TEST_F(MoveToApplications, IsNotOfferedForAPathWithASingleQuote) {
     home.write(QStringLiteral("Ada's/Quillmark.app/x"), "x");

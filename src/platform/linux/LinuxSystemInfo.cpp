@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxSystemInfo.h"
 
+#include "platform/Path.h"
 #include "platform/PropertyList.h"
 #include "platform/linux/ExecutablePath.h"
 
@@ -44,7 +45,7 @@ qint32 LinuxSystemInfo::processIdentifier() const { return ::getpid(); }
 
 QString LinuxSystemInfo::processName() const {
     const QString path = executablePath();
-    return path.isNull() ? QFile::decodeName(program_invocation_short_name) : path.mid(path.lastIndexOf(u'/') + 1);
+    return path.isNull() ? QFile::decodeName(program_invocation_short_name) : lastPathComponent(path);
 }
 
 quint32 LinuxSystemInfo::currentThreadNumber() const {

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxUserDefaults.h"
 
 #include "platform/Clock.h"
+#include "platform/Path.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadFile.h"
 #include "platform/linux/FolderLock.h"
@@ -84,7 +85,7 @@ bool LinuxUserDefaults::synchronize() {
         read();
         return m_fileState == FileState::Usable;
     }
-    const QString folder = m_path.left(m_path.lastIndexOf(u'/'));
+    const QString folder = deletingLastPathComponent(m_path);
     if (!QDir().mkpath(folder)) {
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include "platform/BundleSearch.h"
 #include "platform/HomeFolder.h"
+#include "platform/Path.h"
 #include "platform/PropertyList.h"
 #include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/FolderLock.h"
@@ -69,7 +70,7 @@ QString executableOfProcess(int process) {
 
 /// The bundle whose Contents/MacOS folder holds the executable; null when there is none.
 QString bundleOf(const QString &executable) {
-    const QString folder = executable.left(executable.lastIndexOf(u'/'));
+    const QString folder = deletingLastPathComponent(executable);
     const QString suffix = QStringLiteral("/Contents/MacOS");
     const QString bundle = folder.chopped(folder.endsWith(suffix) ? suffix.size() : folder.size());
     return bundle.endsWith(u".app") ? bundle : QString();
@@ -154,7 +155,7 @@ bool LinuxWorkspace::launchApplication(const QString &path) {
         return spawnDetached(QFile::encodeName(executable));
     }
     // So that of several that launch it at once one does.
-    const Descriptor lock = lockedFolder(executable.left(executable.lastIndexOf(u'/')), m_clock);
+    const Descriptor lock = lockedFolder(deletingLastPathComponent(executable), m_clock);
     return isRunning(executable) || spawnDetached(QFile::encodeName(executable));
 }
 
@@ -174,7 +175,7 @@ QString LinuxWorkspace::executableOf(const QString &path) const {
     const QVariantMap information = m_propertyList.readDictionary(path + QStringLiteral("/Contents/Info.plist"));
     QString name = information.value(QStringLiteral("CFBundleExecutable")).toString();
     if (name.isEmpty()) {
-        name = path.mid(path.lastIndexOf(u'/') + 1).chopped(4);
+        name = lastPathComponent(path).chopped(4);
     }
     return path + QStringLiteral("/Contents/MacOS/") + name;
 }
