@@ -2,7 +2,7 @@
 
 import unittest
 
-from desktop import Desktop, require_accessibility
+from desktop import Desktop, is_alert_ready, require_accessibility
 from machine import CORE, LAUNCHER, PATIENCE, LauncherTest, processes_of, run_launcher
 
 MESSAGE = "Quillmark is already running."
@@ -18,8 +18,7 @@ class AlertAccessibility(LauncherTest):
         self.desktop.start_window_manager()
         self.desktop.start_accessibility()
         self.launcher = self.desktop.start(LAUNCHER)
-        # What has the focus tells that the window has become the active one as well.
-        self.tree = self.desktop.wait_for(self.launcher, lambda tree: tree.all(state="focused"), "something has the focus")
+        self.tree = self.desktop.wait_for(self.launcher, is_alert_ready, "the alert is up")
 
     def test_is_an_alert_with_the_name_of_its_title_and_both_texts(self):
         self.assertEqual((self.tree.role, self.tree.name), ("application", "Quillmark"))

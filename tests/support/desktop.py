@@ -67,6 +67,12 @@ class Accessible:
         return ", ".join(facts) + below.replace("\n", "\n  ")
 
 
+def is_alert_ready(tree):
+    """True when the alert of this tree can be worked: its window is the active one, and a button has the focus. One comes
+    before the other."""
+    return tree.all("alert", state="active") and tree.all("push button", state="focused")
+
+
 class Desktop:
     """What is started here ends with the test."""
 

@@ -7,7 +7,7 @@ import stat
 import subprocess
 from pathlib import Path
 
-from desktop import Desktop, require_accessibility
+from desktop import Desktop, is_alert_ready, require_accessibility
 from machine import APP, CORE, HOME, LOG_FOLDER, PATIENCE, USER, LauncherTest, processes_of, wait_until
 from polkit import confirm_password, start_agent
 
@@ -92,7 +92,7 @@ class MoveTest(LauncherTest):
         """The launcher with its question up. \\returns what it shows."""
         options = {"stdout": subprocess.DEVNULL} | options
         self.launcher = self.desktop.start(bundle / "Contents/MacOS/Quillmark", **options)
-        return self.wait_for(lambda tree: tree.all("push button", state="focused"), "the question is up")
+        return self.wait_for(is_alert_ready, "the question is up")
 
     def wait_for(self, condition, what):
         return self.desktop.wait_for(self.launcher, condition, what)
