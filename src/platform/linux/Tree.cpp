@@ -26,6 +26,9 @@ namespace {
 constexpr mode_t kModeBits = 07777;
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
+/// As the folder that holds it tells.
+unsigned char typeOf(const struct stat &status) { return static_cast<unsigned char>(IFTODT(status.st_mode)); }
+
 /// As many bytes as the kernel copies at once. \returns their number; -1 with `errno` set.
 ssize_t copySome(int source, int target, off_t at, off_t end) {
     off_t from = at;
@@ -84,7 +87,7 @@ public:
         if (::lstat(m_source.constData(), &status) != 0) {
             return CopyFailure{m_source, errno};
         }
-        if (copyItem(IFTODT(status.st_mode), {AT_FDCWD, m_source}, {AT_FDCWD, m_target})) {
+        if (copyItem(typeOf(status), {AT_FDCWD, m_source}, {AT_FDCWD, m_target})) {
             return std::nullopt;
         }
         if (m_isBegun) {
@@ -176,7 +179,7 @@ private:
             return sourceFailed();
         }
         if (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) {
-            return copyItem(IFTODT(status.st_mode), source, target);
+            return copyItem(typeOf(status), source, target);
         }
         if (S_ISLNK(status.st_mode)) {
             std::array<char, PATH_MAX> text{};
