@@ -74,7 +74,7 @@ bool needsAuthorisation(const QString &folder, const QString &destination) {
 }
 
 QString informativeText(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
-    const QString offer =
+    QString offer =
         strings.localisedString(QStringLiteral("I can move myself to the Applications folder if you'd like."));
     if (plan.needsAuthorisation) {
         return offer + u' ' +

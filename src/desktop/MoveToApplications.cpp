@@ -173,7 +173,7 @@ void startShell(const QString &command, const MovePlan &plan, const Platform &pl
     const QString shell = QStringLiteral("/bin/sh");
     if (!platform.tasks.start(shell, {QStringLiteral("-c"), command},
                               plan.destination + QStringLiteral("/Contents/Helpers"))) {
-        logError("\"%@\" can't be started; open \"%@\" by hand", shell, plan.destination);
+        logError(R"("%@" can't be started; open "%@" by hand)", shell, plan.destination);
     }
 }
 
