@@ -6,8 +6,12 @@
 #include "utils/FileManager.h"
 
 #include <QFileInfo>
+#include <cstdlib>
 #include <functional>
+#include <optional>
+#include <sched.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -27,7 +31,7 @@ protected:
         platform.workspace.localFolders = {home.path(QStringLiteral("network")),
                                            home.makeFolder(QStringLiteral("local"))};
         platform.systemInfo.appKit = 2487;
-        platform.workspace.onRecycle = [this](const QString &path) {
+        platform.workspace.onRecycle = [](const QString &path) {
             __QMCurrentThreadFileManager().removeItem(path); // a stranger can't
         };
         platform.alerts.answers = {{0, false}};
@@ -72,6 +76,22 @@ protected:
             }
             action();
         }).join();
+    }
+
+    /// Answers in a process of its own, whose root folder the home folder is; nothing where the machine forbids that.
+    std::optional<bool> withHomeAsRoot(const std::function<bool()> &question) const {
+        constexpr int kForbidden = 2;
+        const QByteArray root = QFile::encodeName(home.path());
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const bool isRoot = ::geteuid() == 0 || ::unshare(CLONE_NEWUSER) == 0;
+            const bool isThere = isRoot && ::chroot(root.constData()) == 0 && ::chdir("/") == 0;
+            ::_exit(!isThere ? kForbidden : question() ? EXIT_SUCCESS : EXIT_FAILURE);
+        }
+        int status = 0;
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status));
+        return WEXITSTATUS(status) == kForbidden ? std::nullopt : std::optional(WEXITSTATUS(status) == EXIT_SUCCESS);
     }
 
     void offer() { PFMoveToApplicationsFolderIfNecessary(platform.platform, m_strings); }
@@ -236,6 +256,12 @@ TEST_F(MoveToApplications, IsOfferedOnAVolumeThatCannotBeWrittenTo) {
     EXPECT_TRUE(plan().obstacle.isNull());
 }
 
+TEST_F(MoveToApplications, IsNotOfferedWhereAPathMerelyBeginsLikeAVolume) {
+    setSource(QStringLiteral("/VolumesOld/Quillmark.app"));
+    EXPECT_FALSE(plan().isOnDiskImage);
+    EXPECT_FALSE(plan().obstacle.isNull());
+}
+
 TEST_F(MoveToApplications, TakesAWritableSourceForNoDiskImage) { EXPECT_FALSE(plan().isOnDiskImage); }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereALinkHasLedToTheApplicationsFolder) {
@@ -257,6 +283,20 @@ TEST_F(MoveToApplications, IsNotOfferedIntoTheBundleItselfOrOutOfWhatItWouldRepl
     move();
     EXPECT_FALSE(wasAsked());
     EXPECT_EQ(log().filter(QStringLiteral("are the same place")).size(), 2);
+}
+
+TEST_F(MoveToApplications, TakesAVolumeThatCanBeWrittenToForNoDiskImage) {
+    home.write(QStringLiteral("Volumes/Stick/Quillmark.app/x"), "x");
+    setSource(QStringLiteral("/Volumes/Stick/Quillmark.app"));
+    const auto tellsSo = [this] {
+        const MovePlan found = plan();
+        return found.obstacle.isNull() && !found.isOnDiskImage && found.detachCommand.isNull();
+    };
+    const std::optional<bool> answer = withHomeAsRoot(tellsSo);
+    if (!answer) {
+        GTEST_SKIP() << "this machine lets the test change no root folder";
+    }
+    EXPECT_TRUE(*answer);
 }
 
 TEST_F(MoveToApplications, IsNotOfferedForAPathWithASingleQuote) {
@@ -316,6 +356,20 @@ TEST_F(MoveToApplications, NeedsAPasswordForAFirstCopyEvenInAWritableFolder) {
 TEST_F(MoveToApplications, NeedsNoPasswordToReplaceAWritableCopy) {
     putOldCopy();
     EXPECT_FALSE(plan().needsAuthorisation);
+}
+
+TEST_F(MoveToApplications, NeedsNoPasswordInAWritableFolderThatIsNamedWithATilde) {
+    putOldCopy();
+    PFAltDstBundleParentPath(QStringLiteral("~/local"));
+    EXPECT_EQ(plan().destination, QStringLiteral("~/local/Quillmark.app"));
+    EXPECT_FALSE(plan().needsAuthorisation);
+}
+
+TEST_F(MoveToApplications, NeedsAPasswordForAFolderThatCannotBeWrittenToThoughTheCopyInItCan) {
+    putOldCopyOfAnAdministrator();
+    setMode(destination, kEverybodys);
+    setMode(home.path(QStringLiteral("local")), kAdministrators);
+    asStranger([this] { EXPECT_TRUE(plan().needsAuthorisation); });
 }
 
 TEST_F(MoveToApplications, NeedsAPasswordForAFolderThatCannotBeWrittenTo) {
@@ -416,6 +470,13 @@ TEST_F(MoveToApplications, IsOfferedAgainAfterAPlainRefusal) {
     EXPECT_EQ(deeds(), QStringList());
     EXPECT_EQ(log(), QStringList());
     EXPECT_TRUE(exists(source));
+}
+
+TEST_F(MoveToApplications, TakesAnAnswerThatIsNoButtonForARefusal) {
+    putOldCopy();
+    platform.alerts.answers = {{-1, false}};
+    move();
+    EXPECT_EQ(deeds(), QStringList());
 }
 
 TEST_F(MoveToApplications, IsNeverOfferedAgainAfterARefusalWithTheCheckBoxOn) {
@@ -632,6 +693,13 @@ TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
                                     QStringLiteral("terminate")}));
     EXPECT_TRUE(log().contains(QStringLiteral("vrb Removing \"%1\"").arg(one)));
     EXPECT_TRUE(log().contains(QStringLiteral("nrm Not removing \"%1\": the application is in it").arg(source)));
+}
+
+TEST_F(MoveWithPassword, RemovesWhatIsInAFolderThatIsNamedWithATilde) {
+    putOldCopyOfAnAdministrator();
+    PFAltDstBundleParentPath(QStringLiteral("~/local"));
+    asStranger([this] { moveToTheEnd(); });
+    EXPECT_TRUE(deeds().contains(remove(destination)));
 }
 
 TEST_F(MoveWithPassword, ComesBackWithoutAnAlertWhenTheUserCancels) {
