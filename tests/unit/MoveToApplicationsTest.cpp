@@ -5,6 +5,7 @@
 #include "support/LogFixture.h"
 #include "utils/FileManager.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <cstdlib>
 #include <functional>
@@ -31,8 +32,11 @@ protected:
         platform.workspace.localFolders = {home.path(QStringLiteral("network")),
                                            home.makeFolder(QStringLiteral("local"))};
         platform.systemInfo.appKit = 2487;
-        platform.workspace.onRecycle = [](const QString &path) {
-            __QMCurrentThreadFileManager().removeItem(path); // a stranger can't
+        platform.workspace.onRecycle = [this](const QString &path) {
+            // Really removed, so never anything but the test's own: a broken rule must not reach the machine.
+            if (QDir::cleanPath(path).startsWith(home.path() + u'/')) {
+                __QMCurrentThreadFileManager().removeItem(path); // a stranger can't
+            }
         };
         platform.alerts.answers = {{0, false}};
         m_log = logToFile(kLogLevelVerbose);
@@ -49,6 +53,11 @@ protected:
         platform.bundle.bundlePath = path;
         source = path;
         destination = home.path(QStringLiteral("local/")) + lastPathComponent(path);
+    }
+    /// A bundle that could be moved, so that nothing but its place speaks against it.
+    void putSource(const QString &folder) {
+        setSource(folder + QStringLiteral("/Quillmark.app"));
+        EXPECT_TRUE(QDir().mkpath(source));
     }
     /// An older copy that the move replaces. There has to be one for a move without a password.
     void putOldCopy() { home.write(QStringLiteral("local/Quillmark.app/Contents/old"), "old"); }
@@ -179,29 +188,32 @@ TEST_F(MoveToApplications, IsOfferedWhenTheWishIsOffOrOfAWrongType) {
 
 TEST_F(MoveToApplications, IsNotOfferedInTheApplicationsFolderOfAnyDomain) {
     for (const QString &folder : platform.workspace.userFolders + platform.workspace.localFolders) {
-        setSource(folder + QStringLiteral("/Quillmark.app"));
+        putSource(folder);
         offer();
     }
     EXPECT_FALSE(wasAsked());
+    EXPECT_EQ(log(), QStringList());
 }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereAPathMerelyBeginsLikeAnApplicationsFolderEither) {
-    setSource(platform.workspace.localFolders[0] + QStringLiteral("Old/Quillmark.app")); // deliberate
+    putSource(platform.workspace.localFolders[0] + QStringLiteral("Old")); // deliberate
     offer();
     EXPECT_FALSE(wasAsked());
 }
 
 TEST_F(MoveToApplications, IsNotOfferedBelowAnyFolderThatIsCalledApplications) {
-    setSource(home.path(QStringLiteral("Applications/Cloud/Quillmark.app")));
-    offer();
-    EXPECT_FALSE(wasAsked());
+    for (const char *folder : {"Applications", "Applications/Cloud", "Cloud/Applications/new/1"}) {
+        putSource(home.path(QLatin1StringView(folder)));
+        offer();
+        EXPECT_FALSE(wasAsked()) << folder;
+    }
 }
 
 TEST_F(MoveToApplications, IsOfferedBelowFoldersWhoseNamesAreMerelyLikeIt) {
     for (const char *name : {"applications", "Applications2", "My Applications"}) {
         platform.alerts.answers.clear();
         platform.transcript.clear();
-        setSource(QFileInfo(home.write(QLatin1StringView(name) + QStringLiteral("/Quillmark.app/x"), "x")).path());
+        putSource(home.path(QLatin1StringView(name)));
         offer();
         EXPECT_TRUE(wasAsked()) << name;
     }
