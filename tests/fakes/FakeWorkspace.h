@@ -2,9 +2,10 @@
 
 #include "fakes/Transcript.h"
 #include "platform/Workspace.h"
+#include "utils/FileManager.h"
 
+#include <QDir>
 #include <QMap>
-#include <functional>
 
 namespace quillmark::test {
 
@@ -16,8 +17,8 @@ public:
     QStringList localFolders;
     QStringList downloads;
     QList<QVariantMap> applications;
-    QMap<QString, QString> bundles;                 ///< paths by identifier
-    std::function<void(const QString &)> onRecycle; ///< what becomes of an item, by its path
+    QMap<QString, QString> bundles; ///< paths by identifier
+    QString ownFolder; ///< the test's own: what is recycled in it is really removed, and nothing else ever is
 
     QStringList applicationsFolders(Domain domain) const override {
         switch (domain) {
@@ -63,8 +64,9 @@ public:
                                       QStringLiteral("recycle"))) {
             return false;
         }
-        if (onRecycle) {
-            onRecycle(folder + u'/' + name);
+        const QString path = QDir::cleanPath(folder + u'/' + name);
+        if (!ownFolder.isEmpty() && path.startsWith(ownFolder + u'/')) {
+            __QMCurrentThreadFileManager().removeItem(path);
         }
         return true;
     }

@@ -34,7 +34,7 @@ protected:
         ASSERT_TRUE(QDir().rename(home.path(QStringLiteral("Applications")), home.path(QStringLiteral("Downloads"))));
         platform.bundle.bundlePath = home.path(QStringLiteral("Downloads/Quillmark.app"));
         platform.workspace.localFolders = {home.makeFolder(QStringLiteral("computer"))};
-        platform.workspace.onRecycle = [](const QString &path) { QDir(path).removeRecursively(); };
+        platform.workspace.ownFolder = home.path();
         home.write(QStringLiteral("computer/Quillmark.app/old"), "old");
     }
     void setItems(const QVariantList &items) {

@@ -32,12 +32,7 @@ protected:
         platform.workspace.localFolders = {home.path(QStringLiteral("network")),
                                            home.makeFolder(QStringLiteral("local"))};
         platform.systemInfo.appKit = 2487;
-        platform.workspace.onRecycle = [this](const QString &path) {
-            // Really removed, so never anything but the test's own: a broken rule must not reach the machine.
-            if (QDir::cleanPath(path).startsWith(home.path() + u'/')) {
-                __QMCurrentThreadFileManager().removeItem(path); // a stranger can't
-            }
-        };
+        platform.workspace.ownFolder = home.path();
         platform.alerts.answers = {{0, false}};
         m_log = logToFile(kLogLevelVerbose);
         platform.transcript.clear();
@@ -603,7 +598,7 @@ TEST_F(MoveToApplications, RemovesALinkThatMerelyLeadsToTheApplication) {
 
 TEST_F(MoveToApplications, FailsWhenTheBundleCannotBeCopied) {
     putOldCopy();
-    platform.workspace.onRecycle = [](const QString &) {}; // so that the place is taken
+    platform.workspace.ownFolder.clear(); // so that the place is taken
     _setStandardStreams(nullptr, nullptr);
     move();
     EXPECT_EQ(deeds(), QStringList{recycled(destination)} + failureAlert());
