@@ -202,7 +202,7 @@ class Processes:
     def __init__(self, folder, scratch):
         self.bench = folder / "bench"
         self.scratch = scratch
-        self.bundle = scratch / "Quillmark.app"
+        self.bundle = scratch / "Applications/Quillmark.app"  # where it offers no move
         shutil.copytree(folder / "Quillmark.app", self.bundle, symlinks=True)
         core = self.bundle / "Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore"
         shutil.copy(self.bench / "bench_core_that_ends", core)
