@@ -204,6 +204,8 @@ class Processes:
         self.scratch = scratch
         self.bundle = scratch / "Applications/Quillmark.app"  # where it offers no move
         shutil.copytree(folder / "Quillmark.app", self.bundle, symlinks=True)
+        # Every side asks the process table with the same programs: those that the launcher brings.
+        self.path = f"{self.bundle}/Contents/Helpers:{os.environ['PATH']}"
         core = self.bundle / "Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore"
         shutil.copy(self.bench / "bench_core_that_ends", core)
         # Tools of the catalogue that are in order; they belong to root, for that is who measures.
@@ -222,7 +224,7 @@ class Processes:
         """Nanoseconds and kilobytes of one run. What has the bundle to start a core from must have started one."""
         home = self.scratch / name
         home.mkdir(exist_ok=True)
-        environment = {"HOME": str(home), "PATH": os.environ["PATH"], "LANG": "en_US.UTF-8"}
+        environment = {"HOME": str(home), "PATH": self.path, "LANG": "en_US.UTF-8"}
         answer = subprocess.run([self.bench / "bench_measure", *command], env=environment, cwd=home, check=True,
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
         time, size, cores = map(int, answer.stdout.split())
@@ -289,7 +291,7 @@ class Windows:
         """Nanoseconds and kilobytes until a window is there."""
         home = self.processes.scratch / "windows"
         home.mkdir(mode=0o700, exist_ok=True)
-        environment = {"HOME": str(home), "XDG_RUNTIME_DIR": str(home), "PATH": os.environ["PATH"],
+        environment = {"HOME": str(home), "XDG_RUNTIME_DIR": str(home), "PATH": self.processes.path,
                        "LANG": "en_US.UTF-8", "DISPLAY": display, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nonexistent"}
         answer = subprocess.run([self.seen, program], env=environment, cwd=home, check=True, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, text=True)

@@ -1,6 +1,5 @@
 # The vendor's key pair: a throw-away one for each build folder. The public half is compiled into the update tool; the
 # private half signs what the build makes, and never leaves the build folder.
-find_program(OPENSSL openssl REQUIRED)
 set(vendor_key_folder ${CMAKE_BINARY_DIR}/vendor-key)
 set(vendor_private_key ${vendor_key_folder}/private.pem)
 if(NOT EXISTS ${vendor_private_key})

@@ -51,12 +51,14 @@ using Action = std::function<Answer(const Output &)>;
 /// One command of the tool: "quillmarkctl GROUP NAME", or "quillmarkctl NAME" when the group is null. A group of groups
 /// is several words.
 struct Command {
-    const char *group;
-    const char *name;
-    const char *summary;
-    const char *example;
+    const char *group = nullptr;
+    const char *name = nullptr;
+    const char *summary = nullptr;
+    const char *example = nullptr;
     /// Adds the command's own options and arguments, and gives what runs once they are parsed.
-    Action (*define)(CLI::App &app);
+    Action (*define)(CLI::App &app) = nullptr;
+    /// A sentence that its users have to know; null for none.
+    const char *note = nullptr;
 };
 
 /// A word before several commands.

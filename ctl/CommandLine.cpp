@@ -2,6 +2,10 @@
 
 #include "utils/Version.h"
 
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
 namespace quillmark::ctl {
 
 namespace {
@@ -25,6 +29,8 @@ constexpr Group kGroups[] = {
     {"user", "accounts that are known here, and their settings"},
     {"version", "versions of the application and of texts"},
 };
+
+constexpr std::string_view kRunCommand = "run"; // the one that takes another program's words
 
 const CLI::App *chosen(const CLI::App &app) {
     const auto commands = app.get_subcommands();
@@ -82,9 +88,36 @@ CLI::App &CommandLine::groupNamed(const std::string &name) {
 void CommandLine::add(const Command &command) {
     CLI::App &parent = command.group != nullptr ? groupNamed(command.group) : m_app;
     CLI::App *app = parent.add_subcommand(command.name, command.summary);
-    app->footer(std::string("Example: ") + command.example);
+    const std::string note = command.note != nullptr ? std::string(command.note) + '\n' : std::string();
+    app->footer(note + "Example: " + command.example);
     app->fallthrough();
     m_actions.emplace(app, command.define(*app));
+}
+
+void CommandLine::parse(std::vector<std::string> words) {
+    const auto command = firstPlainWord(words.begin(), words.end());
+    if (command != words.end() && *command == kRunCommand) {
+        // From the program's path on all is the program's own, whatever it looks like. Options before it are ours, and
+        // are read as if they stood before the command; but for the one that asks for the command's own help.
+        const auto path = firstPlainWord(std::next(command), words.end());
+        if (std::none_of(command, path, [](const std::string &word) { return word == "-h" || word == "--help"; })) {
+            std::rotate(command, std::next(command), path);
+        }
+        if (path != words.end() && *path != "--") {
+            words.insert(path, "--");
+        }
+    }
+    std::reverse(words.begin(), words.end()); // as the library takes them
+    m_app.parse(std::move(words));
+}
+
+CommandLine::Word CommandLine::firstPlainWord(Word word, Word end) const {
+    while (word != end && word->starts_with('-') && *word != "--") {
+        const CLI::Option *option = m_app.get_option_no_throw(*word);
+        const bool hasValue = option != nullptr && option->get_items_expected_max() > 0;
+        std::advance(word, std::min<std::ptrdiff_t>(hasValue ? 2 : 1, end - word));
+    }
+    return word;
 }
 
 const Action &CommandLine::action() const { return m_actions.at(chosen(m_app)); }

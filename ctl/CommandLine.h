@@ -6,6 +6,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quillmark::ctl {
 
@@ -23,6 +24,8 @@ public:
     CommandLine();
 
     CLI::App &app() { return m_app; }
+    /// Raises what CLI11 raises.
+    void parse(std::vector<std::string> words);
     const CLI::App &app() const { return m_app; }
 
     /// The action of the command that was parsed.
@@ -33,6 +36,9 @@ public:
     const Options &options() const { return m_options; }
 
 private:
+    using Word = std::vector<std::string>::iterator;
+    /// The first word that is neither an option of every command nor the value of one; "--" is one.
+    Word firstPlainWord(Word word, Word end) const;
     void add(const Command &command);
     CLI::App &groupNamed(const std::string &name);
 

@@ -42,13 +42,19 @@ Action defineServers(CLI::App &app) {
     };
 }
 
+constexpr const char *kNothingDone =
+    "Where there is no Finder, as on Linux, nothing is done, and the exit status is 0 all the same.";
+
 constexpr Command kCommands[] = {
     {"finder", "selection", "list what is selected in the Finder", "quillmarkctl finder selection --pretty",
-     defineSelection},
+     defineSelection, "Where there is no Finder, as on Linux, nothing is ever selected."},
     {"finder", "refresh", "have the Finder draw a file anew", "quillmarkctl finder refresh ~/Quillmark/Letter.odt",
-     defineRefresh},
+     defineRefresh, kNothingDone},
     {"finder", "servers", "tell whether the Finder shows connected servers on the desktop, or set it",
-     "quillmarkctl finder servers off", defineServers},
+     "quillmarkctl finder servers off", defineServers,
+     "Where there is no Finder, as on Linux, the answer is always yes, and nothing can be set: that ends with status 0 "
+     "all "
+     "the same."},
 };
 
 } // namespace

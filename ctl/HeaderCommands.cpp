@@ -91,8 +91,6 @@ void write(const QByteArray &bytes, const std::string &name) {
 
 Answer render(const RenderArguments &arguments) {
     const HeaderPicture picture = pictureOf(arguments);
-    // What the window library remarks about the session is of no use here.
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     // This program's own module, also for the resources of another bundle.
     WindowModule module(nativePlatform().mainBundle);
     QByteArray png;

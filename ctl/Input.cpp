@@ -1,6 +1,10 @@
 #include "Input.h"
 
 #include "Command.h"
+#include "accounts/KeyList.h"
+#include "launcher/BundleDefaults.h"
+#include "platform/Platform.h"
+#include "platform/UserDefaults.h"
 #include "utils/Utf8Text.h"
 
 #include <QFile>
@@ -40,5 +44,14 @@ QByteArray secretInput() {
 }
 
 QString secretInputText() { return text(secretInput()); }
+
+void requirePreferences() {
+    UserDefaults &defaults = platform().userDefaults;
+    registerBundleDefaults(platform());
+    defaults.objectForKey(kUserList); // any look at them reads them
+    if (!defaults.problem().isNull()) {
+        throw Failure{defaults.file(), defaults.problem()};
+    }
+}
 
 } // namespace quillmark::ctl

@@ -15,4 +15,8 @@ QString standardInputText();
 QByteArray secretInput();
 QString secretInputText();
 
+/// Registers the bundle's default preferences, and makes sure that the user's own could be read: what is out of reach
+/// is not absent, but a Failure.
+void requirePreferences();
+
 } // namespace quillmark::ctl

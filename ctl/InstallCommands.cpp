@@ -2,6 +2,9 @@
 
 #include "accounts/KeyList.h"
 #include "installcheck/InstallCheckManager.h"
+#include "platform/Bundle.h"
+#include "platform/Platform.h"
+#include "tools/UpdateToolManager.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -35,10 +38,21 @@ Answer tellStatus(const InstallCheckManager &manager, const Output &output) {
     return manager.numberRepairsRequired() == 0 && manager.numberItemsMissing() == 0 ? Answer::Yes : Answer::No;
 }
 
+/// After an evaluation. The launcher takes a catalogue that can't be read for an empty one, and starts the core; who
+/// asks here wants to know.
+InstallCheckManager &evaluated() {
+    InstallCheckManager &manager = InstallCheckManager::sharedManager();
+    if (!manager.isCatalogueReadable()) {
+        throw Failure{platform().mainBundle.resourcePath() + QStringLiteral("/RequiredItems.plist"),
+                      QStringLiteral("can't be read")};
+    }
+    manager.updateStatus();
+    return manager;
+}
+
 Action defineStatus(CLI::App & /*app*/) {
     return [](const Output &output) {
-        InstallCheckManager &manager = InstallCheckManager::sharedManager();
-        manager.updateStatus();
+        const InstallCheckManager &manager = evaluated();
         return tellStatus(manager, output);
     };
 }
@@ -50,10 +64,17 @@ void tellStep(const QString &name, const QString &step) {
 
 Action defineRepair(CLI::App & /*app*/) {
     return [](const Output &output) {
-        InstallCheckManager &manager = InstallCheckManager::sharedManager();
-        manager.updateStatus();
-        if (!manager.runRepairPass(tellStep)) {
-            tellStep(QStringLiteral("repair"), QStringLiteral("failed, the rest is left as it is"));
+        InstallCheckManager &manager = evaluated();
+        Failure failure{QStringLiteral("repair"), {}};
+        const auto tell = [&failure](const QString &name, const QString &step) {
+            failure = {name, step};
+            tellStep(name, step);
+        };
+        if (!manager.runRepairPass(tell)) {
+            const QString reason = UpdateToolManager::sharedManager().failureReason();
+            failure.why += QStringLiteral(" failed: ") +
+                           (reason.isNull() ? QStringLiteral("there is no repair for it") : reason); // nothing was run
+            throw Failure(failure);
         }
         manager.updateStatus();
         return tellStatus(manager, output);

@@ -306,7 +306,10 @@ constexpr Command kCommands[] = {
     {"keychain", "get", "print an account's password and whether the user stays signed in",
      "quillmarkctl keychain get ada@example.com", defineGet},
     {"keychain", "save", "store an account's password, or whether the user stays signed in",
-     "quillmarkctl keychain save ada@example.com --password --keep-signed-in yes < password.txt", defineSave},
+     "quillmarkctl keychain save ada@example.com --password --keep-signed-in yes < password.txt", defineSave,
+     "A password with a character beyond U+00FF, such as the euro sign, does not come back as it was: items hold 8 "
+     "bits a "
+     "character."},
     {"keychain", "remove", "delete all that is kept of an account", "quillmarkctl keychain remove ada@example.com",
      defineRemove},
     {"keychain flag", "get", "print a flag of an account", "quillmarkctl keychain flag get ada@example.com beta",

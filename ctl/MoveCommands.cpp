@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "Input.h"
 
 #include "branding/LocalizedStrings.h"
 #include "desktop/MovePlan.h"
@@ -13,6 +14,7 @@ namespace {
 
 Action definePlan(CLI::App & /*app*/) {
     return [](const Output &output) {
+        requirePreferences();
         gAlsoRemoveBundlePaths = staleClientBundles(QMLocalizedString(QStringLiteral("ProductName")),
                                                     platform().workspace, platform().propertyList);
         const MovePlan plan = planOfMove(platform(), LocalizedStrings::sharedManager());

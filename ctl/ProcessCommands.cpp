@@ -6,6 +6,7 @@
 #include "tools/ProcessUtilities.h"
 
 #include <CLI/CLI.hpp>
+#include <cmath>
 #include <memory>
 
 namespace quillmark::ctl {
@@ -71,8 +72,14 @@ Action defineLaunch(CLI::App &app) {
 Action defineQuit(CLI::App &app) {
     const auto identifier = addText(app, "ID", "a bundle identifier");
     const auto seconds = std::make_shared<double>(0);
-    CLI::Option *wait =
-        app.add_option("--wait", *seconds, "wait until it has quit, so long at the most")->type_name("SECONDS");
+    CLI::Option *wait = app.add_option("--wait", *seconds, "wait until it has quit, so long at the most")
+                            ->type_name("SECONDS")
+                            ->check([](const std::string &text) {
+                                double number = 0;
+                                const bool isOne =
+                                    CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= 0;
+                                return isOne ? std::string() : "\"" + text + "\" is no finite number from 0";
+                            });
     return [identifier, seconds, wait](const Output &output) {
         const QString what = QString::fromStdString(*identifier);
         return tellError(output, what, quitApplication(what, wait->count() > 0, *seconds));

@@ -28,7 +28,7 @@ QJsonValue jsonOf(const std::optional<Error> &error) {
 
 Action defineRun(CLI::App &app) {
     const auto path = std::make_shared<std::string>();
-    app.add_option("PATH", *path, "the program; what follows are its arguments, for certain behind --")->required();
+    app.add_option("PATH", *path, "the program; all that follows is its own")->required();
     app.prefix_command();
     app.fallthrough(false);
     return [path, &app](const Output &output) {
@@ -40,6 +40,7 @@ Action defineRun(CLI::App &app) {
         for (const std::string &word : app.remaining()) {
             arguments << QString::fromStdString(word);
         }
+        arguments.removeFirst(); // the "--" before the path
         const QString program = QString::fromStdString(*path);
         std::optional<Error> error;
         const QString printed = stringByLaunchingPath(program, arguments, {}, &error);

@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "Input.h"
 
 #include "branding/BrandingManager.h"
 #include "branding/LocalizedStrings.h"
@@ -51,6 +52,7 @@ Action defineText(CLI::App &app) {
 
 Action defineBrand(CLI::App & /*app*/) {
     return [](const Output &output) {
+        requirePreferences();
         const BrandingManager &branding = BrandingManager::sharedManager();
         const auto logo = branding.getBrandedLogoImage();
         output.json(QJsonObject{{QStringLiteral("brandID"), branding.getBrandingID()},

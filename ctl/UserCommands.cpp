@@ -12,6 +12,7 @@
 #include <QCoreApplication>
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace quillmark::ctl {
 
@@ -53,9 +54,14 @@ QJsonValue jsonOf(const QString &text) { return text.isNull() ? QJsonValue() : Q
 /// A change that could not be stored is a failure.
 Answer requireStored(bool isStored) {
     if (!isStored) {
-        throw Failure{platform().userDefaults.file(), QStringLiteral("can't be written")};
+        throw Failure{platform().userDefaults.file(), platform().userDefaults.problem()};
     }
     return Answer::Yes;
+}
+
+UserManager readUsers() {
+    requirePreferences();
+    return UserManager();
 }
 
 bool isSecret(const QString &key) { return kUserPassword == key || kUserEncryptionKey == key; }
@@ -63,7 +69,7 @@ bool isSecret(const QString &key) { return kUserPassword == key || kUserEncrypti
 Action defineList(CLI::App & /*app*/) {
     return [](const Output &output) {
         QJsonArray names;
-        const QVariantList list = UserManager().userList();
+        const QVariantList list = readUsers().userList();
         for (const QVariant &entry : list) {
             names.append(entry.toMap().value(kUserUserName).toJsonValue());
         }
@@ -74,7 +80,7 @@ Action defineList(CLI::App & /*app*/) {
 
 Action defineShow(CLI::App &app) {
     return [arguments = addUser(app)](const Output &output) {
-        const UserManager users;
+        const UserManager users = readUsers();
         if (!users.doesUserKeyExists(arguments->userName())) {
             return Answer::No;
         }
@@ -86,7 +92,7 @@ Action defineShow(CLI::App &app) {
 /// A value by one of the accessors; what an accessor for numbers gives without a default is absent when the default
 /// decides about it.
 QVariant valueBy(const Arguments &arguments) {
-    const UserManager users;
+    const UserManager users = readUsers();
     const QString key = arguments.keyName();
     const QString user = arguments.userName();
     if (arguments.form == "int" || arguments.form == "long") {
@@ -163,7 +169,7 @@ Action defineSet(CLI::App &app) {
 
 Action defineUnset(CLI::App &app) {
     return [arguments = addUserAndKey(app)](const Output & /*output*/) {
-        UserManager users;
+        UserManager users = readUsers();
         const QString user = arguments->userName();
         if (!users.userWithUserName(user).contains(arguments->keyName()) || !users.doesUserKeyExists(user)) {
             return Answer::No;
@@ -177,7 +183,7 @@ Action defineRename(CLI::App &app) {
     app.add_option("ACCOUNT", arguments->number, "the account's number")->required();
     app.add_option("NEWNAME", arguments->user, "its new user name")->required();
     return [arguments](const Output & /*output*/) {
-        UserManager users;
+        UserManager users = readUsers();
         const QVariantList list = users.userList();
         const bool isKnown = std::any_of(list.cbegin(), list.cend(), [&arguments](const QVariant &entry) {
             const UserRecord record = entry.toMap();
@@ -188,17 +194,22 @@ Action defineRename(CLI::App &app) {
     };
 }
 
-/// Ends the wait for a removal.
+/// Ends the wait for a removal, and keeps what is to be told then.
 class Waiting final : public UserManager::RemovalObserver {
 public:
+    std::optional<Failure> cacheThatStays;
+
     void removeUserFinished() override { QCoreApplication::quit(); }
+    void cacheStays(const QString &path, const QString &reason) override {
+        cacheThatStays = Failure{path, QStringLiteral("the cache is not removed: ") + reason};
+    }
 };
 
 Action defineRemove(CLI::App &app) {
     auto arguments = addUser(app);
     app.add_flag("--remove-cache", arguments->isSet, "delete the user's cache as well");
     return [arguments](const Output & /*output*/) {
-        const UserManager users;
+        const UserManager users = readUsers();
         if (!users.doesUserKeyExists(arguments->userName())) {
             return Answer::No;
         }
@@ -207,7 +218,10 @@ Action defineRemove(CLI::App &app) {
         Waiting waiting;
         users.removeUser(arguments->userName(), arguments->isSet, &waiting);
         platform().application.run();
-        return requireStored(platform().userDefaults.synchronize());
+        if (waiting.cacheThatStays) {
+            throw Failure(*waiting.cacheThatStays);
+        }
+        return requireStored(platform().userDefaults.problem().isNull());
     };
 }
 
@@ -229,7 +243,7 @@ Action defineSelected(CLI::App &app) {
             users.setLastUsedUserName(arguments->isSet ? QString() : arguments->userName());
             return requireStored(users.save());
         }
-        const QString selected = users.lastUsedUserName();
+        const QString selected = readUsers().lastUsedUserName();
         if (selected.isEmpty()) {
             return Answer::No;
         }
@@ -282,7 +296,7 @@ constexpr Feature kFeatures[] = {
 
 Action defineFeatures(CLI::App & /*app*/) {
     return [](const Output &output) {
-        const UserManager users;
+        const UserManager users = readUsers();
         QJsonObject features;
         for (const Feature &feature : kFeatures) {
             features.insert(QLatin1StringView(feature.name), feature.value(users));
@@ -294,7 +308,7 @@ Action defineFeatures(CLI::App & /*app*/) {
 
 Action defineCachePath(CLI::App &app) {
     return [arguments = addUser(app)](const Output &output) {
-        const QString path = UserManager().userCachePath(arguments->userName());
+        const QString path = readUsers().userCachePath(arguments->userName());
         if (path.isNull()) {
             return Answer::No;
         }

@@ -6,6 +6,7 @@
 #include "utils/LogSetup.h"
 
 #include <QFileInfo>
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -15,7 +16,8 @@ namespace {
 
 int tell(const QString &what, const QString &why, int status) {
     // One line, whatever the texts hold.
-    const QString line = QStringLiteral("quillmarkctl: %1: %2").arg(what, why).simplified() + u'\n';
+    const QString named = what.trimmed().isEmpty() ? QStringLiteral("\"%1\"").arg(what) : what;
+    const QString line = QStringLiteral("quillmarkctl: %1: %2").arg(named, why).simplified() + u'\n';
     std::fputs(line.toUtf8().constData(), stderr);
     return status;
 }
@@ -47,7 +49,7 @@ int run(const CommandLine &commandLine) {
 int parseAndRun(int count, char **arguments) {
     CommandLine commandLine;
     try {
-        commandLine.app().parse(count, arguments);
+        commandLine.parse({arguments + std::min(count, 1), arguments + count});
     } catch (const CLI::Success &help) { // --help and --version
         return commandLine.app().exit(help);
     } catch (const CLI::ParseError &error) {
@@ -76,6 +78,8 @@ int parseAndRun(int count, char **arguments) {
 } // namespace quillmark::ctl
 
 int main(int count, char **arguments) {
-    quillmark::_setStandardStreams(nullptr, nullptr); // standard output carries results, standard error one line
+    // Standard output carries results, standard error one line: no log, nor what Qt remarks about the session.
+    quillmark::_setStandardStreams(nullptr, nullptr);
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     return quillmark::ctl::parseAndRun(count, arguments);
 }

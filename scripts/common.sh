@@ -33,54 +33,79 @@ with_progress() {
   return $status
 }
 
-# Installs PACKAGES as root and counts what is done, for with_progress.
+# Installs PACKAGES as root and counts what is done, for with_progress: what was fetched, then what was set up.
 install_as_root() {
-  local apt_get=(env DEBIAN_FRONTEND=noninteractive apt-get -o Dpkg::Use-Pty=0)
+  local apt_get=(env DEBIAN_FRONTEND=noninteractive LC_ALL=C apt-get -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=120
+    -o Acquire::Retries=1 -o Acquire::http::Timeout=15 -o Acquire::https::Timeout=15)
   [ "$(id -u)" = 0 ] || apt_get=(sudo "${apt_get[@]}")
   "${apt_get[@]}" update
-  "${apt_get[@]}" install -y --no-install-recommends "$@" |
-    awk '/ newly installed/ { total = $1 + $3 } /^Setting up/ { printf "[%d/%d] %s\n", ++n, total, $3 } { print; fflush() }'
+  "${apt_get[@]}" install -y --no-install-recommends "$@" | awk '
+    / newly installed/ { total = $1 + $3 }
+    /^Get:/ && n < total { printf "[%d/%d] fetching %s\n", ++n, 2 * total, $5 }
+    /^Setting up/ { n = n < total ? total + 1 : n + 1; printf "[%d/%d] %s\n", n, 2 * total, $3 }
+    { print; fflush() }'
+}
+
+# What scripts/packages lists for GROUPS and is not there, neither by its own name nor as part of another package.
+missing_packages() {
+  awk -v groups=" $* " '
+    NR == FNR { if ($1 == "installed") for (i = 2; i <= NF; ++i) there[$i]; next }
+    !/^#/ && NF && index(groups, " " $1 " ") && !($2 in there) { print $2 }
+  ' <(dpkg-query -W -f '${db:Status-Status} ${Package} ${Provides}\n' | tr -d ,) scripts/packages
 }
 
 # install_packages GROUP...   Installs what scripts/packages lists for the groups and is not there yet.
 install_packages() {
-  command -v dpkg-query >/dev/null || {
-    say "not a Debian system: taking for granted that the packages in scripts/packages are there"
+  local missing=() name
+  if ! command -v dpkg-query >/dev/null; then
+    for name in "${CXX-c++}" cmake ninja pkg-config openssl bsdtar python3 unshare setpriv; do
+      command -v "$name" >/dev/null || missing+=("$name")
+    done
+    [ ${#missing[@]} = 0 ] || fail "not a Debian system, and these programs are missing: ${missing[*]} (see scripts/packages)"
+    say "not a Debian system: taking for granted that what scripts/packages lists is there"
     return
-  }
-  local wanted missing
-  mapfile -t wanted < <(awk -v groups=" $* " '!/^#/ && NF && index(groups, " " $1 " ") { print $2 }' scripts/packages)
-  mapfile -t missing < <(printf '%s\n' "${wanted[@]}" | grep -vxFf <(
-    dpkg-query -W -f '${Package} ${db:Status-Status}\n' "${wanted[@]}" 2>/dev/null | awk '$2 == "installed" { print $1 }'))
+  fi
+  mapfile -t missing < <(missing_packages "$@")
   [ ${#missing[@]} -gt 0 ] || return 0
 
   if [ "$(id -u)" != 0 ] && ! sudo -n true 2>/dev/null && ! { [ -t 0 ] && command -v sudo >/dev/null; }; then
-    fail "root rights are needed for: apt-get install ${missing[*]}"
+    fail "root rights are needed, and sudo gives none here; as root: apt-get install ${missing[*]}"
   fi
-  say "installing ${missing[*]}"
-  with_progress installing build/packages.log install_as_root "${missing[@]}" || {
-    tail -n 20 build/packages.log
-    fail "apt-get could not install the packages (build/packages.log)"
-  }
+  say "installing ${#missing[@]} packages and what they need: ${missing[*]}"
+  with_progress installing build/packages.log install_as_root "${missing[@]}" ||
+    fail "apt-get could not install the packages: $(grep -m 1 '^E: ' build/packages.log || tail -n 1 build/packages.log) (build/packages.log)"
 }
 
-# build PRESET [TARGET]   Configures when need be, and builds. One build at a time in each folder.
+# Whether the build folder is configured as the presets and the variables (-DNAME=VALUE) want it.
+is_configured() { # FOLDER VARIABLE...
+  local folder=$1 variable
+  shift
+  [ -f "$folder/build.ninja" ] && [ ! CMakePresets.json -nt "$folder/build.ninja" ] || return 1
+  for variable in "${@#-D}"; do
+    grep -qs "^${variable%%=*}:[A-Z]*=${variable#*=}\$" "$folder/CMakeCache.txt" || return 1
+  done
+}
+
+# build PRESET TARGET [-DNAME=VALUE...]   Configures when need be, and builds. One build at a time in each folder.
 build() {
-  local folder=build/$1
+  local preset=$1 target=$2 folder=build/$1 missing
+  shift 2
   mkdir -p "$folder"
   exec 9>"$folder/.lock"
   flock 9
-  if [ ! -f "$folder/build.ninja" ] || [ CMakePresets.json -nt "$folder/build.ninja" ]; then
-    say "configuring $1"
-    cmake --preset "$1" >"$folder/configure.log" 2>&1 || {
+  if ! is_configured "$folder" "$@"; then
+    say "configuring $preset"
+    cmake --preset "$preset" "$@" >"$folder/configure.log" 2>&1 || {
+      missing=$(sed -n 's/^-- missing: //p' "$folder/configure.log")
+      [ -z "$missing" ] || fail "the build needs what is missing here: $missing (scripts/packages names Debian's packages)"
       cat "$folder/configure.log"
-      fail "cannot configure $1 ($folder/configure.log)"
+      fail "cannot configure $preset ($folder/configure.log)"
     }
   fi
-  NINJA_STATUS='[%f/%t] ' with_progress "building $1" "$folder/build.log" \
-    cmake --build --preset "$1" ${2:+--target "$2"} || {
+  NINJA_STATUS='[%f/%t] ' with_progress "building $preset" "$folder/build.log" \
+    cmake --build --preset "$preset" --target "$target" || {
     grep -vE '^\[[0-9]+/[0-9]+\]' "$folder/build.log" || :
-    fail "cannot build $1 ($folder/build.log)"
+    fail "cannot build $preset ($folder/build.log)"
   }
   exec 9>&-
 }

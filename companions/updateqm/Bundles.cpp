@@ -1,16 +1,19 @@
 #include "Bundles.h"
 
-#include "Archive.h"
+#include "BundleVersion.h"
 #include "Caller.h"
 #include "Catalogue.h"
 #include "Failure.h"
-#include "Package.h"
 #include "Payload.h"
+#include "Place.h"
+#include "Staging.h"
 #include "Tools.h"
+#include "Unpacking.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <span>
-#include <sys/stat.h>
+#include <unistd.h>
 
 namespace updateqm {
 
@@ -22,38 +25,43 @@ void requirePlace(std::span<const std::string_view> places, const std::string &p
     }
 }
 
-void settleAndInstall(const Staging &staging, const std::string &name, Programs programs) {
-    settle(staging.get(), name, programs);
+void requireBundle(const Unpacking &unpacking, const VerifiedPayload &payload, std::string_view name) {
+    const std::string &place = unpacking.place();
+    if (std::string_view(place).substr(place.rfind('/') + 1) != name) {
+        throw Failure(Status::WrongPayload, payload.source(), "holds something else than " + std::string(name));
+    }
+}
+
+/// With whatever rights the process has.
+void installInto(const Folder &folder, const std::string &name, Unpacking &unpacking, const VerifiedPayload &payload) {
+    Staging staging(folder);
+    unpacking.writeTo(staging);
+    if (isOlder(bundleVersion(staging.get(), name), bundleVersion(folder.get(), name))) {
+        throw Failure(Status::OldPayload, payload.source(), "is older than the installed one");
+    }
     staging.install(name, name);
 }
 
+void installAt(const std::string &path, Unpacking &unpacking, const VerifiedPayload &payload) {
+    const Place place = Place::of(path);
+    const Administration administration = beginInstallation();
+    const Folder folder = place.folder == kToolFolder ? toolFolder() : Folder::makeAdministrators(place.folder);
+    installInto(folder, place.name, unpacking, payload);
+}
+
 void installArchiveAt(const std::string &path, const std::string &signaturePath, const std::string &installPath) {
-    // Nothing is touched elsewhere before the signature is found to be right.
-    const Folder tools = toolFolder();
-    const Staging inspection(tools);
-    const auto payload = VerifiedPayload::copy(inspection, path, signaturePath);
-    const Place place = Place::of(installPath);
-    const Folder folder = Folder::make(place.folder);
-    const Staging staging(folder);
-    unpackArchive(staging, payload, place.name);
-    settleAndInstall(staging, place.name, Programs::ByTheirFolder);
+    const auto payload = VerifiedPayload::read(path, signaturePath);
+    Unpacking unpacking(payload, Packing::Archive);
+    requireBundle(unpacking, payload, Place::of(installPath).name);
+    installAt(installPath, unpacking, payload);
 }
 
-void installPackageAt(const VerifiedPayload &package, const Folder &folder, const std::string &name) {
-    const Staging staging(folder);
-    unpackPackage(staging, package, name);
-    settleAndInstall(staging, name, Programs::ByTheirMode);
-}
-
-/// The client may stand in the computer's Applications folder, or wherever the caller could have put it himself.
-Folder folderForClient(const std::string &path) {
-    Folder folder = Folder::open(path);
-    struct stat status {};
-    ::fstat(folder.get(), &status);
-    if (path != "/Applications" && status.st_uid != Caller::user()) {
-        throw Failure(Status::WrongPlace, path, "belongs to somebody else");
+bool isAdministrators(const std::string &folder) {
+    try {
+        return Folder::openAdministrators(folder).isAdministratorsAlone();
+    } catch (const Failure &) {
+        return false;
     }
-    return folder;
 }
 
 } // namespace
@@ -68,14 +76,10 @@ void installSystemFixes(const std::string &path, const std::string &signaturePat
 }
 
 void installPackage(const std::string &path) {
-    // Nothing is touched elsewhere before the signature is found to be right.
-    const Folder tools = toolFolder();
-    const Staging inspection(tools);
-    const auto payload = VerifiedPayload::copy(inspection, path, path + ".sig");
-    const std::string installPath = installPathOf(payload);
-    requirePlace(kPackagedBundles, installPath);
-    const Place place = Place::of(installPath);
-    installPackageAt(payload, Folder::make(place.folder), place.name);
+    const auto payload = VerifiedPayload::read(path, path + std::string(kSignatureSuffix));
+    Unpacking unpacking(payload, Packing::Package);
+    requirePlace(kPackagedBundles, unpacking.place());
+    installAt(unpacking.place(), unpacking, payload);
 }
 
 void installClient(const std::string &path, const std::string &signaturePath, const std::string &installPath) {
@@ -83,15 +87,21 @@ void installClient(const std::string &path, const std::string &signaturePath, co
     if (place.name != kClientBundle) {
         throw Failure(Status::WrongPlace, installPath, "is not the client");
     }
-    const Folder folder = folderForClient(place.folder);
-    // Nothing is touched elsewhere before the signature is found to be right.
-    const Folder tools = toolFolder();
-    const Staging inspection(tools);
-    const auto payload = VerifiedPayload::copy(inspection, path, signaturePath);
-    if (Place::of(installPathOf(payload)).name != kClientBundle) {
-        throw Failure(Status::WrongPayload, path, "is not the client");
+    const auto payload = VerifiedPayload::read(path, signaturePath);
+    Unpacking unpacking(payload, Packing::Package);
+    requireBundle(unpacking, payload, kClientBundle);
+    // The client may stand in the computer's Applications folder, or wherever the caller could have put it himself.
+    if (Caller::user() == 0 || (place.folder == kApplications && isAdministrators(place.folder))) {
+        const Administration administration = beginInstallation();
+        installInto(Folder::openAdministrators(place.folder), place.name, unpacking, payload);
+    } else {
+        Caller::becomeCallerForGood();
+        const Folder folder = Folder::open(place.folder);
+        if (::faccessat(folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0) {
+            throw systemFailure(errno == EACCES ? Status::WrongPlace : Status::CannotWrite, place.folder);
+        }
+        installInto(folder, place.name, unpacking, payload);
     }
-    installPackageAt(payload, folder, place.name);
 }
 
 } // namespace updateqm

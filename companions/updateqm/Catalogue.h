@@ -7,6 +7,9 @@ namespace updateqm {
 
 // What may be installed, and where. Nothing else is, whoever signed it.
 
+/// Whoever has locked it is the only run that changes anything; nobody but the administrator can.
+inline constexpr std::string_view kLockFile = "/run/quillmark-updateqm.lock";
+
 /// The tools' own folder.
 inline constexpr std::string_view kToolFolder = "/Library/Application Support/Quillmark";
 
@@ -37,6 +40,7 @@ inline constexpr std::string_view kSystemFixes = "/Library/Application Support/Q
 
 /// The whole client, which a full update replaces, and the core application inside it.
 inline constexpr std::string_view kClientBundle = "Quillmark.app";
+inline constexpr std::string_view kApplications = "/Applications";
 inline constexpr std::string_view kCoreBundle = "QuillmarkCore.app";
 
 } // namespace updateqm

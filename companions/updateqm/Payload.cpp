@@ -2,153 +2,113 @@
 
 #include "Caller.h"
 #include "Failure.h"
+#include "Folder.h"
+#include "Place.h"
 #include "VendorKey.h"
 #include "integrity/SignatureManager.h"
 
 #include <array>
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <variant>
 
 namespace updateqm {
 
 namespace {
 
-constexpr qint64 kLargestPayload = qint64{1} << 30U; // bytes
-constexpr qint64 kLargestSignature = 65536;          // bytes; that of the largest key in use is 2048
-constexpr const char *kCopy = "payload";
+constexpr size_t kLargestPayload = size_t{512} << 20U; // bytes; it is held in memory
+constexpr size_t kLargestSignature = 65536;            // bytes; that of the largest key in use is 2048
 
-/// Raises a Failure for what is no regular file; it never waits for a writer, as a named pipe would have it.
-Descriptor openWithCallersRights(const std::string &path, qint64 largest) {
-    Place::of(path);
-    Descriptor file;
-    {
-        const Caller::Rights rights;
-        file = Descriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    }
+/// \param folder where relative names begin. Raises a Failure for what is no regular file; it never waits for a writer,
+/// as a named pipe would have it.
+std::string contentsOf(int folder, const std::string &name, const std::string &path, size_t largest, int flags = 0) {
+    const Descriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | flags));
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
-        throw systemFailure(Status::UnreadablePayload, path);
-    }
-    if (!S_ISREG(status.st_mode) || status.st_size > largest) {
+    must(file.isOpen() && ::fstat(file.get(), &status) == 0, path, Status::UnreadablePayload);
+    if (!S_ISREG(status.st_mode) || static_cast<size_t>(status.st_size) > largest) {
         throw Failure(Status::UnreadablePayload, path, "is no regular file of a sensible size");
     }
-    return file;
-}
-
-void writeAll(int file, const char *bytes, size_t size, const std::string &what) {
-    while (size > 0) {
-        const ssize_t count = ::write(file, bytes, size);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            throw systemFailure(Status::CannotWrite, what);
-        }
-        bytes += count;
-        size -= static_cast<size_t>(count);
-    }
-}
-
-/// Reads to the end, or until there is more than expected, and hands each piece on.
-template <class Take>
-void readAll(int file, const std::string &path, qint64 largest, const Take &take) {
+    std::string contents;
+    contents.reserve(static_cast<size_t>(status.st_size));
     std::array<char, 65536> piece{};
-    qint64 total = 0;
     while (true) {
-        const ssize_t count = ::read(file, piece.data(), piece.size());
+        const ssize_t count = ::read(file.get(), piece.data(), piece.size());
         if (count < 0 && errno == EINTR) {
             continue;
         }
-        if (count < 0) {
-            throw systemFailure(Status::UnreadablePayload, path);
-        }
+        must(count >= 0, path, Status::UnreadablePayload);
         if (count == 0) {
-            return;
+            return contents;
         }
-        total += count;
-        if (total > largest) {
+        if (contents.size() + static_cast<size_t>(count) > largest) {
             throw Failure(Status::UnreadablePayload, path, "grows while it is read");
         }
-        take(piece.data(), static_cast<size_t>(count));
+        contents.append(piece.data(), static_cast<size_t>(count));
     }
 }
 
-QByteArray readSignature(const std::string &path) {
-    const Descriptor file = openWithCallersRights(path, kLargestSignature);
-    QByteArray signature;
-    readAll(file.get(), path, kLargestSignature,
-            [&signature](const char *bytes, size_t size) { signature.append(bytes, static_cast<qsizetype>(size)); });
-    return signature;
+std::string contentsOf(const std::string &path, size_t largest) {
+    Place::of(path);
+    return contentsOf(AT_FDCWD, path, path, largest);
 }
 
-Descriptor createFile(const Staging &staging, const std::string &name, unsigned mode) {
-    Descriptor file(::openat(staging.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
-    if (!file.isOpen()) {
-        throw systemFailure(Status::CannotWrite, name);
-    }
-    return file;
-}
-
-QByteArray mapped(int file, qint64 size) {
-    if (size == 0) {
-        return {};
-    }
-    void *const bytes = ::mmap(nullptr, static_cast<size_t>(size), PROT_READ, MAP_PRIVATE, file, 0);
-    if (bytes == MAP_FAILED) {
-        throw systemFailure(Status::CannotWrite, kCopy);
-    }
-    return QByteArray::fromRawData(static_cast<const char *>(bytes), size);
+Failure wrongSignature(const std::string &path, const std::string &signaturePath) {
+    return {Status::WrongSignature, path, "the signature \"" + signaturePath + "\" is not the vendor's for it"};
 }
 
 } // namespace
 
-VerifiedPayload VerifiedPayload::copy(const Staging &staging, const std::string &path,
-                                      const std::string &signaturePath) {
-    return copy(staging, openWithCallersRights(path, kLargestPayload), path, signaturePath);
-}
-
-VerifiedPayload VerifiedPayload::copy(const Staging &staging, const Descriptor &file, const std::string &path,
-                                      const std::string &signaturePath) {
-    QByteArray signature = readSignature(signaturePath);
-    const Descriptor copied = createFile(staging, kCopy, S_IRUSR | S_IWUSR);
-    qint64 size = 0;
-    readAll(file.get(), path, kLargestPayload, [&](const char *bytes, size_t count) {
-        writeAll(copied.get(), bytes, count, path);
-        size += static_cast<qint64>(count);
-    });
-    VerifiedPayload payload(path, kCopy, mapped(copied.get(), size), std::move(signature));
-    const auto &signatures = quillmark::SignatureManager::sharedManager();
-    if (!signatures.verifySignature(payload.m_signature, QString::fromLatin1(kVendorKey), payload.m_bytes)) {
-        throw Failure(Status::WrongSignature, path,
-                      "the signature \"" + signaturePath + "\" is not the vendor's for it");
+VerifiedPayload VerifiedPayload::read(const std::string &path, const std::string &signaturePath) {
+    VerifiedPayload payload(path, contentsOf(path, kLargestPayload), contentsOf(signaturePath, kLargestSignature));
+    if (!payload.isVendors()) {
+        throw wrongSignature(path, signaturePath);
     }
     return payload;
 }
 
-VerifiedPayload::VerifiedPayload(std::string source, std::string name, QByteArray bytes, QByteArray signature)
-    : m_source(std::move(source)), m_name(std::move(name)), m_bytes(std::move(bytes)),
-      m_signature(std::move(signature)) {}
-
-VerifiedPayload::VerifiedPayload(VerifiedPayload &&other) noexcept
-    : m_source(std::move(other.m_source)), m_name(std::move(other.m_name)),
-      m_bytes(std::exchange(other.m_bytes, QByteArray())), m_signature(std::move(other.m_signature)) {}
-
-VerifiedPayload::~VerifiedPayload() {
-    if (!m_bytes.isEmpty()) {
-        ::munmap(const_cast<char *>(m_bytes.constData()), static_cast<size_t>(m_bytes.size()));
+VerifiedPayload VerifiedPayload::readProgram(const std::string &signaturePath) {
+    Caller::becomeAdministrator(); // nobody else may look into this process
+    std::string program = contentsOf("/proc/self/exe", kLargestPayload);
+    Caller::becomeCaller();
+    VerifiedPayload payload("updateqm", std::move(program), contentsOf(signaturePath, kLargestSignature));
+    if (!payload.isVendors()) {
+        throw wrongSignature(payload.source(), signaturePath);
     }
+    return payload;
 }
 
-Descriptor writeFile(const Staging &staging, const std::string &name, const QByteArray &bytes, unsigned mode) {
-    Descriptor file = createFile(staging, name, S_IRUSR | S_IWUSR);
-    writeAll(file.get(), bytes.constData(), static_cast<size_t>(bytes.size()), name);
-    if (::fchown(file.get(), 0, 0) != 0 || ::fchmod(file.get(), mode) != 0 || ::fsync(file.get()) != 0) {
-        throw systemFailure(Status::CannotWrite, name);
+VerifiedPayload VerifiedPayload::readInstalled(const Folder &folder, const std::string &name) {
+    const std::string path = folder.path() + '/' + name;
+    const auto read = [&folder](const std::string &file, size_t largest) {
+        return contentsOf(folder.get(), file, folder.path() + '/' + file, largest, O_NOFOLLOW);
+    };
+    VerifiedPayload payload(path, read(name, kLargestPayload), {});
+    // A run that was killed may have left the signature of the tool where that of the next one is written.
+    for (const std::string_view suffix : {kSignatureSuffix, kNextSignatureSuffix}) {
+        try {
+            payload.m_signature = read(name + std::string(suffix), kLargestSignature);
+        } catch (const Failure &) {
+            if (suffix == kSignatureSuffix) {
+                continue;
+            }
+            throw wrongSignature(path, path + std::string(kSignatureSuffix));
+        }
+        if (payload.isVendors()) {
+            return payload;
+        }
     }
-    return file;
+    throw wrongSignature(path, path + std::string(kSignatureSuffix));
 }
+
+bool VerifiedPayload::isVendors() const {
+    const auto bytes = [](const std::string &text) {
+        return QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
+    };
+    return quillmark::SignatureManager::sharedManager().verifySignature(
+        bytes(m_signature), QString::fromLatin1(kVendorKey), bytes(m_bytes));
+}
+
+VerifiedPayload::VerifiedPayload(std::string source, std::string bytes, std::string signature)
+    : m_source(std::move(source)), m_bytes(std::move(bytes)), m_signature(std::move(signature)) {}
 
 } // namespace updateqm

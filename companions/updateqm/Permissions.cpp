@@ -1,31 +1,64 @@
 #include "Permissions.h"
 
+#include "Administration.h"
 #include "Caller.h"
 #include "Catalogue.h"
 #include "Failure.h"
 #include "Folder.h"
+#include "Place.h"
 
-#include <dirent.h>
 #include <fcntl.h>
-#include <memory>
 #include <sys/stat.h>
 
 namespace updateqm {
+
+namespace {
+
+constexpr mode_t kCoreMode = 0755;
+
+/// With the caller's rights, which reach nothing that is not his. By its name: who owns a folder with mode 0 can't open
+/// it. \returns whether it is the caller's own.
+bool repairCallers(const Folder &folder, const Place &place) {
+    struct stat status {};
+    if (::fstatat(folder.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(status.st_mode) ||
+        status.st_uid != Caller::user()) {
+        return false;
+    }
+    must(::fchmodat(folder.get(), place.name.c_str(), kCoreMode, 0) == 0, place.name);
+    return true;
+}
+
+/// \returns whether it is the administrator's, where nobody else can have moved it to.
+bool repairAdministrators(const Place &place) {
+    const Administration administration;
+    const Folder core = Folder::openAdministrators(place.folder).inner(place.name);
+    struct stat status {};
+    if (::fstat(core.get(), &status) != 0 || status.st_uid != 0) {
+        return false;
+    }
+    must(::fchmod(core.get(), kCoreMode) == 0, place.name);
+    return true;
+}
+
+} // namespace
 
 void repairCoreApplication(const std::string &path) {
     const Place place = Place::of(path);
     if (place.name != kCoreBundle || !place.folder.ends_with("/Contents/Resources")) {
         throw Failure(Status::WrongPlace, path, "is not the core application of a launcher");
     }
-    const Folder folder = Folder::open(path);
-    struct stat status {};
-    if (::fstat(folder.get(), &status) != 0 || (status.st_uid != 0 && status.st_uid != Caller::user())) {
-        throw Failure(Status::UnsafePlace, path, "belongs to somebody else");
+    try {
+        const Folder folder = Folder::open(place.folder);
+        if ((Caller::user() != 0 && repairCallers(folder, place)) || repairAdministrators(place)) {
+            return;
+        }
+    } catch (const Failure &failure) {
+        if (failure.status() == Status::CannotWrite || failure.status() == Status::Busy) {
+            throw;
+        }
     }
-    constexpr mode_t kMode = 0755;
-    if (::fchmod(folder.get(), kMode) != 0) {
-        throw systemFailure(Status::CannotWrite, path);
-    }
+    // One answer, whatever there is: the caller learns nothing of folders that he may not look into.
+    throw Failure(Status::UnsafePlace, path, "is no core application of the caller's, or of the administrator's alone");
 }
 
 void repairKeyPairs(const std::string &path) {
@@ -33,23 +66,14 @@ void repairKeyPairs(const std::string &path) {
         throw Failure(Status::WrongPlace, path, "is no folder of key pairs");
     }
     Place::of(path);
-    const Caller::Rights rights;
+    Caller::becomeCallerForGood();
     const Folder folder = Folder::open(path);
-    const auto must = [&path](bool isDone) {
-        if (!isDone) {
-            throw systemFailure(Status::CannotWrite, path);
-        }
-    };
-    must(::fchmod(folder.get(), S_IRWXU) == 0);
-    const std::unique_ptr<DIR, int (*)(DIR *)> stream(
-        ::fdopendir(::openat(folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)), ::closedir);
-    must(stream != nullptr);
-    while (const dirent *const entry = ::readdir(stream.get())) { // NOLINT(concurrency-mt-unsafe): one thread
-        const Descriptor file(::openat(folder.get(), static_cast<const char *>(entry->d_name),
-                                       O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    must(::fchmod(folder.get(), S_IRWXU) == 0, path);
+    for (const std::string &name : entriesOf(folder.get(), path)) {
+        const Descriptor file(::openat(folder.get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         struct stat status {};
         if (file.isOpen() && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode)) {
-            must(::fchmod(file.get(), S_IRUSR | S_IWUSR) == 0);
+            must(::fchmod(file.get(), S_IRUSR | S_IWUSR) == 0, path);
         }
     }
 }

@@ -2,21 +2,23 @@
 
 #include "Catalogue.h"
 #include "Failure.h"
+#include "Identity.h"
 #include "Payload.h"
-#include "ToolIdentity.h"
-#include "utils/VersionText.h"
+#include "Place.h"
+#include "Staging.h"
 
 #include <algorithm>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
-#include <tuple>
 #include <unistd.h>
 
 namespace updateqm {
 
 namespace {
 
-constexpr std::string_view kSignatureSuffix = ".sig";
+constexpr const Tool &kThisTool = kTools[0];
+constexpr unsigned kSignatureMode = 0644;
 
 const Tool &toolNamed(const std::string &name, unsigned mode) {
     const auto *const tool = std::find_if(std::begin(kTools), std::end(kTools), [&](const Tool &candidate) {
@@ -29,87 +31,133 @@ const Tool &toolNamed(const std::string &name, unsigned mode) {
 }
 
 /// The version that the payload claims for the tool of that name. Raises a Failure when it is not that tool.
-QString versionOf(const VerifiedPayload &payload, const Tool &tool) {
-    const QByteArray mark =
-        QByteArray(QUILLMARK_TOOL_MARK) + QByteArray(tool.name.data(), qsizetype(tool.name.size())) + ' ';
-    const qsizetype begin = payload.bytes().indexOf(mark);
-    if (begin < 0) {
+std::string versionOf(const VerifiedPayload &payload, const Tool &tool) {
+    const auto identity = identityIn(payload.bytes());
+    if (!identity || identity->name != tool.name) {
         throw Failure(Status::WrongPayload, payload.source(), "is not the tool " + std::string(tool.name));
     }
-    const qsizetype version = begin + mark.size();
-    return QString::fromLatin1(payload.bytes().mid(version, payload.bytes().indexOf('\x01', version) - version));
+    return identity->version;
 }
 
-void refuseOlder(const VerifiedPayload &payload, const QString &version) {
-    const auto numbers = [](const QString &text) {
-        const auto parts = quillmark::microsoftStyleVersionFromString(text);
-        return std::tuple(parts.major, parts.minor, parts.build, parts.revision);
-    };
-    if (numbers(version) < numbers(QStringLiteral(QUILLMARK_TOOL_VERSION))) {
+/// The version of the tool that is installed; nothing when there is none that is whole.
+std::optional<std::string> installedVersion(const Folder &folder, const Tool &tool) {
+    try {
+        return versionOf(VerifiedPayload::readInstalled(folder, std::string(tool.name)), tool);
+    } catch (const Failure &) {
+        return std::nullopt;
+    }
+}
+
+/// A tool that is older than this one, or than the one in its place, is not installed.
+void refuseOlder(const Folder &folder, const VerifiedPayload &payload, const Tool &tool) {
+    const std::string version = versionOf(payload, tool);
+    if (isOlder(version, QUILLMARK_TOOL_VERSION)) {
         throw Failure(Status::OldPayload, payload.source(), "is older than this tool");
     }
+    if (const auto installed = installedVersion(folder, tool); installed && isOlder(version, *installed)) {
+        throw Failure(Status::OldPayload, payload.source(), "is older than the installed one");
+    }
 }
 
-/// The signature goes first: a tool without its signature could never be repaired, the other way round it only waits.
-void install(const Staging &staging, const VerifiedPayload &payload, const Tool &tool) {
+/// Tool and signature are two files. The new signature lies beside the old one until the tool is in its place, so that
+/// one of them is right at any moment.
+void install(const Folder &folder, const VerifiedPayload &payload, const Tool &tool) {
+    Staging staging(folder);
     const std::string name(tool.name);
-    const std::string signatureName = name + std::string(kSignatureSuffix);
-    writeFile(staging, signatureName, payload.signature(), S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
-    const Descriptor copy(::openat(staging.get(), payload.name().c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (!copy.isOpen() || ::fchown(copy.get(), 0, 0) != 0 || ::fchmod(copy.get(), tool.mode) != 0 ||
-        ::fsync(copy.get()) != 0) {
-        throw systemFailure(Status::CannotWrite, name);
-    }
-    staging.install(signatureName, signatureName);
-    staging.install(payload.name(), name);
+    const auto write = [&staging](const std::string &file, std::string_view bytes, unsigned mode) {
+        const Descriptor written = staging.makeFile(file, mode);
+        writeAll(written.get(), bytes, file);
+        // Writing has taken the right to be run as the owner away again.
+        must(::fchmod(written.get(), mode) == 0, file);
+    };
+    const std::string signature = name + std::string(kSignatureSuffix);
+    const std::string nextSignature = name + std::string(kNextSignatureSuffix);
+    write(nextSignature, payload.signature(), kSignatureMode);
+    write(name, payload.bytes(), tool.mode);
+    staging.install(nextSignature, nextSignature);
+    staging.install(name, name);
+    must(::renameat(folder.get(), nextSignature.c_str(), folder.get(), signature.c_str()) == 0, signature);
+    must(::fsync(folder.get()) == 0, signature);
 }
 
 } // namespace
 
+Administration beginInstallation() {
+    Administration administration;
+    try {
+        const Folder folder = Folder::openAdministrators(std::string(kToolFolder));
+        if (const auto installed = installedVersion(folder, kThisTool);
+            installed && isOlder(QUILLMARK_TOOL_VERSION, *installed)) {
+            throw Failure(Status::OldPayload, "updateqm", "is older than the installed one");
+        }
+    } catch (const Failure &failure) {
+        if (failure.status() == Status::OldPayload) {
+            throw;
+        }
+        // Nothing is installed, or not so that only the administrator can have done it.
+    }
+    return administration;
+}
+
 Folder toolFolder() {
-    Folder folder = Folder::make(std::string(kToolFolder));
-    folder.secure();
-    return folder;
+    const Place place = Place::of(kToolFolder);
+    return Folder::makeAdministrators(place.folder).takeInner(place.name);
 }
 
 void installItself(const std::string &signaturePath) {
-    const Tool &tool = kTools[0];
-    const Folder folder = toolFolder();
-    const Staging staging(folder);
-    const Descriptor self(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
-    if (!self.isOpen()) {
-        throw systemFailure(Status::UnreadablePayload, "/proc/self/exe");
-    }
-    const auto payload = VerifiedPayload::copy(staging, self, std::string(tool.name), signaturePath);
-    versionOf(payload, tool);
-    install(staging, payload, tool);
+    const auto payload = VerifiedPayload::readProgram(signaturePath);
+    versionOf(payload, kThisTool);
+    const Administration administration = beginInstallation();
+    install(toolFolder(), payload, kThisTool);
 }
 
 void installTool(const std::string &path, const std::string &signaturePath, unsigned mode) {
     const Tool &tool = toolNamed(Place::of(path).name, mode);
+    const auto payload = VerifiedPayload::read(path, signaturePath);
+    const Administration administration = beginInstallation();
     const Folder folder = toolFolder();
-    const Staging staging(folder);
-    const auto payload = VerifiedPayload::copy(staging, path, signaturePath);
-    refuseOlder(payload, versionOf(payload, tool));
-    install(staging, payload, tool);
+    refuseOlder(folder, payload, tool);
+    install(folder, payload, tool);
 }
+
+namespace {
+
+bool isInOrder(const Folder &folder, const Tool &tool) {
+    struct stat status {};
+    return ::fstatat(folder.get(), std::string(tool.name).c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           status.st_mode == (S_IFREG | tool.mode) && status.st_uid == 0 && status.st_gid == 0;
+}
+
+void repair(const Folder &folder, const Tool &tool) {
+    // A copy takes its place: whoever could write to the file before may still have it open.
+    const auto payload = VerifiedPayload::readInstalled(folder, std::string(tool.name));
+    refuseOlder(folder, payload, tool);
+    install(folder, payload, tool);
+}
+
+} // namespace
 
 void repairTool(const std::string &name, unsigned mode) {
     const Tool &tool = toolNamed(name, mode);
-    const Folder folder = toolFolder();
-    const Staging staging(folder);
-    const std::string path = folder.path() + '/' + name;
-    // A copy takes its place: whoever could write to the file before may still have it open.
-    const auto payload = VerifiedPayload::copy(staging, path, path + std::string(kSignatureSuffix));
-    versionOf(payload, tool);
-    install(staging, payload, tool);
+    const Administration administration = beginInstallation();
+    repair(toolFolder(), tool);
 }
 
 void repairAllTools() {
+    const Administration administration = beginInstallation();
     const Folder folder = toolFolder();
     for (const Tool &tool : kTools) {
-        if (::faccessat(folder.get(), std::string(tool.name).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
-            repairTool(std::string(tool.name), tool.mode);
+        if (::faccessat(folder.get(), std::string(tool.name).c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
+            continue;
+        }
+        try {
+            repair(folder, tool);
+        } catch (const Failure &failure) {
+            // One that waits for its own update, while this tool has had it, needs nothing when its rights are as they
+            // were.
+            if (failure.status() != Status::OldPayload || !isInOrder(folder, tool)) {
+                throw;
+            }
         }
     }
 }

@@ -1,10 +1,15 @@
 #pragma once
 
+#include "Administration.h"
 #include "Folder.h"
 
 #include <string>
 
 namespace updateqm {
+
+/// Begins to change what is the administrator's. Raises a Failure when a newer release of this tool is installed: it
+/// can't be called by whoever has kept an older one.
+Administration beginInstallation();
 
 /// The tools' own folder, to which only the administrator can write from now on. It is made when it is missing.
 Folder toolFolder();

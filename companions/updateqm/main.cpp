@@ -12,9 +12,12 @@
 #include "utils/Log.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
+#include <poll.h>
 #include <span>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 QUILLMARK_TOOL_IDENTITY("updateqm", QUILLMARK_TOOL_VERSION)
@@ -68,7 +71,13 @@ int tell(const std::string &message, Status status) {
     std::string line = "updateqm: " + message;
     std::replace_if(
         line.begin(), line.end(), [](char character) { return static_cast<unsigned char>(character) < ' '; }, '?');
-    std::fprintf(stderr, "%s\n", line.c_str());
+    line.resize(std::min<size_t>(line.size(), PIPE_BUF - 1)); // a pipe takes no more at once
+    line += '\n';
+    // Nobody reads perhaps, and waiting for that would keep a process of the administrator's for ever.
+    pollfd writable{STDERR_FILENO, POLLOUT, 0};
+    if (::poll(&writable, 1, 0) == 1 && (writable.revents & POLLOUT) != 0) {
+        [[maybe_unused]] const ssize_t count = ::write(STDERR_FILENO, line.data(), line.size());
+    }
     return static_cast<int>(status);
 }
 

@@ -34,7 +34,8 @@ bool isOutOfReach(qint32 status) {
 } // namespace
 
 KeychainManager &KeychainManager::sharedManager() {
-    static KeychainManager instance(platform().keychain, LocalizedStrings::sharedManager());
+    // Never destroyed: other threads may ask until the very end.
+    static auto &instance = *new KeychainManager(platform().keychain, LocalizedStrings::sharedManager());
     return instance;
 }
 

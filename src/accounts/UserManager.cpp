@@ -24,8 +24,11 @@ bool offersInteger(const QVariant &value) {
     case QMetaType::Bool:
     case QMetaType::Int:
     case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
+    case QMetaType::Float:
     case QMetaType::Double:
         return true;
     default:
@@ -33,13 +36,56 @@ bool offersInteger(const QVariant &value) {
     }
 }
 
+UserRecord recordIn(const QVariantList &list, const QString &userName) {
+    return UserListIndex::sharedIndex().recordOf(userName, list).value_or(UserManager::setupUserDefaults());
+}
+
+/// Puts the record at the end, in the place of all of that name.
+void putRecord(QVariantList &list, const UserRecord &record, const QString &userName) {
+    list.removeIf([&userName](const QVariant &entry) { return isRecordOf(userName, entry); });
+    list.append(record);
+}
+
+/// The list when every record of that account has the new name; nothing when there is no such record.
+std::optional<QVariantList> listAfterRenaming(const QVariantList &list, const QString &newName, qint64 account) {
+    QSet<QString> oldNames;
+    QVariantList renamed;
+    for (const QVariant &entry : list) {
+        UserRecord record = entry.toMap();
+        if (!record.contains(kAccountId) || integerValueOf(record.value(kAccountId)) != account) {
+            continue;
+        }
+        if (const QString oldName = userNameOf(entry); !oldName.isNull()) {
+            if (oldName == newName) {
+                renamed.clear(); // this one takes the place of those that got its name before
+            }
+            oldNames.insert(oldName);
+        }
+        record.insert(kUserUserName, newName);
+        renamed.append(record);
+    }
+    if (renamed.isEmpty()) {
+        return std::nullopt;
+    }
+    QVariantList others;
+    std::copy_if(list.cbegin(), list.cend(), std::back_inserter(others), [&oldNames](const QVariant &entry) {
+        const QString name = userNameOf(entry);
+        return name.isNull() || !oldNames.contains(name);
+    });
+    return others + renamed;
+}
+
+constexpr const char *kIsKept = "what was set is kept until this program ends";
+
+void logProblem(const UserDefaults &defaults, const char *consequence) {
+    logError("The preferences \"%@\" %@; %s", defaults.file(), defaults.problem(), consequence);
+}
+
 } // namespace
 
 UserManager::UserManager() : UserManager(platform(), KeychainManager::sharedManager()) {}
 
-UserRecord UserManager::userWithUserName(const QString &userName) const {
-    return UserListIndex::sharedIndex().recordOf(userName, userList()).value_or(setupUserDefaults());
-}
+UserRecord UserManager::userWithUserName(const QString &userName) const { return recordIn(userList(), userName); }
 
 QVariantList UserManager::userList() const {
     const QVariant list = m_platform->userDefaults.objectForKey(kUserList);
@@ -92,7 +138,7 @@ QVariant UserManager::objectForKeyAsArray(const QString &key, const QString &use
     return recordValue(key, userName);
 }
 
-bool UserManager::setObject(const QVariant &value, const QString &key, const QString &userName, bool updateMono) {
+bool UserManager::setObject(const QVariant &value, const QString &key, const QString &userName, bool /*updateMono*/) {
     if (!value.isValid()) {
         return false;
     }
@@ -102,61 +148,59 @@ bool UserManager::setObject(const QVariant &value, const QString &key, const QSt
     if (kUserEncryptionKey == key) {
         return m_keychain->saveEncryptionKey(value.toString(), userName);
     }
-    UserRecord record = userWithUserName(userName);
-    record.insert(key, value);
-    record.insert(kUserUserName, userName);
-    return saveUser(record, userName, updateMono);
+    return changeList([&](QVariantList &list) {
+        UserRecord record = recordIn(list, userName);
+        record.insert(key, value);
+        record.insert(kUserUserName, userName);
+        putRecord(list, record, userName);
+    });
 }
 
-bool UserManager::removeObjectForKey(const QString &key, const QString &userName, bool updateMono) {
-    UserRecord record = userWithUserName(userName);
-    record.remove(key);
-    return saveUser(record, userName, updateMono);
+bool UserManager::removeObjectForKey(const QString &key, const QString &userName, bool /*updateMono*/) {
+    return changeList([&](QVariantList &list) {
+        UserRecord record = recordIn(list, userName);
+        record.remove(key);
+        putRecord(list, record, userName);
+    });
 }
 
 bool UserManager::saveUser(const UserRecord &record, const QString &userName, bool /*updateMono*/) {
-    QVariantList list = userList();
-    list.removeIf([&userName](const QVariant &entry) { return isRecordOf(userName, entry); });
-    list.append(record);
-    m_platform->userDefaults.setObject(kUserList, list);
-    return save();
+    return changeList([&](QVariantList &list) { putRecord(list, record, userName); });
 }
 
 bool UserManager::updateUserWithUsername(const QString &newName, qint64 account) {
-    const QVariantList list = userList();
-    QSet<QString> oldNames;
-    QVariantList renamed;
-    for (const QVariant &entry : list) {
-        UserRecord record = entry.toMap();
-        if (!record.contains(kAccountId) || integerValueOf(record.value(kAccountId)) != account) {
-            continue;
+    return change([&](UserDefaults &defaults) {
+        if (const auto list = listAfterRenaming(userList(), newName, account)) {
+            defaults.setObject(kUserList, *list);
         }
-        if (const QString oldName = userNameOf(entry); !oldName.isNull()) {
-            if (oldName == newName) {
-                renamed.clear(); // this one takes the place of those that got its name before
-            }
-            oldNames.insert(oldName);
-        }
-        record.insert(kUserUserName, newName);
-        renamed.append(record);
-    }
-    if (renamed.isEmpty()) {
-        return true;
-    }
-    QVariantList others;
-    std::copy_if(list.cbegin(), list.cend(), std::back_inserter(others), [&oldNames](const QVariant &entry) {
-        const QString name = userNameOf(entry);
-        return name.isNull() || !oldNames.contains(name);
     });
-    m_platform->userDefaults.setObject(kUserList, others + renamed);
-    return save();
+}
+
+bool UserManager::changeList(const std::function<void(QVariantList &list)> &changeOfList) const {
+    return change([&](UserDefaults &defaults) {
+        QVariantList list = userList();
+        changeOfList(list);
+        defaults.setObject(kUserList, list);
+    });
+}
+
+bool UserManager::change(const std::function<void(UserDefaults &defaults)> &changeOfValues) const {
+    UserDefaults &defaults = m_platform->userDefaults;
+    bool isBegun = false;
+    const bool isDone = defaults.change([&] {
+        isBegun = true;
+        changeOfValues(defaults);
+    });
+    if (!isDone) {
+        logProblem(defaults, isBegun ? kIsKept : "nothing was changed");
+    }
+    return isDone;
 }
 
 bool UserManager::save() {
     const bool isSaved = m_platform->userDefaults.synchronize();
     if (!isSaved) {
-        logError("The preferences \"%@\" can't be written; what was set is kept until this program ends",
-                 m_platform->userDefaults.file());
+        logProblem(m_platform->userDefaults, kIsKept);
     }
     return isSaved;
 }

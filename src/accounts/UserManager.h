@@ -4,10 +4,12 @@
 #include <QVariantList>
 #include <QVariantMap>
 #include <functional>
+#include <optional>
 
 namespace quillmark {
 
 class KeychainManager;
+class UserDefaults;
 struct Platform;
 
 /// The settings of one account, by the keys of its family in the key list.
@@ -18,9 +20,10 @@ using UserRecord = QVariantMap;
 /// good.
 ///
 /// User names are compared exactly. Entries of the list that are no records, and names that are no texts, belong to
-/// nobody and stay where they are.
+/// nobody; they stay where they are until the list is cleaned, which drops all that has no "UserName".
 ///
-/// Concurrency: no lock guards the list; of two changes at once one may be lost.
+/// Concurrency: any thread and any number of programs. A change reads the list, changes it and writes it while nobody
+/// else does, and is refused where the list can't be read.
 class UserManager {
 public:
     /// What is told, on the main thread, when a user has been removed. It outlives the removal.
@@ -28,6 +31,8 @@ public:
     public:
         virtual ~RemovalObserver() = default;
         virtual void removeUserFinished() = 0;
+        /// Told before it when something of a cache that was to go is still there.
+        virtual void cacheStays(const QString & /*path*/, const QString & /*reason*/) {}
     };
 
     /// Over the installed platform and the keychain of this process.
@@ -106,7 +111,7 @@ public:
     /// \name Removal and housekeeping
 
     /// Removes all records of the name on a thread of its own, and deletes the user's cache before if that is wished.
-    /// The keychain's item stays.
+    /// The keychain's item stays. So does a cache that no folder of the user's below LOCATION/.QM holds.
     void removeUser(const QString &userName, bool removeCache, RemovalObserver *sender = nullptr) const;
     /// Removes the records that have no "UserName" and, unless the name is null, those of that name.
     bool removeIncompleteUser(const QString &userName);
@@ -118,8 +123,17 @@ private:
     QVariant recordValue(const QString &key, const QString &userName) const;
     QString recordText(const QString &key, const QString &userName) const;
     qint32 selectedInt(const QString &key, qint32 defaultValue) const;
-    void removeUserAsync(const QString &userName, bool removeCache);
-    void removeCacheOf(const QString &userName) const;
+    /// What could not be removed, and why.
+    struct Remainder {
+        QString path;
+        QString reason;
+    };
+    std::optional<Remainder> removeUserAsync(const QString &userName, bool removeCache);
+    std::optional<Remainder> removeCacheOf(const QString &userName) const;
+    /// Runs a change while nobody else makes one, and saves the preferences. \returns false, logged, as save() does,
+    /// and when what is stored can't be read: then the change is not run.
+    bool change(const std::function<void(UserDefaults &defaults)> &changeOfValues) const;
+    bool changeList(const std::function<void(QVariantList &list)> &changeOfList) const;
     /// Removes those entries, and unselects the user if the name is his.
     bool removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName);
 

@@ -8,6 +8,7 @@
 #include "utils/Log.h"
 
 #include <QFile>
+#include <utility>
 
 namespace quillmark {
 
@@ -29,8 +30,9 @@ QString logoName(qint32 brandID) { return formatted("logo-%d.bmp", brandID); }
 } // namespace
 
 BrandingManager &BrandingManager::sharedManager() {
-    static BrandingManager instance(platform().mainBundle, platform().images, LocalizedStrings::sharedManager(),
-                                    brandOfSelectedUser);
+    // Never destroyed: other threads may ask until the very end.
+    static auto &instance = *new BrandingManager(platform().mainBundle, platform().images,
+                                                 LocalizedStrings::sharedManager(), brandOfSelectedUser);
     return instance;
 }
 
@@ -55,6 +57,9 @@ std::optional<Image> BrandingManager::getBrandedLogoImageForBrandID(qint32 brand
     std::optional<Image> image;
     if (QFile::exists(path)) {
         image = m_images.load(path);
+        if (!image && std::exchange(m_unreadableLogo, path) != path) { // a header asks each time it is drawn
+            logError("The logo \"%@\" can't be read: it is damaged, or of a kind that isn't supported", path);
+        }
     } else if (brandID == kBrandWithShippedLogo) {
         image = resourceImage(name);
     }
@@ -64,8 +69,6 @@ std::optional<Image> BrandingManager::getBrandedLogoImageForBrandID(qint32 brand
 void BrandingManager::setHeaderViewBrandedLogoImage(LogoView &headerView) const {
     if (const auto image = getBrandedLogoImage()) {
         headerView.setLogoImage(*image);
-    } else {
-        logError("There is no logo for brand %d: \"%@\" can't be read either", getBrandingID(), logoName(1));
     }
 }
 

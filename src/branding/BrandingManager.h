@@ -22,6 +22,8 @@ public:
 };
 
 /// The brand of the account that is in use: its id, its product names, its logo.
+///
+/// Concurrency: logos on one thread at a time.
 class BrandingManager {
 public:
     /// Answers the brand id of the user who signed in last, -1 without one.
@@ -55,6 +57,7 @@ private:
     const Images &m_images;
     LocalizedStrings &m_strings;
     BrandProvider m_brandProvider;
+    mutable QString m_unreadableLogo; ///< the last one that the log was told of
 };
 
 } // namespace quillmark

@@ -6,7 +6,8 @@
 namespace quillmark {
 
 LocalizedStrings &LocalizedStrings::sharedManager() {
-    static LocalizedStrings instance(platform().mainBundle);
+    // Never destroyed: other threads may ask until the very end.
+    static auto &instance = *new LocalizedStrings(platform().mainBundle);
     return instance;
 }
 

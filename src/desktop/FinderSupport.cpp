@@ -23,16 +23,16 @@ double secondsSinceReferenceDate(Clock::Time time) {
     return std::chrono::duration<double>(time - kReferenceDate).count();
 }
 
-/// Made at the first use and kept, as they are shared by all.
+/// Made at the first use and never destroyed, as they are shared by all.
 FinderScripts &sharedScripts() {
-    static FinderScripts scripts(platform().scripts, QMLocalizedString(QStringLiteral("ProductName")));
+    static auto &scripts = *new FinderScripts(platform().scripts, QMLocalizedString(QStringLiteral("ProductName")));
     return scripts;
 }
 
 } // namespace
 
 FinderSupport &FinderSupport::sharedManager() {
-    static FinderSupport instance(platform().clock);
+    static auto &instance = *new FinderSupport(platform().clock); // never destroyed: others may ask until the end
     return instance;
 }
 

@@ -37,18 +37,30 @@ QString sourceOfMove(const Platform &platform) {
     return gAltSrcBundlePath.isNull() ? platform.mainBundle.path() : gAltSrcBundlePath;
 }
 
-bool isOnVolume(const QString &source) { return source.startsWith(u"/Volumes/"); }
+bool isOnVolume(const QString &source, const Platform &platform) {
+    return startsWithAny(source, platform.workspace.volumesFolders());
+}
 
-QString obstacleTo(const MovePlan &plan) {
+/// Where the volume of a disk image is mounted, which holds the bundle itself.
+QString volumeOf(const MovePlan &plan) { return deletingLastPathComponent(plan.source); }
+
+QString obstacleTo(const MovePlan &plan, const Platform &platform) {
     const FileManager &files = __QMCurrentThreadFileManager();
-    if (!files.isWritable(plan.source) && !isOnVolume(plan.source)) {
+    if (!files.isWritable(plan.source) && !isOnVolume(plan.source, platform)) {
         return QStringLiteral("No access to delete the app. Not offering to move it.");
     }
-    if (plan.source.contains(u'\'') || plan.destination.contains(u'\'')) {
+    // These two stand between single quotes in the shells' texts.
+    if (plan.destination.contains(u'\'') || (plan.isOnDiskImage && volumeOf(plan).contains(u'\''))) {
         return QStringLiteral("The path \"%1\" holds a single quote. Not offering to move it.").arg(plan.source);
     }
-    // A link may have led from one to the other; what is removed to make room would be the application itself.
-    if (files.isWithin(plan.source, plan.destination) || files.isWithin(plan.destination, plan.source)) {
+    // The shells' search path begins with a folder of the moved bundle.
+    if (plan.destination.contains(u':')) {
+        return QStringLiteral("The path \"%1\" holds a colon. Not offering to move it.").arg(plan.destination);
+    }
+    // A link may have led from one to the other; what is removed to make room would be the application itself. A link
+    // in the very place of the destination is just what makes room.
+    if (files.isWithin(plan.source, plan.destination) ||
+        files.isWithin(deletingLastPathComponent(plan.destination), plan.source)) {
         return QStringLiteral(R"("%1" and "%2" are the same place. Not offering to move it.)")
             .arg(plan.source, plan.destination);
     }
@@ -117,8 +129,8 @@ MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
     MovePlan plan;
     plan.source = sourceOfMove(platform);
     plan.destination = appendingPathComponent(folder, lastPathComponent(plan.source));
-    plan.isOnDiskImage = isOnVolume(plan.source) && !__QMCurrentThreadFileManager().isWritable(plan.source);
-    plan.obstacle = obstacleTo(plan);
+    plan.isOnDiskImage = isOnVolume(plan.source, platform) && !__QMCurrentThreadFileManager().isWritable(plan.source);
+    plan.obstacle = obstacleTo(plan, platform);
     plan.needsAuthorisation = needsAuthorisation(folder, plan.destination);
     plan.informativeText = informativeText(plan, platform, strings);
 
@@ -127,7 +139,7 @@ MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
     plan.relaunchCommand = formatted("(while [ `ps -p %d | wc -l` -gt 1 ]; do sleep 0.1; done; %@ open '%@') &",
                                      platform.systemInfo.processIdentifier(), quarantine, plan.destination);
     if (plan.isOnDiskImage) {
-        plan.detachCommand = formatted("(sleep 5 && hdiutil detach '%@') &", deletingLastPathComponent(plan.source));
+        plan.detachCommand = formatted("(sleep 5 && hdiutil detach '%@') &", volumeOf(plan));
     }
     return plan;
 }

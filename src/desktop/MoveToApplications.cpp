@@ -4,6 +4,7 @@
 #include "platform/Alerts.h"
 #include "platform/Application.h"
 #include "platform/Authorization.h"
+#include "platform/Bundle.h"
 #include "platform/HomeFolder.h"
 #include "platform/Path.h"
 #include "platform/SystemInfo.h"
@@ -50,8 +51,8 @@ bool askUser(const MovePlan &plan, const Platform &platform, LocalizedStrings &s
     if (!hasSuppression || answer.isSuppressionChecked) {
         platform.userDefaults.setObject(kMoveAlertSuppress, true);
         if (!platform.userDefaults.synchronize()) {
-            logError("The preferences \"%@\" can't be written: the user will be asked again",
-                     platform.userDefaults.file());
+            logError("The preferences \"%@\" %@: the user will be asked again", platform.userDefaults.file(),
+                     platform.userDefaults.problem());
         }
     }
     return false;
@@ -114,6 +115,21 @@ std::optional<int> runWithPrivileges(Authorization::Reference &reference, const 
     return reference.waitForChild();
 }
 
+/// The same; true when it ended with status 0.
+bool succeedsWithPrivileges(Authorization::Reference &reference, const char *program, const QStringList &arguments) {
+    const auto status = runWithPrivileges(reference, program, arguments);
+    return status && WIFEXITED(*status) && WEXITSTATUS(*status) == 0;
+}
+
+/// With the administrator's rights a path is not touched where others could make it lead to something else meanwhile.
+bool isOutOfReach(const QString &path) {
+    const auto folder = __QMCurrentThreadFileManager().folderOfOthers(path);
+    if (folder) {
+        logError(R"(Leaving "%@" alone: others can change what is in "%@")", path, *folder);
+    }
+    return !folder;
+}
+
 /// Removes what is in the way and copies the bundle, as the administrator. \returns false when a step fails.
 bool replaceWithPrivileges(const MovePlan &plan, Authorization::Reference &reference) {
     const auto remove = [&reference](const QString &path) {
@@ -122,13 +138,20 @@ bool replaceWithPrivileges(const MovePlan &plan, Authorization::Reference &refer
         return status && !WIFSIGNALED(*status); // deliberate: the exit code is not looked at
     };
     const QString destination = expandingTilde(plan.destination);
-    if ((__QMCurrentThreadFileManager().fileExists(destination) && !remove(destination)) ||
-        !forEachOtherBundle(plan, remove)) {
+    if (!isOutOfReach(destination) ||
+        (__QMCurrentThreadFileManager().fileExists(destination) && !remove(destination)) ||
+        !forEachOtherBundle(plan, [&remove](const QString &path) { return !isOutOfReach(path) || remove(path); })) {
         return false;
     }
+    const QString folder = deletingLastPathComponent(destination);
+    if (!__QMCurrentThreadFileManager().fileExists(folder)) { // as on systems that know no such folder
+        logVerbose("Making \"%@\"", folder);
+        if (!succeedsWithPrivileges(reference, "/bin/mkdir", {QStringLiteral("-p"), folder})) {
+            return false;
+        }
+    }
     logVerbose(R"(Copying "%@" to "%@")", plan.source, plan.destination);
-    const auto status = runWithPrivileges(reference, "/bin/cp", {QStringLiteral("-pR"), plan.source, plan.destination});
-    return status && WIFEXITED(*status) && WEXITSTATUS(*status) == 0;
+    return succeedsWithPrivileges(reference, "/bin/cp", {QStringLiteral("-pR"), plan.source, plan.destination});
 }
 
 Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
@@ -171,8 +194,7 @@ void tellFailure(const Platform &platform, LocalizedStrings &strings) {
 /// Starts a shell that outlives this process. It finds the moved bundle's own programs first.
 void startShell(const QString &command, const MovePlan &plan, const Platform &platform) {
     const QString shell = QStringLiteral("/bin/sh");
-    if (!platform.tasks.start(shell, {QStringLiteral("-c"), command},
-                              plan.destination + QStringLiteral("/Contents/Helpers"))) {
+    if (!platform.tasks.start(shell, {QStringLiteral("-c"), command}, helpersFolder(plan.destination))) {
         logError(R"("%@" can't be started; open "%@" by hand)", shell, plan.destination);
     }
 }

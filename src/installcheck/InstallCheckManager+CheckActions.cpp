@@ -9,6 +9,7 @@
 #include "platform/MainThread.h"
 #include "platform/Path.h"
 #include "platform/Platform.h"
+#include "platform/Problem.h"
 #include "platform/Workspace.h"
 #include "utils/Exception.h"
 #include "utils/Log.h"
@@ -58,7 +59,7 @@ void InstallCheckManager::loadWindowWhile(const std::function<void()> &call) {
     }
     m_platform.checkWindows.prepare();
     std::future<void> done = std::async(std::launch::async, call);
-    loadWindow();
+    m_problemsInAdvance = problemsOf([this] { loadWindow(); });
     done.get();
 }
 
@@ -82,6 +83,9 @@ void InstallCheckManager::awakeFromNib() {
 }
 
 void InstallCheckManager::runSelfRepair() {
+    for (const QString &problem : std::exchange(m_problemsInAdvance, {})) {
+        reportProblem(problem);
+    }
     if (!loadWindow()) {
         return;
     }
@@ -126,7 +130,12 @@ void InstallCheckManager::runFaultsAlert() {
 }
 
 void InstallCheckManager::installButtonClick() {
-    m_window->beginProgressSheet();
+    if (std::exchange(m_isRepairing, true)) {
+        return;
+    }
+    if (m_window != nullptr) {
+        m_window->beginProgressSheet();
+    }
     m_platform.mainThread.detachNewThread(QStringLiteral("repair"), [this] { runSelfRepairThread(); });
 }
 
@@ -136,15 +145,28 @@ void InstallCheckManager::dontInstallButtonClick() {
 }
 
 void InstallCheckManager::detailsButtonClick() {
-    m_platform.workspace.openFolder(deletingLastPathComponent(getLogFilePath()));
+    if (const QString log = getLogFilePath(); !log.isNull()) {
+        m_platform.workspace.openFolder(deletingLastPathComponent(log));
+    }
 }
 
 void InstallCheckManager::windowWillClose() { m_platform.application.exitAtOnce(); }
 
-void InstallCheckManager::sheetDidEnd() { m_window->orderOutProgressSheet(); }
+void InstallCheckManager::sheetDidEnd() {
+    if (m_window != nullptr) {
+        m_window->orderOutProgressSheet();
+    }
+}
+
+void InstallCheckManager::repairDidEnd() {
+    m_isRepairing = false;
+    if (m_window != nullptr) {
+        m_window->endProgressSheet();
+    }
+}
 
 void InstallCheckManager::bringWindowBackToFront() {
-    m_window->endProgressSheet();
+    repairDidEnd();
     if (checkForRequiredItems()) {
         runQuillmark();
         if (m_numberItemsMissing < 1) { // else an alert covers the window, and holds the end up
@@ -160,7 +182,9 @@ void InstallCheckManager::runQuillmark() {
     if (m_numberItemsMissing < 1 && m_delegate != nullptr) {
         m_delegate->launchCore();
     } else {
-        m_window->setFaults(faults()); // "Continue" repairs these now, and not what the window came up with
+        if (m_window != nullptr) {
+            m_window->setFaults(faults()); // "Continue" repairs these now, and not what the window came up with
+        }
         beginFailureSheet(QStringLiteral("RunFailedTitle"));
     }
 }
@@ -184,7 +208,7 @@ void InstallCheckManager::_repairFailed() {
 }
 
 void InstallCheckManager::repairFailed() {
-    m_window->endProgressSheet();
+    repairDidEnd();
     beginFailureSheet(QStringLiteral("RepairFailedTitle"));
 }
 
@@ -195,7 +219,9 @@ void InstallCheckManager::beginFailureSheet(const QString &titleKey) {
     alert.informativeText = formatted(m_strings.localisedString(QStringLiteral("RepairFailed")));
     alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("OK"))};
     _flushLog();
-    m_window->beginAlertSheet(alert);
+    if (m_window != nullptr) {
+        m_window->beginAlertSheet(alert);
+    }
 }
 
 } // namespace quillmark

@@ -92,6 +92,10 @@ bool InstallCheckManager::isMissing(const RequiredItem &item) const {
 
 void InstallCheckManager::updateStatus() {
     logDetail("Updating status...");
+    if (!m_isCatalogueReadable) {
+        logError("The catalogue of required items (\"%@\") can't be read: no component is checked",
+                 resourcePath(QStringLiteral("RequiredItems.plist")));
+    }
     m_requiredItemsStatusKeys.fill(QStringLiteral("OK"), m_requiredItemsList.size());
     m_requiredItemsStatusList.fill(m_strings.localisedString(QStringLiteral("OK")), m_requiredItemsList.size());
     m_numberRepairsRequired = 0;

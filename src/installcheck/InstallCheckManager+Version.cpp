@@ -6,6 +6,7 @@
 #include "platform/Tasks.h"
 #include "tools/VersionOutput.h"
 #include "utils/Log.h"
+#include "utils/OneLine.h"
 #include "utils/Version.h"
 
 #include <compare>
@@ -30,9 +31,9 @@ bool needsUpdate(const QString &path, const QString &versionText, Generation ins
     const QString applicationVersion = InstallCheckManager::getMacClientVersionAsString();
     const bool isOlder = installed < generationOf(InstallCheckManager::getMacClientVersion());
     if (isOlder) {
-        logVerbose("\"%@\" needs to update from %@ to %@", path, versionText, applicationVersion);
+        logVerbose("\"%@\" needs to update from %@ to %@", path, onOneLine(versionText), applicationVersion);
     } else {
-        logVerbose("\"%@\" does not need to update from %@", path, versionText);
+        logVerbose("\"%@\" does not need to update from %@", path, onOneLine(versionText));
     }
     return isOlder;
 }

@@ -13,29 +13,32 @@ namespace quillmark {
 
 namespace {
 
-QVariantList readCatalogue(const Platform &platform) {
+/// Invalid when it can't be read.
+QVariant readCatalogue(const Platform &platform) {
     const QString path = platform.mainBundle.pathForResource(QStringLiteral("RequiredItems"), QStringLiteral("plist"));
     const QVariant items = platform.propertyList.readDictionary(path).value(QStringLiteral("RequiredItems"));
-    if (items.typeId() != QMetaType::QVariantList) { // others can be taken for a list too
-        logError("The catalogue of required items (\"%@\") can't be read: no component is checked",
-                 platform.mainBundle.resourcePath() + QStringLiteral("/RequiredItems.plist"));
-        return {};
-    }
-    return items.toList();
+    return items.typeId() == QMetaType::QVariantList ? items : QVariant(); // others can be taken for a list too
 }
 
 } // namespace
 
 InstallCheckManager &InstallCheckManager::sharedManager() {
-    static InstallCheckManager manager(platform(), LocalizedStrings::sharedManager(), BrandingManager::sharedManager(),
-                                       UpdateToolManager::sharedManager());
+    // Never destroyed, since other threads may ask until the very end.
+    static auto &manager =
+        *new InstallCheckManager(platform(), LocalizedStrings::sharedManager(), BrandingManager::sharedManager(),
+                                 UpdateToolManager::sharedManager());
     return manager;
 }
 
 InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
                                          const BrandingManager &branding, UpdateToolManager &updateTool)
+    : InstallCheckManager(platform, strings, branding, updateTool, readCatalogue(platform)) {}
+
+InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
+                                         const BrandingManager &branding, UpdateToolManager &updateTool,
+                                         const QVariant &catalogue)
     : m_platform(platform), m_strings(strings), m_branding(branding), m_updateTool(updateTool),
-      m_requiredItemsList(readCatalogue(platform)) {}
+      m_isCatalogueReadable(catalogue.isValid()), m_requiredItemsList(catalogue.toList()) {}
 
 bool InstallCheckManager::checkForRequiredItems() {
     updateStatus();

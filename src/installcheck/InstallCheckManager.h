@@ -36,9 +36,13 @@ public:
 class InstallCheckManager final : public CheckWindowView::Owner {
 public:
     static InstallCheckManager &sharedManager();
-    /// Reads the catalogue, the resource "RequiredItems". One that can't be read holds nothing.
+    /// Reads the catalogue, the resource "RequiredItems". One that can't be read holds nothing, as each evaluation
+    /// says.
     InstallCheckManager(const Platform &platform, LocalizedStrings &strings, const BrandingManager &branding,
                         UpdateToolManager &updateTool);
+
+    /// Whether there is a catalogue; without one nothing is examined.
+    bool isCatalogueReadable() const { return m_isCatalogueReadable; }
 
     /// The application that starts the core after a repair. It outlives this object.
     void setDelegate(ApplicationDelegate *delegate) { m_delegate = delegate; }
@@ -57,7 +61,9 @@ public:
     const QVariantList &requiredItemsList() const { return m_requiredItemsList; }
     /// The status of each item, as the localised text of its key.
     const QStringList &requiredItemsStatusList() const { return m_requiredItemsStatusList; }
-    /// The same as keys: "OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not Required".
+    /// The same as keys: "OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not Required". What depends
+    /// on a status compares these, and so no translation can change what is repaired; as no two of a language's texts
+    /// are the same, comparing those would decide likewise.
     const QStringList &requiredItemsStatusKeys() const { return m_requiredItemsStatusKeys; }
     /// How many items of the kinds that the update tool repairs one by one are not in order: all but bundles.
     qint32 numberRepairsRequired() const { return m_numberRepairsRequired; }
@@ -133,15 +139,17 @@ public:
     bool repairZIPArchiveItem(const RequiredItem &item);
     bool installIntel_10_5_Fixes();
 
-    // The window: shown with what the last evaluation found; on the main thread.
+    // The window: shown with what the last evaluation found; on the main thread. Where there is none, what would be
+    // told to it is passed over.
 
     bool hasWindow() const { return m_window != nullptr; }
     /// Makes the call; when anything is missing, on a thread of its own, while the window that will be shown is loaded.
-    /// What the call raises is raised here.
+    /// What the call raises is raised here. What is wrong with the window is told when it is wanted.
     void loadWindowWhile(const std::function<void()> &call);
     void runSelfRepair();
     /// Tells what is at fault where there is no such window, and waits until the user has read it.
     void runFaultsAlert();
+    /// Starts a repair, unless one runs.
     void installButtonClick() override;
     void dontInstallButtonClick() override;
     /// Opens the folder of the log.
@@ -157,6 +165,9 @@ public:
     void runSelfRepairThread();
 
 private:
+    InstallCheckManager(const Platform &platform, LocalizedStrings &strings, const BrandingManager &branding,
+                        UpdateToolManager &updateTool, const QVariant &catalogue);
+
     /// What an item that is not in order counts for.
     enum class Fault { None, Helper, HelperToRestart, Bundle };
 
@@ -184,6 +195,7 @@ private:
     bool loadWindow();
     void awakeFromNib();
     QList<CheckWindowView::Fault> faults() const;
+    void repairDidEnd();
     void _repairFailed();
     void beginFailureSheet(const QString &titleKey);
 
@@ -204,7 +216,10 @@ private:
     UpdateToolManager &m_updateTool;
     ApplicationDelegate *m_delegate = nullptr;
     CheckWindowView *m_window = nullptr;
-    bool m_isWindowLoaded = false; // or known to be impossible
+    bool m_isWindowLoaded = false;   // or known to be impossible
+    QStringList m_problemsInAdvance; ///< of a window that was loaded before anybody wanted it
+    bool m_isRepairing = false;      // from the click to what the main thread makes of its end
+    const bool m_isCatalogueReadable;
     const QVariantList m_requiredItemsList;
     QStringList m_requiredItemsStatusKeys;
     QStringList m_requiredItemsStatusList;

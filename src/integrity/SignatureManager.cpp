@@ -135,7 +135,7 @@ QString printed(const QByteArray &bytes) {
 } // namespace
 
 SignatureManager &SignatureManager::sharedManager() {
-    static SignatureManager manager;
+    static auto &manager = *new SignatureManager; // never destroyed: other threads may ask until the very end
     return manager;
 }
 

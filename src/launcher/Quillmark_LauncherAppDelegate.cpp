@@ -3,6 +3,7 @@
 #include "accounts/KeyList.h"
 #include "branding/LocalizedStrings.h"
 #include "desktop/MoveToApplications.h"
+#include "launcher/BundleDefaults.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Alerts.h"
 #include "platform/Application.h"
@@ -12,6 +13,7 @@
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
 #include "tools/ProcessUtilities.h"
+#include "utils/Exception.h"
 #include "utils/IntegerValue.h"
 #include "utils/LogSetup.h"
 #include "utils/Version.h"
@@ -32,6 +34,9 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     installCheck.setDelegate(this);
     ensureCoreNotRunning();
     PFAltDstBundleName(m_productName);
+    // A link to a folder above makes this search endless; whoever looks at the log then finds what goes on.
+    logVerbose("Looking for older copies of the client...");
+    _flushLog();
     PFAlsoRemoveBundles(staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList));
     PFMoveToApplicationsFolderIfNecessary(m_platform, m_strings);
     logNormal("%@ did finish launching", m_productName);
@@ -47,21 +52,27 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
 }
 
 void Quillmark_LauncherAppDelegate::readConfiguration() {
-    const auto resource = [this](const QString &name) {
-        return m_platform.propertyList.readDictionary(
-            m_platform.mainBundle.pathForResource(name, QStringLiteral("plist")));
-    };
-    config = resource(QStringLiteral("Config"));
-    m_platform.userDefaults.registerDefaults(resource(QStringLiteral("Defaults")));
+    config = m_platform.propertyList.readDictionary(
+        m_platform.mainBundle.pathForResource(QStringLiteral("Config"), QStringLiteral("plist")));
+    registerBundleDefaults(m_platform);
 }
 
 void Quillmark_LauncherAppDelegate::setUpLogging() {
     UserDefaults &defaults = m_platform.userDefaults;
     const QString fileLevel = defaults.stringForKey(QStringLiteral("FileLogging"));
     const QString stdioLevel = defaults.stringForKey(QStringLiteral("StdioLogging"));
-    initLogging3(fileLevel, stdioLevel, QString(), m_productName, m_productName);
+    try {
+        initLogging3(fileLevel, stdioLevel, QString(), m_productName, m_productName);
+    } catch (const Exception &exception) {
+        // Wrong levels are raised again; a log whose place can't be used costs the log, and not the start.
+        initLogging2(fileLevel, stdioLevel, QString());
+        logError("There is no log file: %@", exception.reason());
+    }
     if (const QString damaged = defaults.damagedFile(); !damaged.isNull()) {
         logError("The preferences were damaged and start anew; the old file is \"%@\"", damaged);
+    }
+    if (const QString problem = defaults.problem(); !problem.isNull()) {
+        logError("The preferences \"%@\" %@", defaults.file(), problem);
     }
 }
 

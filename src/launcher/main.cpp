@@ -3,11 +3,15 @@
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "platform/Application.h"
 #include "platform/Platform.h"
+#include "platform/SystemInfo.h"
 #include "utils/Exception.h"
 #include "utils/Log.h"
+#include "utils/Version.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 #include <unistd.h>
 
@@ -16,21 +20,57 @@ namespace {
 /// EX_CONFIG of sysexits.h: whatever keeps the launcher from starting lies in its configuration or its surroundings.
 constexpr int kUnhandledFault = 78;
 
+/// What standard error gets when an assertion fails; made beforehand, since a signal's handler may not.
+std::string &assertionMessage() {
+    static auto &message = *new std::string;
+    return message;
+}
+
 /// A failed assertion has written its line and aborts; the user gets a sentence and a status in place of a core dump.
 extern "C" void endAfterAssertion(int /*signal*/) {
-    constexpr std::string_view kMessage = "Quillmark: could not start: an internal check failed, see the line above\n";
-    [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, kMessage.data(), kMessage.size());
+    const std::string &message = assertionMessage();
+    [[maybe_unused]] const ssize_t ignored = ::write(STDERR_FILENO, message.data(), message.size());
     ::_exit(kUnhandledFault);
 }
 
+QString productName() { return quillmark::QMLocalizedString(QStringLiteral("ProductName")); }
+
 int endAfterFault(const QString &reason) {
-    quillmark::NSPrintErrf("Quillmark: could not start: %@", reason);
+    quillmark::NSPrintErrf("%@: could not start: %@", productName(), reason);
     return kUnhandledFault;
+}
+
+/// Answers the two questions that every program answers. Whatever else it is given the launcher passes over, as a
+/// desktop may add words of its own.
+bool answersQuestion(int count, char **arguments) {
+    const auto isAsked = [&](std::string_view option) {
+        return std::find(arguments + 1, arguments + std::max(count, 1), option) != arguments + std::max(count, 1);
+    };
+    if (isAsked("--help")) {
+        quillmark::NSPrintf(
+            "Usage: %@ [--help] [--version]\n\n"
+            "Makes sure that the components of %@ are in order, and starts it. What is not in order it offers "
+            "to repair, in a window.\n\n"
+            "  --help      show this text\n"
+            "  --version   show the version",
+            quillmark::platform().systemInfo.processName(), productName());
+        return true;
+    }
+    if (isAsked("--version")) {
+        quillmark::NSPrintf("%@ %@", productName(), quillmark::versionOfThisAppAsString(true));
+        return true;
+    }
+    return false;
 }
 
 } // namespace
 
-int main() {
+int main(int count, char **arguments) {
+    if (answersQuestion(count, arguments)) {
+        return EXIT_SUCCESS;
+    }
+    assertionMessage() =
+        productName().toStdString() + ": could not start: an internal check failed, see the line above\n";
     std::signal(SIGABRT, endAfterAssertion);
     quillmark::logReportedProblems();
     try {

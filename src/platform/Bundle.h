@@ -22,4 +22,7 @@ public:
     virtual QString localizedString(const QString &key) const = 0;
 };
 
+/// The folder of a bundle's programs that are for its own use, at the bundle's path.
+inline QString helpersFolder(const QString &bundlePath) { return bundlePath + QStringLiteral("/Contents/Helpers"); }
+
 } // namespace quillmark

@@ -60,9 +60,10 @@ public:
     /// Centres the window, activates the application, and puts the window in front of all others, to stay there.
     virtual void bringToFront() = 0;
 
-    /// Covers the window with the progress sheet and starts its animation.
+    /// Covers the window with the progress sheet and starts its animation. Until the sheet ends, nothing in the window
+    /// can be pressed, and other windows can stand in front of it.
     virtual void beginProgressSheet() = 0;
-    /// Stops the animation and ends the sheet; the owner is told, and orders it out.
+    /// Stops the animation and ends the sheet; the owner is told, and orders it out. The window is in front again.
     virtual void endProgressSheet() = 0;
     virtual void orderOutProgressSheet() = 0;
 

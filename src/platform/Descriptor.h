@@ -21,6 +21,8 @@ public:
 
     int get() const { return m_descriptor; }
     bool isOpen() const { return m_descriptor >= 0; }
+    /// Hands it to the caller, who closes it.
+    int release() { return std::exchange(m_descriptor, -1); }
     void close() {
         if (isOpen()) {
             ::close(std::exchange(m_descriptor, -1));

@@ -1,5 +1,7 @@
 #include "platform/HomeFolder.h"
 
+#include "platform/Path.h"
+
 #include <QFile>
 #include <pwd.h>
 #include <unistd.h>
@@ -19,7 +21,7 @@ QString homeFolder() {
 }
 
 QString expandingTilde(const QString &path) {
-    return path == u"~" || path.startsWith(u"~/") ? homeFolder() + path.mid(1) : path;
+    return path == u"~" || path.startsWith(u"~/") ? appendingPathComponent(homeFolder(), path.mid(1)) : path;
 }
 
 } // namespace quillmark

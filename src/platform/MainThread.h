@@ -13,7 +13,7 @@ public:
     /// Queues a call that the main thread makes in the order of queueing, and returns without waiting.
     virtual void post(std::function<void()> call) = 0;
 
-    /// Starts a thread of that name that nobody waits for.
+    /// Starts a thread of that name, which its log lines show, too, and that nobody waits for.
     virtual void detachNewThread(const QString &name, std::function<void()> body) = 0;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
-class QString;
+#include <QStringList>
+#include <functional>
 
 namespace quillmark {
 
@@ -9,5 +10,9 @@ void reportProblem(const QString &sentence);
 
 /// Sends what is reported to the log, which stands above this folder. Before that, reports are dropped.
 void setProblemReporter(void (*report)(const QString &sentence));
+
+/// Makes the call. What it reports on this thread is not told, but handed back, in order: for what is done in advance,
+/// and may never be wanted.
+QStringList problemsOf(const std::function<void()> &call);
 
 } // namespace quillmark

@@ -8,6 +8,12 @@
 
 namespace quillmark {
 
+/// A program that is to run.
+struct Task {
+    QString launchPath;
+    QStringList arguments;
+};
+
 /// A child process whose standard output and standard error are pipes to this one.
 struct PipedTask {
     qint32 processIdentifier = 0;
@@ -24,21 +30,27 @@ public:
 
     virtual ~Tasks() = default;
 
-    /// Runs a program, given by its path, to its end. \returns its exit status, 128 and the signal's number when a
-    /// signal ended it; nothing when it could not be started.
-    virtual std::optional<int> run(const QString &path, const QStringList &arguments) = 0;
+    /// Runs a program, given by its path, to its end. \param programFolder where it looks for programs by their names
+    /// before anywhere else; may be null. \returns its exit status, 128 and the signal's number when a signal ended it;
+    /// nothing when it could not be started, or when its end could not be learned.
+    virtual std::optional<int> run(const QString &path, const QStringList &arguments, const QString &programFolder) = 0;
+
+    /// Starts a program as run() does, and comes back at once. Nobody learns what becomes of it. \returns false when it
+    /// could not be started.
+    virtual bool runUnwaited(const QString &path, const QStringList &arguments) = 0;
 
     /// Starts a program, given by its path, and leaves it to itself, without this process's streams, session and
-    /// current folder. \returns false when it could not be started. \param programFolder where it looks for programs by
-    /// their names before anywhere else; may be null.
+    /// current folder. \param programFolder as for run(). \returns false when it could not be started.
     virtual bool start(const QString &path, const QStringList &arguments, const QString &programFolder) = 0;
 
     /// Starts a program, given by its path, with pipes. \returns nothing when it could not be started.
     virtual std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
                                             StandardError standardError) = 0;
     /// Waits for a launched program's end. To be called once. \returns its exit status, or the number of the signal
-    /// that ended it.
+    /// that ended it; -1 when that could not be learned.
     virtual int terminationStatus(const PipedTask &task) = 0;
+    /// In the place of that, for a launched program that nobody waits for any more.
+    virtual void abandon(const PipedTask &task) = 0;
 };
 
 } // namespace quillmark

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QVariantMap>
+#include <functional>
 
 namespace quillmark {
 
@@ -21,6 +22,13 @@ public:
     /// Writes what was set to disk.
     /// \returns false when the file could not be written; the values stay set and a later call tries again.
     virtual bool synchronize() = 0;
+    /// Runs `change`, which looks at values and sets others that depend on them, and writes what it set. What it sees
+    /// is read just before, and no other program writes in between. It sets values only; it does not write. \returns
+    /// false when the file could not be read, and then `change` was not run, or when it could not be written, as above.
+    virtual bool change(const std::function<void()> &change) = 0;
+    /// What kept the file from being read or written when that was last tried, such as "can't be written (No space left
+    /// on device)"; a null string when nothing did. A file that is not there reads as empty.
+    virtual QString problem() const = 0;
     /// The file that they are kept in.
     virtual QString file() const = 0;
     /// The place where a damaged preference file was put aside by this process; a null string when none was.

@@ -12,6 +12,9 @@ inline constexpr QLatin1StringView kApplicationBundleIdentifier("NSApplicationBu
 inline constexpr QLatin1StringView kApplicationPath("NSApplicationPath");
 inline constexpr QLatin1StringView kApplicationProcessIdentifier("NSApplicationProcessIdentifier");
 
+/// The file manager's bundle identifier.
+inline constexpr QLatin1StringView kFinderIdentifier("com.apple.finder");
+
 /// The desktop: its standard folders and the applications on it.
 class Workspace {
 public:
@@ -24,6 +27,9 @@ public:
 
     /// The Downloads folders of all domains.
     virtual QStringList downloadsFolders() const = 0;
+
+    /// The folders that volumes are mounted in, each with a slash at its end.
+    virtual QStringList volumesFolders() const = 0;
 
     /// The applications that run, in the order of their start: records with the keys above. Of other users'
     /// applications only those are told that may be looked at.

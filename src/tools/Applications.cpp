@@ -69,7 +69,8 @@ std::optional<Error> waitUntilQuit(const QString &bundleIdentifier, double timeO
 
 std::optional<QVariantMap> launchedApplication(const QString &bundleIdentifier) {
     for (const QVariantMap &record : platform().workspace.launchedApplications()) {
-        if (record.value(kApplicationBundleIdentifier).toString() == bundleIdentifier) {
+        const QVariant identifier = record.value(kApplicationBundleIdentifier); // absent is not empty
+        if (identifier.isValid() && identifier.toString() == bundleIdentifier) {
             return record;
         }
     }

@@ -1,5 +1,6 @@
 #include "tools/ProcessUtilities.h"
 
+#include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
 #include "tools/Applications.h"
@@ -16,9 +17,10 @@ bool ProcessUtilities::quillmarkCoreAlreadyRunning(const QString &processName) {
         formatted("ps ax -o comm | grep '%@ %@' | grep -v grep >/dev/null", "Quillmark", "Mac"),
         formatted("ps ax -o comm | grep '%@%@' | grep -v grep >/dev/null", "Quillmark", "Core"),
     };
+    const QString helpers = helpersFolder(platform().mainBundle.path());
     bool isRunning = false;
     for (const QString &pipeline : pipelines) {
-        const auto status = platform().tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), pipeline});
+        const auto status = platform().tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), pipeline}, helpers);
         isRunning = status == 0 || isRunning;
     }
     return isRunning;

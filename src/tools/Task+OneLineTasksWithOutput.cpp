@@ -5,23 +5,14 @@
 #include "tools/TaskOutputReader.h"
 #include "utils/Exception.h"
 #include "utils/FormattedText.h"
+#include "utils/Utf8Text.h"
 
 #include <QStringDecoder>
-#include <QUtf8StringView>
 #include <array>
 
 namespace quillmark {
 
 namespace {
-
-/// Null when the bytes are no UTF-8.
-QString decoded(const QByteArray &bytes) {
-    const QUtf8StringView text(bytes.constData(), bytes.size());
-    if (!text.isValidUtf8()) {
-        return {};
-    }
-    return bytes.isEmpty() ? QStringLiteral("") : text.toString();
-}
 
 void store(std::optional<Error> *target, std::optional<Error> error) {
     if (target != nullptr) {
@@ -44,13 +35,13 @@ QVariantMap failureInfo(const QString &standardError, const Exception &exception
 
 QString stringByLaunchingPath(const QString &path, const QStringList &arguments, const OnCreatedBlock &onCreatedDoBlock,
                               std::optional<Error> *error) {
-    TaskOutputReader reader(platform().tasks, path, arguments);
+    TaskOutputReader reader(platform().tasks, {path, arguments});
     QString output;
     QString standardError;
     try {
         reader.launchTaskAndRunSynchronous(onCreatedDoBlock);
-        output = decoded(reader.standardOutputData());
-        standardError = decoded(reader.standardErrorData());
+        output = utf8Text(reader.standardOutputData());
+        standardError = utf8Text(reader.standardErrorData());
         if (const int status = reader.terminationStatus(); status != 0) {
             throw Exception(QStringLiteral("Process Failed"), formatted("Task terminationStatus was %d", status));
         }
@@ -83,7 +74,8 @@ QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
     }
     store(error, std::nullopt);
     QString output = QStringLiteral("");
-    QStringDecoder decoder(QStringDecoder::Utf8); // keeps a character's bytes from one piece to the next
+    // Keeps a character's bytes from one piece to the next, and a byte order mark as printed.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
     std::array<char, 64> piece{};
     for (qint64 count = 0; (count = pipe->read(piece.data(), piece.size())) > 0;) {
         output += decoder.decode(QByteArrayView(piece.data(), count));

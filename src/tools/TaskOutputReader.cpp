@@ -4,9 +4,13 @@
 #include "utils/Assert.h"
 #include "utils/Log.h"
 
+#include <QAbstractEventDispatcher>
 #include <QEventLoop>
+#include <QScopeGuard>
 #include <QSocketNotifier>
 #include <cerrno>
+#include <memory>
+#include <poll.h>
 #include <unistd.h>
 
 namespace quillmark {
@@ -36,29 +40,12 @@ bool readAvailable(int pipe, QByteArray &data) {
     return true;
 }
 
-/// Reads whenever there is something, until the end.
-class PipeReader {
-public:
-    PipeReader(int pipe, QByteArray &data, bool &isClosed) : m_notifier(pipe, QSocketNotifier::Read) {
-        QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this, pipe, &data, &isClosed] {
-            if (!readAvailable(pipe, data)) {
-                m_notifier.setEnabled(false);
-                isClosed = true;
-            }
-        });
-    }
-
-private:
-    QSocketNotifier m_notifier;
-};
-
 } // namespace
 
-TaskOutputReader::TaskOutputReader(Tasks &tasks, QString path, QStringList arguments)
-    : m_tasks(tasks), m_path(std::move(path)), m_arguments(std::move(arguments)) {}
+TaskOutputReader::TaskOutputReader(Tasks &tasks, Task task) : m_tasks(tasks), m_task(std::move(task)) {}
 
 void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(qint32)> &onCreated) {
-    const auto task = m_tasks.launch(m_path, m_arguments, Tasks::StandardError::Piped);
+    const auto task = m_tasks.launch(m_task.launchPath, m_task.arguments, Tasks::StandardError::Piped);
     if (!task) {
         throw launchException();
     }
@@ -67,25 +54,75 @@ void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(qint
     if (pid == 0) {
         __assert2("pid", "NSTask+OneLineTasksWithOutput", 183);
     }
+    auto abandoned = qScopeGuard([&] { m_tasks.abandon(*task); });
     if (onCreated) {
         onCreated(pid);
     }
     runUntilComplete(*task);
+    abandoned.dismiss();
     m_terminationStatus = m_tasks.terminationStatus(*task);
 }
 
 void TaskOutputReader::runUntilComplete(const PipedTask &task) {
-    const PipeReader output(task.standardOutput.get(), standardOutput, outputClosed);
-    const PipeReader error(task.standardError.get(), standardError, errorClosed);
-    QSocketNotifier termination(task.termination.get(), QSocketNotifier::Read);
-    QObject::connect(&termination, &QSocketNotifier::activated, &termination, [this, &termination] {
-        termination.setEnabled(false);
-        taskComplete = true;
-    });
+    std::vector<Source> sources = {
+        {task.standardOutput.get(), &TaskOutputReader::standardOutNotification},
+        {task.standardError.get(), &TaskOutputReader::standardErrorNotification},
+        {task.termination.get(), &TaskOutputReader::terminatedNotification},
+    };
+    // Nothing is ever to be had of these; without any source there is nothing to wait for.
+    std::erase_if(sources, [](const Source &source) { return source.descriptor < 0; });
+    const bool hasEventLoop = QAbstractEventDispatcher::instance() != nullptr;
+    hasEventLoop ? turnEventLoop(sources, *this) : turnPoll(sources, *this);
+}
+
+void TaskOutputReader::turnEventLoop(const std::vector<Source> &sources, TaskOutputReader &reader) {
+    std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
+    size_t open = sources.size();
+    for (const Source &source : sources) {
+        notifiers.push_back(std::make_unique<QSocketNotifier>(source.descriptor, QSocketNotifier::Read));
+        QSocketNotifier *const notifier = notifiers.back().get();
+        QObject::connect(notifier, &QSocketNotifier::activated, notifier, [&reader, &open, source, notifier] {
+            if (!(reader.*source.notification)(source.descriptor)) {
+                notifier->setEnabled(false);
+                --open;
+            }
+        });
+    }
     QEventLoop loop;
-    while (!(taskComplete && outputClosed && errorClosed)) {
+    while (open > 0) {
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
+}
+
+void TaskOutputReader::turnPoll(std::vector<Source> sources, TaskOutputReader &reader) {
+    while (!sources.empty()) {
+        std::vector<pollfd> waits;
+        waits.reserve(sources.size());
+        for (const Source &source : sources) {
+            waits.push_back({source.descriptor, POLLIN, 0});
+        }
+        ::poll(waits.data(), waits.size(), -1);
+        for (size_t place = waits.size(); place-- > 0;) {
+            if (waits[place].revents != 0 && !(reader.*sources[place].notification)(sources[place].descriptor)) {
+                sources.erase(sources.begin() + static_cast<std::ptrdiff_t>(place));
+            }
+        }
+    }
+}
+
+bool TaskOutputReader::standardOutNotification(int pipe) {
+    outputClosed = !readAvailable(pipe, standardOutput);
+    return !outputClosed;
+}
+
+bool TaskOutputReader::standardErrorNotification(int pipe) {
+    errorClosed = !readAvailable(pipe, standardError);
+    return !errorClosed;
+}
+
+bool TaskOutputReader::terminatedNotification(int /*termination*/) {
+    taskComplete = true;
+    return false;
 }
 
 } // namespace quillmark

@@ -4,19 +4,21 @@
 
 #include <QByteArray>
 #include <functional>
+#include <vector>
 
 namespace quillmark {
 
 /// Runs one program to its end and collects what it prints.
 ///
-/// Concurrency: needs a thread with an event loop, which it turns meanwhile; other events of that loop are served.
+/// Concurrency: any thread. Where that has an event loop, it is turned meanwhile: its other events are served.
 class TaskOutputReader {
 public:
-    TaskOutputReader(Tasks &tasks, QString path, QStringList arguments);
+    /// \param task is not launched yet.
+    TaskOutputReader(Tasks &tasks, Task task);
 
     /// Launches the program and returns when it has ended and both pipes are closed, by it and by everyone it gave them
     /// to. \param onCreated is told the process identifier before any output is awaited; may be empty. Raises an
-    /// exception when the program could not be launched.
+    /// exception when the program could not be launched. What the callback raises ends the wait, not the program.
     void launchTaskAndRunSynchronous(const std::function<void(qint32)> &onCreated);
 
     const QByteArray &standardOutputData() const { return standardOutput; }
@@ -25,11 +27,22 @@ public:
     int terminationStatus() const { return m_terminationStatus; }
 
 private:
+    /// A descriptor that is waited for, and what is done when it has something.
+    struct Source {
+        int descriptor;
+        /// \returns false when there will be no more.
+        bool (TaskOutputReader::*notification)(int descriptor);
+    };
+
     void runUntilComplete(const PipedTask &task);
+    static void turnEventLoop(const std::vector<Source> &sources, TaskOutputReader &reader);
+    static void turnPoll(std::vector<Source> sources, TaskOutputReader &reader);
+    bool standardOutNotification(int pipe);
+    bool standardErrorNotification(int pipe);
+    bool terminatedNotification(int termination);
 
     Tasks &m_tasks;
-    const QString m_path;
-    const QStringList m_arguments;
+    const Task m_task;
     QByteArray standardOutput;
     QByteArray standardError;
     bool taskComplete = false;

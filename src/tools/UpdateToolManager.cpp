@@ -3,6 +3,7 @@
 #include "accounts/KeyList.h"
 #include "platform/Authorization.h"
 #include "platform/HomeFolder.h"
+#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
 #include "platform/Workspace.h"
@@ -30,7 +31,7 @@ constexpr quint32 kToolMode = 04755;
 } // namespace
 
 UpdateToolManager &UpdateToolManager::sharedManager() {
-    static UpdateToolManager manager(platform());
+    static auto &manager = *new UpdateToolManager(platform()); // never destroyed: other threads may ask until the end
     return manager;
 }
 
@@ -56,13 +57,17 @@ qint32 UpdateToolManager::repairBundleUsingPackage(const QString &packagePath) {
 }
 
 qint32 UpdateToolManager::repairFrameworkUsingPackage(const QString &packagePath) {
-    const qint32 result = runCommand({QStringLiteral("repairpackage"), packagePath});
+    m_status = kCommandBegun;
+    const qint32 result = runUpdateTool({QStringLiteral("repairpackage"), packagePath}, true);
     if (hasCaseInsensitiveSubstring(packagePath, u"MacFUSE")) {
         try {
             keepMacFuseLog();
         } catch (const Exception &exception) {
             logErrorException(exception);
         }
+    }
+    if (result == kSucceeded) {
+        m_status = kSucceeded;
     }
     return result;
 }
@@ -86,7 +91,8 @@ qint32 UpdateToolManager::installClientUpdate(const QString &packagePath, const 
 }
 
 qint32 UpdateToolManager::repairMonoKeypairPermissions() {
-    return runCommand({QStringLiteral("fixmonokeypairs"), homeFolder() + QStringLiteral("/.config/.mono/keypairs")});
+    return runCommand({QStringLiteral("fixmonokeypairs"),
+                       appendingPathComponent(homeFolder(), QStringLiteral(".config/.mono/keypairs"))});
 }
 
 qint32 UpdateToolManager::repairPermissions() {
@@ -107,7 +113,8 @@ qint32 UpdateToolManager::repairQMToolRoot(const QString &path, const QString &s
         return result;
     }
     if (const auto error = restartFinder()) {
-        logError("repairQMToolRoot failed (%@)", nserrorToString(*error));
+        m_failureReason = nserrorToString(*error);
+        logError("repairQMToolRoot failed (%@)", m_failureReason);
         return kCommandBegun;
     }
     m_status = kSucceeded;
@@ -137,8 +144,12 @@ qint32 UpdateToolManager::runExe(const QString &path, const QStringList &argumen
     bool isSuccess = false;
     try {
         // Deliberate: nobody learns what came of a run that is not waited for, so it counts as failed.
-        isSuccess = launch(path, arguments, waitUntilExit) == 0;
+        const auto status = launch(path, arguments, waitUntilExit);
+        isSuccess = status == 0;
+        m_failureReason = status ? formatted("\"%@\" ended with status %d", path, *status)
+                                 : formatted("nobody waited for \"%@\"", path);
     } catch (const Exception &exception) {
+        m_failureReason = formatted("\"%@\" could not be run", path);
         logError("UpdateToolManager:runExe: Exception during running \"%@\" (%@)", path,
                  errorExceptionToString(exception));
     }
@@ -146,6 +157,7 @@ qint32 UpdateToolManager::runExe(const QString &path, const QStringList &argumen
         logError("UpdateToolManager:runExe: Failed running \"%@\"", path);
         return kRunFailed;
     }
+    m_failureReason.clear();
     logVerbose("UpdateToolManager:runExe: Succeeded running \"%@\"", path);
     return kSucceeded;
 }
@@ -163,11 +175,13 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
     logNormal("UpdateToolManager:%@: Starting...", operation);
     std::unique_ptr<Authorization::Reference> reference;
     if (m_platform.authorization.create(reference) != 0) {
+        m_failureReason = QStringLiteral("there can be no administrator rights here");
         return kRunFailed;
     }
     constexpr quint32 kFlags =
         kAuthorizationInteractionAllowed | kAuthorizationExtendRights | kAuthorizationPreAuthorize;
     if (const qint32 status = reference->copyRights(kAuthorizationRightAdmin, kFlags); status != 0) {
+        m_failureReason = formatted("administrator rights were not given (status %d)", status);
         logError("UpdateToolManager:%@: AuthorizationCopyRights failed (OSStatus %d)", operation, status);
         return kRunFailed;
     }
@@ -178,9 +192,11 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
     reference.reset();
     if (status != 0) {
         m_status = kRunFailed;
+        m_failureReason = formatted("\"%@\" could not be run as the administrator (status %d)", toolPath, status);
         logError("UpdateToolManager:%@: AuthorizationExecuteWithPrivileges failed (OSStatus %d)", operation, status);
     } else {
         m_status = kSucceeded;
+        m_failureReason.clear();
         logNormal("UpdateToolManager:%@: Succeeded", operation);
     }
     return m_status;
@@ -212,7 +228,15 @@ void UpdateToolManager::keepMacFuseLog() {
     }
     ensureFolderPathExists(folder);
     logVerbose(R"(Copying "%@" to "%@"...)", m_macFuseLog, target);
-    if (const auto error = files.copyItem(m_macFuseLog, target)) {
+    // Anybody may have put it there.
+    constexpr qint64 kLargestLog = qint64{16} << 20U; // bytes
+    const auto error = files.isTrustedFile(m_macFuseLog, kLargestLog)
+                           ? files.copyItem(m_macFuseLog, target)
+                           : Error{kPosixErrorDomain,
+                                   EACCES,
+                                   {{kLocalizedFailureReasonKey, QStringLiteral("It is no file of a trusted user's")},
+                                    {kLocalizedDescriptionKey, posixErrorToString(EACCES)}}};
+    if (error) {
         logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(*error));
     } else {
         logVerbose(R"(Copied "%@" to "%@" - MacFUSE log available)", m_macFuseLog, target);
@@ -220,10 +244,10 @@ void UpdateToolManager::keepMacFuseLog() {
 }
 
 std::optional<int> UpdateToolManager::launch(const QString &path, const QStringList &arguments, bool waitUntilExit) {
-    if (!waitUntilExit && m_platform.tasks.start(path, arguments, QString())) {
+    if (!waitUntilExit && m_platform.tasks.runUnwaited(path, arguments)) {
         return std::nullopt;
     }
-    const auto status = waitUntilExit ? m_platform.tasks.run(path, arguments) : std::nullopt;
+    const auto status = waitUntilExit ? m_platform.tasks.run(path, arguments, QString()) : std::nullopt;
     if (!status) {
         throw launchException();
     }

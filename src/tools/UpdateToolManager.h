@@ -35,6 +35,8 @@ public:
 
     /// What came of the last operation. A command that failed leaves kCommandBegun.
     qint32 status() const { return m_status; }
+    /// Why the last run failed, for people; null when it did not.
+    QString failureReason() const { return m_failureReason; }
 
     qint32 repairCoreAppPermissions(const QString &path);
     qint32 repairQMTool(const QString &path, const QString &signaturePath);
@@ -86,6 +88,8 @@ private:
     const QString m_toolPathFormat;
     const QString m_macFuseLog;
     qint32 m_status = kNothingDone;
+    QString m_failureReason;
+    QString updateToolPath; ///< deliberately neither set nor read: the path is always made of the format
 };
 
 } // namespace quillmark

@@ -14,17 +14,16 @@ namespace quillmark {
 namespace {
 
 constexpr QLatin1StringView kMarker("Limited ");
-constexpr qsizetype kLongestVersion = 256; // characters; whoever prints more than that tells no version
+constexpr qsizetype kLongestVersion = 1 << 20; // characters; whoever prints more than that tells no version
 
-/// The line that is being looked for, while the output passes by.
-class VersionLine {
+/// The text that is being looked for, while the output passes by.
+class VersionText {
 public:
     void append(const QString &piece) {
         m_rest += piece;
         if (const qsizetype last = m_rest.lastIndexOf(kMarker); last >= 0) {
             m_rest.remove(0, last + kMarker.size());
-            m_line.clear();
-            m_isComplete = false;
+            m_text.clear();
         }
         // What may be the beginning of a marker waits for the next piece.
         const qsizetype passed = std::max<qsizetype>(m_rest.size() - (kMarker.size() - 1), 0);
@@ -34,22 +33,17 @@ public:
 
     QString atEnd() {
         take(std::exchange(m_rest, QString()));
-        return m_line.isNull() ? QStringLiteral("") : m_line; // nothing printed is a text all the same
+        return m_text.isNull() ? QStringLiteral("") : m_text; // nothing printed is a text all the same
     }
 
 private:
     void take(const QString &text) {
-        if (!m_isComplete) {
-            const qsizetype end = text.indexOf(u'\n');
-            m_line += text.left(end);
-            m_line.truncate(kLongestVersion);
-            m_isComplete = end >= 0;
-        }
+        m_text += text;
+        m_text.truncate(kLongestVersion);
     }
 
-    QString m_line;
+    QString m_text;
     QString m_rest;
-    bool m_isComplete = false;
 };
 
 /// Waits for the next piece. \returns nothing at the end.
@@ -75,19 +69,20 @@ QString versionPrintedBy(const QString &path, Tasks &tasks) {
     if (!task) {
         throw launchException();
     }
-    VersionLine line;
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    VersionText version;
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
     auto buffer = std::make_unique<std::array<char, 65536>>();
     while (true) {
         const QByteArrayView piece = nextPiece(task->standardOutput.get(), *buffer);
         if (piece.isEmpty()) {
             break;
         }
-        line.append(decoder.decode(piece));
+        version.append(decoder.decode(piece));
     }
     tasks.terminationStatus(*task);
-    line.append(decoder.decode("\n")); // a character that the end has cut off shows when another one follows
-    return decoder.hasError() ? QString() : line.atEnd();
+    [[maybe_unused]] const QString end =
+        decoder.decode("."); // a character that is cut off shows when another one follows
+    return decoder.hasError() ? QString() : version.atEnd();
 }
 
 } // namespace quillmark

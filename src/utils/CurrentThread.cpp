@@ -2,14 +2,13 @@
 
 #include "platform/Platform.h"
 #include "platform/SystemInfo.h"
-
-#include <pthread.h>
+#include "platform/ThreadName.h"
 
 namespace quillmark {
 
 namespace {
 
-thread_local std::string logPrefix;
+thread_local std::string logPrefix; // made at the first line
 
 std::string numberPrefix() { return "[0x" + QByteArray::number(currentThreadId(), 16).toStdString() + "] "; }
 
@@ -18,14 +17,14 @@ std::string numberPrefix() { return "[0x" + QByteArray::number(currentThreadId()
 quint32 currentThreadId() { return platform().systemInfo.currentThreadNumber(); }
 
 void setCurrentThreadName(const QString &name) {
-    logPrefix = name.isNull() ? numberPrefix() : '[' + name.toStdString() + "] ";
-    constexpr qsizetype kSystemLimit = 15; // bytes of a thread's name, on Linux
-    ::pthread_setname_np(::pthread_self(), name.toUtf8().left(kSystemLimit).constData());
+    nameCurrentThread(name);
+    logPrefix.clear();
 }
 
 const std::string &currentThreadLogPrefix() {
     if (logPrefix.empty()) {
-        logPrefix = numberPrefix();
+        const QString name = currentThreadName();
+        logPrefix = name.isNull() ? numberPrefix() : '[' + name.toStdString() + "] ";
     }
     return logPrefix;
 }

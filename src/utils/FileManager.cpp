@@ -43,6 +43,23 @@ QString accountName(uid_t account) {
     return found != nullptr ? QString::fromLocal8Bit(found->pw_name) : QString();
 }
 
+bool isTrusted(uid_t owner) { return owner == 0 || owner == ::geteuid(); }
+
+/// Whether others can put something else in the place of the next thing on the way, which is in the folder. Where
+/// everybody may write but each keeps his own, as in /tmp, it is safe by its owner. The administrators' own group is no
+/// others.
+bool isOpenToOthers(const struct stat &folder, const struct stat &next) {
+#ifdef __APPLE__
+    constexpr gid_t kAdministrators = 80;
+#else
+    constexpr gid_t kAdministrators = 0;
+#endif
+    const bool isWritable =
+        (folder.st_mode & S_IWOTH) != 0 || ((folder.st_mode & S_IWGRP) != 0 && folder.st_gid != kAdministrators);
+    return !S_ISDIR(folder.st_mode) || !isTrusted(folder.st_uid) ||
+           (isWritable && ((folder.st_mode & S_ISVTX) == 0 || !isTrusted(next.st_uid)));
+}
+
 } // namespace
 
 bool FileManager::fileExists(const QString &path) const { return exists(QFile::encodeName(path)); }
@@ -71,6 +88,35 @@ std::optional<FileAttributes> FileManager::attributes(const QString &path) const
         return std::nullopt;
     }
     return FileAttributes{accountName(status.st_uid), status.st_mode & 07777U};
+}
+
+bool FileManager::isTrustedFile(const QString &path, qint64 largest) const {
+    struct stat status {};
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode) &&
+           isTrusted(status.st_uid) && status.st_size <= largest;
+}
+
+std::optional<QString> FileManager::folderOfOthers(const QString &path) const {
+    const QByteArray name = QFile::encodeName(QDir::cleanPath(path));
+    struct stat folder {};
+    ::lstat("/", &folder);
+    for (qsizetype begin = 0; begin >= 0;) {
+        const qsizetype end = name.indexOf('/', begin + 1);
+        struct stat next {};
+        const bool isThere = ::lstat((end < 0 ? name : name.left(end)).constData(), &next) == 0;
+        if (!isThere) {
+            next.st_uid = static_cast<uid_t>(-1); // anybody may make it
+        }
+        if (isOpenToOthers(folder, next)) {
+            return begin == 0 ? QStringLiteral("/") : QFile::decodeName(name.left(begin));
+        }
+        if (!isThere) {
+            return std::nullopt;
+        }
+        folder = next;
+        begin = end;
+    }
+    return std::nullopt;
 }
 
 std::optional<Error> FileManager::copyItem(const QString &source, const QString &target) const {

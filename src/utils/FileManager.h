@@ -34,6 +34,14 @@ public:
     /// Of what is at the path, be it a link; nothing when there is nothing or it can't be told.
     std::optional<FileAttributes> attributes(const QString &path) const;
 
+    /// True for a regular file of the administrator's or of this user's, no link, of that many bytes at the most.
+    bool isTrustedFile(const QString &path, qint64 largest) const;
+
+    /// The topmost folder above the path in which somebody else than the administrator and this user can put another
+    /// thing in the place of what leads to it, be it the folder's owner or whoever may write there; a link on the way
+    /// counts, too. Nothing when there is none.
+    std::optional<QString> folderOfOthers(const QString &path) const;
+
     /// Copies a file, a link or a folder with all that is in it to a place where there is nothing yet: contents, modes,
     /// times, extended attributes, links as links. \returns an error of kPosixErrorDomain that names the file at fault;
     /// then there is nothing new at the target.

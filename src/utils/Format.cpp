@@ -95,9 +95,11 @@ std::string textOf(const FormatArgument &argument) {
     return std::visit([](const auto &value) { return fmt::format("{}", value); }, argument.value());
 }
 
-PrintfArgument printfArgument(const FormatArgument &argument) {
-    return std::visit([](const auto &value) { return fmt::detail::make_arg<fmt::printf_context>(value); },
-                      argument.value());
+/// The value, or the text's place: a text has to outlive the result.
+template <class Value>
+PrintfArgument printfArgument(const Value &value) {
+    const auto stored = fmt::make_printf_args(value);
+    return fmt::basic_format_args<fmt::printf_context>(stored).get(0);
 }
 
 bool isFieldWidth(const FormatArgument &argument) {
@@ -130,9 +132,9 @@ std::optional<std::string> tryFormat(const FormatText &format, FormatArguments a
         }
         if (plan->isObject[count] && !isText(argument)) {
             objectTexts[count] = textOf(argument);
-            values[count] = fmt::detail::make_arg<fmt::printf_context>(std::string_view(objectTexts[count]));
+            values[count] = printfArgument(std::string_view(objectTexts[count]));
         } else {
-            values[count] = printfArgument(argument);
+            values[count] = std::visit([](const auto &value) { return printfArgument(value); }, argument.value());
         }
         ++count;
     }

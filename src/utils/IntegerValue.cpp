@@ -22,6 +22,7 @@ qint64 integerValueOf(const QVariant &value) {
     switch (value.typeId()) {
     case QMetaType::QString:
         return integerValue(value.toString());
+    case QMetaType::Float:
     case QMetaType::Double: {
         constexpr double kBound = 9223372036854775808.0; // 2^63
         const double number = value.toDouble();
@@ -30,12 +31,14 @@ qint64 integerValueOf(const QVariant &value) {
         }
         return number < kBound ? static_cast<qint64>(number) : std::numeric_limits<qint64>::max();
     }
+    case QMetaType::ULong:
     case QMetaType::ULongLong:
         return static_cast<qint64>(
             qMin(value.toULongLong(), static_cast<qulonglong>(std::numeric_limits<qint64>::max())));
     case QMetaType::Bool:
     case QMetaType::Int:
     case QMetaType::UInt:
+    case QMetaType::Long:
     case QMetaType::LongLong:
         return value.toLongLong();
     default:

@@ -1,20 +1,32 @@
 #include "utils/LogFile.h"
 
+#include "platform/Descriptor.h"
+
 #include <cerrno>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quillmark {
 
 bool LogFile::open(const QByteArray &path) {
     constexpr mode_t kMode = 0666; // less the user's mask
-    const int descriptor = ::open(path.constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY, kMode);
-    if (descriptor < 0) {
+    // Whoever can write to the folder may have put something else in the file's place: a link, or a pipe that nobody
+    // reads.
+    Descriptor file(::open(path.constData(),
+                           O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK, kMode));
+    struct stat status {};
+    if (file.isOpen() && ::fstat(file.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        file.close();
+        errno = EINVAL;
+    }
+    if (!file.isOpen()) {
         const int reason = errno;
         close();
         errno = reason;
         return false;
     }
+    const int descriptor = file.release();
     if (m_stream == nullptr) {
         m_stream = ::fdopen(descriptor, "a");
     } else if (!replaceDescriptor(descriptor)) {

@@ -19,7 +19,8 @@ public:
     LogFile &operator=(const LogFile &) = delete;
     ~LogFile() = default;
 
-    /// Closes the current file and opens another one for appending, which is made when it is missing.
+    /// Closes the current file and opens another one for appending, which is made when it is missing. A link is not
+    /// followed, and nothing but a regular file is written to.
     /// \returns false when that fails; then no file is open, and errno says why.
     bool open(const QByteArray &path);
     void close();

@@ -3,6 +3,7 @@
 #include "utils/Assert.h"
 #include "utils/IntegerValue.h"
 #include "utils/Log.h"
+#include "utils/OneLine.h"
 
 #include <QStringList>
 #include <algorithm>
@@ -48,7 +49,7 @@ MicrosoftStyleVersion microsoftStyleVersionFromString(const QString &text) {
         return {numberIn<quint32>(parts[0]), numberIn<quint32>(parts[1]), numberIn<quint32>(parts[2]),
                 numberIn<quint32>(parts[3])};
     }
-    logError("Failed to extract version from string \"%@\"", text);
+    logError("Failed to extract version from string \"%@\"", onOneLine(text));
     return {};
 }
 

@@ -1,5 +1,6 @@
 """The manual page and the completions, which the build makes from the command line itself."""
 
+import re
 import subprocess
 import unittest
 
@@ -16,6 +17,14 @@ class Documents(ToolTest):
         done = subprocess.run(["bash", "-c", script, "-", RESOURCES / "completions/quillmarkctl.bash", *words],
                               capture_output=True, text=True, check=True)
         return done.stdout.split()
+
+    # What offers a command behind the words of its group.
+    OFFERS = {
+        "bash": lambda group, word: rf"'{group}'\) words='[^']*(?<![\w-]){word}(?![\w-])",
+        "zsh": lambda group, word: rf"'{group}'\) compadd -- [^;]*(?<![\w-]){word}(?![\w-])",
+        "fish": lambda group, word: (rf"quillmarkctl {group}\*.* -a {word} " if group
+                                     else rf"__fish_use_subcommand' -a {word} "),
+    }
 
     def test_the_manual_page_has_a_section_for_every_command(self):
         page = (RESOURCES / "man/man1/quillmarkctl.1").read_text()
@@ -38,7 +47,8 @@ class Documents(ToolTest):
         for shell in ("bash", "zsh", "fish"):
             text = (RESOURCES / f"completions/quillmarkctl.{shell}").read_text()
             for command in COMMANDS:
-                self.assertIn(command.split()[-1], text)
+                *group, word = command.split()
+                self.assertRegex(text, self.OFFERS[shell](re.escape(" ".join(group)), re.escape(word)), command)
 
 
 if __name__ == "__main__":

@@ -49,7 +49,7 @@ class MovePlan(ToolTest):
     def test_says_why_nothing_is_offered(self):
         for place, reason in ((("Applications", "A.app"), '"{}" lies in an Applications folder'),
                               (("Desktop", "Applications", "A.app"), 'A folder of "{}" is called Applications'),
-                              (("Ada's", "A.app"), 'The path "{}" holds a single quote. Not offering to move it.')):
+                              (("Downloads", "Ada's.app"), 'The path "{}" holds a single quote. Not offering to move it.')):
             with self.subTest(place=place):
                 app = self.copy_to(*place)
                 plan = self.plan(app)
@@ -59,6 +59,19 @@ class MovePlan(ToolTest):
         self.preferences(moveToApplicationsFolderAlertSuppress=True)
         plan = self.plan(self.copy_to("Downloads", "A.app"))
         self.assertEqual((plan["offer"], plan["reason"]), (False, "The user asked not to be asked again"))
+
+    def test_goes_by_the_bundles_own_defaults_too(self):
+        app = self.copy_to("Downloads", "A.app")
+        defaults = app / "Contents/Resources/Defaults.plist"
+        values = plistlib.loads(defaults.read_bytes())
+        defaults.write_bytes(plistlib.dumps(values | {"moveToApplicationsFolderAlertSuppress": True}))
+        self.assertFalse(self.plan(app)["offer"])
+        self.preferences(moveToApplicationsFolderAlertSuppress=False)
+        self.assertTrue(self.plan(app)["offer"])
+
+    def test_says_that_preferences_can_not_be_read(self):
+        (self.home / "Library/Preferences/com.quillmark.QuillmarkLauncher.plist").mkdir(parents=True)
+        self.assertIn("can't be read", self.failure("move", "plan"))
 
     def test_takes_no_other_type_for_the_users_wish(self):
         self.preferences(moveToApplicationsFolderAlertSuppress=["YES"])

@@ -1,6 +1,7 @@
 """What holds for every command."""
 
 import json
+import os
 import re
 import subprocess
 import unittest
@@ -62,6 +63,19 @@ class Rules(ToolTest):
         self.assertIn("(ERR)", told.stderr)
         self.assertEqual(told.stdout, silent.stdout)
 
+    def test_help_says_what_does_nothing_here(self):
+        for command, sentence in (("finder servers", "nothing can be set"), ("finder refresh", "nothing is done"),
+                                  ("finder selection", "nothing is ever selected"), ("keychain save", "beyond U+00FF")):
+            self.assertIn(sentence, " ".join(self.run_tool(*command.split(), "--help").stdout.split()))
+
+    def test_a_time_to_wait_is_a_finite_number_from_0(self):
+        for seconds in ("nan", "inf", "-inf", "-1", "1e999", "x", ""):
+            self.assertIn("finite", self.failure("process", "quit", "x", "--wait", seconds, status=2))
+        self.run_tool("process", "quit", "no.such.application", "--wait", "0.5")
+
+    def test_nothing_runs_under_an_empty_identifier(self):
+        self.run_tool("process", "running", "", status=1)
+
     def test_a_result_that_cannot_be_written_is_a_failure(self):
         with open("/dev/full", "w") as full:
             for command in (["brand"], ["version", "self"], ["error", "posix", "1"]):
@@ -73,12 +87,14 @@ class Rules(ToolTest):
                          "log write": ["normal", "x"], "version self": [], "brand": [], "bundles stale": [], "system": [],
                          "host name": [], "host short": [], "process list": [], "host same": ["a", "a"],
                          "version build": ["1 2"], "run": ["/bin/true"], "status": [], "finder selection": [],
-                         "finder servers": []}.get(command, ["x"])
+                         "finder servers": [], "repair": ["--help"], "header render": ["--help"]}.get(command, ["x"])
             done = subprocess.run([TOOL, *command.split(), *arguments], capture_output=True, text=True, timeout=60,
-                                  env={"HOME": str(self.home), "LD_DEBUG": "files"})
+                                  env={"HOME": str(self.home), "LD_DEBUG": "files", "PATH": os.environ["PATH"]},
+                                  stdin=subprocess.DEVNULL)
             libraries = set(re.findall(r"calling init: (\S+)", done.stderr))
             self.assertTrue(any("libQt6Core" in library for library in libraries))
-            self.assertFalse([library for library in libraries if re.search(r"Qt6(?!Core)|libsecret|dbus", library)])
+            # Without a session bus there is nobody to ask about a secret.
+            self.assertFalse([library for library in libraries if re.search(r"Qt6(?!Core)|libsecret|dbus", library)], command)
 
 
 if __name__ == "__main__":

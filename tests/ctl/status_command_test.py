@@ -51,12 +51,13 @@ class Status(ToolTest):
                                          "helperRepairRequired": False, "macFuseRepairRequired": False,
                                          "restartIndex": -1})
 
-    def test_a_missing_or_damaged_catalogue_is_an_empty_one(self):
+    def test_a_missing_or_damaged_catalogue_is_told_and_not_taken_for_an_empty_one(self):
         catalogue = self.app / "Contents/Resources/RequiredItems.plist"
         catalogue.write_text("no property list")
-        self.assertEqual(self.json("status", "--bundle", self.app)["items"], [])
+        for command in ("status", "repair"):
+            self.assertEqual(self.failure(command, "--bundle", self.app), f"quillmarkctl: {catalogue}: can't be read\n")
         catalogue.unlink()
-        self.assertEqual(self.json("status", "--bundle", self.app)["items"], [])
+        self.assertEqual(self.failure("status", "--bundle", self.app), f"quillmarkctl: {catalogue}: can't be read\n")
 
     def test_every_item_is_told_with_its_status(self):
         told = self.status(self.item("Bundle", "QuillmarkFS", self.make_component("Q.fs", VERSION), Version=VERSION),

@@ -3,6 +3,7 @@
 import json
 import os
 import plistlib
+import re
 import shutil
 import subprocess
 import tempfile
@@ -11,12 +12,16 @@ from pathlib import Path
 
 APP = Path(os.environ["QUILLMARK_APP"])
 TOOL = APP / "Contents/MacOS/quillmarkctl"
-COMMANDS = ["base64 decode", "base64 encode", "bundles find", "bundles stale", "error posix", "finder refresh", "finder selection", "finder servers", "header render", "host addresses", "host name", "host same", "host short",
-            "json decode", "json encode", "json escape", "json unescape",
-            "log write", "move plan", "process core-running", "process launch", "process list", "process quit", "process running", "repair", "run", "sign",
-            "status", "system", "unzip", "verify", "text", "brand", "user cache-path", "user clean",
-            "user features", "user get", "user list", "user remove", "user rename", "user selected", "user set", "user show",
-            "user unset", "version build", "version component", "version parse", "version self"]
+
+
+def all_commands():
+    """Every command, as the program itself tells them, in the sections of its manual page."""
+    page = subprocess.run([TOOL, "--generate", "man"], capture_output=True, text=True, check=True).stdout
+    headings = re.findall(r"^\.SS (.*?)(?: \\f|$)", page, re.MULTILINE)
+    return [heading.replace("\\-", "-") for heading in headings]
+
+
+COMMANDS = all_commands()
 
 
 class ToolTest(unittest.TestCase):
@@ -47,13 +52,16 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(output.count("\n"), 1)
         return json.loads(output)
 
-    def failed_json(self, *arguments):
-        """The error that a command of status 3 prints besides its line."""
+    def failed(self, *arguments):
+        """A command of status 3 that prints an error besides its line."""
         done = subprocess.run([TOOL, *arguments], env={"HOME": str(self.home), "PATH": os.environ["PATH"]},
                               capture_output=True, text=True, timeout=60)
         self.assertEqual(done.returncode, 3)
         self.assertRegex(done.stderr, r"\Aquillmarkctl: [^\n]+: [^\n]+\n\Z")
-        return json.loads(done.stdout)
+        return done
+
+    def failed_json(self, *arguments):
+        return json.loads(self.failed(*arguments).stdout)
 
     def failure(self, *arguments, status=3, **options):
         return self.run_tool(*arguments, status=status, **options).stderr

@@ -94,6 +94,23 @@ class User(ToolTest):
         self.user("remove", "anna", status=1)
         self.user("cache-path", "bert", status=1)
 
+    def test_a_cache_that_stays_is_named(self):
+        (self.home / "Data").mkdir()
+        (self.home / "Data/.QM").symlink_to(self.home / "unplugged")
+        self.plant({"UserName": "anna", "CacheLocation": str(self.home / "Data"), "CacheName": "u1"})
+        error = self.user("remove", "anna", "--remove-cache", status=3).stderr
+        self.assertTrue(error.startswith(f"quillmarkctl: {self.home}/Data/.QM/u1: the cache is not removed: "), error)
+        self.assertEqual(self.stored(), {"UserList": []})
+
+    def test_preferences_that_can_not_be_read_are_named(self):
+        self.preferences.mkdir()
+        for command in (["list"], ["show", "anna"], ["get", "anna", "BrandID"], ["set", "anna", "BrandID", "1"],
+                        ["unset", "anna", "BrandID"], ["rename", "5", "new"], ["remove", "anna"], ["clean"], ["selected"],
+                        ["selected", "anna"], ["features"], ["cache-path", "anna"]):
+            error = self.user(*command, status=3).stderr
+            self.assertEqual(error, f"quillmarkctl: {self.preferences}: can't be read (Invalid argument)\n")
+        self.assertIn("can't be read", self.run_tool("brand", status=3).stderr)
+
     def test_cleaning_drops_what_has_no_name(self):
         self.plant({"UserName": "anna"}, {"Other": 1}, {"UserName": "bert"})
         self.user("clean")

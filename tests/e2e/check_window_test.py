@@ -1,11 +1,12 @@
 """The check window on a real desktop, worked as a user works it, with real administrator rights behind it."""
 
+import re
 import signal
 import unittest
 
 from check_window import CONTINUE, DONT_INSTALL, EVERYTHING, CheckWindowTest, remove_everything
 from components import FILE_SYSTEM, OVERLAY_TOOL, UPDATE_TOOL
-from machine import LAUNCHER, RESOURCES, wait_until
+from machine import LAUNCHER, PATIENCE, RESOURCES, wait_until
 from polkit import confirm_password, start_agent, start_polkit
 
 
@@ -22,6 +23,53 @@ class CheckWindow(CheckWindowTest):
         self.assertTrue(window.description.startswith("Before Quillmark can start"))
         self.assertTrue(tree.all("heading", "Installing Quillmark"))
         self.assertIn("is-default", tree.one("push button", CONTINUE).states)
+
+    def test_stands_above_other_windows_but_not_while_it_is_repaired_and_a_password_is_asked_for(self):
+        remove_everything()
+        start_polkit(self, "AUTH_ADMIN")
+        self.start_launcher()
+        window = self.desktop.windows()[0]
+        wait_until(lambda: self.desktop.is_above(window), "the window floats")
+        agent = self.open_password_dialog()
+        wait_until(lambda: not self.desktop.is_above(window), "the window has left its level")
+        self.desktop.start("xmessage", "a password dialog of the plainest kind")
+        wait_until(lambda: "xmessage" in self.desktop.window_facts(self.desktop.windows()[-1], "WM_CLASS"),
+                   "the dialog stands above everything")
+        agent.kill()
+        self.wait_for_failure()
+        wait_until(lambda: self.desktop.is_above(window), "the window floats again")
+        wait_until(lambda: self.desktop.windows()[0] != window, "it stands above the dialog")
+
+    def test_stands_in_the_middle_of_the_screen_with_its_frame(self):
+        OVERLAY_TOOL.unlink()
+        self.start_launcher()
+        window = self.desktop.windows()[0]
+
+        def distances():
+            facts = self.desktop.window_facts(window, "_NET_FRAME_EXTENTS")
+            left, right, top, bottom = (int(number) for number in re.findall(r"\d+", facts.rpartition("=")[2]))
+            self.assertGreater(top, 0, "the window has no frame")
+            told = self.desktop.run("xwininfo", "-id", window).stdout
+            x, y, width, height = (int(re.search(rf"{name}: +(-?\d+)", told)[1])
+                                   for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+            return [abs((x - left) - (1024 - x - width - right)), abs((y - top) - (768 - y - height - bottom))]
+
+        wait_until(lambda: max(distances()) <= 1, "the distances to the edges are the same")
+
+    def test_offers_nothing_to_press_while_it_repairs(self):
+        remove_everything()
+        start_polkit(self, "AUTH_ADMIN")
+        self.start_launcher()
+        agent = self.open_password_dialog()
+        tree = self.wait_for(lambda tree: tree.all("progress bar"), "the sheet is up")
+        for name in (CONTINUE, DONT_INSTALL, "Details"):
+            self.assertNotIn("enabled", tree.one("push button", name).states)
+            with self.assertRaisesRegex(AssertionError, "has no action"):
+                self.press(name)
+        confirm_password(agent)
+        self.assert_ended_with_core()
+        self.assertNotIn("User chose to quit", self.log())
+        self.assertEqual(self.log().count("runUninstalledUpdateToolAsAdmin: Starting"), 1)
 
     def test_repairs_everything_with_one_password_and_starts_the_core(self):
         remove_everything()
@@ -86,6 +134,14 @@ class CheckWindow(CheckWindowTest):
         self.start_launcher()
         self.key("Escape")
         self.assert_ended_without_core()
+
+    def test_prints_its_own_lines_alone_whatever_its_surroundings_lack(self):
+        OVERLAY_TOOL.unlink()
+        self.start_launcher(env=self.desktop.environment(LANG="C", LC_ALL="C", XDG_RUNTIME_DIR=None))
+        self.press(DONT_INSTALL)
+        out, err = self.launcher.communicate(timeout=PATIENCE)
+        self.assertEqual(out, "")
+        self.assertRegex(err, r"\A[-0-9]+ [.:0-9]+ Quillmark\[\d+\] \(ERR\) [^\n]+\n\Z")
 
     def test_its_close_box_ends_the_launcher(self):
         OVERLAY_TOOL.unlink()

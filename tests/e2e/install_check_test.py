@@ -8,7 +8,7 @@ import unittest
 from pathlib import Path
 
 from components import FILE_SYSTEM, FRAMEWORK, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UPDATE_TOOL, resource
-from machine import CORE, RESOURCES, USER, LauncherTest, environment, processes_of, run_launcher
+from machine import CORE, RESOURCES, USER, LauncherTest, end_cores, environment, processes_of, run_launcher
 
 CATALOGUE = RESOURCES / "RequiredItems.plist"
 SYSTEM_VERSION = Path("/System/Library/CoreServices/SystemVersion.plist")
@@ -180,7 +180,8 @@ class Catalogues(InstallCheckTest):
                 result = run_launcher()
                 self.assertEqual((result.returncode, len(result.stderr.splitlines())), (0, 1))
                 self.assertIn(str(CATALOGUE), self.log())
-                os.kill(self.core(), 9)
+                self.core()
+                end_cores()
                 shutil.rmtree("/home/t/Library/Logs")
 
     def test_that_are_empty_start_the_core(self):

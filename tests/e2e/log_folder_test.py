@@ -1,11 +1,13 @@
-"""A log folder that can't be used: the launcher says where and why, and never just crashes."""
+"""A log folder that can't be used costs the log and one line that says where and why, and never the start."""
 
 import os
 import subprocess
+import time
 import unittest
 from pathlib import Path
 
-from machine import HOME, LOG_FOLDER, USER, LauncherTest, launcher_logs, make_user_folder, run_launcher, write_user_file
+from machine import (CORE, HOME, LOG_FOLDER, USER, LauncherTest, launcher_logs, make_user_folder, processes_of, run_launcher,
+                     wait_until, write_user_file)
 
 
 def mount_on_log_folder(options):
@@ -25,32 +27,53 @@ def fill(file):
 
 
 class LogFolder(LauncherTest):
-    def test_that_belongs_to_the_administrator_ends_the_start_with_the_files_path(self):
+    def assert_starts_without_log(self, words):
+        """The core runs, and standard error has one line, with these words."""
+        result = run_launcher()
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertRegex(result.stderr, rf"\A[^\n]* \(ERR\) [^\n]*There is no log file: {words}[^\n]*\n\Z")
+        wait_until(lambda: processes_of(CORE), "the core runs")
+
+    def put_in_the_files_place(self, plant):
+        """A start within the next seconds finds something in the place of its log file."""
+        make_user_folder(LOG_FOLDER)
+        now = int(time.time())
+        for second in range(now, now + 10):
+            plant(LOG_FOLDER / time.strftime("Quillmark-%Y-%m-%d-%H%M%S.log", time.localtime(second)))
+
+    def test_with_a_link_in_the_files_place_leaves_its_target_alone(self):
+        precious = HOME / "letter"
+        write_user_file(precious, b"kept")
+        self.put_in_the_files_place(lambda place: place.symlink_to(precious))
+        self.assert_starts_without_log("Failed to open log file")
+        self.assertEqual(precious.read_bytes(), b"kept")
+
+    def test_with_a_pipe_in_the_files_place_does_not_hold_the_start_up(self):
+        self.put_in_the_files_place(lambda place: os.mkfifo(place, 0o666))
+        self.assert_starts_without_log("Failed to open log file")
+
+    def test_that_belongs_to_the_administrator_is_told_with_the_files_path(self):
         make_user_folder(LOG_FOLDER)
         os.chown(LOG_FOLDER, 0, 0)
-        result = run_launcher()
-        self.assert_refused(result, LOG_FOLDER)
-        file = rf"{LOG_FOLDER}/Quillmark-[0-9-]+\.log"
-        self.assertRegex(result.stderr, rf'\(ERR\) .*Failed to open log file "{file}" for writing')
+        self.assert_starts_without_log(rf'Failed to open log file "{LOG_FOLDER}/Quillmark-[0-9-]+\.log" for writing')
 
-    def test_that_cannot_be_made_ends_the_start_with_its_path(self):
+    def test_that_cannot_be_made_is_told_with_its_path(self):
         make_user_folder(HOME / "Library")
         os.chown(HOME / "Library", 0, 0)
-        result = run_launcher()
-        self.assert_refused(result, f'Failed to create "{LOG_FOLDER}"')
+        self.assert_starts_without_log(f'Failed to create "{LOG_FOLDER}"')
 
-    def test_that_is_a_file_ends_the_start_with_its_path(self):
+    def test_that_is_a_file_is_told_with_its_path(self):
         write_user_file(LOG_FOLDER, b"")
-        self.assert_refused(run_launcher(), LOG_FOLDER)
+        self.assert_starts_without_log(f'Failed to open log file "{LOG_FOLDER}')
 
-    def test_below_a_file_ends_the_start_with_its_path(self):
+    def test_below_a_file_is_told_with_its_path(self):
         write_user_file(HOME / "Library/Logs", b"")
-        self.assert_refused(run_launcher(), f'Failed to create "{LOG_FOLDER}"')
+        self.assert_starts_without_log(f'Failed to create "{LOG_FOLDER}"')
 
-    def test_without_room_for_one_more_file_ends_the_start_with_the_files_path(self):
+    def test_without_room_for_one_more_file_is_told_with_the_files_path(self):
         mount_on_log_folder("nr_inodes=2")
         Path(LOG_FOLDER, "last one").touch()
-        self.assert_refused(run_launcher(), LOG_FOLDER)
+        self.assert_starts_without_log(f'Failed to open log file "{LOG_FOLDER}')
 
     def test_without_room_for_a_line_does_not_keep_the_core_from_running(self):
         mount_on_log_folder("size=4096")

@@ -67,6 +67,30 @@ class Move(MoveTest):
         self.assertEqual(APP.stat().st_uid, USER)
         self.assertFalse(stale.exists())
 
+    def test_with_the_password_removes_nothing_that_another_user_can_exchange(self):
+        """He does, while the question is up."""
+        start_polkit(self, "AUTH_ADMIN")
+        self.put_old_copy()
+        games = Path("/Applications/Games/sub")
+        planted = copy_bundle(DOWNLOADED, games / "Precious.app")
+        information = planted / "Contents/Info.plist"
+        information.write_text(information.read_text().replace("com.quillmark.QuillmarkLauncher", CLIENT))
+        precious = Path("/System/Secure/Precious.app/file")
+        precious.parent.mkdir(parents=True)
+        precious.write_text("precious")
+        owned_by_root(Path("/Applications"))
+        for path in [games.parent, *games.parent.rglob("*")]:
+            os.lchown(path, 1002, 1002)
+        set_preferences(FileLogging="verbose")
+        self.start_launcher()
+        games.rename(games.with_name("sub2"))
+        games.symlink_to("/System/Secure")
+        self.give_password()
+        self.assert_ended()
+        self.assert_runs_from(APP, launches=2)
+        self.assertEqual(precious.read_text(), "precious")
+        self.assertIn(f'Leaving "{games}/Precious.app" alone: others can change what is in "/Applications/Games"', self.log())
+
     def test_with_a_dismissed_password_dialog_stays_without_a_word(self):
         start_polkit(self, "AUTH_ADMIN")
         self.start_launcher()
@@ -96,8 +120,9 @@ class Move(MoveTest):
         subprocess.run(["mount", "-o", "remount,ro", volume], check=True)
         self.addCleanup(subprocess.run, ["umount", "-l", volume])
         self.put_old_copy()
-        write_user_file(HOME / "bin/hdiutil", b'#!/bin/sh\nprintf "%s\\n" "$@" >~/detached.new && mv ~/detached.new ~/detached\n')
-        (HOME / "bin/hdiutil").chmod(0o755)
+        # What the bundle's own program for it asks the desktop with.
+        write_user_file(HOME / "bin/gio", b'#!/bin/sh\nprintf "%s\\n" "$@" >~/detached.new && mv ~/detached.new ~/detached\n')
+        (HOME / "bin/gio").chmod(0o755)
         image = volume / "Quillmark.app"
         whole = snapshot(image)
         environment = self.desktop.environment(PATH=f"{HOME}/bin:{os.environ['PATH']}")
@@ -109,7 +134,7 @@ class Move(MoveTest):
         self.assertEqual(snapshot(APP), whole)
         self.assertEqual(snapshot(image), whole)
         wait_until((HOME / "detached").exists, "the volume is let go")
-        self.assertEqual((HOME / "detached").read_text(), f"detach\n{volume}\n")
+        self.assertEqual((HOME / "detached").read_text(), f"mount\n--unmount\n{volume}\n")
 
     def test_removes_stale_copies_and_passes_over_those_that_stay(self):
         self.put_old_copy()
@@ -224,8 +249,8 @@ class Move(MoveTest):
         self.assert_ended()
         self.assert_runs_from(moved, launches=2)
 
-    def test_is_not_offered_for_a_path_with_a_single_quote(self):
-        bundle = HOME / "Ada's/Quillmark.app"
+    def test_is_not_offered_for_a_bundle_whose_name_holds_a_single_quote(self):
+        bundle = HOME / "Downloads/Ada's.app"
         copy_bundle(DOWNLOADED, bundle)
         launcher = self.desktop.start(bundle / "Contents/MacOS/Quillmark")
         self.assertEqual(launcher.communicate(timeout=20), ("", ""))

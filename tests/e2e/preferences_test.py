@@ -82,7 +82,10 @@ class Preferences(LauncherTest):
 
     def test_that_are_a_folder_do_not_hold_the_start_up(self):
         make_user_folder(PREFERENCES)
-        self.assert_started(run_launcher())
+        result = run_launcher()
+        self.assertEqual(result.returncode, 0)
+        self.assertRegex(result.stderr, rf'\A[^\n]+ \(ERR\) [^\n]+ The preferences "{PREFERENCES}" can\'t be read \([^\n]+\)\n\Z')
+        self.core()
         self.assertTrue(PREFERENCES.is_dir())
 
 

@@ -2,6 +2,7 @@
 
 import shutil
 import signal
+import subprocess
 import unittest
 from pathlib import Path
 
@@ -52,8 +53,29 @@ class ProcessDetection(unittest.TestCase):
         self.run_process("MyQuillmarkCore")  # 15 characters, as many as the process table holds
         self.assertTrue(self.finds())
 
-    def test_does_not_find_a_word_that_the_process_table_cuts_off(self):
+    def test_finds_a_core_whose_name_the_process_table_cuts_off(self):
+        self.run_process("Quillmark BusinessCore")
+        self.assertTrue(self.finds("Quillmark BusinessCore"))
+        self.assertFalse(self.finds("Quillmark HomeCore"))
+
+    def test_finds_a_word_that_the_process_table_cuts_off(self):
         self.run_process("AnotherQuillmarkCore")
+        self.assertTrue(self.finds())
+
+    def test_finds_a_script_by_its_whole_name(self):
+        script = Path("/tmp/processes/MyOwnQuillmarkCore.sh")
+        script.parent.mkdir(exist_ok=True)
+        script.write_text("#!/bin/sh\nread line\n")
+        script.chmod(0o755)
+        process = start(script, stdin=subprocess.PIPE)
+        self.addCleanup(process.communicate)
+        wait_until(lambda: status_of(process.pid)["Name"] == "MyOwnQuillmarkC", "the script runs")
+        self.assertTrue(self.finds())
+
+    def test_a_core_that_has_ended_and_that_its_parent_has_not_asked_about_does_not_run(self):
+        process = self.run_process("QuillmarkCore")
+        process.send_signal(signal.SIGKILL)
+        wait_until(lambda: status_of(process.pid)["State"].startswith("Z"), "the core is defunct")
         self.assertFalse(self.finds())
 
     def test_does_not_find_the_launcher_or_other_letter_case(self):

@@ -21,7 +21,7 @@ class Repair(LauncherTest):
         (RESOURCES / "QuillmarkCore.app").chmod(0o700)
 
     def repair(self, agent_answer=None):
-        """\\returns the exit status, the statuses by name, and the steps."""
+        """\\returns the exit status, the statuses by name afterwards, and the lines on standard error."""
         held = start("/bin/sh", "-c", f'read go && exec "{TOOL}" repair', stdin=subprocess.PIPE)
         agent = start_agent(self, agent_answer, held.pid) if agent_answer else None
         held.stdin.write("\n")
@@ -30,6 +30,9 @@ class Repair(LauncherTest):
             self.assertEqual(agent.stdout.readline(), "asked\n")
             confirm_password(agent)
         out, err = held.communicate(timeout=60)
+        if held.returncode == 3:
+            self.assertEqual(out, "")
+            out = start(TOOL, "status").communicate(timeout=60)[0]
         statuses = {item["name"]: item["status"] for item in json.loads(out)["items"]}
         return held.returncode, statuses, err.splitlines()
 
@@ -55,7 +58,8 @@ class Repair(LauncherTest):
         self.remove_everything()
         start_polkit(self, "AUTH_ADMIN")
         status, statuses, steps = self.repair("dismiss")
-        self.assertEqual((status, steps[-1]), (1, "repair: failed, the rest is left as it is"))
+        self.assertEqual((status, steps[-1]), (3, "quillmarkctl: updateqm: installing the update tool failed: administrator "
+                                                  "rights were not given (status -60006)"))
         self.assertEqual(statuses["finderoverlaytool"], "Missing")
         self.assertFalse(TOOLS.exists())
         self.assertEqual(self.repair("allow")[0], 0)
@@ -66,9 +70,10 @@ class Repair(LauncherTest):
         tampered.write_bytes(tampered.read_bytes() + b"\0")
         start_polkit(self, "YES")
         status, statuses, steps = self.repair()
-        self.assertEqual((status, statuses["finderoverlaytool"]), (1, "Missing"))
+        self.assertEqual((status, statuses["finderoverlaytool"]), (3, "Missing"))
         self.assertFalse(OVERLAY_TOOL.exists())
-        self.assertEqual(steps[-1], "repair: failed, the rest is left as it is")
+        self.assertEqual(steps[-1], 'quillmarkctl: finderoverlaytool: repairing what is "Missing" failed: '
+                                    f'"{UPDATE_TOOL}" ended with status 67')
         self.assertEqual(processes_of(CORE), [])
 
     def test_with_a_tampered_update_tool_installs_nothing_at_all(self):
@@ -76,14 +81,15 @@ class Repair(LauncherTest):
         tampered = RESOURCES / "updateqm"
         tampered.write_bytes(tampered.read_bytes() + b"\0")
         start_polkit(self, "YES")
-        self.assertEqual(self.repair()[0], 1)
+        self.assertEqual(self.repair()[0], 3)
         self.assertEqual(list(Path("/Library").rglob("updateqm")), [])
 
     def test_of_a_bundle_that_tells_no_version_fails_as_it_must(self):
         (FILE_SYSTEM / "Contents/Info.plist").unlink()
         start_polkit(self, "YES")
-        status, statuses, _ = self.repair()
-        self.assertEqual((status, statuses["QuillmarkFS"]), (1, "Invalid"))
+        status, statuses, steps = self.repair()
+        self.assertEqual((status, statuses["QuillmarkFS"]), (3, "Invalid"))
+        self.assertEqual(steps[-1], 'quillmarkctl: QuillmarkFS: repairing what is "Invalid" failed: there is no repair for it')
 
 
 if __name__ == "__main__":

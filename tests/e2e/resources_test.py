@@ -1,5 +1,6 @@
 """A bundle with a resource missing or damaged."""
 
+import plistlib
 import unittest
 
 from machine import CORE, RESOURCES, LauncherTest, processes_of, run_launcher, set_preferences
@@ -35,6 +36,16 @@ class Resources(LauncherTest):
         result = run_launcher()
         self.assert_refused(result)
         self.assertIn('ASSERTION ERROR: stdoutLevel (file "', result.stderr)
+
+    def test_what_ends_the_start_is_told_in_the_products_name(self):
+        table = RESOURCES / "en.lproj/Localizable.strings"
+        texts = plistlib.loads(table.read_bytes())
+        table.write_bytes(plistlib.dumps(texts | {"ProductName": "Feder"}))
+        set_preferences(FileLogging="loud")
+        self.assertIn("\nFeder: could not start: Invalid file logging level", "\n" + run_launcher().stderr)
+        (RESOURCES / "Defaults.plist").unlink()
+        set_preferences(StdioLogging="error")
+        self.assertIn("\nFeder: could not start: an internal check failed", run_launcher().stderr)
 
     # Deliberate: whether the core could be started is not looked at.
     def test_without_the_core_the_launcher_ends_as_if_it_had_started_it(self):

@@ -10,7 +10,7 @@ import time
 import unittest
 from pathlib import Path
 
-from machine import APP, has_ended, signals, start
+from machine import APP, has_ended, signals, start, wait_until
 from session_bus import PYTHON, start_on_bus, start_session_bus
 
 TOOL = APP / "Contents/MacOS/quillmarkctl"
@@ -33,8 +33,8 @@ class SessionBus(unittest.TestCase):
         (bundle / "Contents/Info.plist").write_bytes(plistlib.dumps(information))
         return start_on_bus(self, self.surroundings, executable, APPLICATION, IDENTIFIER, kind)
 
-    def run_file_manager(self):
-        return start_on_bus(self, self.surroundings, PYTHON, APPLICATION, "org.example.files", "files")
+    def run_file_manager(self, kind="files"):
+        return start_on_bus(self, self.surroundings, PYTHON, APPLICATION, "org.example.files", kind)
 
     def tool(self, *arguments, **changes):
         process = start(TOOL, "process", *arguments, env=self.surroundings | changes)
@@ -104,6 +104,12 @@ class SessionBus(unittest.TestCase):
         self.assertEqual(json.loads(out), [{"bundleIdentifier": FINDER, "processIdentifier": files.pid,
                                             "path": "/System/Library/CoreServices/Finder.app"}])
         self.assertEqual(self.tool("running", FINDER)[0], 0)
+
+    def test_a_file_manager_that_can_be_asked_quits_by_itself(self):
+        files = self.run_file_manager("manager")
+        wait_until(lambda: self.tool("running", FINDER)[0] == 0, "the file manager is on the bus")
+        self.assertEqual(self.quit(FINDER), (0, ""))
+        self.assertEqual(files.wait(timeout=20), 0)
 
     def test_quitting_the_finder_ends_the_file_manager(self):
         files = self.run_file_manager()

@@ -5,6 +5,7 @@ import signal
 import unittest
 from pathlib import Path
 
+from components import OVERLAY_TOOL
 from desktop import Desktop
 from machine import CORE, LAUNCHER, LauncherTest, processes_of, run_launcher, wait_until
 
@@ -37,6 +38,13 @@ class SingleInstance(LauncherTest):
         self.assertIn("Letting other copy run, we will terminate", self.messages())
         self.assertEqual(self.messages()[-1], "User did quit")
         self.assertNotIn("Quillmark did finish launching", self.messages()[-3:])
+
+    def test_says_nothing_of_a_window_that_was_never_to_come(self):
+        OVERLAY_TOOL.unlink()  # so that the check window is loaded in advance
+        second = run_launcher()
+        self.assertEqual(second.returncode, 0)
+        self.assertNotIn("window", second.stderr)
+        self.assertFalse([message for message in self.messages() if "window" in message])
 
     def test_with_a_display_the_alert_is_a_window_and_only_now_its_libraries_are_loaded(self):
         desktop = Desktop(self)

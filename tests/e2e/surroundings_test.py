@@ -7,8 +7,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import (APP, CORE, HOME, LAUNCHER, USER, LauncherTest, end_cores, environment, processes_of,
-                     run_launcher, set_preferences, wait_until)
+from machine import (APP, CORE, HOME, LAUNCHER, LOG_FOLDER, PATIENCE, USER, LauncherTest, end_cores, environment,
+                     processes_of, run_launcher, set_preferences, start, wait_until)
 
 
 class Surroundings(LauncherTest):
@@ -44,6 +44,24 @@ class Surroundings(LauncherTest):
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         logs = list((home / "Library/Logs/Quillmark/Quillmark").iterdir())
         self.assertIn("Will terminate now", logs[0].read_text())
+
+    def test_words_that_it_does_not_know_are_passed_over(self):
+        for words in (["--nonsense", "x"], ["-psn_0_12345"], ["-h"], [""], ["--version=1"]):
+            with self.subTest(words):
+                process = start(LAUNCHER, *words)
+                self.assertEqual((*process.communicate(timeout=PATIENCE), process.returncode), ("", "", 0))
+                wait_until(lambda: processes_of(CORE), "the core runs")
+                end_cores()
+
+    def test_asked_for_help_or_its_version_it_starts_nothing(self):
+        for words, answer in ((["--help"], r"\AUsage: Quillmark \[--help\] \[--version\]\n(.*\n)+\Z"),
+                              (["x", "--version"], r"\AQuillmark 1\.14\.4 \(1303\)\n\Z")):
+            process = start(LAUNCHER, *words)
+            out, err = process.communicate(timeout=PATIENCE)
+            self.assertEqual((process.returncode, err), (0, ""))
+            self.assertRegex(out, answer)
+        self.assertEqual(processes_of(CORE), [])
+        self.assertFalse(LOG_FOLDER.exists())
 
     def test_through_a_symbolic_link(self):
         link = Path("/tmp/quill")

@@ -1,5 +1,7 @@
 """Repairs that something comes in between: what the user sees, and what is installed then and after another try."""
 
+import contextlib
+import fcntl
 import os
 import plistlib
 import shutil
@@ -9,8 +11,8 @@ import unittest
 from pathlib import Path
 
 from check_window import CONTINUE, EVERYTHING, NOT_STARTED, CheckWindowTest, installation, remove_everything
-from components import (FILE_SYSTEM, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, make_bundle, make_package, resource, sign)
-from machine import CORE, LAUNCHER, PATIENCE, RESOURCES, processes_of, wait_until
+from components import FILE_SYSTEM, LOCK, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, make_bundle, make_package, resource, sign
+from machine import CORE, LAUNCHER, PATIENCE, RESOURCES, descriptors, processes_of, wait_until
 from polkit import confirm_password, start_polkit
 
 CATALOGUE = RESOURCES / "RequiredItems.plist"
@@ -56,11 +58,21 @@ class TroubledRepair(CheckWindowTest):
         self.repair_with_password()
         self.assert_ended_with_core()
 
-    def kill_tool_when(self, begun, tool):
-        wait_until(begun, "the update tool is in the middle")
-        tools = processes_of(tool)
-        self.assertTrue(tools, "the update tool has ended already")
-        for pid in tools:
+    @contextlib.contextmanager
+    def hold_tool_up(self):
+        """It waits for its turn meanwhile."""
+        lock = os.open(LOCK, os.O_RDWR)
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        try:
+            yield
+        finally:
+            os.close(lock)
+
+    def kill_waiting(self, tool):
+        def waiting():
+            return [pid for pid in processes_of(tool) if str(LOCK) in descriptors(pid).values()]
+
+        for pid in wait_until(waiting, "the update tool waits for its turn"):
             os.kill(pid, signal.SIGKILL)
 
     def assert_nothing_is_half_installed(self):
@@ -102,31 +114,29 @@ class TroubledRepair(CheckWindowTest):
         self.assert_is_refused("updateqm", EVERYTHING)
 
     def test_whose_update_tool_is_killed_fails_and_another_try_succeeds(self):
-        make_large_file_system(64)
         remove_everything()
         self.assertEqual(self.faults(self.start_launcher()), EVERYTHING)
         self.desktop.take_picture("window-with-everything-missing")
         self.repair_with_password()
-        self.kill_tool_when(lambda: list(FILE_SYSTEM.parent.glob(".quillmark-*/QuillmarkFS.fs/large")), UPDATE_TOOL)
-        tree = self.wait_for_failure()
+        wait_until(UPDATE_TOOL.exists, "the update tool is installed, and the pause after it has begun")
+        with self.hold_tool_up():
+            self.kill_waiting(UPDATE_TOOL)
+            tree = self.wait_for_failure()
         self.desktop.take_picture("alert-after-a-killed-update-tool")
         self.assertIn("QuillmarkFS", self.faults(tree))
         self.assertFalse(tree.all("progress bar", state="showing"))
         self.assert_nothing_is_half_installed()
         self.repair_again()
         self.assertEqual(os.listdir(FILE_SYSTEM.parent), [FILE_SYSTEM.name])
-        self.assertEqual((FILE_SYSTEM / "large").stat().st_size, 64 << 20)
 
     def test_whose_update_tool_is_killed_while_it_installs_itself_fails_and_another_try_succeeds(self):
-        small = resource("updateqm").read_bytes()
-        replace_payload(resource("updateqm"), small + bytes(48 << 20))
         remove_everything()
         self.start_launcher()
-        self.repair_with_password()
-        self.kill_tool_when(lambda: list(TOOLS.glob(".quillmark-*/payload")), resource("updateqm"))
-        self.wait_for_failure()
+        with self.hold_tool_up():
+            self.repair_with_password()
+            self.kill_waiting(resource("updateqm"))
+            self.wait_for_failure()
         self.assert_nothing_is_half_installed()
-        replace_payload(resource("updateqm"), small)  # it has to be done within the pause, however busy the machine is
         self.repair_again()
         self.assertEqual(sorted(os.listdir(TOOLS)), ["finderoverlaytool", "finderoverlaytool.sig", "updateqm", "updateqm.sig"])
 

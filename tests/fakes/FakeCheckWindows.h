@@ -68,6 +68,7 @@ public:
 
     bool canBeShown = true;
     FakeCheckWindow window;
+    CheckWindowView *windowInItsPlace = nullptr; ///< is handed out instead
 
     void prepare() override { m_transcript.record(QStringLiteral("prepare")); }
     CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
@@ -75,7 +76,8 @@ public:
         m_transcript.record(QStringLiteral("load ") + interfaceFile.mid(interfaceFile.lastIndexOf(u'/') + 1));
         window.branding = branding;
         window.owner = &owner;
-        return canBeShown ? &window : nullptr;
+        CheckWindowView *const shown = windowInItsPlace != nullptr ? windowInItsPlace : &window;
+        return canBeShown ? shown : nullptr;
     }
 
 private:

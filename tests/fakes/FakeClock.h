@@ -14,6 +14,9 @@ namespace quillmark::test {
 class FakeClock final : public Clock {
 public:
     Time now() const override {
+        if (onNow) {
+            onNow();
+        }
         const std::scoped_lock lock(m_mutex);
         return m_now;
     }
@@ -49,6 +52,7 @@ public:
         m_schedule.emplace(time, std::move(action));
     }
     std::function<void()> onSleep; ///< called before each sleep
+    std::function<void()> onNow;   ///< called before the time is told
 
     void set(Time now) {
         const std::scoped_lock lock(m_mutex);

@@ -17,6 +17,7 @@ public:
     std::optional<int> processOwning(const QString &busName) override {
         return processes.contains(busName) ? std::optional(processes.value(busName)) : std::nullopt;
     }
+    bool activateQuitOfOwner(const QString &busName) override { return activateQuit(busName); }
     bool activateQuit(const QString &bundleIdentifier) override {
         activated += quittable.contains(bundleIdentifier) ? QStringList{bundleIdentifier} : QStringList();
         return quittable.contains(bundleIdentifier);

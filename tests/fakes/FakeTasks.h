@@ -23,9 +23,13 @@ public:
     QMap<QString, QByteArray> outputs; ///< by path
     QStringList unstartable;           ///< paths
     std::function<void()> onLaunch;    ///< called before each launch
+    QStringList programFolders;        ///< of the runs
     bool canStart = true;
 
-    std::optional<int> run(const QString &path, const QStringList &arguments) override {
+    std::optional<int> run(const QString &path, const QStringList &arguments, const QString &programFolder) override {
+        if (!programFolder.isNull()) {
+            programFolders << programFolder;
+        }
         constexpr int kFailure = 4;
         if (m_transcript.recordOrFail(QStringLiteral("run ") + path + u' ' + arguments.join(u' '),
                                       QStringLiteral("run"))) {
@@ -40,6 +44,11 @@ public:
         if (!programFolder.isNull()) {
             m_transcript.record(QStringLiteral("  with programs of ") + programFolder);
         }
+        return canStart;
+    }
+
+    bool runUnwaited(const QString &path, const QStringList &arguments) override {
+        m_transcript.record(QStringLiteral("start ") + path + u' ' + arguments.join(u' '));
         return canStart;
     }
 
@@ -62,6 +71,7 @@ public:
         return PipedTask{processIdentifier, std::move(output), {}, {}};
     }
     int terminationStatus(const PipedTask & /*task*/) override { return 0; }
+    void abandon(const PipedTask & /*task*/) override { m_transcript.record(QStringLiteral("abandon")); }
 
     qint32 processIdentifier = 7;
 

@@ -6,6 +6,8 @@
 
 #include <QDir>
 #include <QMap>
+#include <functional>
+#include <utility>
 
 namespace quillmark::test {
 
@@ -17,10 +19,14 @@ public:
     QStringList localFolders;
     QStringList downloads;
     QList<QVariantMap> applications;
-    QMap<QString, QString> bundles; ///< paths by identifier
+    QMap<QString, QString> bundles;                      ///< paths by identifier
+    mutable std::function<void()> onApplicationsFolders; ///< called when they are first asked for
     QString ownFolder; ///< the test's own: what is recycled in it is really removed, and nothing else ever is
 
     QStringList applicationsFolders(Domain domain) const override {
+        if (onApplicationsFolders) {
+            std::exchange(onApplicationsFolders, {})();
+        }
         switch (domain) {
         case Domain::User:
             m_transcript.record(QStringLiteral("applicationsFolders user"));
@@ -38,6 +44,7 @@ public:
         m_transcript.record(QStringLiteral("downloadsFolders"));
         return downloads;
     }
+    QStringList volumesFolders() const override { return {QStringLiteral("/Volumes/"), QStringLiteral("/media/")}; }
     QList<QVariantMap> launchedApplications() const override {
         m_transcript.record(QStringLiteral("launchedApplications"));
         return applications;

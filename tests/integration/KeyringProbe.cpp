@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <sys/prctl.h>
 #include <thread>
 #include <vector>
 
@@ -77,6 +78,10 @@ int main(int count, char **arguments) {
         std::fflush(stdout);
         std::getchar();
         faults += workOnManyThreads(keychain);
+    }
+    if (::prctl(PR_GET_DUMPABLE) != 0) {
+        std::puts("others can look into a process that has asked for secrets");
+        ++faults;
     }
     std::printf("%d faults\n", faults);
     return faults == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

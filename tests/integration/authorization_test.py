@@ -1,6 +1,7 @@
 """Administrator rights through the real polkit: who is asked, what is granted, and what the root helper does with it."""
 
 import os
+import resource
 import shutil
 import signal
 import socket
@@ -9,8 +10,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, has_ended, processes_of, signals, start, wait_until
-from polkit import confirm_password, prepare_pkexec, require_polkit, start_agent, start_polkit
+from machine import APP, full_pipe, has_ended, processes_of, signals, start, wait_until
+from polkit import confirm_password, install_action, prepare_programs_of_root, require_polkit, start_agent, start_polkit
 
 ADMIN = "system.privilege.admin"
 DENIED, CANCELED, CANNOT_EXECUTE = "-60005", "-60006", "-60031"
@@ -22,9 +23,9 @@ class AuthorizationTest(unittest.TestCase):
     def setUp(self):
         shutil.copy("/run/probes/AuthorizationProbe", PROBE)
 
-    def start_probe(self, *steps, as_root=False):
+    def start_probe(self, *steps, as_root=False, **options):
         command = [PROBE, *map(str, steps)]
-        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "text": True}
+        pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "text": True} | options
         probe = subprocess.Popen(command, **pipes) if as_root else start(*command, **pipes)
         self.addCleanup(probe.communicate)
         self.addCleanup(probe.kill)
@@ -57,7 +58,7 @@ class Rights(AuthorizationTest):
 
     def test_are_denied_without_a_system_bus(self):
         require_polkit()
-        prepare_pkexec()
+        prepare_programs_of_root()
         self.assertEqual(self.answers("rights", ADMIN), [DENIED])
 
     def test_are_denied_without_the_program_that_asks(self):
@@ -107,6 +108,35 @@ class Dialog(AuthorizationTest):
         self.assertEqual(agent.stdout.read(), "")
 
 
+    MESSAGES = {
+        "en_US.UTF-8": "Quillmark wants to repair its components, or to move to the Applications folder.",
+        "de_DE.UTF-8": "Quillmark möchte seine Komponenten reparieren oder sich in den Ordner „Programme“ bewegen.",
+        "fr_FR.UTF-8": "Quillmark veut réparer ses composants ou se déplacer vers le dossier «\N{NO-BREAK SPACE}Applications"
+                       "\N{NO-BREAK SPACE}».",
+        "es_ES.UTF-8": "Quillmark quiere reparar sus componentes o moverse a la carpeta «Aplicaciones».",
+        "ja_JP.UTF-8": "Quillmarkが、コンポーネントの修復または「アプリケーション」フォルダへの移動を行おうとしています。",
+    }
+
+    def test_says_in_the_users_language_what_is_about_to_be_done(self):
+        install_action()
+        start_polkit(self, "AUTH_ADMIN")
+        for language, message in self.MESSAGES.items():
+            with self.subTest(language):
+                self.assertEqual(self.asked_in(language), ["com.quillmark.QuillmarkLauncher.administer", message])
+
+    def test_has_the_systems_general_words_where_the_action_is_not_installed(self):
+        start_polkit(self, "AUTH_ADMIN")
+        action, message = self.asked_in("en_US.UTF-8")
+        self.assertEqual(action, "org.freedesktop.policykit.exec")
+        self.assertIn(str(HELPER), message)
+
+    def asked_in(self, language):
+        probe = self.start_probe("rights", ADMIN)
+        agent = start_agent(self, "dismiss", probe.pid, language)
+        probe.communicate("\n", timeout=60)
+        return [agent.stdout.readline().strip() for _ in range(3)][1:]
+
+
 class Programs(AuthorizationTest):
     def run_as_root(self, *steps):
         return self.answers("rights", ADMIN, *steps, as_root=True)[1:]
@@ -120,6 +150,34 @@ class Programs(AuthorizationTest):
         self.assertEqual(lines[-6:-4], ["0", "/"])
         self.assertEqual([line for line in lines if "=" in line and not line.startswith(("PATH", "LANG"))], [])
         self.assertEqual(lines[-3:], ["0022", "4", "/dev/null"])
+
+    def test_get_no_limits_and_no_less_of_the_processors_than_others(self):
+        start_polkit(self, "YES")
+
+        def lower():
+            for name, value in (("FSIZE", 4096), ("NOFILE", 64), ("CPU", 1000)):
+                number = getattr(resource, f"RLIMIT_{name}")
+                resource.setrlimit(number, (value, resource.getrlimit(number)[1]))
+            os.nice(19)
+
+        lines = self.answers("rights", ADMIN, "output", 2, "/bin/sh", "-c",
+                             "ulimit -f; ulimit -t; nice; grep SigBlk /proc/self/status", before=lower)
+        self.assertEqual(lines[2:], ["unlimited", "unlimited", "0", "SigBlk:\t0000000000000000"])
+
+    def test_do_not_wait_until_somebody_reads_their_complaints(self):
+        start_polkit(self, "YES")
+        writing = full_pipe(self)
+        lines = self.answers("rights", ADMIN, "run", 2, "/bin/rm", "/no/such/file", "/none", "wait", stderr=writing)
+        os.close(writing)
+        self.assertEqual(lines, ["0", "0", "exit 1"])
+
+    def test_complain_where_the_launcher_does(self):
+        start_polkit(self, "YES")
+        reading, writing = os.pipe()
+        self.answers("rights", ADMIN, "run", 1, "/bin/rm", "/no/such/file", "wait", stderr=writing)
+        os.close(writing)
+        with os.fdopen(reading) as complaints:
+            self.assertIn("/no/such/file", complaints.read())
 
     def test_that_are_missing_or_no_programs_are_an_error(self):
         Path("/tmp/plain").write_text("x")
@@ -212,6 +270,25 @@ class Helper(AuthorizationTest):
         result = subprocess.run(["/usr/bin/python3", "-c", starter, HELPER], stdin=theirs)
         self.assertEqual(result.returncode, 2)
         ours.close()
+
+    def test_serves_nobody_who_has_got_hold_of_the_launchers_socket(self):
+        helper, ours = self.start_helper()
+        ours.send(b"/usr/bin/true\0")
+        self.assertEqual(struct.unpack("i", ours.recv(4))[0], 0)
+        thief = "import socket, sys; socket.socket(fileno=int(sys.argv[1])).send(b'/usr/bin/touch\\0/tmp/ran\\0')"
+        subprocess.run(["/usr/bin/python3", "-c", thief, str(ours.fileno())], pass_fds=[ours.fileno()], check=True)
+        self.assertEqual(helper.wait(timeout=20), 3)
+        self.assertFalse(Path("/tmp/ran").exists())
+
+    def test_has_a_launcher_that_nobody_else_can_look_into(self):
+        """Or take the socket from, as long as it has one."""
+        start_polkit(self, "YES")
+        probe = self.start_probe("rights", ADMIN)
+        look = lambda: start("/bin/ls", f"/proc/{probe.pid}/fd/", stderr=subprocess.DEVNULL).communicate()[0]
+        self.assertNotEqual(look(), "")
+        self.go(probe)
+        self.assertEqual([probe.stdout.readline() for _ in range(2)], ["0\n", "0\n"])
+        self.assertEqual(look(), "")
 
     def test_speaks_over_a_socket_that_keeps_messages_apart_only(self):
         ours, theirs = socket.socketpair(socket.AF_UNIX, socket.SOCK_STREAM)

@@ -197,6 +197,11 @@ class Keyring(unittest.TestCase):
         self.session.start_keyring()
         self.assertEqual(probe.communicate("\n", timeout=60)[0], "0 faults\n")
 
+    def test_nobody_looks_into_a_process_that_asks_for_secrets(self):
+        self.session.start_keyring()
+        done = self.session.run(Path(os.environ["QUILLMARK_PROBES"]) / "KeyringProbe", APP)
+        self.assertNotIn("others can look into", done.stdout)
+
     def test_no_secret_crosses_the_bus_in_the_clear(self):
         self.session.start_keyring()
         monitor = subprocess.Popen(["dbus-monitor", "--session"], stdout=subprocess.PIPE, text=True,

@@ -4,7 +4,7 @@ import shutil
 import unittest
 from pathlib import Path
 
-from machine import APP, CORE, HOME, end_cores, processes_of, start, wait_until
+from machine import APP, CORE, HOME, end_cores, environment, processes_of, start, wait_until
 
 OPEN = APP / "Contents/Helpers/open"
 CORE_APP = CORE.parents[2]
@@ -31,6 +31,15 @@ class Open(unittest.TestCase):
         running = wait_until(lambda: processes_of(CORE), "the application runs")
         self.assertEqual(self.open(CORE_APP), (0, ""))
         self.assertEqual(processes_of(CORE), running)
+
+    def test_leaves_its_own_folder_out_of_the_search_path_of_what_it_starts(self):
+        helpers = OPEN.parent
+        for path in (f"{helpers}:/usr/bin:/bin", f"/usr/bin:{helpers}/:/bin:{helpers}"):
+            self.assertEqual(self.open(CORE_APP, env=environment(PATH=path)), (0, ""))
+            core = wait_until(lambda: processes_of(CORE), "the application runs")[0]
+            variables = Path(f"/proc/{core}/environ").read_bytes().split(b"\0")
+            self.assertIn(b"PATH=/usr/bin:/bin", variables)
+            end_cores()
 
     def test_names_what_is_no_application_bundle(self):
         (HOME / "File.app").write_text("x")

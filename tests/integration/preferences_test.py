@@ -1,5 +1,6 @@
 """The preference file while the program that writes it is killed, and while several write it."""
 
+import errno
 import os
 import plistlib
 import random
@@ -14,6 +15,10 @@ TOOL = Path(os.environ["QUILLMARK_APP"]) / "Contents/MacOS/quillmarkctl"
 USERS = 200
 KILLS = 1000
 WRITERS = 8
+FAILING_CALLS = Path(os.environ["QUILLMARK_PROBES"]) / "FailingCalls.so"
+# What each of the calls that read a file may fail with.
+FAILURES = {"openat": (errno.EACCES, errno.EMFILE, errno.ENFILE, errno.EIO, errno.ENOMEM, errno.EINTR),
+            "fstat": (errno.EIO, errno.ENOMEM), "read": (errno.EIO, errno.ENOMEM)}
 
 
 def limit_files():
@@ -38,7 +43,8 @@ class Preferences(unittest.TestCase):
         return plistlib.loads(self.file.read_bytes())["UserList"]
 
     def neighbours(self):
-        return list(self.file.parent.iterdir())
+        """All beside the file, but for the lock, which stays."""
+        return [path for path in self.file.parent.iterdir() if path.name != f".{self.file.name}.lock"]
 
     def assert_next_writer_leaves_the_file_alone(self):
         self.assertEqual(self.start("user", "set", "7", "AccountId", "5", "--type", "int").wait(timeout=20), 0)
@@ -88,6 +94,54 @@ class Preferences(unittest.TestCase):
             self.assertRegex(stored["LastUsedUserName"], r"\Auser[0-7]\Z")
             self.assertEqual(stored["UserList"][0]["FirstName"], "Anna")
             self.file.write_bytes(plistlib.dumps(stored | {"UserList": [{"UserName": "anna"}]}))
+
+    def test_forty_writers_of_different_accounts_lose_none(self):
+        writers = [self.start("user", "set", f"user{number}", "FirstName", "x") for number in range(40)]
+        self.assertEqual([writer.wait() for writer in writers], [0] * 40)
+        self.assertEqual({user["UserName"] for user in self.users()}, {f"user{number}" for number in range(40)})
+
+    def test_writers_of_one_record_lose_no_setting(self):
+        writers = [self.start("user", "set", "anna", f"Key{number}", "x") for number in range(20)]
+        writers += [self.start("user", "clean"), self.start("user", "rename", "5", "bert")]
+        self.assertEqual([writer.wait() for writer in writers], [0] * 21 + [1])
+        self.assertEqual(len(self.users()), 1)
+        self.assertLessEqual({f"Key{number}" for number in range(20)}, set(self.users()[0]))
+
+    def run_failing(self, call, number, error, *arguments):
+        """Runs the tool with one failing call. None when there was no such call."""
+        told = self.home / "told"
+        told.unlink(missing_ok=True)
+        done = subprocess.run([TOOL, *arguments], stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=60,
+                              env={"HOME": str(self.home), "PATH": os.environ["PATH"], "LD_PRELOAD": str(FAILING_CALLS),
+                                   "QUILLMARK_FAIL_CALL": call, "QUILLMARK_FAIL_FILE": "/" + self.file.name,
+                                   "QUILLMARK_FAIL_AT": str(number), "QUILLMARK_FAIL_ERRNO": str(error),
+                                   "QUILLMARK_FAIL_TOLD": str(told)})
+        return done if told.exists() else None
+
+    def test_a_file_that_can_not_be_read_once_loses_no_account(self):
+        accounts = [{"UserName": name, "AccountId": number} for number, name in enumerate(("anna", "bert", "carl"))]
+        before = plistlib.dumps({"Theirs": "kept", "UserList": accounts, "LastUsedUserName": "anna"})
+        for arguments in (("user", "set", "bert", "FirstName", "Bert"), ("user", "set", "new", "FirstName", "New"),
+                          ("user", "unset", "anna", "AccountId"), ("user", "rename", "1", "bernd"), ("user", "remove", "anna"),
+                          ("user", "clean", "anna"), ("user", "selected", "bert"), ("user", "list"), ("user", "show", "anna"),
+                          ("user", "get", "anna", "AccountId"), ("user", "features"), ("brand",)):
+            for call, errors in FAILURES.items():
+                for error in errors:
+                    seen = 0
+                    self.file.write_bytes(before)
+                    while done := self.run_failing(call, seen + 1, error, *arguments):
+                        seen += 1
+                        with self.subTest(arguments=arguments, call=call, error=error, number=seen):
+                            stored = plistlib.loads(self.file.read_bytes())
+                            self.assertEqual(stored["Theirs"], "kept")
+                            if done.returncode == 0:
+                                self.assertIn("carl", [user["UserName"] for user in stored["UserList"]])
+                            else:
+                                self.assertEqual(done.returncode, 3)
+                                self.assertRegex(done.stderr, rf"\Aquillmarkctl: {self.file}: can't be (read|written) \(.+\)\n\Z")
+                                self.assertEqual(self.file.read_bytes(), before)
+                        self.file.write_bytes(before)
+                    self.assertGreater(seen, 0, f"{arguments} never called {call}")
 
 
 if __name__ == "__main__":

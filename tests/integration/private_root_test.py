@@ -40,9 +40,14 @@ class PrivateRoot(unittest.TestCase):
                 Path(folder, "written").touch()
 
     def test_lets_the_user_write_where_a_mac_does(self):
-        for folder in (HOME, Path("/Applications"), Path("/Library/Application Support"), Path("/tmp")):
+        for folder in (HOME, Path("/Applications"), Path("/tmp")):
             with self.subTest(folder):
                 self.answer("/usr/bin/touch", folder / "written")
+
+    def test_keeps_the_administrators_folders_for_him(self):
+        for folder in (Path("/Library"), Path("/Library/Application Support"), Path("/System")):
+            with self.subTest(folder):
+                self.assertNotEqual(start("/usr/bin/touch", folder / "written").wait(), 0)
 
     def test_names_a_session_bus_that_is_not_there(self):
         address = os.environ["DBUS_SESSION_BUS_ADDRESS"]

@@ -6,32 +6,20 @@ import shutil
 import signal
 import stat
 import subprocess
-import tempfile
 import threading
 import time
 import unittest
 import zipfile
 from pathlib import Path
 
-from components import (CANNOT_WRITE, DAMAGED_PAYLOAD, FILE_SYSTEM, OLD_PAYLOAD, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
+from components import (CANNOT_WRITE, DAMAGED_PAYLOAD, FILE_SYSTEM, OLD_PAYLOAD, OLDER, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
                         UNREADABLE_PAYLOAD, UNSAFE_PLACE, UPDATE_TOOL, WRONG_PAYLOAD, WRONG_PLACE, WRONG_SIGNATURE,
-                        UpdateToolTest, archive_with, fingerprint, foreign_key, make_bundle, make_package, resource, sign)
-from machine import HOME, RESOURCES, USER, has_ended, make_user_folder, start, wait_until
+                        AttackTest, archive_with, fingerprint, foreign_key, make_bundle, make_package, of_release,
+                        resource, sign)
+from machine import HOME, RESOURCES, USER, make_user_folder, start, status_of, wait_until
 
-VERSION = b"\x01Quillmark tool finderoverlaytool 1.14.4.1303\x01"
 
-
-class Attacks(UpdateToolTest):
-    def setUp(self):
-        self.folder = Path(tempfile.mkdtemp())
-        os.chmod(self.folder, 0o755)
-
-    def copy_of(self, name):
-        """A resource that can be tampered with. \\returns it and its signature."""
-        for file in (name, f"{name}.sig"):
-            shutil.copy(resource(file), self.folder / file)
-        return self.folder / name, self.folder / f"{name}.sig"
-
+class Attacks(AttackTest):
     def commands_with(self, payloads):
         """Every command that takes a payload, with its payload and signature taken from `payloads(name)`."""
         tool, tool_signature = payloads("finderoverlaytool")
@@ -112,9 +100,7 @@ class WrongThings(Attacks):
         self.assert_refused(WRONG_PAYLOAD, "repairotherroot", disguised, resource("QuillmarkCM.zip.sig"))
 
     def test_an_older_tool_does_not_replace_a_newer_one(self):
-        old = self.folder / "finderoverlaytool"
-        old.write_bytes(resource("finderoverlaytool").read_bytes().replace(VERSION, VERSION.replace(b"1.14.4", b"1.14.3")))
-        self.assert_refused(OLD_PAYLOAD, "repairother", old, sign(old))
+        self.assert_refused(OLD_PAYLOAD, "repairother", *of_release("finderoverlaytool", OLDER, self.folder))
 
     def test_nothing_is_installed_at_places_outside_the_catalogue(self):
         archive, signature = resource("QuillmarkCM.zip"), resource("QuillmarkCM.zip.sig")
@@ -139,7 +125,7 @@ class WrongThings(Attacks):
         link.symlink_to(secret)
         for path, status in ((secret, WRONG_PLACE), ("/root", WRONG_PLACE), ("QuillmarkCore.app", WRONG_PLACE),
                              (link, UNSAFE_PLACE), (f"{RESOURCES}/../Resources/QuillmarkCore.app", WRONG_PLACE),
-                             (link.with_name("none") / "Contents/Resources/QuillmarkCore.app", WRONG_PLACE)):
+                             (link.with_name("none") / "Contents/Resources/QuillmarkCore.app", UNSAFE_PLACE)):
             with self.subTest(path):
                 self.assert_refused(status, "repaircore", path)
         self.assertEqual(stat.S_IMODE(secret.stat().st_mode), 0o700)
@@ -211,16 +197,18 @@ class OddFiles(Attacks):
             self.assert_done("repairpackage", resource("QuillmarkFS.pkg"), before=lambda: os.umask(mask))
             self.assertEqual(stat.S_IMODE((FILE_SYSTEM / "Contents").stat().st_mode), 0o755)
 
-    def test_the_caller_can_neither_end_nor_look_into_it(self):
-        big = self.folder / "big"
-        big.write_bytes(os.urandom(1 << 20) * 200)
+    def test_the_caller_can_neither_end_nor_look_into_it_while_it_acts(self):
+        PLUGIN.parent.mkdir()
+        big = self.folder / "big.zip"
+        with zipfile.ZipFile(big, "w") as archive:
+            archive.writestr("QuillmarkCM.plugin/big", os.urandom(1 << 20) * 300)
         big.chmod(0o644)
-        process = start(UPDATE_TOOL, "repairzipitem", big, resource("QuillmarkCM.zip.sig"), PLUGIN)
-        wait_until(lambda: "Uid:\t0\t0\t0\t0" in Path(f"/proc/{process.pid}/status").read_text(), "the tool is root's")
+        process = start(UPDATE_TOOL, "repairzipitem", big, sign(big), PLUGIN)
+        wait_until(lambda: status_of(process.pid)["Uid"].split() == ["0"] * 4, "the tool is root's")
         for attempt in (["kill", "-KILL", str(process.pid)], ["cat", f"/proc/{process.pid}/mem"]):
             self.assertNotEqual(start(*attempt).wait(), 0)
         process.communicate(timeout=60)
-        self.assertEqual(process.returncode, WRONG_SIGNATURE)
+        self.assertEqual(process.returncode, 0)
 
     def test_nothing_of_the_environment_reaches_the_libraries(self):
         """As root, where the system itself holds nothing back: a library that OpenSSL would load by its configuration."""
@@ -495,13 +483,52 @@ class HostileArchives(Attacks):
 
         self.refuse_archive(WRONG_PAYLOAD, write)
 
-    def test_that_unpack_only_in_part_are_refused(self):
-        """An archive whose folders come after their files unpacks without them and without an error."""
+    def install(self, write):
+        archive = self.folder / "x.zip"
+        with zipfile.ZipFile(archive, "w") as file:
+            write(file)
+        archive.chmod(0o644)
+        self.assert_done("repairzipitem", archive, sign(archive), PLUGIN)
+
+    def test_whose_folders_come_after_their_files_or_never_are_unpacked_whole(self):
         def write(file):
             file.writestr("QuillmarkCM.plugin/Contents/Info.plist", "x")
             file.writestr("QuillmarkCM.plugin/Contents/", "")
+            file.writestr("QuillmarkCM.plugin/Other/deep/file", "y")
 
-        self.refuse_archive(CANNOT_WRITE, write)
+        self.install(write)
+        self.assertEqual((PLUGIN / "Contents/Info.plist").read_text(), "x")
+        self.assertEqual((PLUGIN / "Other/deep/file").read_text(), "y")
+
+    def test_keep_names_in_any_language(self):
+        self.install(lambda file: file.writestr("QuillmarkCM.plugin/日本語.lproj/é", "x"))
+        self.assertTrue((PLUGIN / "日本語.lproj/é").is_file())
+
+    def test_with_links_keep_those_inside_and_are_refused_for_others(self):
+        def link_to(target):
+            def write(file):
+                link = zipfile.ZipInfo("QuillmarkCM.plugin/link")
+                link.create_system, link.external_attr = 3, 0o120777 << 16
+                file.writestr("QuillmarkCM.plugin/file", "x")
+                file.writestr(link, target)
+            return write
+
+        self.install(link_to("file"))
+        self.assertEqual(os.readlink(PLUGIN / "link"), "file")
+        for target in ("/etc/passwd", "../../outside", ""):
+            self.refuse_archive(DAMAGED_PAYLOAD, link_to(target))
+
+    def test_that_would_unpack_to_more_than_a_bundle_has_are_refused(self):
+        archive = self.folder / "bomb.zip"
+        with zipfile.ZipFile(archive, "w", zipfile.ZIP_DEFLATED, compresslevel=1) as file:
+            information = zipfile.ZipInfo("QuillmarkCM.plugin/zeros")
+            information.compress_type = zipfile.ZIP_DEFLATED
+            with file.open(information, "w", force_zip64=True) as member:
+                for _ in range(1100):
+                    member.write(bytes(1 << 20))
+        archive.chmod(0o644)
+        self.assert_refused(DAMAGED_PAYLOAD, "repairzipitem", archive, sign(archive), PLUGIN)
+        self.assertEqual(os.listdir(PLUGIN.parent), [])
 
     def test_that_are_empty_none_or_cut_are_refused(self):
         self.refuse_archive(DAMAGED_PAYLOAD, lambda file: None)

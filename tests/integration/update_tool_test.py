@@ -17,12 +17,12 @@ MODES = {"d": 0o755, "-": 0o644, "l": 0o777}
 
 
 class Commands(UpdateToolTest):
-    def assert_is_bundle(self, bundle, programs=()):
-        """All of it is the administrator's, and nobody else can change it."""
+    def assert_is_bundle(self, bundle, programs=(), owner=0):
+        """All of it is the owner's, and nobody else can change it."""
         for path in [bundle, *bundle.rglob("*")]:
             status = path.lstat()
             mode = 0o755 if path in programs else MODES[stat.filemode(status.st_mode)[0]]
-            self.assertEqual((stat.S_IMODE(status.st_mode), status.st_uid, status.st_gid), (mode, 0, 0), path)
+            self.assertEqual((stat.S_IMODE(status.st_mode), status.st_uid, status.st_gid), (mode, owner, owner), path)
 
     def version_of(self, information):
         return plistlib.loads(information.read_bytes())["CFBundleShortVersionString"]
@@ -136,7 +136,7 @@ class Commands(UpdateToolTest):
         self.assertEqual([stat.S_IMODE(path.stat().st_mode) for path in (folder, key)], [0o700, 0o600])
 
     def client_package(self, name="Quillmark.app"):
-        tree = make_bundle(Path("/tmp/client"), name, "1.15.0")
+        tree = make_bundle(Path("/tmp/client"), name, "1.15.0", "1400")
         package = make_package(Path("/tmp/client.pkg"), tree, "/Applications")
         package.chmod(0o644)
         return package, sign(package)
@@ -145,10 +145,18 @@ class Commands(UpdateToolTest):
         package, signature = self.client_package()
         make_user_folder(HOME / "Applications")
         for folder in (Path("/Applications"), HOME / "Applications"):
-            with self.subTest(folder):
+            with self.subTest(folder):  # both are the caller's own, and so is what he puts there
                 self.assert_done("applyfullupdate", package, signature, folder / "Quillmark.app")
-                self.assert_is_bundle(folder / "Quillmark.app")
+                self.assert_is_bundle(folder / "Quillmark.app", owner=USER)
                 self.assertEqual(self.version_of(folder / "Quillmark.app/Contents/Info.plist"), "1.15.0")
+                self.assertEqual(os.listdir(folder), ["Quillmark.app"])
+
+    def test_a_full_update_of_the_administrators_applications_folder_is_his(self):
+        package, signature = self.client_package()
+        os.chown("/Applications", 0, 0)
+        self.assert_done("applyfullupdate", package, signature, APP)
+        self.assert_is_bundle(APP)
+        self.assertEqual(os.listdir(APP.parent), [APP.name])
 
     def test_a_full_update_goes_nowhere_else(self):
         package, signature = self.client_package()
@@ -200,12 +208,6 @@ class FullDisk(UpdateToolTest):
             with self.subTest(arguments[0]):
                 self.assert_refused(CANNOT_WRITE, *arguments)
         self.assert_done()
-
-    def test_a_limit_of_the_callers_on_files_is_like_a_full_disk(self):
-        import resource as limits
-        small = lambda: limits.setrlimit(limits.RLIMIT_FSIZE, (4096, 4096))
-        self.assert_refused(CANNOT_WRITE, "repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"),
-                            before=small)
 
     def test_room_made_afterwards_is_enough(self):
         self.fill()

@@ -19,6 +19,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402 - only now is the version settled
 
+RENAMED = {"button": "push button"}  # by newer releases of the library; requests and answers have the older name
 DEPTH = 64  # a tree that is deeper than this is taken to go in circles
 
 
@@ -36,6 +37,11 @@ def children(accessible):
     return [child for child in found if child is not None]
 
 
+def role_of(accessible):
+    name = accessible.get_role_name()
+    return RENAMED.get(name, name)
+
+
 def value(accessible):
     """What a progress bar or a slider stands at, and its two ends."""
     range_ = accessible.get_value_iface()
@@ -47,7 +53,7 @@ def value(accessible):
 def description(accessible, depth=DEPTH):
     actions = accessible.get_action_iface()
     return {
-        "role": accessible.get_role_name(),
+        "role": role_of(accessible),
         "name": accessible.get_name(),
         "description": accessible.get_description(),
         "states": sorted(state.value_nick for state in accessible.get_state_set().get_states()),
@@ -74,7 +80,7 @@ def tree(pid):
 
 def press(pid, role, name):
     root = application(pid)
-    found = [] if root is None else [one for one in all_of(root) if (one.get_role_name(), one.get_name()) == (role, name)]
+    found = [] if root is None else [one for one in all_of(root) if (role_of(one), one.get_name()) == (role, name)]
     if len(found) != 1:
         raise LookupError(f'process {pid} has {len(found)} objects of the role "{role}" named "{name}"')
     actions = found[0].get_action_iface()

@@ -4,11 +4,13 @@ import gzip
 import os
 import plistlib
 import stat
+import shutil
 import subprocess
+import tempfile
 import unittest
 from pathlib import Path
 
-from machine import RESOURCES, start
+from machine import APP, RESOURCES, start
 
 TOOLS = Path("/Library/Application Support/Quillmark")
 UPDATE_TOOL = TOOLS / "updateqm"
@@ -17,11 +19,14 @@ FILE_SYSTEM = Path("/Library/Filesystems/QuillmarkFS.fs")
 FRAMEWORK = Path("/Library/Frameworks/QuillmarkRuntime.framework")
 PLUGIN = Path("/Library/Contextual Menu Items/QuillmarkCM.plugin")
 OVERLAY = TOOLS / "QuillmarkOverlay.bundle"
+LOCK = Path("/run/quillmark-updateqm.lock")  # the update tool's: one run at a time
 VENDOR_KEY = Path("/run/vendor-key.pem")
+RELEASE = b"1.14.4.1303"
+OLDER, NEWER = "1.14.3.1303", "1.14.5.1303"
 
 # Exit statuses of the update tool.
 WRONG_COMMAND_LINE, NOT_ADMINISTRATOR, UNREADABLE_PAYLOAD, WRONG_SIGNATURE, WRONG_PAYLOAD = 64, 65, 66, 67, 68
-OLD_PAYLOAD, WRONG_PLACE, UNSAFE_PLACE, DAMAGED_PAYLOAD, CANNOT_WRITE = 69, 70, 71, 72, 73
+OLD_PAYLOAD, WRONG_PLACE, UNSAFE_PLACE, DAMAGED_PAYLOAD, CANNOT_WRITE, BUSY = 69, 70, 71, 72, 73, 74
 
 
 def resource(name):
@@ -67,12 +72,21 @@ def archive_with(name):
     return gzip.compress(member(name, 0o100644, b"x") + member("TRAILER!!!", 0, b""))
 
 
-def make_bundle(folder, name, version="1.14.4"):
+def make_bundle(folder, name, version="1.14.4", build="1303"):
     """A small bundle in a folder of its own. \\returns that folder."""
     information = folder / name / "Contents/Info.plist"
     information.parent.mkdir(parents=True)
-    information.write_bytes(plistlib.dumps({"CFBundleShortVersionString": version}))
+    information.write_bytes(plistlib.dumps({"CFBundleShortVersionString": version, "CFBundleVersion": build}))
     return folder
+
+
+def of_release(name, version, folder):
+    """The tool as another release has it, signed by the vendor. \\returns it and its signature."""
+    tool = folder / name
+    contents = resource(name).read_bytes()
+    tool.write_bytes(contents.replace(RELEASE, version.encode()))
+    tool.chmod(0o755)
+    return tool, sign(tool)
 
 
 def fingerprint(folder=Path("/Library")):
@@ -120,3 +134,24 @@ class UpdateToolTest(unittest.TestCase):
                          (stat.S_IFREG, mode, 0, 0))
         self.assertEqual(path.read_bytes(), resource(path.name).read_bytes())
         self.assertEqual(Path(f"{path}.sig").read_bytes(), resource(f"{path.name}.sig").read_bytes())
+
+
+class AttackTest(UpdateToolTest):
+    """`self.folder` is one for what a test prepares; everybody may look into it."""
+
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp())
+        self.folder.chmod(0o755)
+
+    def copy_of(self, name):
+        """A resource that can be tampered with. \\returns it and its signature."""
+        for file in (name, f"{name}.sig"):
+            shutil.copy(resource(file), self.folder / file)
+        return self.folder / name, self.folder / f"{name}.sig"
+
+    def client_package(self, build="1400"):
+        """The whole client of that build. \\returns the package and its signature."""
+        tree = make_bundle(self.folder / "client", APP.name, build=build)
+        package = make_package(self.folder / "client.pkg", tree, "/Applications")
+        package.chmod(0o644)
+        return package, sign(package)

@@ -5,12 +5,14 @@ import plistlib
 import resource
 import signal
 import subprocess
+import sys
 import time
 import unittest
 from pathlib import Path
 
-USER = 1001
-HOME = Path("/home/t")
+USER = int(os.environ.get("QUILLMARK_USER", 1001))
+HOME = Path(os.environ.get("QUILLMARK_HOME", "/home/t"))
+FILES = Path(os.environ.get("QUILLMARK_FILES", "/tmp"))  # what is for whoever started this
 APP = Path("/Applications/Quillmark.app")
 RESOURCES = APP / "Contents/Resources"
 LAUNCHER = APP / "Contents/MacOS/Quillmark"
@@ -29,6 +31,17 @@ def wait_until(condition, what):
             raise AssertionError(f"waited {PATIENCE} s in vain until {what}")
         time.sleep(0.01)
     return answer
+
+
+def skip(why):
+    """Ends this program as a skipped test, and says so. In the middle of a test an exception would count as a failure; what
+    the test has started ends with the private root."""
+    print(f"skipped: {why}", file=sys.stderr, flush=True)
+    os._exit(77)
+
+
+def skip_without(packages):
+    skip(f"install the packages {' '.join(packages)}")
 
 
 def environment(**changes):
@@ -95,6 +108,19 @@ def descriptors(pid):
     """What each open descriptor of the process leads to."""
     folder = Path(f"/proc/{pid}/fd")
     return {int(entry.name): os.readlink(entry) for entry in folder.iterdir()}
+
+
+def full_pipe(test):
+    """\\returns the end of a pipe that nobody reads and that takes nothing more; it is to be closed."""
+    reading, writing = os.pipe()
+    test.addCleanup(os.close, reading)
+    os.set_blocking(writing, False)
+    try:
+        while True:
+            os.write(writing, bytes(65536))
+    except BlockingIOError:
+        os.set_blocking(writing, True)
+        return writing
 
 
 def make_user_folder(path):

@@ -5,41 +5,45 @@ import os
 import shutil
 import stat
 import subprocess
-import sys
 from pathlib import Path
 
-from machine import USER, start, wait_until
+from machine import RESOURCES, USER, skip, skip_without, start, wait_until
 
+PKEXEC = Path("/usr/bin/pkexec")
+PASSWORD_HELPER = Path("/usr/lib/polkit-1/polkit-agent-helper-1")  # runs while a dialog waits for a password
+SESSIONS = Path("/run/systemd")
 AGENT = Path(__file__).with_name("polkit_agent.py")
 SYSTEM_BUS = Path("/run/dbus/system_bus_socket")
+ACTIONS = Path("/usr/share/polkit-1/actions")
 RULES = Path("/etc/polkit-1/rules.d/50-test.rules")
+ADMINISTRATOR = 'polkit.addAdminRule(function(action, subject) { return ["unix-user:tester"]; });\n'
 DECIDE = """polkit.addRule(function(action, subject) {
-    if (action.id == "org.freedesktop.policykit.exec") return polkit.Result.%s;
+    if (action.id == "org.freedesktop.policykit.exec" || action.id == "com.quillmark.QuillmarkLauncher.administer")
+        return polkit.Result.%s;
 });
 """
 
 
 def require_polkit():
     """Ends this program as a skipped test where the packages are not there."""
-    missing = [package for path, package in (("/usr/bin/pkexec", "pkexec"), ("/usr/lib/polkit-1/polkitd", "polkitd"))
-               if not Path(path).exists()]
+    missing = [package for path, package in ((PKEXEC, "pkexec"), (PASSWORD_HELPER, "polkitd")) if not path.exists()]
     if missing:
-        print(f"skipped: install the packages {' '.join(missing)}", file=sys.stderr)
-        sys.exit(77)
+        skip_without(missing)
 
 
-def prepare_pkexec():
-    """Makes pkexec root's here, too, where an ordinary user made the private root."""
-    if os.stat("/usr/bin/pkexec").st_uid != 0:
-        shutil.copy("/usr/bin/pkexec", "/run/pkexec")
-        os.chmod("/run/pkexec", 0o4755)
-        subprocess.run(["mount", "--bind", "/run/pkexec", "/usr/bin/pkexec"], check=True)
+def prepare_programs_of_root():
+    """Makes them root's here, too, where an ordinary user made the private root."""
+    for program in (PKEXEC, PASSWORD_HELPER):
+        if program.stat().st_uid != 0:
+            copy = shutil.copy(program, Path("/run") / program.name)
+            os.chmod(copy, 0o4755)
+            subprocess.run(["mount", "--bind", copy, program], check=True)
 
 
 def start_polkit(test, decision):
     """\\param decision YES, NO or AUTH_ADMIN: what polkit answers when somebody wants to run a program as root."""
     require_polkit()
-    prepare_pkexec()
+    prepare_programs_of_root()
     shutil.rmtree(RULES.parent, ignore_errors=True)
     RULES.parent.mkdir(parents=True)
     RULES.write_text(DECIDE % decision)
@@ -59,10 +63,19 @@ def start_polkit(test, decision):
     wait_until(lambda: "true" in subprocess.run(owned, capture_output=True, text=True).stdout, "polkit is there")
 
 
-def start_agent(test, answer, process):
+def install_action():
+    """What a password dialog of the launcher's says, as packages of the product install it. To be called before
+    start_polkit()."""
+    own = Path("/run/actions")
+    shutil.copytree(ACTIONS, own)
+    shutil.copy(RESOURCES / "com.quillmark.QuillmarkLauncher.policy", own)
+    subprocess.run(["mount", "--bind", own, ACTIONS], check=True)
+
+
+def start_agent(test, answer, process, *language):
     """A password dialog for what the process asks. \\param answer dismiss or allow. \\returns the agent, which prints
-    "asked" for each dialog."""
-    agent = start("/usr/bin/python3", AGENT, answer, str(process), stdin=subprocess.PIPE, stderr=None)
+    "asked" for each dialog, and with a language the action and its message."""
+    agent = start("/usr/bin/python3", AGENT, answer, str(process), *language, stdin=subprocess.PIPE, stderr=None)
     test.addCleanup(agent.communicate)
     test.addCleanup(agent.kill)
     test.assertEqual(agent.stdout.readline(), "ready\n")
@@ -79,3 +92,51 @@ def confirm_password(agent):
     subprocess.run(call, check=True, capture_output=True)
     agent.stdin.write("\n")
     agent.stdin.flush()
+
+
+def make_administrator(password):
+    """The user is the machine's only administrator, and that is his password."""
+    hashed = subprocess.run(["openssl", "passwd", "-6", password], capture_output=True, text=True, check=True).stdout.strip()
+    with open("/etc/shadow", "a") as file:
+        file.write(f"tester:{hashed}:19000:0:99999:7:::\n")
+    RULES.with_name("40-test-administrator.rules").write_text(ADMINISTRATOR)
+
+
+def start_session():
+    """A graphical session of the user's, as the system's session manager tells of it in its files: that is where desktops'
+    password dialogs, and polkit, look for the session that a process belongs to."""
+    if not os.path.ismount("/sys/fs/cgroup"):
+        skip("no control groups are mounted here, by which the programs of a session are told")
+    for name, facts in (("sessions/1", "UID=1001 USER=tester ACTIVE=1 STATE=active REMOTE=0 TYPE=x11 CLASS=user"),
+                        ("users/1001", "NAME=tester STATE=active DISPLAY=1 SESSIONS=1 ACTIVE_SESSIONS=1")):
+        file = SESSIONS / name
+        file.parent.mkdir(parents=True, exist_ok=True)
+        file.write_text("\n".join(facts.split()) + "\n")
+
+
+def join_session(process):
+    """Lets the process belong to it, which is told by its control group."""
+    group = "/user.slice/user-1001.slice/session-1.scope\n"
+    file = SESSIONS / "group"
+    file.write_text(f"1:name=systemd:{group}0::{group}")  # as older systems and as newer ones tell it
+    subprocess.run(["mount", "--bind", file, f"/proc/{process}/cgroup"], check=True)
+
+
+class watch_registration:
+    """Begins to watch the system bus, before a program that shows password dialogs is started."""
+
+    def __init__(self, test):
+        self.monitor = subprocess.Popen(["dbus-monitor", "--system", "--profile"], stdout=subprocess.PIPE, text=True)
+        test.addCleanup(self.monitor.communicate)
+        test.addCleanup(self.monitor.kill)
+        self.monitor.stdout.readline()
+
+    def wait(self):
+        """Until polkit has the program on its list."""
+        call = None  # its sender and serial number
+        for line in self.monitor.stdout:
+            kind, _, serial, sender, receiver, *rest = line.split("\t")
+            if kind == "mc" and rest[-1].startswith("RegisterAuthenticationAgent"):
+                call = (sender, serial)
+            elif kind == "mr" and call == (receiver, rest[0].strip()):
+                return

@@ -1,9 +1,11 @@
-"""A password dialog without a window: polkit_agent.py ANSWER PROCESS
+"""A password dialog without a window: polkit_agent.py ANSWER PROCESS [LANGUAGE]
 
 It serves what the process asks for, prints "asked" each time, and answers at once:
 
   dismiss   the user closes the dialog
   allow     the user knows the password; a helper program of root's confirms it
+
+With a language it also prints what the dialog is for, and in that language what it says.
 """
 
 import sys
@@ -16,7 +18,7 @@ INTERFACE = """<node><interface name="org.freedesktop.PolicyKit1.AuthenticationA
 <method name="CancelAuthentication"><arg type="s" direction="in"/></method></interface></node>"""
 PATH = "/org/freedesktop/PolicyKit1/AuthenticationAgent"
 
-answer, process = sys.argv[1], int(sys.argv[2])
+answer, process, language = sys.argv[1], int(sys.argv[2]), (sys.argv[3:] or [""])[0]
 bus = Gio.bus_get_sync(Gio.BusType.SYSTEM, None)
 
 
@@ -25,6 +27,8 @@ def on_call(connection, sender, path, interface, method, arguments, invocation):
         invocation.return_value(None)
         return
     print("asked", flush=True)
+    if language:
+        print(*arguments.unpack()[:2], sep="\n", flush=True)
     if answer == "dismiss":
         invocation.return_dbus_error("org.freedesktop.PolicyKit1.Error.Cancelled", "dismissed")
     else:
@@ -38,6 +42,6 @@ with open(f"/proc/{process}/stat") as file:
     start_time = int(file.read().rsplit(")", 1)[1].split()[19])
 subject = ("unix-process", {"pid": GLib.Variant("u", process), "start-time": GLib.Variant("t", start_time)})
 bus.call_sync("org.freedesktop.PolicyKit1", "/org/freedesktop/PolicyKit1/Authority", "org.freedesktop.PolicyKit1.Authority",
-              "RegisterAuthenticationAgent", GLib.Variant("((sa{sv})ss)", (subject, "C", PATH)), None, 0, 5000, None)
+              "RegisterAuthenticationAgent", GLib.Variant("((sa{sv})ss)", (subject, language or "C", PATH)), None, 0, 5000, None)
 print("ready", flush=True)
 GLib.MainLoop().run()

@@ -1,9 +1,9 @@
 # The part of ./run that happens in the private root, as the ordinary user. Its outcome, "core started (pid N)" or
-# "failed: WHY", is left in /tmp/outcome, and the launcher's process id in /tmp/launcher.pid as soon as it runs. Arguments:
-# whether to keep the root up (yes or no), and a log level or "".
+# "failed: WHY", is left in the file outcome, and the launcher's process id in launcher.pid as soon as it runs, both in the
+# folder QUILLMARK_FILES (/tmp). Arguments: whether to keep the root up (yes or no), and a log level or "".
 # shellcheck shell=bash
 set -euo pipefail
-keep=$1 level=$2
+keep=$1 level=$2 files=${QUILLMARK_FILES-/tmp}
 app=/Applications/Quillmark.app
 launcher=$app/Contents/MacOS/Quillmark
 core=$app/Contents/Resources/QuillmarkCore.app/Contents/MacOS/QuillmarkCore
@@ -14,7 +14,7 @@ patience=30 # seconds that the launcher may take where nobody can answer its que
 say() { printf 'run: %s\n' "$*"; }
 # leave FILE TEXT   The file appears whole or not at all: others look for it meanwhile.
 leave() { echo "$2" >"$1.new" && mv "$1.new" "$1"; }
-outcome() { leave /tmp/outcome "$*"; }
+outcome() { leave "$files/outcome" "$*"; }
 fail() {
   outcome "failed: $*"
   exit 1
@@ -42,9 +42,9 @@ log_or_end() { compgen -G "$log_folder/*.log" >/dev/null || ended "$1"; }
 if [ -n "${DISPLAY-}" ]; then
   say "using the display $DISPLAY"
 else
-  Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>/tmp/display >/dev/null 2>&1 &
-  within 20 test -s /tmp/display || fail "Xvfb does not start"
-  DISPLAY=:$(cat /tmp/display)
+  Xvfb -displayfd 5 -screen 0 1280x1024x24 -nolisten tcp 5>"$files/display" >/dev/null 2>&1 &
+  within 20 test -s "$files/display" || fail "Xvfb does not start"
+  DISPLAY=:$(cat "$files/display")
   export DISPLAY
   say "no display here, using a new one without a screen"
 fi
@@ -59,10 +59,10 @@ fi
 
 say "starting $launcher"
 # A person may have to answer the launcher's questions; on a display without a screen nobody can.
-[ -s /tmp/display ] && limit=(timeout "$patience") || limit=()
-"${limit[@]}" "$launcher" </dev/null >/tmp/launcher.out 2>/tmp/launcher.err &
+[ -s "$files/display" ] && limit=(timeout "$patience") || limit=()
+"${limit[@]}" "$launcher" </dev/null >"$files/launcher.out" 2>"$files/launcher.err" &
 pid=$!
-leave /tmp/launcher.pid $pid
+leave "$files/launcher.pid" $pid
 within "$patience" log_or_end "$pid" || :
 if log=$(compgen -G "$log_folder/*.log" | head -n 1); then
   say "the launcher's log, $log:"
@@ -70,14 +70,14 @@ if log=$(compgen -G "$log_folder/*.log" | head -n 1); then
 fi
 status=0
 wait "$pid" || status=$?
-cat /tmp/launcher.err
+cat "$files/launcher.err"
 [ "$status" != 124 ] || fail "the launcher still waits for an answer after $patience seconds"
 [ "$status" != 1 ] || fail "components are at fault, and the log above says which"
 [ "$status" = 0 ] || fail "the launcher ended with status $status"
 
-within "$patience" core_pid >/tmp/pid || fail "the launcher ended, but no core runs"
-pid=$(cat /tmp/pid)
-say "process $pid in the private root is $core"
+within "$patience" core_pid >"$files/pid" || fail "the launcher ended, but no core runs"
+pid=$(cat "$files/pid")
+say "process $pid is $core"
 if [ "$keep" = yes ]; then
   outcome "core started (pid $pid)"
   exec >/dev/null 2>&1

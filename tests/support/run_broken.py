@@ -1,6 +1,6 @@
 """The part of ./run --broken that happens in the private root, as root. It gives the machine what a repair needs: polkit
 and a password dialog that answers by itself. Without a display it also is the user who presses "Continue", and leaves
-pictures in /tmp/pictures. The launcher is run by run-inside.sh, whose arguments these are.
+pictures in the folder pictures of QUILLMARK_FILES (/tmp). The launcher is run by run-inside.sh, whose arguments these are.
 """
 
 import os
@@ -11,12 +11,12 @@ import unittest
 from pathlib import Path
 
 from desktop import Desktop
-from machine import environment, start, wait_until
+from machine import FILES, USER, environment, start, wait_until
 from polkit import confirm_password, start_agent, start_polkit
 
-LAUNCHER_PID = Path("/tmp/launcher.pid")
-OUTCOME = Path("/tmp/outcome")
-OWN_OUTPUT = Path("/tmp/run-broken.out")  # of what is started here, which people needn't see
+LAUNCHER_PID = FILES / "launcher.pid"
+OUTCOME = FILES / "outcome"
+OWN_OUTPUT = FILES / "run-broken.out"  # of what is started here, which people needn't see
 
 person = os.fdopen(os.dup(1), "w")  # who reads what ./run says; nothing that is started here inherits it
 
@@ -64,7 +64,8 @@ def main(arguments):
         os.dup2(output.fileno(), 2)
     test = unittest.TestCase()  # owns what is started
     try:
-        start_polkit(test, "AUTH_ADMIN")
+        if USER != 0:  # a launcher that is root's asks for no rights
+            start_polkit(test, "AUTH_ADMIN")
         if "DISPLAY" in os.environ:
             user = None
             say('several components are at fault: press "Continue" in the launcher\'s window')
@@ -73,12 +74,14 @@ def main(arguments):
             user = User(test)
             say("several components are at fault, and there is no display here: using one without a screen")
             variables = {"XDG_RUNTIME_DIR": os.environ["XDG_RUNTIME_DIR"]} | user.desktop.variables
+        variables |= {name: os.environ[name] for name in ("QUILLMARK_FILES", "XAUTHORITY") if name in os.environ}
         inside = start("bash", Path(__file__).with_name("run-inside.sh"), *arguments, env=environment(**variables),
                        stdout=person, stderr=person)
         test.addCleanup(lambda: (inside.kill(), inside.wait()))
         launcher = Process(int(wait_until(lambda: LAUNCHER_PID.exists() and LAUNCHER_PID.read_text(), "the launcher runs")))
-        agent = start_agent(test, "allow", launcher.pid)
-        threading.Thread(target=answer_password_dialogs, args=[agent], daemon=True).start()
+        if USER != 0:
+            agent = start_agent(test, "allow", launcher.pid)
+            threading.Thread(target=answer_password_dialogs, args=[agent], daemon=True).start()
         if user:
             user.repair(launcher)
         while not OUTCOME.exists() and inside.poll() is None:

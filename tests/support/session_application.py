@@ -5,7 +5,8 @@
   lacks    has other actions only
   plain    has no list of actions, and quits on the activation of "quit"
   busy     owns its name and never answers
-  files    is the file manager
+  files    is the file manager, without an action
+  manager  is the file manager, and quits on its "quit" action
 """
 
 import os
@@ -18,6 +19,7 @@ APPLICATION = """<node><interface name="org.freedesktop.Application"><method nam
 <arg type="s" direction="in"/><arg type="av" direction="in"/><arg type="a{sv}" direction="in"/>
 </method></interface></node>"""
 
+FILE_MANAGER = "org.freedesktop.FileManager1"
 identifier, kind = sys.argv[1:]
 loop = GLib.MainLoop()
 
@@ -30,7 +32,9 @@ def is_ready(*_):
 def run_gio_application():
     application = Gio.Application(application_id=identifier, flags=Gio.ApplicationFlags.IS_SERVICE)
     action = Gio.SimpleAction.new("other" if kind == "lacks" else "quit", None)
-    if kind == "quits":
+    if kind == "manager":
+        Gio.bus_own_name(Gio.BusType.SESSION, FILE_MANAGER, Gio.BusNameOwnerFlags.NONE, None, None, None)
+    if kind in ("quits", "manager"):
         action.connect("activate", lambda *_: application.quit())
     application.add_action(action)
     application.hold()
@@ -65,7 +69,7 @@ elif kind == "busy":
     own_name(identifier)
     os.kill(os.getpid(), signal.SIGSTOP)  # all threads, for the bus library answers on one of its own
 elif kind == "files":
-    own_name("org.freedesktop.FileManager1")
+    own_name(FILE_MANAGER)
     loop.run()
 else:
     run_gio_application()

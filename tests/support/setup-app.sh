@@ -10,29 +10,21 @@ mount --bind /run/etc /etc
 echo 'tester:x:1001:1001::/home/t:/bin/bash' >>/etc/passwd
 echo 'tester:x:1001:' >>/etc/group
 
-install -d -o 1001 -g 1001 /Library "/Library/Application Support" /Applications /System /System/Library
+install -d /Library "/Library/Application Support" /System /System/Library
+install -d -o 1001 -g 1001 /Applications
 rm -rf /Applications/Quillmark.app
-cp -R --preserve=mode,links,timestamps "/.old$QUILLMARK_APP" /Applications/Quillmark.app
-chown -R 1001:1001 /Applications/Quillmark.app
-
-# What the launcher expects outside its bundle, as a finished installation has it. QUILLMARK_BROKEN=yes leaves several
-# things at fault: a tool missing, one that others could change, a bundle missing, the core with a wrong mode.
-resources=/Applications/Quillmark.app/Contents/Resources
-tools="/Library/Application Support/Quillmark"
-"$resources/updateqm" repair "$resources/updateqm.sig"
-"$tools/updateqm" repairother "$resources/finderoverlaytool" "$resources/finderoverlaytool.sig"
-"$tools/updateqm" repairpackage "$resources/QuillmarkRuntime.pkg"
-"$tools/updateqm" repairpackage "$resources/QuillmarkFS.pkg"
-if [ "${QUILLMARK_BROKEN-}" = yes ]; then
-  chmod 775 "$tools/updateqm" "$resources/QuillmarkCore.app"
-  rm -r "$tools/finderoverlaytool" /Library/Filesystems/QuillmarkFS.fs
-fi
+bash "/.old$QUILLMARK_SCRIPTS/support/install-app.sh" complete "/.old$QUILLMARK_APP" 1001
+if [ "${QUILLMARK_BROKEN-}" = yes ]; then bash "/.old$QUILLMARK_SCRIPTS/support/install-app.sh" break; fi
 
 cp -R "/.old$QUILLMARK_SCRIPTS" /run/scripts
+# The scripts that people call, for their own tests.
+mkdir /run/project
+cp -R "/.old$QUILLMARK_SCRIPTS/../run" "/.old$QUILLMARK_SCRIPTS/../scripts" /run/project
+ln -s /run/scripts /run/project/tests
 # What tests sign with, in the vendor's place, and small programs of theirs.
 build=/.old$(dirname "$QUILLMARK_APP")
 install -m 600 "$build/vendor-key/private.pem" /run/vendor-key.pem
-cp -R "$build/probes" /run/probes
+if [ -d "$build/probes" ]; then cp -R "$build/probes" /run/probes; fi
 
 # The display of whoever started this, when there is one.
 if [ -n "${DISPLAY-}" ] && [ -d /.old/tmp/.X11-unix ]; then

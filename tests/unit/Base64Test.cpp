@@ -2,6 +2,7 @@
 #include "support/QtPrinters.h"
 #include "utils/Utf8Text.h"
 
+#include <QCryptographicHash>
 #include <array>
 #include <gtest/gtest.h>
 #include <memory>
@@ -28,6 +29,9 @@ QByteArray decodedByTheFilter(const QByteArray &text) {
     }
     return bytes;
 }
+
+/// Whether it still leaves out a group that the text's end has cut off. For newer ones that makes the whole text wrong.
+bool isTheFilterOfEarlierVersions() { return decodedByTheFilter("YWJjZA") == "abc"; }
 
 TEST(Base64, IsThatOfTheTextsUtf8Bytes) {
     EXPECT_EQ(encoded(QStringLiteral("abc")), QStringLiteral("YWJj"));
@@ -82,6 +86,8 @@ TEST(Base64, OfBytesThatAreNoTextDecodesToNone) { EXPECT_TRUE(decoded(QStringLit
 
 TEST(Base64, OddlyPaddedOrSurroundedDecodesAsItAlwaysDid) { // deliberate
     std::minstd_rand random; // NOLINT(cert-msc32-c,cert-msc51-cpp): the same texts in every run
+    const bool isFilterTheSame = isTheFilterOfEarlierVersions();
+    QCryptographicHash results(QCryptographicHash::Sha256);
     const QByteArray alphabet = "YWJjZA/+09=====    \n\r\t--_!\xc3\xbc";
     for (int i = 0; i < 200000; ++i) {
         QByteArray text;
@@ -96,10 +102,16 @@ TEST(Base64, OddlyPaddedOrSurroundedDecodesAsItAlwaysDid) { // deliberate
         if (valid.isEmpty()) {
             continue;
         }
-        const QString expected = utf8Text(decodedByTheFilter(text));
-        ASSERT_EQ(decoded(valid), expected) << text.toPercentEncoding().toStdString();
-        ASSERT_EQ(decoded(valid).isNull(), expected.isNull()) << text.toPercentEncoding().toStdString();
+        const QString result = decoded(valid);
+        results.addData(result.isNull() ? QByteArray("none") : result.toUtf8() + '\n');
+        if (isFilterTheSame) {
+            const QString expected = utf8Text(decodedByTheFilter(text));
+            ASSERT_EQ(result, expected) << text.toPercentEncoding().toStdString();
+            ASSERT_EQ(result.isNull(), expected.isNull()) << text.toPercentEncoding().toStdString();
+        }
     }
+    // Those of the filter, where it is another one now.
+    EXPECT_EQ(results.result().toHex(), "fd5bed817ff981eb948689f58ca7f45e230dac64a62b8b7658cf7801eafeb57d");
 }
 
 } // namespace

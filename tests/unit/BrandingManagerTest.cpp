@@ -1,12 +1,12 @@
 #include "branding/BrandingManager.h"
 #include "fakes/FakePlatform.h"
+#include "support/LogFixture.h"
 #include "support/QtPrinters.h"
-#include "support/TemporaryHome.h"
 
 namespace quillmark {
 namespace {
 
-class Branding : public testing::Test {
+class Branding : public test::LogFixture {
 protected:
     Branding() {
         ship(QStringLiteral("logo-1.bmp"));
@@ -30,7 +30,6 @@ protected:
         return image ? image->name : QString();
     }
 
-    test::TemporaryHome home;
     test::FakeBundle bundle;
     test::FakeImages images;
     LocalizedStrings strings{bundle};
@@ -55,6 +54,17 @@ TEST_F(Branding, ADownloadedLogoIsUsed) {
 TEST_F(Branding, ADownloadedLogoThatCannotBeDecodedGivesWayToTheDefaultOne) {
     download(77, false);
     EXPECT_EQ(logoOf(77), QStringLiteral("logo-1.bmp"));
+}
+
+TEST_F(Branding, TheLogNamesALogoThatCannotBeDecodedOnceHoweverOftenItIsDrawn) {
+    const QString path = download(77, false);
+    const QString log = logToFile(kLogLevelError);
+    for (int drawing = 0; drawing < 3; ++drawing) {
+        logoOf(77);
+    }
+    EXPECT_EQ(linesOf(log), QStringList{QStringLiteral("ERR The logo \"") + path +
+                                        QStringLiteral("\" can't be read: it is damaged, or of a kind that isn't "
+                                                       "supported")});
 }
 
 TEST_F(Branding, AMissingLogoGivesWayToTheDefaultOne) {

@@ -1,4 +1,11 @@
+#include "branding/LocalizedStrings.h"
 #include "support/InstallCheckFixture.h"
+
+#include <cstdlib>
+#include <future>
+#include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace quillmark {
 namespace {
@@ -326,7 +333,7 @@ TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsInOrder) {
                              "vrb Install check: Bundle \"x\" is \"OK\"",
                              "dtl Checking QMTool \"env\"...",
                              "dtl Examining installed \"/usr/bin/env\"",
-                             "vrb \"/usr/bin/env\" does not need to update from 1.14.0.0",
+                             "vrb \"/usr/bin/env\" does not need to update from 1.14.0.0\\n",
                              "dtl Examining installed \"/usr/bin/env\"",
                              "vrb Install check: QMTool \"env\" is \"OK\"",
                              "dtl Checking QMToolRoot \"passwd\"...",
@@ -365,15 +372,51 @@ TEST_F(StatusEvaluation, TheAdministratorsToolsAreToldByOwnerAndMode) {
     EXPECT_TRUE(verified(kAdministratorsTool));
     EXPECT_FALSE(verified(kSetUserIdTool));
     EXPECT_FALSE(verified(installTool(QStringLiteral("tool"), "")));
+    // Where this process is the administrator, its own files have the right owner, and it is the mode alone that
+    // decides.
+    const QString own = home.write(QStringLiteral("own"), "tool");
+    setMode(own, 0755);
+    EXPECT_EQ(verified(own), ::geteuid() == 0);
+    for (const mode_t mode : {0775U, 0757U, 0754U, 01755U, 02755U, 04755U, 0555U}) {
+        setMode(own, mode);
+        EXPECT_FALSE(verified(own)) << std::oct << mode;
+    }
     EXPECT_FALSE(verified(none()));
     EXPECT_FALSE(manager().verifyCoreAppPermissions(itemOf({{kResource, QStringLiteral("none")}})));
 }
 
 TEST(InstallCheck, IsOneForTheProcess) {
     test::immortalPlatform();
-    EXPECT_EQ(&InstallCheckManager::sharedManager(), &InstallCheckManager::sharedManager());
-    EXPECT_EQ(&UpdateToolManager::sharedManager(), &UpdateToolManager::sharedManager());
+    std::vector<std::future<std::pair<InstallCheckManager *, UpdateToolManager *>>> asked;
+    for (int thread = 0; thread < 8; ++thread) { // all of them for the first time
+        asked.push_back(std::async(std::launch::async, [] {
+            return std::pair(&InstallCheckManager::sharedManager(), &UpdateToolManager::sharedManager());
+        }));
+    }
+    for (auto &answer : asked) {
+        EXPECT_EQ(answer.get(), std::pair(&InstallCheckManager::sharedManager(), &UpdateToolManager::sharedManager()));
+    }
     installPlatform(nullptr);
+}
+
+/// Uses managers when those that end with the process are gone already.
+extern "C" void useManagers() {
+    const QString text = QMLocalizedString(QStringLiteral("a text that nobody has asked for yet"));
+    InstallCheckManager::sharedManager().updateStatus();
+    ::_exit(text.isNull() || UpdateToolManager::sharedManager().status() != UpdateToolManager::kNothingDone);
+}
+
+TEST(InstallCheckDeathTest, ItsManagersLiveAsLongAsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            test::immortalPlatform();
+            std::atexit(useManagers); // called behind the destructors of all that is made from now on
+            QMLocalizedString(QStringLiteral("ProductName"));
+            InstallCheckManager::sharedManager().updateStatus();
+            std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe)
+        },
+        testing::ExitedWithCode(EXIT_SUCCESS), "");
 }
 
 } // namespace

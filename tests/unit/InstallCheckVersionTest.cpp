@@ -141,8 +141,9 @@ TEST_F(InstallCheckVersion, TheLogTellsWhichToolNeedsToUpdateFromWhatToWhat) {
     startLog();
     toolNeedsUpdate("Tool (C) Someone Limited 1.13.0 (9)\nUsage: none\n");
     toolNeedsUpdate("Tool (C) Someone Limited 1.14.0 (9)\nUsage: none\n");
-    EXPECT_EQ(log(), QStringList({QStringLiteral("vrb \"~/tool\" needs to update from 1.13.0 (9) to ") + own,
-                                  QStringLiteral("vrb \"~/tool\" does not need to update from 1.14.0 (9)")}));
+    EXPECT_EQ(log(),
+              QStringList({QStringLiteral("vrb \"~/tool\" needs to update from 1.13.0 (9)\\nUsage: none\\n to ") + own,
+                           QStringLiteral("vrb \"~/tool\" does not need to update from 1.14.0 (9)\\nUsage: none\\n")}));
 }
 
 TEST_F(InstallCheckVersion, TheLogTellsAVersionThatCannotBeRead) {

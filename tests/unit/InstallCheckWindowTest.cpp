@@ -98,12 +98,12 @@ TEST_F(InstallCheckWindow, GetsItsTextsInOrderAndComesToTheFront) {
     EXPECT_EQ(window.texts.value(Outlet::Progress), QStringLiteral("QuillmarkLauncher_Installing"));
 }
 
-TEST_F(InstallCheckWindow, WithoutAnyLogoIsShownAllTheSameAndTheLogNamesIt) {
+TEST_F(InstallCheckWindow, WithoutAnyLogoIsShownAllTheSameAndNothingIsSaid) {
     setItems({missing("QMTool", "a")});
     startLog(kLogLevelError);
     EXPECT_FALSE(manager().checkForRequiredItems());
     EXPECT_EQ(calls().last(), QStringLiteral("bringToFront"));
-    EXPECT_EQ(log(), listOf({"ERR There is no logo for brand -1: \"logo-1.bmp\" can't be read either"}));
+    EXPECT_EQ(log(), QStringList());
 }
 
 TEST_F(InstallCheckWindow, IsLoadedOnce) {
@@ -149,6 +149,25 @@ TEST_F(InstallCheckWindow, ThatCannotBeShownIsTriedOnceAndBreaksNothing) {
     EXPECT_EQ(calls(), listOf({"load InstallCheck.ui"}));
 }
 
+TEST_F(InstallCheckWindow, ThatCannotBeShownLeavesEveryOperationWithoutEffectOnIt) {
+    platform.checkWindows.canBeShown = false;
+    show({missing("Bundle", "a")});
+    manager().installButtonClick();
+    manager().sheetDidEnd();
+    manager().repairFailed();
+    manager().runQuillmark();
+    manager().bringWindowBackToFront();
+    EXPECT_EQ(calls(), QStringList());
+    EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair"}));
+}
+
+TEST_F(InstallCheckWindow, WithoutAWindowTheCoreIsStartedWhenAllIsInOrder) {
+    setItems({});
+    manager().setDelegate(&delegate);
+    EXPECT_THROW(manager().bringWindowBackToFront(), test::Terminated);
+    EXPECT_EQ(calls(), listOf({"launchCore"}));
+}
+
 TEST_F(InstallCheckWindow, ExplainsWhatKindOfComponentsAreAtFault) {
     EXPECT_EQ(explanationFor({missing("QMTool", "a")}), QStringLiteral("info;components;helpers;\n"));
     EXPECT_EQ(explanationFor({missing("Bundle", "QuillmarkFS")}), QStringLiteral("info;components;file system;\n"));
@@ -179,6 +198,22 @@ TEST_F(InstallCheckWindow, ContinueShowsTheSheetAndRepairsOnAThreadOfItsOwn) {
     window.owner->installButtonClick();
     EXPECT_EQ(platform.transcript.calls(), listOf({"beginProgressSheet"}));
     EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair"}));
+}
+
+TEST_F(InstallCheckWindow, ASecondContinueStartsNoSecondRepairWhileOneRuns) {
+    show({missing("QMTool", "a")});
+    for (const int status : {0, 1}) { // a repair that comes back, and one that fails
+        platform.tasks.usualStatus = status;
+        platform.transcript.clear();
+        window.owner->installButtonClick();
+        window.owner->installButtonClick();
+        EXPECT_EQ(calls(), listOf({"beginProgressSheet"})) << status;
+        runRepairThread();
+        window.owner->installButtonClick(); // the main thread has not heard of its end yet
+        EXPECT_TRUE(platform.mainThread.threads.empty()) << status;
+        EXPECT_EQ(platform.mainThread.pump(), 1);
+    }
+    EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair", "repair"}));
 }
 
 TEST_F(InstallCheckWindow, ARepairThatHelpedStartsTheCore) {

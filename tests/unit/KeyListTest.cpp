@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QFile>
-#include <QtCore/QFileInfo>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QVariantMap>
 
@@ -333,8 +332,7 @@ std::vector<Row> allRows() {
 
 /// The declarations as they stand in the header, one "name = text" a line under the title of their group.
 std::vector<std::string> declarationsInHeader() {
-    const QFileInfo thisFile(QString::fromUtf8(__FILE__));
-    QFile header(thisFile.absolutePath() + QStringLiteral("/../../src/accounts/KeyList.h"));
+    QFile header(QStringLiteral(KEY_LIST_HEADER));
     EXPECT_TRUE(header.open(QIODevice::ReadOnly)) << header.fileName().toStdString();
     static const QRegularExpression pattern(
         QStringLiteral(R"-(\\name (?<title>.+)|\bKey (?<name>k\w+)\s*\{\s*u"(?<text>[^"]*)"\s*\};)-"));

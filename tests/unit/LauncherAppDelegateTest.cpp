@@ -8,6 +8,8 @@
 #include "utils/Exception.h"
 #include "utils/Version.h"
 
+#include <QRegularExpression>
+
 namespace quillmark {
 namespace {
 
@@ -112,6 +114,14 @@ TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
                            QStringLiteral("Launching \"") + core() + QStringLiteral("\"..."),
                            QStringLiteral("Launched \"") + core() + u'"', QStringLiteral("Will terminate now")}));
     EXPECT_FALSE(contentsOf(getLogFilePath()).contains("(ERR)"));
+}
+
+TEST_F(LauncherAppDelegate, TheLogTellsOfTheSearchForOlderCopiesBeforeItBegins) {
+    platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("verbose"));
+    QByteArray log; // as it lies on the disk
+    platform.workspace.onApplicationsFolders = [&log] { log = test::readAll(getLogFilePath()); };
+    start();
+    EXPECT_TRUE(log.endsWith("Looking for older copies of the client...\n"));
 }
 
 TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingElse) {
@@ -225,7 +235,7 @@ TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaun
     platform.bundle.resources.removeAll(QStringLiteral("RequiredItems.plist"));
     _setStandardStreams(nullptr, nullptr);
     start();
-    EXPECT_EQ(linesOf(getLogFilePath())[2],
+    EXPECT_EQ(linesOf(getLogFilePath())[3],
               QStringLiteral("ERR The catalogue of required items (\"") + platform.bundle.resourcePath() +
                   QStringLiteral("/RequiredItems.plist\") can't be read: no component is checked"));
     EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("terminate"));

@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxUserDefaults.h"
 #include "fakes/FakeClock.h"
+#include "platform/Path.h"
 #include "platform/linux/LinuxPropertyList.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
@@ -22,9 +23,19 @@ class UserDefaultsTest : public testing::Test {
 protected:
     void store(const QVariantMap &values) { home.write(kFile, *list.toXml(values)); }
     QVariantMap stored() const { return list.readDictionary(path); }
-    /// The names of all that lies in the file's folder.
+    /// The names of all that lies in the file's folder, but for the lock, which stays.
     QStringList neighbours() const {
-        return QFileInfo(path).dir().entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot);
+        QStringList names =
+            QFileInfo(path).dir().entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot);
+        names.removeAll(QFileInfo(lockFile).fileName());
+        return names;
+    }
+    /// Holds the lock, as another writer does, until it is closed.
+    Descriptor holdLock() {
+        home.makeFolder(QStringLiteral("Library/Preferences"));
+        Descriptor lock(::open(QFile::encodeName(lockFile).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+        EXPECT_EQ(::flock(lock.get(), LOCK_EX), 0);
+        return lock;
     }
 
     const QString kFile = QStringLiteral("Library/Preferences/com.example.plist");
@@ -34,6 +45,7 @@ protected:
     test::FakeClock clock;
     LinuxPropertyList list;
     const QString path = home.path(kFile);
+    const QString lockFile = home.path(QStringLiteral("Library/Preferences/.com.example.plist.lock"));
     LinuxUserDefaults defaults{path, list, clock};
 };
 
@@ -211,14 +223,51 @@ TEST_F(UserDefaultsTest, AValueThatNoPropertyListHoldsIsNotWritten) {
 }
 
 TEST_F(UserDefaultsTest, AnotherWritersLockIsWaitedForAndNotForEver) {
-    home.makeFolder(QStringLiteral("Library/Preferences"));
-    const int holder =
-        ::open(QFile::encodeName(home.path(QStringLiteral("Library/Preferences"))).constData(), O_RDONLY | O_CLOEXEC);
-    ASSERT_EQ(::flock(holder, LOCK_EX), 0);
+    Descriptor holder = holdLock();
     defaults.setObject(a, 1LL);
     EXPECT_FALSE(defaults.synchronize());
     EXPECT_FALSE(clock.sleeps().empty());
-    ::close(holder);
+    holder.close();
+    EXPECT_TRUE(defaults.synchronize());
+}
+
+TEST_F(UserDefaultsTest, NobodyElseCanTakeTheLock) {
+    defaults.setObject(a, 1LL);
+    ASSERT_TRUE(defaults.synchronize());
+    EXPECT_EQ(QFileInfo(lockFile).permissions() & ~(QFile::ReadUser | QFile::WriteUser),
+              QFile::ReadOwner | QFile::WriteOwner);
+    // What others can hold is the folder, as long as it is open to all.
+    const Descriptor folder(
+        ::open(QFile::encodeName(deletingLastPathComponent(path)).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(::flock(folder.get(), LOCK_EX), 0);
+    defaults.setObject(a, 2LL);
+    EXPECT_TRUE(defaults.synchronize());
+    // A lock that was made open to all is so no more.
+    ASSERT_TRUE(QFile::setPermissions(lockFile, QFile::Permissions(0x6666)));
+    defaults.setObject(a, 3LL);
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(QFileInfo(lockFile).permissions() & QFile::Permissions(0x0066), 0);
+}
+
+TEST_F(UserDefaultsTest, WhatStandsInTheLocksPlaceIsNotFollowedAndNothingIsLost) {
+    store({{b, 1LL}});
+    const QString precious = home.write(QStringLiteral("Documents/letter"), "kept");
+    const std::function<void()> plants[] = {
+        [&] { QFile::link(precious, lockFile); },
+        [&] { QFile::link(home.path(QStringLiteral("nowhere")), lockFile); },
+        [&] { ::mkfifo(QFile::encodeName(lockFile).constData(), 0600); },
+        [&] { QDir().mkpath(lockFile); },
+    };
+    for (const auto &plant : plants) {
+        plant();
+        defaults.setObject(a, 2LL);
+        EXPECT_FALSE(defaults.synchronize());
+        EXPECT_TRUE(defaults.problem().startsWith(u"can't be written (")) << defaults.problem().toStdString();
+        EXPECT_EQ(stored(), QVariantMap({{b, 1LL}}));
+        QFile::remove(lockFile);
+        QDir().rmdir(lockFile);
+    }
+    EXPECT_FALSE(QFile::exists(home.path(QStringLiteral("nowhere"))));
     EXPECT_TRUE(defaults.synchronize());
 }
 
@@ -236,6 +285,129 @@ TEST_F(UserDefaultsTest, TwoWritersOfDifferentKeysLoseNothing) {
     write(b);
     other.join();
     EXPECT_EQ(stored().size(), 2 * kRounds);
+}
+
+TEST_F(UserDefaultsTest, AChangeSeesWhatIsStoredAtThatMomentAndIsWrittenAtOnce) {
+    store({{a, 1LL}});
+    ASSERT_EQ(defaults.objectForKey(a), QVariant(1LL));
+    store({{a, 2LL}, {b, 5LL}});
+    EXPECT_TRUE(defaults.change([this] { defaults.setObject(a, defaults.objectForKey(a).toLongLong() + 1); }));
+    EXPECT_EQ(stored(), QVariantMap({{a, 3LL}, {b, 5LL}}));
+    EXPECT_TRUE(defaults.problem().isNull());
+}
+
+TEST_F(UserDefaultsTest, ChangesOfOneKeyAtOnceLoseNothing) {
+    constexpr int kRounds = 50;
+    const auto count = [this] {
+        LinuxUserDefaults own(path, list, clock);
+        for (int i = 0; i < kRounds; ++i) {
+            while (!own.change([&] { own.setObject(a, own.objectForKey(a).toLongLong() + 1); })) {
+            }
+        }
+    };
+    std::thread other(count);
+    count();
+    other.join();
+    EXPECT_EQ(stored(), QVariantMap({{a, qlonglong{2 * kRounds}}}));
+}
+
+TEST_F(UserDefaultsTest, AChangeIsRefusedWhileWhatItIsBasedOnCannotBeRead) {
+    home.makeFolder(kFile);
+    bool isRun = false;
+    EXPECT_FALSE(defaults.change([&isRun] { isRun = true; }));
+    EXPECT_FALSE(isRun);
+    EXPECT_EQ(defaults.problem(), QStringLiteral("can't be read (Invalid argument)"));
+    ASSERT_TRUE(QDir().rmdir(path));
+    store({{b, 1LL}});
+    EXPECT_TRUE(defaults.change([this] { defaults.setObject(a, 2LL); }));
+    EXPECT_EQ(stored(), QVariantMap({{a, 2LL}, {b, 1LL}}));
+}
+
+TEST_F(UserDefaultsTest, AChangeThatSetsNothingWritesNothing) {
+    EXPECT_TRUE(defaults.change([] {}));
+    EXPECT_FALSE(QFile::exists(path));
+}
+
+TEST_F(UserDefaultsTest, AChangeThatRaisesIsNoneAndTheNextOneIsLikeAnyOther) {
+    EXPECT_THROW(defaults.change([]() -> void { throw 1; }), int);
+    EXPECT_TRUE(defaults.change([this] { defaults.setObject(a, 1LL); }));
+    EXPECT_EQ(stored(), QVariantMap({{a, 1LL}}));
+}
+
+/// Makes the next write fail, as a folder that can't be replaced by a file does.
+class UnwritableChange : public UserDefaultsTest {
+protected:
+    void failToChange() {
+        store({{a, 1LL}});
+        home.makeFolder(QStringLiteral("Library/Preferences"));
+        ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &m_unlimited), 0);
+        m_previous = std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit few{100, m_unlimited.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &few), 0);
+        const bool isWritten = defaults.change([this] { defaults.setObject(a, 2LL); });
+        ::setrlimit(RLIMIT_FSIZE, &m_unlimited);
+        std::signal(SIGXFSZ, m_previous);
+        EXPECT_FALSE(isWritten);
+        EXPECT_EQ(defaults.problem(), QStringLiteral("can't be written (File too large)"));
+    }
+
+private:
+    rlimit m_unlimited{};
+    void (*m_previous)(int) = nullptr;
+};
+
+TEST_F(UnwritableChange, IsTriedAgainWithTheNextOne) {
+    failToChange();
+    EXPECT_TRUE(defaults.change([this] { defaults.setObject(b, 5LL); }));
+    EXPECT_EQ(stored(), QVariantMap({{a, 2LL}, {b, 5LL}}));
+}
+
+TEST_F(UnwritableChange, IsForgottenWhereAnotherProgramHasChangedTheSameKey) {
+    failToChange();
+    store({{a, 7LL}});
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_EQ(defaults.problem(), QStringLiteral("was changed by another program meanwhile"));
+    EXPECT_EQ(stored(), QVariantMap({{a, 7LL}}));
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(7LL));
+    EXPECT_TRUE(defaults.synchronize());
+}
+
+TEST_F(UnwritableChange, ThatIsForgottenIsNoProblemOfALaterChangeWhichSetsNothing) {
+    failToChange();
+    store({{a, 7LL}});
+    EXPECT_TRUE(defaults.change([] {}));
+    EXPECT_EQ(defaults.problem(), QString());
+}
+
+TEST_F(UnwritableChange, LeavesTheKeyToWhoeverSetsItWithoutALook) {
+    failToChange();
+    store({{a, 7LL}});
+    defaults.setObject(a, 3LL);
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(stored(), QVariantMap({{a, 3LL}}));
+}
+
+TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideOnlyWhileNobodyElseWrites) {
+    home.write(kFile, "damage");
+    Descriptor holder = holdLock();
+    EXPECT_FALSE(defaults.objectForKey(a).isValid());
+    EXPECT_EQ(neighbours(), QStringList{QFileInfo(path).fileName()});
+    holder.close();
+    store({{a, 1LL}}); // what its holder was about to write
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_EQ(defaults.objectForKey(a), QVariant(1LL));
+    EXPECT_TRUE(defaults.damagedFile().isNull());
+}
+
+TEST_F(UserDefaultsTest, WhatKeepsTheFileFromBeingReadOrWrittenIsTold) {
+    EXPECT_TRUE(defaults.problem().isNull());
+    home.write(QStringLiteral("Library"), "a file in the folder's place");
+    defaults.setObject(a, 1LL);
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_EQ(defaults.problem(), QStringLiteral("can't be written (Not a directory)"));
+    ASSERT_TRUE(QFile::remove(home.path(QStringLiteral("Library"))));
+    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_TRUE(defaults.problem().isNull());
 }
 
 } // namespace

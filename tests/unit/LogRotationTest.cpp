@@ -75,6 +75,18 @@ TEST_F(LogRotation, AFileOfExactlyTheLimitStays) {
     EXPECT_NE(getLogFilePath(), file);
 }
 
+TEST_F(LogRotation, AFileOfOneByteMoreDoesNot) {
+    startCountdown();
+    const QString file = setUp();
+    logLines(500);
+    const QByteArray line = contentsOf(file).split('\n').first() + '\n';
+    grow(file, kMaxLogFileLength + 1 - line.size());
+    passSeconds(5);
+    logLines(1);
+    EXPECT_NE(getLogFilePath(), file);
+    EXPECT_EQ(QFileInfo(file).size(), 52428801);
+}
+
 TEST_F(LogRotation, TheOldFileIsLeftAsItIs) {
     startCountdown();
     const QString file = setUp();

@@ -3,7 +3,9 @@
 
 #include <QFileInfo>
 #include <csignal>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quillmark {
 namespace {
@@ -128,6 +130,26 @@ TEST_F(LogSetup, AFileThatCannotBeOpenedIsAConfigurationFaultAndItsPathIsRecorde
     EXPECT_EQ(getLogFilePath(), folder);
     logNormal("lost");
     EXPECT_EQ(contentsOf(before), "");
+}
+
+TEST_F(LogSetup, ALinkInTheFilesPlaceIsNotFollowedAndAPipeNotWaitedFor) {
+    const QString precious = home.write(QStringLiteral("letter"), "kept");
+    const QString place = home.path(QStringLiteral("x.log"));
+    const auto reason = QStringLiteral("Failed to open log file \"%1\" for writing").arg(place);
+    for (const auto &target : {precious, home.path(QStringLiteral("nowhere"))}) {
+        ASSERT_TRUE(QFile::link(target, place));
+        expectFault([&] { _initLogging(place); }, "Configuration Fault", reason);
+        ASSERT_TRUE(QFile::remove(place));
+    }
+    EXPECT_EQ(test::readAll(precious), "kept");
+    EXPECT_FALSE(QFile::exists(home.path(QStringLiteral("nowhere"))));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(place).constData(), 0600), 0);
+    expectFault([&] { _initLogging(place); }, "Configuration Fault", reason);
+    const int reader = ::open(QFile::encodeName(place).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    expectFault([&] { _initLogging(place); }, "Configuration Fault", reason); // somebody waits for its lines
+    ::close(reader);
+    expectFault([] { _initLogging(QStringLiteral("/dev/null")); }, "Configuration Fault",
+                QStringLiteral("Failed to open log file \"/dev/null\" for writing"));
 }
 
 TEST_F(LogSetup, LoggingGoesOnAfterAFailureOnceAFileOpens) {

@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <sched.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
@@ -38,6 +39,7 @@ protected:
         platform.transcript.clear();
     }
     ~MoveToApplications() override {
+        QFile::setPermissions(destination, QFile::Permissions(0x7777)); // so that it can be deleted
         gAlsoRemoveBundlePaths.clear();
         for (QString *setting : {&gAltDstBundleName, &gAltDstBundleParentPath, &gAltSrcBundlePath}) {
             *setting = QString();
@@ -65,11 +67,11 @@ protected:
         }
         setMode(destination, kAdministrators);
     }
-    static void setMode(const QString &path, QFile::Permissions mode) {
-        EXPECT_TRUE(QFile::setPermissions(path, mode)) << path.toStdString();
+    static void setMode(const QString &path, mode_t mode) {
+        EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0) << path.toStdString();
     }
-    static constexpr QFile::Permissions kEverybodys{0x7777};
-    static constexpr QFile::Permissions kAdministrators{0x5555};
+    static constexpr mode_t kEverybodys = 01777; // where each keeps his own
+    static constexpr mode_t kAdministrators = 0555;
 
     /// Does something as a user who owns nothing, on a thread of its own: the bare system call changes that one alone.
     static void asStranger(const std::function<void()> &action) {
@@ -307,16 +309,56 @@ TEST_F(MoveToApplications, TakesAVolumeThatCanBeWrittenToForNoDiskImage) {
 }
 
 TEST_F(MoveToApplications, IsNotOfferedForAPathWithASingleQuote) {
-    home.write(QStringLiteral("Ada's/Quillmark.app/x"), "x");
-    setSource(home.path(QStringLiteral("Ada's/Quillmark.app")));
+    home.write(QStringLiteral("Downloads/Ada's.app/x"), "x");
+    setSource(home.path(QStringLiteral("Downloads/Ada's.app")));
     move();
     PFAltSrcBundlePath(home.path(QStringLiteral("Downloads/Quillmark.app")));
     PFAltDstBundleParentPath(QStringLiteral("/Ada's"));
     move();
+    PFAltDstBundleParentPath(QString());
+    PFAltSrcBundlePath(QStringLiteral("/Volumes/Ada's/Quillmark.app"));
+    move();
     EXPECT_FALSE(wasAsked());
     EXPECT_EQ(log()[0],
               QStringLiteral("nrm The path \"%1\" holds a single quote. Not offering to move it.").arg(source));
-    EXPECT_EQ(log().size(), 2);
+    EXPECT_EQ(log().filter(QStringLiteral("holds a single quote")).size(), 3);
+}
+
+TEST_F(MoveToApplications, IsOfferedBelowAFolderWithASingleQuoteWhichReachesNoShell) {
+    putSource(home.path(QStringLiteral("Ada's")));
+    EXPECT_TRUE(plan().obstacle.isNull());
+    EXPECT_FALSE(plan().relaunchCommand.contains(u"Ada"));
+}
+
+TEST_F(MoveToApplications, IsNotOfferedToAPlaceWithAColonWhichNoSearchPathCanHold) {
+    putSource(home.path(QStringLiteral("a:b")));
+    EXPECT_TRUE(plan().obstacle.isNull());
+    home.write(QStringLiteral("Downloads/Quill:mark.app/x"), "x");
+    setSource(home.path(QStringLiteral("Downloads/Quill:mark.app")));
+    move();
+    EXPECT_FALSE(wasAsked());
+    EXPECT_EQ(
+        log(),
+        QStringList{QStringLiteral("nrm The path \"%1\" holds a colon. Not offering to move it.").arg(destination)});
+}
+
+TEST_F(MoveToApplications, IsOfferedWhereALinkToTheBundleStandsInItsPlace) {
+    ASSERT_TRUE(QFile::link(source, destination));
+    moveToTheEnd();
+    EXPECT_EQ(deeds()[0], recycled(destination));
+    EXPECT_TRUE(isMoved());
+    EXPECT_FALSE(QFileInfo(destination).isSymLink());
+}
+
+TEST_F(MoveToApplications, IsOfferedFromTheDesktopsVolumesAsWell) {
+    setSource(QStringLiteral("/media/ada/Quillmark 1.14/Quillmark.app"));
+    EXPECT_TRUE(plan().isOnDiskImage);
+    EXPECT_EQ(plan().detachCommand, QStringLiteral("(sleep 5 && hdiutil detach '/media/ada/Quillmark 1.14') &"));
+}
+
+TEST_F(MoveToApplications, TakesASlashBehindAnAlternativeSourceForNothing) {
+    PFAltSrcBundlePath(source + u'/');
+    EXPECT_EQ(plan().destination, destination);
 }
 
 /// \name What the system's window library can do
@@ -377,6 +419,7 @@ TEST_F(MoveToApplications, NeedsAPasswordForAFolderThatCannotBeWrittenToThoughTh
     setMode(destination, kEverybodys);
     setMode(home.path(QStringLiteral("local")), kAdministrators);
     asStranger([this] { EXPECT_TRUE(plan().needsAuthorisation); });
+    setMode(home.path(QStringLiteral("local")), kEverybodys);
 }
 
 TEST_F(MoveToApplications, NeedsAPasswordForAFolderThatCannotBeWrittenTo) {
@@ -395,7 +438,7 @@ TEST_F(MoveToApplications, NeedsAPasswordForAnyOtherCopyThatIsThereAndCannotBeWr
     putOldCopyOfAnAdministrator();
     setMode(destination, kEverybodys);
     const QString stale = QFileInfo(home.write(QStringLiteral("Stale.app/x"), "x")).path();
-    const auto needsAuthorisation = [this, &stale](QFile::Permissions mode) {
+    const auto needsAuthorisation = [this, &stale](mode_t mode) {
         bool answer = false;
         setMode(stale, mode);
         asStranger([&] { answer = plan().needsAuthorisation; });
@@ -575,7 +618,6 @@ TEST_F(MoveToApplications, NeverRemovesTheApplicationItselfOrWhatHoldsIt) {
                               home.path(QStringLiteral("linked/Quillmark.app")),
                               home.path(),
                               QStringLiteral("~"),
-                              QStringLiteral("/"),
                               home.path(QStringLiteral("local"))};
     PFAlsoRemoveBundles(kept + QStringList{home.path(QStringLiteral("Downloads/Quillmark.app2"))});
     moveToTheEnd();
@@ -685,6 +727,25 @@ TEST_F(MoveWithPassword, CopiesAsTheAdministrator) {
                                   QStringLiteral("vrb Trashed \"%1\"").arg(source)}));
 }
 
+TEST_F(MoveWithPassword, MakesTheFolderOnASystemThatHasNone) {
+    const QString folder = home.path(QStringLiteral("none/Applications"));
+    platform.workspace.localFolders = {folder};
+    destination = folder + QStringLiteral("/Quillmark.app");
+    moveToTheEnd();
+    const QString make = QStringLiteral("AuthorizationExecuteWithPrivileges /bin/mkdir -p ") + folder;
+    EXPECT_EQ(deeds(), QStringList({create(), rights(), make, wait(), copy(), wait(), free(), recycled(source),
+                                    relaunch(), programs(), QStringLiteral("terminate")}));
+    EXPECT_TRUE(log().contains(QStringLiteral("vrb Making \"%1\"").arg(folder)));
+}
+
+TEST_F(MoveWithPassword, FailsWhenThatFolderCannotBeMade) {
+    platform.workspace.localFolders = {home.path(QStringLiteral("none"))};
+    platform.authorization.childStatuses = {kExitedWith1};
+    move();
+    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/cp")).size(), 0);
+    EXPECT_EQ(lastAlert(), QStringLiteral("runModal [Quillmark] Could not move to Applications folder |  | OK"));
+}
+
 TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
     putOldCopyOfAnAdministrator();
     home.write(QStringLiteral("a/One.app/x"), "x");
@@ -700,6 +761,36 @@ TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
                                     QStringLiteral("terminate")}));
     EXPECT_TRUE(log().contains(QStringLiteral("vrb Removing \"%1\"").arg(one)));
     EXPECT_TRUE(log().contains(QStringLiteral("nrm Not removing \"%1\": the application is in it").arg(source)));
+}
+
+TEST_F(MoveWithPassword, NeverRemovesWhatHoldsTheApplication) {
+    PFAlsoRemoveBundles({source, QStringLiteral("~"), QStringLiteral("/")});
+    moveToTheEnd();
+    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/rm")), QStringList());
+    EXPECT_EQ(log().filter(QStringLiteral("nrm Not removing")).size(), 3);
+    EXPECT_TRUE(deeds().contains(copy()));
+}
+
+TEST_F(MoveWithPassword, LeavesAloneWhatOthersCouldExchangeMeanwhile) {
+    home.write(QStringLiteral("open/One.app/x"), "x");
+    const QString open = home.path(QStringLiteral("open"));
+    ASSERT_EQ(::chmod(QFile::encodeName(open).constData(), 0777), 0);
+    PFAlsoRemoveBundles({QStringLiteral("~/open/One.app")});
+    moveToTheEnd();
+    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/rm")), QStringList());
+    EXPECT_TRUE(deeds().contains(copy()));
+    EXPECT_TRUE(log().contains(
+        QStringLiteral("ERR Leaving \"%1/One.app\" alone: others can change what is in \"%1\"").arg(open)));
+}
+
+TEST_F(MoveWithPassword, FailsWhereOthersCouldExchangeThePlaceItself) {
+    const QString open = home.path(QStringLiteral("open"));
+    home.write(QStringLiteral("open/x"), "x");
+    ASSERT_EQ(::chmod(QFile::encodeName(open).constData(), 0777), 0);
+    platform.workspace.localFolders = {open + QStringLiteral("/Applications")};
+    move();
+    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/")), QStringList());
+    EXPECT_EQ(lastAlert(), QStringLiteral("runModal [Quillmark] Could not move to Applications folder |  | OK"));
 }
 
 TEST_F(MoveWithPassword, RemovesWhatIsInAFolderThatIsNamedWithATilde) {

@@ -14,8 +14,12 @@
 #include "utils/CurrentThread.h"
 
 #include <QCoreApplication>
+#include <array>
+#include <climits>
 #include <csignal>
+#include <cstdio>
 #include <fstream>
+#include <future>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -110,6 +114,19 @@ TEST(HomeFolder, IsThatOfTheEnvironment) {
     EXPECT_EQ(homeFolder(), home.path());
     qputenv("HOME", "/somewhere//");
     EXPECT_EQ(homeFolder(), QStringLiteral("/somewhere"));
+}
+
+TEST(HomeFolder, ThatIsTheRootFolderLeavesNoSecondSlash) {
+    const test::TemporaryHome restoredAfterwards;
+    qputenv("HOME", "/");
+    EXPECT_EQ(homeFolder(), QStringLiteral("/"));
+    EXPECT_EQ(expandingTilde(QStringLiteral("~/Library")), QStringLiteral("/Library"));
+    const test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    test::FakeClock clock;
+    const LinuxWorkspace workspace(propertyList, bus, clock);
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), QStringList{QStringLiteral("/Applications")});
+    EXPECT_TRUE(workspace.downloadsFolders().contains(QStringLiteral("/Downloads")));
 }
 
 TEST(HomeFolder, IsTheAccountsWhenTheEnvironmentNamesNone) {
@@ -289,7 +306,7 @@ TEST(ScriptsTest, AScriptNeitherCompilesNorHasAResult) {
 TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {
     ::signal(SIGCHLD, SIG_IGN);
     LinuxTasks tasks;
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 3")}), 3);
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 3")}, {}), 3);
 }
 
 TEST(TasksTest, AStartedProgramFindsTheProgramsOfTheGivenFolderFirst) {
@@ -313,11 +330,67 @@ TEST(TasksTest, AStartedProgramFindsTheProgramsOfTheGivenFolderFirst) {
     EXPECT_FALSE(started(QString()).contains("ours"));
 }
 
+TEST(MainThreadTest, ADetachedThreadHasItsNameInTheLogToo) {
+    LinuxMainThread mainThread;
+    std::promise<std::string> prefix;
+    mainThread.detachNewThread(QStringLiteral("repair"), [&prefix] { prefix.set_value(currentThreadLogPrefix()); });
+    EXPECT_EQ(prefix.get_future().get(), "[repair] ");
+}
+
+TEST(TasksTest, ARunFindsTheProgramsOfTheGivenFolderFirst) {
+    const test::TemporaryHome home;
+    const QString program = home.write(QStringLiteral("programs/true"), "#!/bin/sh\nexit 5\n");
+    QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner);
+    const QStringList script{QStringLiteral("-c"), QStringLiteral("env true")};
+    LinuxTasks tasks;
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), script, home.path(QStringLiteral("programs"))), 5);
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), script, {}), 0);
+}
+
+TEST(TasksTest, ARunWhoseEndTheSystemDoesNotKeepIsNone) {
+    LinuxTasks tasks;
+    ::signal(SIGCHLD, SIG_IGN);
+    EXPECT_FALSE(tasks.run(QStringLiteral("/bin/true"), {}, {}));
+    ::signal(SIGCHLD, SIG_DFL);
+}
+
+TEST(TasksTest, ARunThatIsNotWaitedForHasOurStreamsAndFolderAndLeavesNoDeadProcess) {
+    const test::TemporaryHome home;
+    LinuxTasks tasks;
+    std::array<int, 2> pipe{};
+    ASSERT_EQ(::pipe(pipe.data()), 0);
+    const int output = ::dup(STDOUT_FILENO);
+    ::dup2(pipe[1], STDOUT_FILENO);
+    EXPECT_TRUE(tasks.runUnwaited(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("echo $$; pwd")}));
+    ::dup2(output, STDOUT_FILENO);
+    ::close(output);
+    ::close(pipe[1]);
+    FILE *printed = ::fdopen(pipe[0], "r");
+    int process = 0;
+    std::array<char, PATH_MAX> folder{};
+    EXPECT_EQ(std::fscanf(printed, "%d %4095s", &process, folder.data()), 2);
+    std::fclose(printed);
+    EXPECT_EQ(QFile::decodeName(folder.data()), QDir::currentPath());
+    while (::kill(process, 0) == 0) { // it is waited for on a thread of its own
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(tasks.runUnwaited(QStringLiteral("/no/such/program"), {}));
+}
+
+TEST_F(SystemInfoTest, AKernelsVersionIsNeverThatOfAMac) {
+    const auto majorOf = [](qint32 kernel) { return belowAnyMac({kernel, 5, 1}).major; };
+    EXPECT_EQ(majorOf(6), 6);
+    EXPECT_EQ(majorOf(9), 9);
+    EXPECT_EQ(majorOf(10), 9);
+    EXPECT_EQ(majorOf(12), 9);
+    EXPECT_FALSE(belowAnyMac({}).major);
+}
+
 TEST(TasksTest, AProgramsStatusIsItsOwnOrItsSignalsNumberAbove128) {
     LinuxTasks tasks;
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/true"), {}), 0);
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("kill -9 $$")}), 137);
-    EXPECT_FALSE(tasks.run(QStringLiteral("/no/such/program"), {}));
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/true"), {}, {}), 0);
+    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("kill -9 $$")}, {}), 137);
+    EXPECT_FALSE(tasks.run(QStringLiteral("/no/such/program"), {}, {}));
 }
 
 } // namespace

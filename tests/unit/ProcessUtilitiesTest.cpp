@@ -25,6 +25,12 @@ TEST_F(ProcessDetection, AllThreePipelinesAlwaysRunInOrder) {
     EXPECT_EQ(platform.transcript.calls(), commands);
 }
 
+TEST_F(ProcessDetection, ThePipelinesFindTheBundlesOwnProgramsFirst) {
+    isRunning();
+    EXPECT_EQ(platform.tasks.programFolders,
+              QStringList(3, platform.bundle.path() + QStringLiteral("/Contents/Helpers")));
+}
+
 TEST_F(ProcessDetection, OneMatchIsEnough) {
     EXPECT_FALSE(isRunning());
     for (const QString &pipeline : {kFirst, kSecond, kThird}) {
@@ -87,6 +93,12 @@ TEST_F(ApplicationsTest, AnApplicationRunsWhenARecordHasItsIdentifierExactly) {
     EXPECT_FALSE(isApplicationRunning(id));
     run();
     EXPECT_TRUE(isApplicationRunning(id));
+}
+
+TEST_F(ApplicationsTest, AnAbsentIdentifierIsNotAnEmptyOne) {
+    platform.workspace.applications.append(QVariantMap{{kApplicationProcessIdentifier, 7}});
+    EXPECT_FALSE(isApplicationRunning(QString()));
+    EXPECT_FALSE(isApplicationRunning(QStringLiteral("")));
 }
 
 TEST_F(ApplicationsTest, LaunchingGoesByTheBundlesPath) {
@@ -160,6 +172,16 @@ TEST_F(ApplicationsTest, TheIntervalGrowsToTwoSecondsAndNoFurther) {
     quitApplication(id, true, 12.0);
     // 0.25 0.375 0.5625 0.84375 1.265625 1.8984375 2 2 2 2: their sum passes 12 with the tenth.
     EXPECT_EQ(sleptSeconds(), QList<int>({0, 0, 0, 0, 1, 1, 2, 2, 2, 2}));
+}
+
+TEST_F(ApplicationsTest, TheTimeIsOutWhenWhatHasElapsedIsAtLeastTheLimit) {
+    run();
+    quitApplication(id, true, 0.625); // 0.25 and 0.375, to the point
+    EXPECT_EQ(sleptSeconds().size(), 2);
+    quitApplication(id, true, 0.626);
+    EXPECT_EQ(sleptSeconds().size(), 2 + 3);
+    quitApplication(id, true, 0);
+    EXPECT_EQ(sleptSeconds().size(), 2 + 3 + 1);
 }
 
 TEST_F(ApplicationsTest, TheTimeOutIsToldInWholeSeconds) {

@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxPropertyList.h"
+#include "platform/linux/Utc.h"
 #include "support/QtPrinters.h"
 
 #include <QDateTime>
@@ -60,7 +61,7 @@ TEST(PropertyListBinary, EachTypeHasItsValue) {
     EXPECT_EQ(value("\x13" + QByteArray(8, '\xFF')), QVariant(-1LL));
     EXPECT_EQ(value(bytes({0x22, 0x3F, 0xC0, 0, 0})), QVariant(1.5));
     EXPECT_EQ(value(bytes({0x23, 0x3F, 0xF8, 0, 0, 0, 0, 0, 0})), QVariant(1.5));
-    EXPECT_EQ(value(bytes({0x33, 0, 0, 0, 0, 0, 0, 0, 0})), QVariant(QDateTime({2001, 1, 1}, {0, 0}, Qt::UTC)));
+    EXPECT_EQ(value(bytes({0x33, 0, 0, 0, 0, 0, 0, 0, 0})), QVariant(QDateTime({2001, 1, 1}, {0, 0}, kUtc)));
     EXPECT_EQ(value(bytes({0x42, 'a', 0})), QVariant(QByteArray("a\0", 2)));
     EXPECT_EQ(value(bytes({0x53, 'a', 'b', 'c'})), QVariant(QStringLiteral("abc")));
     EXPECT_EQ(value(bytes({0x63, 0, 0xE9, 0xD8, 0x3D, 0xDC, 0xC4})), QVariant(QStringLiteral("é📄")));

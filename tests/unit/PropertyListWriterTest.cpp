@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxPropertyList.h"
+#include "platform/linux/Utc.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 
@@ -26,7 +27,7 @@ TEST(PropertyListWriter, WhatIsWrittenReadsBackTheSame) {
                              {QStringLiteral("high"), std::numeric_limits<quint64>::max()},
                              {QStringLiteral("real"), 0.1},
                              {QStringLiteral("endless"), -std::numeric_limits<double>::infinity()},
-                             {QStringLiteral("date"), QDateTime({2024, 3, 5}, {14, 15, 2}, Qt::UTC)},
+                             {QStringLiteral("date"), QDateTime({2024, 3, 5}, {14, 15, 2}, kUtc)},
                              {QStringLiteral("data"), QByteArray("\0\1\xFF", 3)},
                              {QStringLiteral("list"), QVariantList({1LL, QVariantMap(), QVariantList()})}};
     EXPECT_EQ(writtenAndRead(map), QVariant(map));

@@ -1,4 +1,5 @@
 #include "platform/linux/LinuxPropertyList.h"
+#include "platform/linux/Utc.h"
 #include "support/QtPrinters.h"
 
 #include <QDateTime>
@@ -27,7 +28,7 @@ TEST(PropertyListXml, EachTypeHasItsValue) {
     EXPECT_EQ(value("<true/>"), QVariant(true));
     EXPECT_EQ(value("<false/>"), QVariant(false));
     EXPECT_EQ(value("<data>\n\tYWJj\n</data>"), QVariant(QByteArray("abc")));
-    EXPECT_EQ(value("<date>2024-03-05T14:15:02Z</date>"), QVariant(QDateTime({2024, 3, 5}, {14, 15, 2}, Qt::UTC)));
+    EXPECT_EQ(value("<date>2024-03-05T14:15:02Z</date>"), QVariant(QDateTime({2024, 3, 5}, {14, 15, 2}, kUtc)));
     EXPECT_EQ(value("<array><true/><string/></array>"), QVariant(QVariantList({true, QString()})));
     EXPECT_EQ(value("<dict><key>a</key><integer>1</integer></dict>"),
               QVariant(QVariantMap({{QStringLiteral("a"), 1LL}})));

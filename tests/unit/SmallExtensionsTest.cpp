@@ -93,6 +93,57 @@ TEST(CurrentThreadFileManager, ANumberThatNoAccountHasIsAnOwnerWithoutAName) {
     EXPECT_EQ(FileManager().attributes(file)->ownerAccountName.isEmpty(), isGiven);
 }
 
+/// A folder of this user's in which others may do what the mode says.
+class OthersFolders : public testing::Test {
+protected:
+    QString makeFolder(const char *name, mode_t mode) {
+        const QString path = home.path(QString::fromUtf8(name));
+        const QByteArray bytes = QFile::encodeName(path);
+        EXPECT_EQ(::mkdir(bytes.constData(), S_IRWXU), 0);
+        EXPECT_EQ(::chmod(bytes.constData(), mode), 0);
+        return path;
+    }
+
+    const test::TemporaryHome home;
+    const FileManager &files = __QMCurrentThreadFileManager();
+};
+
+TEST_F(OthersFolders, AreThoseInWhichOthersCanExchangeThings) {
+    const QString folder = makeFolder("open", 0777);
+    EXPECT_EQ(files.folderOfOthers(folder + QStringLiteral("/a/b")), folder);
+    EXPECT_EQ(files.folderOfOthers(folder), std::nullopt); // what may be done in it is another matter
+    EXPECT_EQ(files.folderOfOthers(home.path(QStringLiteral("x"))), std::nullopt);
+}
+
+TEST_F(OthersFolders, AreNoneWhereEachKeepsHisOwnAndTheNextThingIsThere) {
+    const QString folder = makeFolder("shared", 01777);
+    home.write(QStringLiteral("shared/mine"), "x");
+    EXPECT_EQ(files.folderOfOthers(folder + QStringLiteral("/mine")), std::nullopt);
+    EXPECT_EQ(files.folderOfOthers(folder + QStringLiteral("/not yet")), folder);
+}
+
+TEST_F(OthersFolders, AreLinksToo) {
+    const QString folder = makeFolder("folder", 0755);
+    const QString link = home.path(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(folder, link));
+    EXPECT_EQ(files.folderOfOthers(link + QStringLiteral("/a")), link);
+    EXPECT_EQ(files.folderOfOthers(link), std::nullopt);
+}
+
+TEST(CurrentThreadFileManager, TrustsPlainFilesOfThisUsersOfASensibleSize) {
+    const test::TemporaryHome home;
+    const FileManager files;
+    home.write(QStringLiteral("file"), "12345");
+    const QString file = home.path(QStringLiteral("file"));
+    EXPECT_TRUE(files.isTrustedFile(file, 5));
+    EXPECT_FALSE(files.isTrustedFile(file, 4));
+    const QString link = home.path(QStringLiteral("link"));
+    ASSERT_TRUE(QFile::link(file, link));
+    EXPECT_FALSE(files.isTrustedFile(link, 5));
+    EXPECT_FALSE(files.isTrustedFile(home.path(), 5));
+    EXPECT_FALSE(files.isTrustedFile(home.path(QStringLiteral("none")), 5));
+}
+
 TEST(CurrentThreadFileManager, TellsWhyAFolderCannotBeCreated) {
     const test::TemporaryHome home;
     const FileManager files;

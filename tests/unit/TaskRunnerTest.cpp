@@ -5,9 +5,13 @@
 
 #include <QCoreApplication>
 #include <QTimer>
+#include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/wait.h>
+#include <thread>
 
 namespace quillmark {
 namespace {
@@ -157,6 +161,75 @@ TEST_F(TaskRunner, TheChildHoldsNoDescriptorOfOursButTheInheritedOnes) {
     EXPECT_EQ(listed.count(u'\n'), inherited + 1); // and the folder that ls reads
 }
 
+TEST_F(TaskRunner, AByteOrderMarkIsPartOfTheOutput) {
+    EXPECT_EQ(shell(QStringLiteral("printf '\\357\\273\\277out'")), QStringLiteral("\ufeffout"));
+    EXPECT_FALSE(error);
+    shell(QStringLiteral("printf '\\357\\273\\277' >&2"));
+    ASSERT_TRUE(error); // as anything on standard error is one
+    EXPECT_EQ(info(kTaskStandardErrorKey), QVariant(QStringLiteral("\ufeff")));
+}
+
+TEST_F(TaskRunner, RunsOnAnyThread) {
+    QString output;
+    std::thread([&] { output = shell(QStringLiteral("echo out; sleep 0.1; echo more")); }).join();
+    EXPECT_EQ(output, QStringLiteral("out\nmore\n"));
+    EXPECT_FALSE(error);
+}
+
+TEST_F(TaskRunner, OnAThreadOfItsOwnGrandchildrenAndMuchOutputAreWaitedForAsWell) {
+    QString output;
+    std::thread([&] {
+        output =
+            shell(QStringLiteral("head -c 1000000 /dev/zero | tr '\\0' e >&2; (sleep 0.1; echo late) & echo early"));
+    }).join();
+    EXPECT_EQ(output, QStringLiteral("early\nlate\n"));
+    EXPECT_EQ(info(kTaskStandardErrorKey).toString().size(), 1'000'000);
+}
+
+TEST_F(TaskRunner, ACallbackThatRaisesEndsTheRunAndLeavesNoDeadProcess) {
+    qint32 process = 0;
+    const auto raise = [&process](const auto &exception) {
+        return [&process, exception](qint32 pid) {
+            process = pid;
+            throw exception;
+        };
+    };
+    const auto isGone = [&process] { return ::kill(process, 0) != 0 && errno == ESRCH; };
+    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/bin/true"), {},
+                                      raise(Exception(QStringLiteral("Name"), QStringLiteral("reason"))), &error)
+                    .isNull());
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code, -1);
+    EXPECT_TRUE(error->userInfo.isEmpty());
+    while (!isGone()) { // it is waited for on a thread of its own
+        std::this_thread::yield();
+    }
+    // Any other kind is the caller's.
+    EXPECT_THROW(stringByLaunchingPath(QStringLiteral("/bin/true"), {}, raise(7), &error), int);
+    while (!isGone()) {
+        std::this_thread::yield();
+    }
+}
+
+TEST_F(TaskRunner, ARunWhoseEndCannotBeLearnedIsAFailure) {
+    // Somebody else asks for the status first.
+    const QString output = stringByLaunchingPath(
+        QStringLiteral("/bin/echo"), {QStringLiteral("out")}, [](qint32 pid) { ::waitpid(pid, nullptr, 0); }, &error);
+    EXPECT_EQ(output, QStringLiteral("out\n"));
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->description(), QStringLiteral("Task terminationStatus was -1"));
+}
+
+/// Without an application object there is no event loop.
+TEST(TaskRunnerWithoutAnApplication, WaitsWithoutTurningInCircles) {
+    std::optional<Error> error;
+    const std::clock_t before = std::clock();
+    EXPECT_EQ(stringByLaunchingPath(QStringLiteral("/bin/sh"),
+                                    {QStringLiteral("-c"), QStringLiteral("sleep 0.5; echo x")}, {}, &error),
+              QStringLiteral("x\n"));
+    EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);
+}
+
 /// With fakes at the ports.
 class TaskRunnerPorts : public test::LogFixture {};
 
@@ -166,6 +239,16 @@ TEST_F(TaskRunnerPorts, ALaunchIsLoggedInDetail) {
     EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/bin/x"), {QStringLiteral("a")}, {}, &error).isNull());
     EXPECT_EQ(platform.transcript.calls(), QStringList({QStringLiteral("launch /bin/x a")}));
     EXPECT_EQ(error->code, -1);
+}
+
+TEST_F(TaskRunnerPorts, WithNothingLeftToWaitForTheWaitIsOver) {
+    platform.tasks.outputs.insert(QStringLiteral("/bin/x"),
+                                  "out"); // neither standard error nor the end can be waited for
+    QString output;
+    std::optional<Error> error;
+    std::thread([&] { output = stringByLaunchingPath(QStringLiteral("/bin/x"), {}, {}, &error); }).join();
+    EXPECT_EQ(output, QStringLiteral("out"));
+    EXPECT_FALSE(error);
 }
 
 using TaskRunnerDeathTest = TaskRunnerPorts;

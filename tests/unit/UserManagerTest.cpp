@@ -3,10 +3,12 @@
 #include "accounts/KeyList.h"
 #include "accounts/KeychainManager.h"
 #include "branding/BrandingManager.h"
+#include "platform/Path.h"
 #include "support/LogFixture.h"
 
 #include <QFileInfo>
 #include <limits>
+#include <unistd.h>
 
 namespace quillmark {
 namespace {
@@ -168,6 +170,9 @@ TEST_F(UserManagerTest, NumbersAreReadFromNumbersAndTexts) {
     EXPECT_EQ(read(9), both(9));
     EXPECT_EQ(read(true), both(1));
     EXPECT_EQ(read(2.9), both(2));
+    EXPECT_EQ(read(2.9F), both(2));
+    EXPECT_EQ(read(QVariant::fromValue(12L)), both(12));
+    EXPECT_EQ(read(QVariant::fromValue(12UL)), both(12));
     EXPECT_EQ(read(QStringLiteral(" 12 apples")), both(12));
     EXPECT_EQ(read(QStringLiteral("apples")), both(0));
     EXPECT_EQ(read(QVariantList{1}), both(-5));
@@ -434,6 +439,10 @@ TEST_F(UserManagerTest, ACacheLiesInAHiddenFolderOfItsLocation) {
               QStringLiteral("/Data/.QM/u1"));
     EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("/")}, {kUserCacheName, QStringLiteral("u1")}}),
               QStringLiteral("/.QM/u1"));
+    EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("/Data//x/")}, {kUserCacheName, QStringLiteral("u1//")}}),
+              QStringLiteral("/Data/x/.QM/u1"));
+    EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("")}, {kUserCacheName, QStringLiteral("u1")}}),
+              QStringLiteral(".QM/u1"));
     EXPECT_TRUE(pathFor({{kUserCacheName, QStringLiteral("u1")}}).isNull());
     EXPECT_TRUE(pathFor({{kCacheLocation, QStringLiteral("/Data")}}).isNull());
     EXPECT_TRUE(manager.userCachePath(kBert).isNull());
@@ -518,10 +527,9 @@ TEST_F(UserManagerTest, ACacheOutsideTheCachesFolderIsRefusedAndTheRecordRemoved
           QStringLiteral(""), QStringLiteral("."), QStringLiteral("u2/.."), QStringLiteral("./u2")}) {
         removeWithCache({{kCacheLocation, location}, {kUserCacheName, name}});
         EXPECT_TRUE(names().isEmpty()) << name.toStdString();
-        EXPECT_EQ(linesOf(log).last(),
-                  QStringLiteral("ERR The cache \"%1/.QM/%2\" of \"anna\" is not removed: its name is "
-                                 "no name of a folder")
-                      .arg(location, name));
+        EXPECT_EQ(linesOf(log).last(), QStringLiteral("ERR The cache \"%1\" of \"anna\" is not removed: its name is "
+                                                      "no name of a folder")
+                                           .arg(appendingPathComponent(location + QStringLiteral("/.QM"), name)));
     }
     removeWithCache({{kCacheLocation, QStringLiteral("Data")}, {kUserCacheName, QStringLiteral("u2")}});
     EXPECT_EQ(linesOf(log).last(),
@@ -531,17 +539,66 @@ TEST_F(UserManagerTest, ACacheOutsideTheCachesFolderIsRefusedAndTheRecordRemoved
     EXPECT_EQ(test::readAll(other), "cached");
 }
 
-TEST_F(UserManagerTest, ACacheBehindALinkIsRefused) {
+TEST_F(UserManagerTest, ACacheBehindALinkInItsNameIsRefused) {
     const QString precious = home.write(QStringLiteral("Documents/u1/letter"), "kept");
     const QString log = logToFile(kLogLevelError);
     home.makeFolder(QStringLiteral("Data/.QM"));
     QFile::link(home.path(QStringLiteral("Documents")), home.path(QStringLiteral("Data/.QM/link")));
-    QFile::link(home.path(QStringLiteral("Documents")), home.path(QStringLiteral(".QM")));
     removeWithCache({{kCacheLocation, home.path(QStringLiteral("Data"))}, {kUserCacheName, QStringLiteral("link/u1")}});
-    removeWithCache({{kCacheLocation, home.path()}, {kUserCacheName, QStringLiteral("u1")}});
-    EXPECT_EQ(linesOf(log).size(), 2);
+    EXPECT_EQ(linesOf(log).size(), 1);
     EXPECT_TRUE(linesOf(log).last().endsWith(u"is not removed: a link lies in its way"));
     EXPECT_EQ(test::readAll(precious), "kept");
+}
+
+TEST_F(UserManagerTest, ACacheThatWasMovedToABiggerDiskIsDeletedThere) {
+    const QString others = home.write(QStringLiteral("Big/u2/file"), "cached");
+    home.write(QStringLiteral("Big/u1/part/file"), "cached");
+    const QString link = home.makeFolder(QStringLiteral("Data")) + QStringLiteral("/.QM");
+    QFile::link(home.path(QStringLiteral("Big")), link);
+    removeWithCache({{kCacheLocation, home.path(QStringLiteral("Data"))}, {kUserCacheName, QStringLiteral("u1")}});
+    EXPECT_FALSE(QFileInfo::exists(home.path(QStringLiteral("Big/u1"))));
+    EXPECT_EQ(test::readAll(others), "cached");
+    EXPECT_TRUE(QFileInfo(link).isSymLink());
+}
+
+TEST_F(UserManagerTest, ACacheThatStaysIsTold) {
+    struct Watching final : UserManager::RemovalObserver {
+        QStringList told;
+        void removeUserFinished() override { told << QStringLiteral("finished"); }
+        void cacheStays(const QString &path, const QString &reason) override { told << path << reason; }
+    };
+    const auto toldOf = [this](const QString &name) {
+        setList({record(kAnna, {{kCacheLocation, home.path(QStringLiteral("Data"))}, {kUserCacheName, name}})});
+        Watching watching;
+        manager.removeUser(kAnna, true, &watching);
+        runThreads();
+        platform.mainThread.pump();
+        EXPECT_TRUE(names().isEmpty());
+        return watching.told;
+    };
+    const QString caches = home.makeFolder(QStringLiteral("Data")) + QStringLiteral("/.QM");
+    const QString finished = QStringLiteral("finished");
+    for (const QString &target : {QStringLiteral("/proc"), home.path(QStringLiteral("unplugged"))}) {
+        QFile::link(target, caches); // nobody's but root's, and nothing at all
+        if (::geteuid() != 0 || target != u"/proc") {
+            EXPECT_EQ(toldOf(QStringLiteral("u1")),
+                      QStringList({caches + QStringLiteral("/u1"),
+                                   QStringLiteral("the link \"%1\" leads to no folder of the user's").arg(caches),
+                                   finished}));
+        }
+        QFile::remove(caches);
+    }
+    const QString kept = home.write(QStringLiteral("Elsewhere/file"), "kept");
+    home.makeFolder(QStringLiteral("Data/.QM"));
+    QFile::link(home.path(QStringLiteral("Elsewhere")), caches + QStringLiteral("/u1"));
+    EXPECT_EQ(toldOf(QStringLiteral("u1")),
+              QStringList({home.path(QStringLiteral("Elsewhere")),
+                           QStringLiteral("only a link to it was the user's cache"), finished}));
+    EXPECT_EQ(test::readAll(kept), "kept");
+    makeCache(QStringLiteral("u1"));
+    EXPECT_EQ(toldOf(QStringLiteral("u1/")), QStringList{finished}); // a slash at the end means nothing
+    EXPECT_FALSE(QFileInfo::exists(caches + QStringLiteral("/u1")));
+    EXPECT_EQ(toldOf(QStringLiteral("..")).size(), 3);
 }
 
 TEST_F(UserManagerTest, ACacheThatIsNotThereIsNoFault) {
@@ -583,6 +640,34 @@ TEST_F(UserManagerTest, PreferencesThatCannotBeWrittenAreToldOfAndValuesStay) {
     platform.keychain.status = kKeychainInteractionNotAllowed;
     EXPECT_FALSE(manager.setObject(QStringLiteral("s3cret"), kUserPassword, kAnna));
     EXPECT_FALSE(manager.setObject(QStringLiteral("k3y"), kUserEncryptionKey, kAnna));
+}
+
+TEST_F(UserManagerTest, NothingIsChangedWhileThePreferencesCannotBeRead) {
+    const QString log = logToFile(kLogLevelError);
+    const QVariantList list{record(kAnna, {{kAccountId, 5}})};
+    setList(list);
+    select(kAnna);
+    int refused = 0;
+    const auto isRefused = [&](const std::function<bool()> &change) {
+        platform.transcript.failAt(QStringLiteral("change"), 1);
+        EXPECT_FALSE(change());
+        ++refused;
+        EXPECT_EQ(linesOf(log).size(), refused);
+        EXPECT_EQ(linesOf(log).last(),
+                  QStringLiteral("ERR The preferences \"/preferences.plist\" can't be read; nothing was changed"));
+        EXPECT_EQ(platform.userDefaults.stored, (QVariantMap{{kUserList, list}, {kLastUsedUserName, kAnna}}));
+    };
+    isRefused([this] { return manager.setObject(1, kUserFirstName, kBert); });
+    isRefused([this] { return manager.removeObjectForKey(kAccountId, kAnna); });
+    isRefused([this] { return manager.saveUser(record(kBert), kBert); });
+    isRefused([this] { return manager.updateUserWithUsername(kBert, 5); });
+    isRefused([this] { return manager.removeIncompleteUser(kAnna); });
+    isRefused([this] { return manager.load(); });
+    isRefused([this] {
+        manager.removeUser(kAnna, false);
+        runThreads();
+        return false;
+    });
 }
 
 TEST_F(UserManagerTest, ManyUsersAreNoBurden) {

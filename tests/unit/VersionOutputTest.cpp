@@ -56,17 +56,23 @@ TEST_F(VersionOutput, IsAllOfItWithoutAMarker) {
     EXPECT_EQ(in("x"), QStringLiteral("x"));
 }
 
-TEST_F(VersionOutput, IsOneLine) {
-    EXPECT_EQ(in("Limited 1.0\n"), QStringLiteral("1.0"));
-    EXPECT_EQ(in("Limited 1.0\nUsage\n"), QStringLiteral("1.0"));
-    EXPECT_EQ(in("Usage\nLimited 1.0\nUsage\n"), QStringLiteral("1.0"));
-    EXPECT_EQ(in("Limited 1.0\nLimited 2.0\n"), QStringLiteral("2.0"));
-    EXPECT_EQ(in("first\nsecond"), QStringLiteral("first"));
-    EXPECT_EQ(in("\n1.0"), QStringLiteral(""));
+TEST_F(VersionOutput, IsAllLinesToTheEnd) {
+    EXPECT_EQ(in("Limited 1.0\n"), QStringLiteral("1.0\n"));
+    EXPECT_EQ(in("Limited 1.0\nUsage\n"), QStringLiteral("1.0\nUsage\n"));
+    EXPECT_EQ(in("Usage\nLimited 1.0\nUsage\n"), QStringLiteral("1.0\nUsage\n"));
+    EXPECT_EQ(in("Limited 1.0\nLimited 2.0\n"), QStringLiteral("2.0\n"));
+    EXPECT_EQ(in("first\nsecond"), QStringLiteral("first\nsecond"));
+    EXPECT_EQ(in("\n1.0"), QStringLiteral("\n1.0"));
+}
+
+TEST_F(VersionOutput, KeepsAByteOrderMark) {
+    EXPECT_EQ(in("\xef\xbb\xbf"
+                 "1.0"),
+              QStringLiteral("\ufeff1.0"));
 }
 
 TEST_F(VersionOutput, OfNothingIsAnEmptyTextAndNotANullOne) {
-    for (const char *output : {"", "Limited ", "Limited \n1.0", "Limited 1.0 Limited "}) {
+    for (const char *output : {"", "Limited ", "Limited 1.0 Limited "}) {
         EXPECT_EQ(in(output), QStringLiteral(""));
         EXPECT_FALSE(in(output).isNull()) << output;
     }
@@ -84,7 +90,7 @@ TEST_F(VersionOutput, IsFoundWhereverAPieceEnds) {
     const QByteArray marker = "Limited ";
     for (qsizetype before = kPiece - marker.size() - 3; before <= kPiece + 1; ++before) {
         EXPECT_EQ(in(QByteArray(before, 'x') + marker + "1.2.3.4\n" + QByteArray(kPiece, 'y')),
-                  QStringLiteral("1.2.3.4"))
+                  QStringLiteral("1.2.3.4\n") + QString(kPiece, u'y'))
             << before;
         EXPECT_EQ(in("Limited 9.9" + QByteArray(before, 'x') + marker + "1.2.3.4"), QStringLiteral("1.2.3.4"))
             << before;
@@ -97,29 +103,31 @@ TEST_F(VersionOutput, MayHaveACharacterAcrossPieces) {
 }
 
 TEST_F(VersionOutput, IsCutWhenItIsLongerThanAnyVersion) {
-    EXPECT_EQ(in("Limited " + QByteArray(300, '1')).size(), 256);
-    EXPECT_EQ(in(QByteArray(3 * kPiece, '1')).size(), 256);
-    EXPECT_EQ(in(QByteArray(3 * kPiece, '1') + "Limited 2"), QStringLiteral("2"));
+    constexpr qsizetype kLongest = 1 << 20;
+    EXPECT_EQ(in("Limited " + QByteArray(300, '1')).size(), 300);
+    EXPECT_EQ(in("Limited " + QByteArray(kLongest + 1, '1')).size(), kLongest);
+    EXPECT_EQ(in(QByteArray(3 * kLongest, '1')).size(), kLongest);
+    EXPECT_EQ(in(QByteArray(3 * kLongest, '1') + "Limited 2"), QStringLiteral("2"));
 }
 
 TEST_F(VersionOutput, IsPrintedByAProgramWithoutArguments) {
-    EXPECT_EQ(printedBy("echo \"Someone Limited $#.0.0.0\""), QStringLiteral("0.0.0.0"));
+    EXPECT_EQ(printedBy("echo \"Someone Limited $#.0.0.0\""), QStringLiteral("0.0.0.0\n"));
 }
 
 TEST_F(VersionOutput, IsWaitedFor) {
-    EXPECT_EQ(printedBy("printf 'Limited 1.'; sleep 0.1; echo 2"), QStringLiteral("1.2"));
+    EXPECT_EQ(printedBy("printf 'Limited 1.'; sleep 0.1; echo 2"), QStringLiteral("1.2\n"));
 }
 
 TEST_F(VersionOutput, CountsWhateverTheStatusIs) {
-    EXPECT_EQ(printedBy("echo Limited 1.2; exit 3"), QStringLiteral("1.2"));
-    EXPECT_EQ(printedBy("echo Limited 1.2; kill -SEGV $$"), QStringLiteral("1.2"));
+    EXPECT_EQ(printedBy("echo Limited 1.2; exit 3"), QStringLiteral("1.2\n"));
+    EXPECT_EQ(printedBy("echo Limited 1.2; kill -SEGV $$"), QStringLiteral("1.2\n"));
     EXPECT_EQ(printedBy("kill -KILL $$"), QStringLiteral(""));
 }
 
 TEST_F(VersionOutput, DoesNotComeFromStandardError) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(printedBy("echo Limited 9.9 >&2; head -c 1000000 /dev/zero | tr '\\0' e >&2; echo Limited 1.2"),
-              QStringLiteral("1.2"));
+              QStringLiteral("1.2\n"));
     const std::string passedOn = testing::internal::GetCapturedStderr();
     EXPECT_EQ(passedOn.size(), std::string("Limited 9.9\n").size() + 1'000'000);
 }
@@ -127,7 +135,7 @@ TEST_F(VersionOutput, DoesNotComeFromStandardError) {
 TEST_F(VersionOutput, OfAHundredMegabytesTakesLittleMemory) {
     printedBy("echo 1");
     const qint64 before = peakMemory();
-    EXPECT_EQ(printedBy("head -c 100000000 /dev/zero | tr '\\0' 'x'; echo; echo Limited 1.2"), QStringLiteral("1.2"));
+    EXPECT_EQ(printedBy("head -c 100000000 /dev/zero | tr '\\0' 'x'; echo; echo Limited 1.2"), QStringLiteral("1.2\n"));
     constexpr qint64 kLittle = 16 * 1024; // KiB; the sanitizers keep what was freed
     EXPECT_LT(peakMemory() - before, kLittle);
 }
@@ -148,7 +156,8 @@ TEST_F(VersionOutput, ThatCannotBeReadIsNothing) {
     /// Hands out a pipe that is none.
     class BrokenTasks final : public Tasks {
     public:
-        std::optional<int> run(const QString &, const QStringList &) override { return std::nullopt; }
+        std::optional<int> run(const QString &, const QStringList &, const QString &) override { return std::nullopt; }
+        bool runUnwaited(const QString &, const QStringList &) override { return false; }
         bool start(const QString &, const QStringList &, const QString &) override { return false; }
         std::optional<PipedTask> launch(const QString &, const QStringList &, StandardError) override {
             return PipedTask{7, Descriptor(::open("/dev/null", O_WRONLY | O_CLOEXEC)), {}, {}};
@@ -157,6 +166,7 @@ TEST_F(VersionOutput, ThatCannotBeReadIsNothing) {
             ++waits;
             return 0;
         }
+        void abandon(const PipedTask &) override {}
         int waits = 0;
     };
     BrokenTasks tasks;

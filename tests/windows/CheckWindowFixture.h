@@ -1,19 +1,19 @@
 #pragma once
 
-#include "branding/LocalizedStrings.h"
 #include "platform/HeaderBranding.h"
 #include "platform/Images.h"
 #include "platform/Platform.h"
 #include "platform/Problem.h"
-#include "platform/linux/LinuxBundle.h"
 #include "platform/linux/LinuxCheckWindows.h"
 #include "platform/linux/WindowModule.h"
+#include "support/InstallCheckFixture.h"
 #include "support/QtPrinters.h"
 
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
 #include <QLabel>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTest>
@@ -22,8 +22,9 @@
 
 namespace quillmark::test {
 
-/// Shows the check window of the built bundle's own module, filled as the install check does it.
-class CheckWindowFixture : public testing::Test, protected CheckWindowView::Owner {
+/// Shows the check window of the built bundle's own module, filled by an install check over components of the test's
+/// own, in one of the languages of the bundle.
+class CheckWindowFixture : public InstallCheckFixture, protected CheckWindowView::Owner {
 protected:
     using Outlet = CheckWindowView::Outlet;
     using Fault = CheckWindowView::Fault;
@@ -46,47 +47,60 @@ protected:
         view = m_checkWindows.load(interfaceFile, branding, *this);
         return view != nullptr;
     }
-    /// Gives the window what the install check gives it.
+    /// Lets the install check find the components at fault, and give the window what it gives it.
     void fill() {
-        const LinuxBundle bundle(QStringLiteral(QUILLMARK_APP), {language}, nativePlatform().propertyList);
-        LocalizedStrings strings(bundle);
-        const auto text = [&strings](const char *key) { return strings.localisedString(QLatin1StringView(key)); };
-        view->setText(Outlet::Header, text("Installing Quillmark"));
-        view->useWelcomeBranding();
-        if (logo) {
-            view->setHeaderLogo(*logo);
+        speak();
+        platform.images.pictures.insert(platform.bundle.resourcePath() + QStringLiteral("/logo-1.bmp"), *logo);
+        platform.bundle.resources << logo->name;
+        platform.checkWindows.windowInItsPlace = view;
+        setItems(components.isEmpty() ? componentsAtFault() : components);
+        EXPECT_FALSE(manager().checkForRequiredItems());
+        if (!faults.isEmpty()) {
+            view->setFaults(faults);
         }
-        view->setText(Outlet::InstallButton, text("Continue"));
-        view->setText(Outlet::DontInstallButton, text("QuillmarkLauncher_DontInstall"));
-        view->setText(Outlet::Window, text("ProductName"));
-        view->setText(Outlet::Progress, text("QuillmarkLauncher_Installing"));
-        view->setText(Outlet::DetailsButton, text("QuillmarkLauncher_Details"));
-        view->setText(Outlet::FaultsList, text("QuillmarkLauncher_FaultyComponents"));
-        view->setText(Outlet::NameColumn, text("QuillmarkLauncher_Component"));
-        view->setText(Outlet::StatusColumn, text("QuillmarkLauncher_Status"));
-        view->makeInstallButtonDefault();
-        shortExplanation = text("QuillmarkLauncher_RepairInfo");
-        view->setText(Outlet::Explanation, shortExplanation + text("QuillmarkLauncher_Components") +
-                                               text("QuillmarkLauncher_FileSystem") +
-                                               text("QuillmarkLauncher_Helpers") + u'\n');
-        view->setFaults(faults.isEmpty() ? QList<Fault>{{QStringLiteral("updateqm"), text("Wrong Permissions")},
-                                                        {QStringLiteral("finderoverlaytool"), text("Missing")},
-                                                        {QStringLiteral("QuillmarkFS"), text("Old Version")}}
-                                         : faults);
     }
+    /// Has the language's texts looked up from now on.
+    void speak() {
+        const QVariantMap texts = nativePlatform().propertyList.readDictionary(
+            QStringLiteral(QUILLMARK_APP "/Contents/Resources/%1.lproj/Localizable.strings").arg(language));
+        EXPECT_FALSE(texts.isEmpty()) << qPrintable(language);
+        for (const auto &[key, text] : texts.asKeyValueRange()) {
+            platform.bundle.strings.insert(key, text.toString());
+        }
+    }
+
+    // Components for the install check to find.
+
+    RequiredItem missing(const char *type, const char *name) const {
+        return itemOf(type, name, home.path(QStringLiteral("none")));
+    }
+    RequiredItem toolWithWrongPermissions() {
+        return itemOf("QMTool", "updateqm", installTool(QStringLiteral("updateqm"), "Limited 1.14.4.1303", 0775));
+    }
+    RequiredItem oldFileSystem() {
+        return itemOf("Bundle", "QuillmarkFS", installBundle(QStringLiteral("fs"), QStringLiteral("1.0.0")),
+                      {{kVersion, QStringLiteral("1.14.4")}});
+    }
+    RequiredItem invalidFramework() {
+        return itemOf("Bundle", "QuillmarkRuntime", installBundle(QStringLiteral("runtime"), QVariant()));
+    }
+    /// Of both kinds that the explanation names, each with a status of its own.
+    QVariantList componentsAtFault() {
+        return {toolWithWrongPermissions(), missing("QMTool", "finderoverlaytool"), oldFileSystem()};
+    }
+
     /// The window as it comes to the front, and as the user has it before him.
     QDialog &show() {
         EXPECT_TRUE(load());
         fill();
-        view->bringToFront();
         EXPECT_TRUE(QTest::qWaitForWindowActive(findWindow()));
         QApplication::processEvents();
         return *findWindow();
     }
     void showLines(int count) {
-        faults.clear();
+        components.clear();
         for (int index = 1; index <= count; ++index) {
-            faults.append({QStringLiteral("component%1").arg(index), QStringLiteral("Missing")});
+            components << missing("QMTool", qPrintable(QStringLiteral("component%1").arg(index)));
         }
         show();
     }
@@ -128,20 +142,32 @@ protected:
     }
     static void useDarkPalette() { QApplication::setPalette(QPalette(QColor(0x2a, 0x2e, 0x32))); }
 
-    static std::optional<Image> shippedLogo() {
-        const QString name = QStringLiteral("logo-1.bmp");
+    static std::optional<Image> shippedLogo(const char *file = "logo-1.bmp") {
+        const QString name = QLatin1StringView(file);
         std::optional<Image> image =
             nativePlatform().images.load(QStringLiteral(QUILLMARK_APP "/Contents/Resources/") + name);
         image->name = name;
         return image;
     }
 
-    /// Leaves a picture for whoever wants to see it.
-    static void keepPicture(QWidget &window, const QString &name) {
-        const QString folder = QStringLiteral(QUILLMARK_DRAWN_PICTURES);
+    /// Leaves a picture for whoever wants to see it, of the window with the sheet or the alert that covers it.
+    static void keepPicture(QWidget &window, const QString &name,
+                            const QString &folder = QStringLiteral(QUILLMARK_DRAWN_PICTURES)) {
         QDir().mkpath(folder);
         const QString path = QStringLiteral("%1/%2@%3x.png").arg(folder, name).arg(window.devicePixelRatioF());
-        EXPECT_TRUE(window.grab().save(path)) << qPrintable(path);
+        QPixmap picture = window.grab();
+        QPainter painter(&picture);
+        for (QDialog *const cover : window.findChildren<QDialog *>()) {
+            if (cover->isVisible()) {
+                const QRect place(window.mapFromGlobal(cover->pos()), cover->size());
+                painter.drawPixmap(place.topLeft(), cover->grab());
+                if (!cover->windowFlags().testFlag(Qt::FramelessWindowHint)) {
+                    painter.drawRect(place); // in a desktop's frame's place
+                }
+            }
+        }
+        painter.end();
+        EXPECT_TRUE(picture.save(path)) << qPrintable(path);
     }
 
     /// What was reported since the test began.
@@ -152,14 +178,14 @@ protected:
 
     CheckWindowView *view = nullptr;
     QString language = QStringLiteral("en");
-    QString shortExplanation;
-    QList<Fault> faults; ///< three, if none are given
+    QVariantList components; ///< all of them at fault; three, if none are given
+    QList<Fault> faults;     ///< what the list shows; that of the components, if none are given
     QString interfaceFile = QStringLiteral(QUILLMARK_APP "/Contents/Resources/InstallCheck.ui");
     qint32 brand = 1;
     std::optional<Image> logo = shippedLogo();
     HeaderBranding branding{QStringLiteral(QUILLMARK_APP "/Contents/Resources"), QStringLiteral("Quillmark"),
                             [] { return -1; }, [this] { return brand; },
-                            [](qint32 /*brand*/) { return std::optional<Image>(); }};
+                            [](qint32 id) { return shippedLogo(id == 15 ? "logo-15.bmp" : "logo-1.bmp"); }};
     QStringList calls; ///< what the owner was told
 
     void installButtonClick() override { calls << QStringLiteral("install"); }

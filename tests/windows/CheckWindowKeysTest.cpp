@@ -1,6 +1,8 @@
 #include "platform/Alerts.h"
 #include "windows/CheckWindowFixture.h"
 
+#include <QAccessible>
+
 namespace quillmark::test {
 
 namespace {
@@ -97,6 +99,28 @@ TEST_F(CheckWindowKeys, UnderTheSheetNothingCanBePressed) {
     EXPECT_EQ(calls, QStringList());
 }
 
+TEST_F(CheckWindowKeys, UnderTheSheetAssistiveProgramsCanPressNothing) {
+    showSheet();
+    for (QPushButton *const button : {&install(), &dontInstall(), &details()}) {
+        QAccessibleInterface &pushButton = *QAccessible::queryAccessibleInterface(button);
+        EXPECT_TRUE(pushButton.state().disabled) << qPrintable(button->objectName());
+        EXPECT_EQ(pushButton.actionInterface()->actionNames(), QStringList()) << qPrintable(button->objectName());
+    }
+    view->endProgressSheet();
+    QAccessibleInterface &pushButton = *QAccessible::queryAccessibleInterface(&install());
+    EXPECT_FALSE(pushButton.state().disabled);
+    pushButton.actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return calls.last() == u"install"; })) << "the click is an animation";
+}
+
+TEST_F(CheckWindowKeys, BehindTheSheetContinueHasTheFocusAgain) {
+    show();
+    details().setFocus();
+    view->beginProgressSheet();
+    view->endProgressSheet();
+    EXPECT_EQ(findWindow()->focusWidget(), &install());
+}
+
 TEST_F(CheckWindowKeys, AnAlertOverItIsDismissedByReturnAndByEscapeAndTheWindowStays) {
     show();
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
@@ -107,6 +131,7 @@ TEST_F(CheckWindowKeys, AnAlertOverItIsDismissedByReturnAndByEscapeAndTheWindowS
         auto *const dialog = findWindow()->findChild<QDialog *>(QStringLiteral("alert"));
         ASSERT_NE(dialog, nullptr);
         EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+        EXPECT_EQ(findWindow()->mapFromGlobal(dialog->pos()).y(), outlet("checkHeaderView").height());
         keepPicture(*dialog, QStringLiteral("check-alert"));
         QTest::keyClick(dialog->focusWidget(), key);
         EXPECT_FALSE(dialog->isVisible());

@@ -4,6 +4,7 @@
 #include <QAccessible>
 #include <QScreen>
 #include <QScrollBar>
+#include <QWindow>
 
 namespace quillmark::test {
 
@@ -100,6 +101,32 @@ TEST_F(CheckWindowLook, ComesBackToTheMiddleOfTheScreenFromWhereTheUserHasMovedI
     EXPECT_EQ(window.pos(), middle);
 }
 
+TEST_F(CheckWindowLook, FloatsAboveOrdinaryWindowsUnlessASheetCoversIt) {
+    const QDialog &window = show();
+    const auto isFloating = [&window] { return window.windowHandle()->flags().testFlag(Qt::WindowStaysOnTopHint); };
+    EXPECT_TRUE(isFloating());
+    view->beginProgressSheet(); // a password dialog comes now, and would stand behind it
+    EXPECT_FALSE(isFloating());
+    EXPECT_TRUE(window.isVisible());
+    view->endProgressSheet();
+    EXPECT_TRUE(isFloating());
+    view->beginProgressSheet();
+    view->bringToFront();
+    EXPECT_TRUE(isFloating());
+}
+
+TEST_F(CheckWindowLook, ShowsTheWholeExplanationWithItsLastLineBreak) {
+    show();
+    const QString text = QStringLiteral("Before\n\n\u2022 after\n");
+    view->setText(Outlet::Explanation, text);
+    EXPECT_EQ(explanation().text(), text);
+}
+
+TEST_F(CheckWindowLook, TheHeaderAloneDecidesWhatIsPaintedOfIt) {
+    show();
+    EXPECT_FALSE(outlet("checkHeaderView").autoFillBackground()) << "a header that is not visible would show a ground";
+}
+
 TEST_F(CheckWindowLook, HasASmallSheetWithOneLineAndAnEndlessBar) {
     const QDialog &progress = showSheet();
     EXPECT_EQ(progress.width(), 400);
@@ -156,7 +183,7 @@ TEST_F(CheckWindowLook, WithoutAnyFaultThereIsNoList) {
 TEST_F(CheckWindowLook, NothingJumpsWhenLessIsLeftToSay) {
     show();
     const QList<QRect> before = places();
-    view->setText(Outlet::Explanation, shortExplanation);
+    view->setText(Outlet::Explanation, explanation().text().section(u'\n', 0, 0));
     view->setFaults(faults.first(0) + QList<Fault>{{QStringLiteral("QuillmarkFS"), QStringLiteral("Missing")}});
     QApplication::processEvents();
     EXPECT_EQ(places(), before);

@@ -356,6 +356,14 @@ TEST_F(HeaderView, ANotVisibleHeaderDrawsNothingAndAsksForNothing) {
     EXPECT_TRUE(placeOf(kNothing, draw()).isEmpty());
 }
 
+TEST_F(HeaderView, AGroundOfTheWindowsShowsWhereThePictureIsMissingAndOnlyWhileTheHeaderIsVisible) {
+    const Resources none(branding);
+    view().setGround(Qt::darkBlue);
+    EXPECT_EQ(at(5, 5), QColor(Qt::darkBlue));
+    view().setHeaderVisible(false);
+    EXPECT_EQ(placeOf(kNothing, draw()), QRectF(0, 0, 400, 60));
+}
+
 // Sizes and resolutions
 
 TEST_F(HeaderView, IsSixtyPointsHigh) {

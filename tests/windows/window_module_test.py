@@ -78,6 +78,14 @@ class WindowModule(unittest.TestCase):
                 self.assertEqual(self.answer_on(display, key, process), ("answer 0\n", ""))
                 self.assertEqual(process.returncode, 0)
 
+    def test_tells_the_display_the_name_of_its_bundle(self):
+        display = self.display()
+        process = self.start(DISPLAY=display)
+        name = subprocess.run(["xdotool", "search", "--sync", "--onlyvisible", "--class", "^AlertProbe$", "getwindowname"],
+                              env=self.environment(DISPLAY=display), timeout=PATIENCE, capture_output=True, text=True)
+        self.assertEqual(name.stdout, "Quillmark\n", "the title is the brand's product name")
+        self.answer_on(display, "Return", process)
+
     def test_without_a_display_the_texts_go_to_standard_error(self):
         self.assert_answered_without_window(self.start(), "there is no display")
 

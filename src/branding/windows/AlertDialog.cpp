@@ -23,6 +23,7 @@ constexpr int kMargin = 20;       // between the window's edge and what it holds
 constexpr int kIconSpacing = 18;  // between icon and texts
 constexpr int kTextSpacing = 8;   // between the two texts
 constexpr int kAboveButtons = 22; // between texts and buttons
+constexpr int kBetweenButtons = 10;
 constexpr int kMinimumButtonWidth = 88;
 constexpr int kBesideTitle = 6;          // more than the style leaves between a button's title and its edges
 constexpr int kAboveSuppression = 8;     // more than between the texts
@@ -59,6 +60,7 @@ AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon, QWidg
     upper->addLayout(texts, 1);
     addTexts(*texts, alert);
     auto *const lower = new QHBoxLayout;
+    lower->setSpacing(kBetweenButtons);
     all->addLayout(lower);
     addButtons(*lower, alert.buttons);
 }
@@ -124,12 +126,13 @@ void AlertDialog::addButtons(QBoxLayout &layout, QStringList titles) {
 }
 
 void AlertDialog::showEvent(QShowEvent *event) {
-    // Where the user looks: the screen with the pointer.
-    const QScreen *pointed = QGuiApplication::screenAt(QCursor::pos());
-    const QScreen &shown = pointed != nullptr ? *pointed : *screen();
     adjustSize();
-    const QRect around = parentWidget() != nullptr ? parentWidget()->frameGeometry() : shown.availableGeometry();
-    move(QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, size(), around).topLeft());
+    if (parentWidget() == nullptr) { // a sheet is where its window has put it
+        // Where the user looks: the screen with the pointer.
+        const QScreen *pointed = QGuiApplication::screenAt(QCursor::pos());
+        const QScreen &shown = pointed != nullptr ? *pointed : *screen();
+        move(QStyle::alignedRect(layoutDirection(), Qt::AlignCenter, size(), shown.availableGeometry()).topLeft());
+    }
     QDialog::showEvent(event);
     raise();
     activateWindow();

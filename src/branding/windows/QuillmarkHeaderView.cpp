@@ -94,6 +94,7 @@ void QuillmarkHeaderView::paintEvent(QPaintEvent *event) {
         return;
     }
     QPainter painter(this);
+    painter.fillRect(rect(), m_ground);
     drawRect(painter);
     QWidget::paintEvent(event);
 }

@@ -24,6 +24,8 @@ public:
     /// A header that is not visible keeps its place and draws nothing; QWidget::setVisible() gives up the place, too.
     /// Shows at the next drawing.
     void setHeaderVisible(bool flag) { m_isVisible = flag; }
+    /// What shows where the ground's picture can't be read; nothing, unless it is set. Shows at the next drawing.
+    void setGround(const QColor &color) { m_ground = color; }
 
     /// Draws the view anew, even for the title that it has.
     void setTitle(const QString &title);
@@ -59,6 +61,7 @@ private:
     bool m_useGenericBranding = false;
     bool m_useWelcomeBranding = false;
     bool m_isVisible = true;
+    QColor m_ground = Qt::transparent;
     QFont m_font;
     const HeaderImage m_bkgImage;
     const HeaderImage m_resellerBkgImage;

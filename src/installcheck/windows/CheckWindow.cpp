@@ -5,7 +5,6 @@
 #include "installcheck/windows/InterfaceFile.h"
 #include "platform/Alerts.h"
 
-#include <QApplication>
 #include <QCloseEvent>
 #include <QHeaderView>
 #include <QIcon>
@@ -17,6 +16,8 @@
 #include <QStyle>
 #include <QStyledItemDelegate>
 #include <QTreeWidget>
+#include <QWindow>
+#include <utility>
 
 namespace quillmark {
 
@@ -67,10 +68,25 @@ QSize neededSize(const QWidget &window) {
     return window.sizeHint();
 }
 
+/// With the frame, as far as it is known.
+QMargins frameOf(const QWidget &window) {
+    const QWindow *const handle = window.windowHandle();
+    return handle != nullptr ? handle->frameMargins() : QMargins();
+}
+
 void centre(QWidget &window) {
-    window.move(QStyle::alignedRect(window.layoutDirection(), Qt::AlignCenter, window.size(),
-                                    window.screen()->availableGeometry())
-                    .topLeft());
+    const QSize size = window.size().grownBy(frameOf(window));
+    window.move(
+        QStyle::alignedRect(window.layoutDirection(), Qt::AlignCenter, size, window.screen()->availableGeometry())
+            .topLeft());
+}
+
+/// Above ordinary windows, also while it is shown.
+void setFloating(QWidget &window, bool isFloating) {
+    window.overrideWindowFlags(window.windowFlags().setFlag(Qt::WindowStaysOnTopHint, isFloating));
+    if (QWindow *const handle = window.windowHandle(); handle != nullptr) {
+        handle->setFlag(Qt::WindowStaysOnTopHint, isFloating);
+    }
 }
 
 } // namespace
@@ -95,9 +111,8 @@ CheckWindow::CheckWindow(QDialog *window, const QIcon &icon, Owner &owner, QStri
       m_sheet(outlet<QDialog>("repairProgressWindow", problems)),
       m_indicator(outlet<QProgressBar>("repairProgressIndicator", problems)),
       m_progressText(outlet<QLabel>("repairProgressText", problems)) {
-    // Above ordinary windows, with a close box and no way to be made smaller.
-    window->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
-                           Qt::WindowStaysOnTopHint);
+    // With a close box and no way to be made smaller.
+    window->setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
     window->setWindowIcon(icon);
     window->installEventFilter(this);
     prepareHeader(problems);
@@ -127,11 +142,7 @@ void CheckWindow::prepareHeader(QStringList &problems) {
     for (const QString &picture : m_header->unreadablePictures()) {
         problems << QStringLiteral("the picture \"%1\" can't be read").arg(picture);
     }
-    // For a white title when the picture that it stands on can't be read.
-    QPalette palette = m_header->palette();
-    palette.setColor(QPalette::Window, kHeaderGround);
-    m_header->setPalette(palette);
-    m_header->setAutoFillBackground(true);
+    m_header->setGround(kHeaderGround); // for a white title when the picture that it stands on can't be read
 }
 
 void CheckWindow::prepareList() {
@@ -178,6 +189,11 @@ bool CheckWindow::eventFilter(QObject *watched, QEvent *event) {
         event->ignore(); // who owns the window decides what becomes of it
         return true;
     }
+    // The window manager gives the frame when the window is shown.
+    const bool isMoved = event->type() == QEvent::Move && watched == m_window.get();
+    if (isMoved && !frameOf(*m_window).isNull() && !std::exchange(m_isFrameKnown, true)) {
+        centre(*m_window);
+    }
     // A repair can't be called off half-way.
     const auto *const key = dynamic_cast<const QKeyEvent *>(event);
     const bool isEscape = event->type() == QEvent::KeyPress && key != nullptr && key->key() == Qt::Key_Escape;
@@ -196,8 +212,8 @@ void CheckWindow::setText(Outlet outlet, const QString &text) {
         }
         break;
     case Outlet::Explanation:
-        setLabelText(m_text, text.trimmed());
-        m_window->setAccessibleDescription(text.trimmed());
+        setLabelText(m_text, text);
+        m_window->setAccessibleDescription(text);
         break;
     case Outlet::InstallButton:
         setButtonText(m_install, text);
@@ -292,8 +308,8 @@ void CheckWindow::fitIntoScreen() {
 void CheckWindow::bringToFront() {
     fitIntoScreen();
     centre(*m_window);
+    setFloating(*m_window, true);
     m_window->show();
-    QApplication::setActiveWindow(m_window.get());
     m_window->raise();
     m_window->activateWindow();
 }
@@ -305,7 +321,22 @@ void CheckWindow::placeOverExplanation(QDialog &sheet) const {
     sheet.move(m_window->mapToGlobal(QPoint(middle, below)));
 }
 
+/// While the sheet is up, a password dialog is: an ordinary window, which a floating one would hide. And nothing can be
+/// pressed then, not by assistive programs either, which reach past a sheet.
+void CheckWindow::setCovered(bool isCovered) {
+    setFloating(*m_window, !isCovered);
+    for (QPushButton *const button : {m_install, m_dontInstall, m_details}) {
+        if (button != nullptr) {
+            button->setEnabled(!isCovered);
+        }
+    }
+    if (!isCovered && m_install != nullptr) {
+        m_install->setFocus(); // which it lost
+    }
+}
+
 void CheckWindow::beginProgressSheet() {
+    setCovered(true);
     if (m_sheet != nullptr) {
         if (m_indicator != nullptr) {
             m_indicator->setRange(0, 0); // endless
@@ -322,6 +353,7 @@ void CheckWindow::endProgressSheet() {
         m_indicator->setRange(0, 1);
     }
     m_window->setEnabled(true);
+    setCovered(false);
     m_owner.sheetDidEnd();
 }
 

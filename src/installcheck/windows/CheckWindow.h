@@ -55,9 +55,10 @@ private:
     void connectButtons();
     void prepareSheet();
     void setColumnTitle(int column, const QString &title);
-    /// How high the list has to be to show so many lines and no more.
+    void setCovered(bool isCovered);
     /// Puts a sheet where it leaves the list in sight.
     void placeOverExplanation(QDialog &sheet) const;
+    /// How high the list has to be to show so many lines and no more.
     int heightOfLines(int count) const;
     void fitIntoScreen();
 
@@ -76,6 +77,7 @@ private:
     QIcon m_faultIcon;
     QSize m_size{600, 60}; ///< of the window: the largest that it needed so far
     int m_lines = 1;       ///< that the list has room for: the most that it needed so far
+    bool m_isFrameKnown = false;
 };
 
 } // namespace quillmark

@@ -2,9 +2,12 @@
 #include "installcheck/windows/CheckWindow.h"
 #include "launcher/windows/Alerts.h"
 #include "launcher/windows/Display.h"
+#include "platform/HeaderPicture.h"
 #include "platform/linux/Windows.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <type_traits>
 
 namespace quillmark {
@@ -26,6 +29,11 @@ private:
     std::unique_ptr<CheckWindow> m_checkWindow;
 };
 
+/// The name of the bundle that the folder of resources lies in: a brand's bundle has the brand's.
+QString bundleName(const QString &resourceFolder) {
+    return QFileInfo(QDir::cleanPath(resourceFolder + QStringLiteral("/../.."))).completeBaseName();
+}
+
 } // namespace
 
 } // namespace quillmark
@@ -33,7 +41,7 @@ private:
 extern "C" Q_DECL_EXPORT bool quillmarkTryDisplay() { return quillmark::tryDisplay(); }
 
 extern "C" Q_DECL_EXPORT quillmark::Windows *quillmarkOpenWindows(const QString &resourceFolder, QString &obstacle) {
-    if (!quillmark::openDisplay(obstacle)) {
+    if (!quillmark::openDisplay(quillmark::bundleName(resourceFolder), obstacle)) {
         return nullptr;
     }
     // Never destroyed, like the application it belongs to.
@@ -43,7 +51,7 @@ extern "C" Q_DECL_EXPORT quillmark::Windows *quillmarkOpenWindows(const QString 
 
 extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture &picture, QByteArray &png,
                                                   QString &obstacle) {
-    if (!quillmark::openDisplay(obstacle)) {
+    if (!quillmark::openDisplay(quillmark::bundleName(picture.branding.resourceFolder), obstacle)) {
         return false;
     }
     png = quillmark::drawnHeader(picture);

@@ -22,6 +22,7 @@ Keychain *KeyringModule::open() {
         if (sessionBusAddress().isEmpty()) {
             return;
         }
+        m_privateMemory.emplace();
         QString obstacle;
         void *const symbol = plugInSymbol(m_bundle, "libquillmark-keyring.so", kOpenKeyringSymbol, obstacle);
         if (auto *const openKeyring = reinterpret_cast<QuillmarkOpenKeyring *>(symbol)) {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "platform/Keychain.h"
+#include "platform/linux/PrivateMemory.h"
 
 #include <mutex>
+#include <optional>
 
 namespace quillmark {
 
@@ -22,6 +24,7 @@ private:
 
     const Bundle &m_bundle;
     std::once_flag m_isTried;
+    std::optional<PrivateMemory> m_privateMemory; // there may be secrets in it from the first question on
     Keychain *m_keyring = nullptr;
 };
 

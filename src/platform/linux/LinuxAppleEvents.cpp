@@ -49,7 +49,10 @@ qint32 LinuxAppleEvents::sendMessage(const Event &event) {
         return kApplicationNotFound;
     }
     const QString &identifier = quitEvent->bundleIdentifier();
-    if (m_sessionBus.activateQuit(identifier)) {
+    // The file manager may be in the middle of a copy: where it can be asked, it sees to that.
+    const bool isAsked = identifier == kFinderIdentifier ? m_sessionBus.activateQuitOfOwner(kFileManagerName)
+                                                         : m_sessionBus.activateQuit(identifier);
+    if (isAsked) {
         return 0;
     }
     bool isSent = false;

@@ -4,6 +4,7 @@
 #include "platform/Descriptor.h"
 #include "platform/Problem.h"
 #include "platform/linux/HelperProtocol.h"
+#include "platform/linux/PrivateMemory.h"
 
 #include <QFile>
 #include <array>
@@ -59,6 +60,7 @@ public:
             return kAuthorizationDenied;
         }
         m_socket = Descriptor(ends[0]);
+        m_privateMemory.emplace(); // whoever has the socket has the administrator's rights
         {
             const Descriptor helpersEnd(ends[1]);
             m_process = spawn(helpersEnd.get());
@@ -136,6 +138,7 @@ private:
     /// \returns the status as waitpid gives it.
     int end() {
         m_socket.close(); // it ends then; it can't be signalled
+        m_privateMemory.reset();
         int status = 0;
         if (const pid_t process = std::exchange(m_process, 0); process != 0) {
             while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
@@ -146,6 +149,7 @@ private:
 
     QByteArray m_program;
     Descriptor m_socket;
+    std::optional<PrivateMemory> m_privateMemory; // as long as the socket is open
     pid_t m_process = 0;
 };
 
@@ -209,7 +213,7 @@ private:
 } // namespace
 
 qint32 LinuxAuthorization::create(std::unique_ptr<Reference> &reference) {
-    const QString helper = m_bundle.path() + QStringLiteral("/Contents/Helpers/quillmark-root-helper");
+    const QString helper = helpersFolder(m_bundle.path()) + QStringLiteral("/quillmark-root-helper");
     reference = std::make_unique<HelperReference>(QFile::encodeName(helper));
     return 0;
 }

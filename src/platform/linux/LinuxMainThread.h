@@ -1,9 +1,9 @@
 #pragma once
 
 #include "platform/MainThread.h"
+#include "platform/ThreadName.h"
 
 #include <QObject>
-#include <pthread.h>
 #include <thread>
 
 namespace quillmark {
@@ -17,14 +17,12 @@ public:
 
     void detachNewThread(const QString &name, std::function<void()> body) override {
         std::thread([name, body = std::move(body)] {
-            ::pthread_setname_np(::pthread_self(), name.left(kLongestName).toUtf8().constData());
+            nameCurrentThread(name);
             body();
         }).detach();
     }
 
 private:
-    static constexpr qsizetype kLongestName = 15; // bytes, in the system's tools
-
     QObject m_context;
 };
 

@@ -1,4 +1,5 @@
 #include "platform/HomeFolder.h"
+#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/linux/KeyringModule.h"
 #include "platform/linux/LinuxAlerts.h"
@@ -28,7 +29,7 @@ QString preferenceFile(const Bundle &bundle) {
     if (identifier.isEmpty() || identifier.contains(u'/')) {
         identifier = QStringLiteral("com.quillmark.QuillmarkLauncher");
     }
-    return homeFolder() + QStringLiteral("/Library/Preferences/") + identifier + QStringLiteral(".plist");
+    return appendingPathComponent(homeFolder(), QStringLiteral("Library/Preferences/%1.plist").arg(identifier));
 }
 
 struct LinuxBackends {

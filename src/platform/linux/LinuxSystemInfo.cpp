@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QStringList>
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -41,6 +42,14 @@ SystemVersion systemVersionIn(const QString &text) {
 
 } // namespace
 
+SystemVersion belowAnyMac(SystemVersion kernel) {
+    constexpr qint32 kHighest = 9; // the first Mac is 10.0
+    if (kernel.major) {
+        kernel.major = std::min(*kernel.major, kHighest);
+    }
+    return kernel;
+}
+
 qint32 LinuxSystemInfo::processIdentifier() const { return ::getpid(); }
 
 QString LinuxSystemInfo::processName() const {
@@ -56,12 +65,12 @@ quint32 LinuxSystemInfo::currentThreadNumber() const {
 SystemVersion LinuxSystemInfo::systemVersion() const {
     const QVariantMap description =
         m_propertyList.readDictionary(QStringLiteral("/System/Library/CoreServices/SystemVersion.plist"));
-    QString text = description.value(QStringLiteral("ProductVersion")).toString();
+    const QString text = description.value(QStringLiteral("ProductVersion")).toString();
     struct utsname kernel {};
-    if (text.isEmpty() && ::uname(&kernel) == 0) {
-        text = QString::fromLocal8Bit(kernel.release);
+    if (!text.isEmpty() || ::uname(&kernel) != 0) {
+        return systemVersionIn(text);
     }
-    return systemVersionIn(text);
+    return belowAnyMac(systemVersionIn(QString::fromLocal8Bit(kernel.release)));
 }
 
 std::optional<bool> LinuxSystemInfo::isIntel() const {

@@ -6,6 +6,10 @@ namespace quillmark {
 
 class PropertyList;
 
+/// A kernel's version where a Mac's is asked for. It tells nothing about one, so whatever it grows to, it stays below
+/// them all, and what depends on it stays as it is.
+SystemVersion belowAnyMac(SystemVersion kernel);
+
 class LinuxSystemInfo final : public SystemInfo {
 public:
     explicit LinuxSystemInfo(const PropertyList &propertyList) : m_propertyList(propertyList) {}

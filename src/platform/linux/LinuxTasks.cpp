@@ -11,6 +11,7 @@
 #include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -60,9 +61,34 @@ private:
     std::vector<char *> m_pointers;
 };
 
+/// This process's environment, in which programs are looked for in a folder first.
+class Environment {
+public:
+    /// \param programFolder may be null: then it is the same.
+    explicit Environment(const QString &programFolder) {
+        for (char **variable = environ; *variable != nullptr; ++variable) {
+            if (programFolder.isNull() || !std::string_view(*variable).starts_with("PATH=")) {
+                m_variables.push_back(*variable);
+            }
+        }
+        if (!programFolder.isNull()) {
+            const QByteArray otherFolders = qEnvironmentVariableIsEmpty("PATH") ? "/usr/bin:/bin" : qgetenv("PATH");
+            m_path = "PATH=" + QFile::encodeName(programFolder) + ':' + otherFolders;
+            m_variables.push_back(m_path.data());
+        }
+        m_variables.push_back(nullptr);
+    }
+    char *const *data() const { return m_variables.data(); }
+
+private:
+    QByteArray m_path;
+    std::vector<char *> m_variables;
+};
+
 /// \param streams what becomes the child's standard output and standard error; null leaves them as they are.
 /// \returns the process's number, or 0.
-pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams) {
+pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams,
+            const QString &programFolder = {}) {
     posix_spawn_file_actions_t actions;
     if (::posix_spawn_file_actions_init(&actions) != 0) {
         return 0;
@@ -73,17 +99,25 @@ pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<i
     }
     const ArgumentVector vector(path, arguments);
     pid_t child = 0;
-    const int error = ::posix_spawn(&child, vector.program(), &actions, nullptr, vector.data(), environ);
+    const Environment environment(programFolder);
+    const int error = ::posix_spawn(&child, vector.program(), &actions, nullptr, vector.data(), environment.data());
     ::posix_spawn_file_actions_destroy(&actions);
     return error == 0 ? child : 0;
 }
 
-/// The status as waitpid gives it.
-int waitFor(pid_t child) {
+/// The status as waitpid gives it; nothing when somebody else has it, or the system does not keep it.
+std::optional<int> waitFor(pid_t child) {
     int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
+    pid_t ended = -1;
+    do {
+        ended = ::waitpid(child, &status, 0);
+    } while (ended < 0 && errno == EINTR);
+    return ended == child ? std::optional(status) : std::nullopt;
+}
+
+/// Lest it stays in the system's table when it has ended.
+void waitInBackground(pid_t child) {
+    std::thread([child] { waitFor(child); }).detach();
 }
 
 } // namespace
@@ -95,30 +129,27 @@ LinuxTasks::LinuxTasks() {
     }
 }
 
-std::optional<int> LinuxTasks::run(const QString &path, const QStringList &arguments) {
-    const pid_t child = spawn(path, arguments, nullptr);
-    if (child == 0) {
+std::optional<int> LinuxTasks::run(const QString &path, const QStringList &arguments, const QString &programFolder) {
+    constexpr int kEndedBySignal = 128;
+    const pid_t child = spawn(path, arguments, nullptr, programFolder);
+    const auto status = child != 0 ? waitFor(child) : std::nullopt;
+    if (!status) {
         return std::nullopt;
     }
-    constexpr int kEndedBySignal = 128;
-    const int status = waitFor(child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : kEndedBySignal + WTERMSIG(status);
+    return WIFEXITED(*status) ? WEXITSTATUS(*status) : kEndedBySignal + WTERMSIG(*status);
+}
+
+bool LinuxTasks::runUnwaited(const QString &path, const QStringList &arguments) {
+    const pid_t child = spawn(path, arguments, nullptr);
+    if (child != 0) {
+        waitInBackground(child);
+    }
+    return child != 0;
 }
 
 /// The system sees to the program's end after this process's own.
 bool LinuxTasks::start(const QString &path, const QStringList &arguments, const QString &programFolder) {
-    std::vector<char *> environment;
-    for (char **variable = environ; *variable != nullptr; ++variable) {
-        if (programFolder.isNull() || !std::string_view(*variable).starts_with("PATH=")) {
-            environment.push_back(*variable);
-        }
-    }
-    const QByteArray otherFolders = qEnvironmentVariableIsEmpty("PATH") ? "/usr/bin:/bin" : qgetenv("PATH");
-    QByteArray programFolders = "PATH=" + QFile::encodeName(programFolder) + ':' + otherFolders;
-    if (!programFolder.isNull()) {
-        environment.push_back(programFolders.data());
-    }
-    environment.push_back(nullptr);
+    const Environment environment(programFolder);
     const ArgumentVector vector(path, arguments);
     DetachedSpawn spawn;
     spawn.separate();
@@ -147,8 +178,14 @@ std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringLi
 }
 
 int LinuxTasks::terminationStatus(const PipedTask &task) {
-    const int status = waitFor(task.processIdentifier);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
+    constexpr int kUnknown = -1;
+    const auto status = waitFor(task.processIdentifier);
+    if (!status) {
+        return kUnknown;
+    }
+    return WIFEXITED(*status) ? WEXITSTATUS(*status) : WTERMSIG(*status);
 }
+
+void LinuxTasks::abandon(const PipedTask &task) { waitInBackground(task.processIdentifier); }
 
 } // namespace quillmark

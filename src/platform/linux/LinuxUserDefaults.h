@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Descriptor.h"
 #include "platform/UserDefaults.h"
 
 #include <mutex>
@@ -9,11 +10,15 @@ namespace quillmark {
 class Clock;
 class PropertyList;
 
-/// Keeps the settings in one XML property list, which every writer replaces as a whole while it holds a lock on its
-/// folder. What another process stored meanwhile survives; of two writers of one key the later one wins.
+/// Keeps the settings in one XML property list, which every writer replaces as a whole while it holds a lock that
+/// nobody but the user can take. What another process stored meanwhile survives; of two writers of one key the later
+/// one wins.
 ///
 /// A file that is no property list is renamed to NAME.damaged at the first look, replacing an earlier one. A file that
 /// can't be read for another reason is left alone, and so is never overwritten.
+///
+/// What a change() set and could not write is tried again by the next writer, unless another program has changed the
+/// same key by then: that would be lost.
 class LinuxUserDefaults final : public UserDefaults {
 public:
     /// \param path the property list; its folder is created with the first synchronize().
@@ -23,25 +28,41 @@ public:
     QVariant objectForKey(const QString &key) override;
     void setObject(const QString &key, const QVariant &value) override;
     bool synchronize() override;
+    bool change(const std::function<void()> &change) override;
+    QString problem() const override;
     QString file() const override { return m_path; }
     QString damagedFile() const override;
 
 private:
-    enum class FileState { Unread, Usable, Unreadable };
+    enum class FileState { Unread, Usable, Damaged, Unreadable };
 
+    /// \returns an open descriptor that holds the lock, or notes the problem.
+    Descriptor lock();
+    FileState load();
+    /// Reads the file, without the lock unless it is damaged.
     void read();
-    bool write(const QVariantMap &values) const;
+    /// Reads the file under the lock, and sets a damaged one aside. \returns whether it may be replaced.
+    bool readForChange();
+    /// Forgets what is no longer based on what is stored. \returns whether there was none of that.
+    bool dropOutdatedChanges();
+    bool writeChanges();
+    /// \returns 0 or an `errno`.
+    int write(const QByteArray &document) const;
+    void setProblem(const char *what, int error);
 
     const QString m_path;
     const PropertyList &m_propertyList;
     Clock &m_clock;
 
-    mutable std::mutex m_mutex;
+    mutable std::recursive_mutex m_mutex; // recursive, since a change() asks and sets
     FileState m_fileState = FileState::Unread;
     QVariantMap m_registered;
     QVariantMap m_stored;
     QVariantMap m_changes; ///< set and not yet written; an invalid value stands for a removal
+    QVariantMap m_bases;   ///< for those of them that a change() set, what was stored when it did
+    bool m_isChanging = false;
     QString m_damagedFile;
+    QString m_problem;
 };
 
 } // namespace quillmark

@@ -5,10 +5,11 @@
 #include "platform/Path.h"
 #include "platform/PropertyList.h"
 #include "platform/linux/DetachedSpawn.h"
-#include "platform/linux/FolderLock.h"
+#include "platform/linux/LockFile.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/Trash.h"
 
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <algorithm>
@@ -24,7 +25,6 @@ namespace quillmark {
 
 namespace {
 
-constexpr QLatin1StringView kFinderIdentifier("com.apple.finder");
 constexpr QLatin1StringView kFinderPath("/System/Library/CoreServices/Finder.app"); // where it is on a Mac
 
 /// Starts a program that has nothing in common with this process but its user and its environment.
@@ -86,7 +86,7 @@ bool isRunning(const QString &executable) {
 
 QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
     const QString local = QStringLiteral("/Applications");
-    const QString users = homeFolder() + local;
+    const QString users = appendingPathComponent(homeFolder(), local);
     switch (domain) {
     case Domain::User:
         return {users};
@@ -100,7 +100,7 @@ QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
 
 /// The one that the desktop goes by and the one that everybody knows. A desktop that has none names the home folder.
 QStringList LinuxWorkspace::downloadsFolders() const {
-    QStringList folders{homeFolder() + QStringLiteral("/Downloads")};
+    QStringList folders{appendingPathComponent(homeFolder(), QStringLiteral("Downloads"))};
     const QString desktops = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
     if (!desktops.isEmpty() && desktops != homeFolder() && !folders.contains(desktops)) {
         folders.prepend(desktops);
@@ -108,13 +108,20 @@ QStringList LinuxWorkspace::downloadsFolders() const {
     return folders;
 }
 
+/// A Mac's, and those of the desktops.
+QStringList LinuxWorkspace::volumesFolders() const {
+    return {QStringLiteral("/Volumes/"), QStringLiteral("/media/"), QStringLiteral("/run/media/")};
+}
+
 QList<QVariantMap> LinuxWorkspace::launchedApplications() const {
     const auto recordOf = [](const QString &identifier, const QString &bundle, int process) {
-        return QVariantMap{{kApplicationBundleIdentifier, identifier},
-                           {kApplicationPath, bundle},
-                           {kApplicationProcessIdentifier, process}};
+        QVariantMap record{{kApplicationPath, bundle}, {kApplicationProcessIdentifier, process}};
+        if (!identifier.isEmpty()) {
+            record.insert(kApplicationBundleIdentifier, identifier);
+        }
+        return record;
     };
-    const std::optional<int> fileManager = m_sessionBus.processOwning(QStringLiteral("org.freedesktop.FileManager1"));
+    const std::optional<int> fileManager = m_sessionBus.processOwning(kFileManagerName);
     QList<QVariantMap> records;
     for (const int process : processNumbers()) {
         if (process == fileManager) {
@@ -154,8 +161,10 @@ bool LinuxWorkspace::launchApplication(const QString &path) {
     if (bundleOf(executable).isNull()) {
         return spawnDetached(QFile::encodeName(executable));
     }
-    // So that of several that launch it at once one does.
-    const Descriptor lock = lockedFolder(deletingLastPathComponent(executable), m_clock);
+    // So that of several that launch it at once one does. Where there can be no lock it is launched all the same.
+    const QString folder = appendingPathComponent(homeFolder(), QStringLiteral("Library/Caches/Quillmark"));
+    QDir().mkpath(folder);
+    const Descriptor lock = lockedFile(folder + QStringLiteral("/launch.lock"), m_clock);
     return isRunning(executable) || spawnDetached(QFile::encodeName(executable));
 }
 

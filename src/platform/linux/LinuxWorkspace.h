@@ -17,6 +17,7 @@ public:
 
     QStringList applicationsFolders(Domain domain) const override;
     QStringList downloadsFolders() const override;
+    QStringList volumesFolders() const override;
     /// Processes whose program is the main executable of a bundle, and the file manager, by process number.
     QList<QVariantMap> launchedApplications() const override;
     /// The first one in the user's Applications folder, then in the computer's.

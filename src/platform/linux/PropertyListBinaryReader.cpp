@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxPropertyList.h"
 #include "platform/linux/PropertyListCost.h"
+#include "platform/linux/Utc.h"
 
 #include <QDateTime>
 #include <QtEndian>
@@ -153,7 +154,7 @@ QVariant dateFrom(double seconds) {
     if (!(seconds >= kEarliest && seconds < kLatest)) {
         return {};
     }
-    return QDateTime::fromMSecsSinceEpoch(std::llround((seconds + kReference) * 1000), Qt::UTC);
+    return QDateTime::fromMSecsSinceEpoch(std::llround((seconds + kReference) * 1000), kUtc);
 }
 
 bool isAscii(QByteArrayView bytes) {

@@ -1,4 +1,5 @@
 #include "platform/linux/PropertyListText.h"
+#include "platform/linux/Utc.h"
 
 #include <QUtf8StringView>
 #include <charconv>
@@ -145,7 +146,7 @@ QVariant propertyListDate(std::string_view raw) {
     };
     const QDate day(number(0, 4), number(5, 2), number(8, 2));
     const QTime time(number(11, 2), number(14, 2), number(17, 2));
-    return day.isValid() && time.isValid() ? QVariant(QDateTime(day, time, Qt::UTC)) : QVariant();
+    return day.isValid() && time.isValid() ? QVariant(QDateTime(day, time, kUtc)) : QVariant();
 }
 
 QVariant propertyListData(std::string_view raw) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QLatin1StringView>
 #include <optional>
 
 class QByteArray;
@@ -20,7 +21,13 @@ public:
     /// \returns false when no such application, or none with such an action, is on the bus. An application that is
     /// too busy to answer has been asked.
     virtual bool activateQuit(const QString &bundleIdentifier) = 0;
+
+    /// The same for the application that owns a name on the bus, whatever its own name there is.
+    virtual bool activateQuitOfOwner(const QString &busName) = 0;
 };
+
+/// The name of the desktop's file manager on that bus. It stands in for the Finder.
+inline constexpr QLatin1StringView kFileManagerName("org.freedesktop.FileManager1");
 
 /// The session module's one exported function. \param address where the bus listens.
 /// \returns the bus, which lives as long as the process.

@@ -18,6 +18,11 @@ bool SessionModule::activateQuit(const QString &bundleIdentifier) {
     return bus != nullptr && bus->activateQuit(bundleIdentifier);
 }
 
+bool SessionModule::activateQuitOfOwner(const QString &busName) {
+    SessionBus *const bus = open();
+    return bus != nullptr && bus->activateQuitOfOwner(busName);
+}
+
 SessionBus *SessionModule::open() {
     std::call_once(m_isTried, [this] {
         const QByteArray address = sessionBusAddress();

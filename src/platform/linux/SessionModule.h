@@ -16,6 +16,7 @@ public:
 
     std::optional<int> processOwning(const QString &busName) override;
     bool activateQuit(const QString &bundleIdentifier) override;
+    bool activateQuitOfOwner(const QString &busName) override;
 
 private:
     SessionBus *open();

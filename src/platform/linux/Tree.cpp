@@ -195,8 +195,9 @@ private:
         } else if (::fchmodat(target.folder, target.name, status.st_mode & kModeBits, 0) != 0) {
             return targetFailed();
         }
-        if (isOthers(status)) {
-            ::fchownat(target.folder, target.name, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW);
+        if (isOthers(status)) { // it stays ours where it can't be given away
+            [[maybe_unused]] const int result =
+                ::fchownat(target.folder, target.name, status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW);
         }
         const std::array<timespec, 2> times{status.st_atim, status.st_mtim};
         return ::utimensat(target.folder, target.name, times.data(), AT_SYMLINK_NOFOLLOW) == 0 || targetFailed();

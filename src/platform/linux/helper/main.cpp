@@ -5,6 +5,7 @@
 
 #include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/HelperProtocol.h"
+#include "platform/linux/Surroundings.h"
 
 #include <array>
 #include <cerrno>
@@ -15,7 +16,7 @@
 #include <optional>
 #include <poll.h>
 #include <string_view>
-#include <sys/resource.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -64,27 +65,52 @@ bool isLaunchersSocket() {
     return ::getsockopt(kLauncher, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.pid == ::getppid();
 }
 
+/// What programs say of their troubles goes where the launcher's does, but none of them waits until somebody reads it.
+bool takeStandardError(int null) {
+    struct stat status {};
+    const bool isOpen = ::fstat(STDERR_FILENO, &status) == 0;
+    if (isOpen && S_ISREG(status.st_mode)) {
+        return true; // nobody waits for a disk
+    }
+    int error = -1;
+    const bool isWritable = (::fcntl(STDERR_FILENO, F_GETFL) & O_ACCMODE) != O_RDONLY;
+    if (isOpen && isWritable && (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode))) {
+        // Opened anew, for the launcher's own must not change.
+        error = ::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    return ::dup2(error >= 0 ? error : null, STDERR_FILENO) == STDERR_FILENO;
+}
+
 /// Nothing of the user's surroundings reaches what runs as the administrator.
 bool takeSurroundings() {
+    quillmark::leaveSurroundings();
     ::umask(S_IWGRP | S_IWOTH);
-    const rlimit noCore{};
-    ::setrlimit(RLIMIT_CORE, &noCore);
-    ::signal(SIGPIPE, SIG_IGN);
-    sigset_t childsEnd; // let through while a program's end is waited for, to interrupt that
-    ::sigemptyset(&childsEnd);
-    ::sigaddset(&childsEnd, SIGCHLD);
-    ::sigprocmask(SIG_BLOCK, &childsEnd, nullptr);
-    ::signal(SIGCHLD, [](int) {});
+    ::prctl(PR_SET_DUMPABLE, 0);
+    ::signal(SIGCHLD, [](int) {}); // let through while a program's end is waited for, to interrupt that
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    if (null < 0 || ::dup2(null, STDOUT_FILENO) < 0 || ::chdir("/") != 0) {
+    if (null < 0 || ::dup2(null, STDOUT_FILENO) < 0 || !takeStandardError(null) || ::chdir("/") != 0) {
         return false;
     }
     return ::close_range(STDERR_FILENO + 1, ~0U, 0) == 0;
 }
 
-/// Takes the descriptor of a message, if there is one. \returns false for anything else beside the bytes.
-bool takeDescriptor(msghdr &message, Output &output) {
+/// Who sends a message is told with it from now on: the launcher's end may have come into other hands.
+bool askForSenders() {
+    const int isWanted = 1;
+    return ::setsockopt(kLauncher, SOL_SOCKET, SO_PASSCRED, &isWanted, sizeof isWanted) == 0;
+}
+
+/// Takes the descriptor of a message, if there is one. \returns false when its sender is not the launcher, and for
+/// anything else beside the bytes.
+bool takeParts(msghdr &message, Output &output) {
+    bool isLaunchers = false;
     for (cmsghdr *part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
+        if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_CREDENTIALS) {
+            ucred sender{};
+            std::memcpy(&sender, CMSG_DATA(part), sizeof sender);
+            isLaunchers = sender.pid == ::getppid();
+            continue;
+        }
         if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_RIGHTS ||
             part->cmsg_len != CMSG_LEN(sizeof(int)) || output.get() >= 0) {
             return false;
@@ -93,7 +119,7 @@ bool takeDescriptor(msghdr &message, Output &output) {
         std::memcpy(&descriptor, CMSG_DATA(part), sizeof descriptor);
         output.take(descriptor);
     }
-    return true;
+    return isLaunchers;
 }
 
 /// The path and the arguments of a request; nothing when it is not as the protocol has it.
@@ -126,8 +152,9 @@ HelperAnswer start(const std::vector<char *> &texts, const Output &output) {
 
 /// The status of a program that has ended, as soon as there is one; nothing when the launcher has gone before.
 std::optional<HelperAnswer> waitForProgram() {
-    sigset_t none;
-    ::sigemptyset(&none);
+    sigset_t allButChildsEnd;
+    ::sigfillset(&allButChildsEnd);
+    ::sigdelset(&allButChildsEnd, SIGCHLD);
     while (true) {
         int status = 0;
         const pid_t program = ::waitpid(-1, &status, WNOHANG);
@@ -135,7 +162,7 @@ std::optional<HelperAnswer> waitForProgram() {
             return program > 0 ? status : quillmark::kHelperNoProgram;
         }
         pollfd launcher{kLauncher, 0, 0}; // its going is told unasked
-        if (::ppoll(&launcher, 1, nullptr, &none) > 0) {
+        if (::ppoll(&launcher, 1, nullptr, &allButChildsEnd) > 0) {
             return std::nullopt;
         }
     }
@@ -150,7 +177,7 @@ int serve() {
     std::vector<char> bytes(quillmark::kHelperMaximumRequest);
     while (true) {
         Output output;
-        alignas(cmsghdr) std::array<char, 2 * CMSG_SPACE(sizeof(int))> parts{};
+        alignas(cmsghdr) std::array<char, 2 * CMSG_SPACE(sizeof(int)) + CMSG_SPACE(sizeof(ucred))> parts{};
         iovec piece{bytes.data(), bytes.size()};
         msghdr message{};
         message.msg_iov = &piece;
@@ -165,7 +192,7 @@ int serve() {
             return EXIT_SUCCESS;
         }
         const bool isWhole = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
-        const bool hasPlainParts = takeDescriptor(message, output);
+        const bool hasPlainParts = takeParts(message, output);
         const std::string_view request(bytes.data(), static_cast<size_t>(size));
         const bool isWait = request == kWait && output.get() < 0;
         const auto texts = textsOf(bytes.data(), request.size());
@@ -185,7 +212,7 @@ int main() {
     if (!isLaunchersSocket()) {
         return kNotForUse;
     }
-    if (!takeSurroundings()) {
+    if (!takeSurroundings() || !askForSenders()) {
         return kNoSurroundings;
     }
     constexpr std::string_view greeting = quillmark::kHelperGreeting;

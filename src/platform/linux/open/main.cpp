@@ -16,6 +16,15 @@ int failed(const char *path, const char *why) {
     return EXIT_FAILURE;
 }
 
+/// The folder of this program leads the search path of the shell that has started it. What it starts is to find the
+/// system's programs.
+void leaveSearchPath() {
+    const QString own = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    QStringList folders = qEnvironmentVariable("PATH").split(u':');
+    folders.removeIf([&own](const QString &folder) { return QFileInfo(folder).canonicalFilePath() == own; });
+    qputenv("PATH", folders.join(u':').toLocal8Bit());
+}
+
 } // namespace
 
 int main(int count, char **arguments) {
@@ -28,6 +37,7 @@ int main(int count, char **arguments) {
     if (!bundle.endsWith(u".app") || !QFileInfo(bundle).isDir()) {
         return failed(arguments[1], "is no application bundle");
     }
+    leaveSearchPath();
     return quillmark::platform().workspace.launchApplication(bundle) ? EXIT_SUCCESS
                                                                      : failed(arguments[1], "can't be started");
 }

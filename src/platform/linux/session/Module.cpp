@@ -3,7 +3,9 @@
 #include "platform/linux/bus/TimeLimit.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
+#include <algorithm>
 #include <type_traits>
 
 namespace quillmark {
@@ -56,16 +58,31 @@ QByteArray objectPathOf(const QByteArray &busName) {
     return '/' + QByteArray(busName).replace('.', '/').replace('-', '_');
 }
 
-bool isIn(const char *wanted, GVariant *tupleOfNames) {
+QList<QByteArray> namesIn(GVariant *tupleOfNames) {
     GVariantIter *names = nullptr;
     const char *name = nullptr;
-    bool isFound = false;
+    QList<QByteArray> list;
     g_variant_get(tupleOfNames, "(as)", &names);
     while (g_variant_iter_next(names, "&s", &name) != FALSE) {
-        isFound = isFound || qstrcmp(name, wanted) == 0;
+        list.append(name);
     }
     g_variant_iter_free(names);
-    return isFound;
+    return list;
+}
+
+/// A method of the bus itself.
+Method busMethod(const char *name) {
+    return {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", name};
+}
+
+/// The connection that owns a name; empty when none does.
+QByteArray ownerOf(const QByteArray &busName, Dialogue &dialogue) {
+    const Reply reply = dialogue.call(busMethod("GetNameOwner"), g_variant_new("(s)", busName.constData()), "(s)");
+    const char *owner = nullptr;
+    if (reply.value != nullptr) {
+        g_variant_get(reply.value.get(), "(&s)", &owner);
+    }
+    return owner;
 }
 
 /// The application has the request although it has not answered: it is busy, or it has quit at once.
@@ -84,9 +101,8 @@ public:
         if (!dialogue.isOpen()) {
             return std::nullopt;
         }
-        const Reply reply = dialogue.call(
-            {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID"},
-            g_variant_new("(s)", busName.toUtf8().constData()), "(u)");
+        const Reply reply = dialogue.call(busMethod("GetConnectionUnixProcessID"),
+                                          g_variant_new("(s)", busName.toUtf8().constData()), "(u)");
         if (reply.value == nullptr) {
             return std::nullopt;
         }
@@ -97,28 +113,47 @@ public:
 
     bool activateQuit(const QString &bundleIdentifier) override {
         const QByteArray name = bundleIdentifier.toUtf8();
-        const QByteArray path = objectPathOf(name);
-        if (g_dbus_is_name(name.constData()) == FALSE || g_variant_is_object_path(path.constData()) == FALSE) {
-            return false;
-        }
         Dialogue dialogue(m_address);
-        if (!dialogue.isOpen()) {
+        return dialogue.isOpen() && isApplicationName(name) && offersQuit(name, dialogue).value_or(true) &&
+               activateQuitOf(name, dialogue);
+    }
+
+    bool activateQuitOfOwner(const QString &busName) override {
+        Dialogue dialogue(m_address);
+        const QByteArray owner = dialogue.isOpen() ? ownerOf(busName.toUtf8(), dialogue) : QByteArray();
+        if (owner.isEmpty()) {
             return false;
         }
-        // Applications take the activation of an action that they don't have without a word, so they are asked first.
-        const Reply actions =
-            dialogue.call({name.constData(), path.constData(), "org.gtk.Actions", "List"}, nullptr, "(as)");
-        if (actions.value != nullptr && !isIn(kQuit, actions.value.get())) {
-            return false;
-        }
-        const Reply done =
-            dialogue.call({name.constData(), path.constData(), "org.freedesktop.Application", "ActivateAction"},
-                          g_variant_new("(sava{sv})", kQuit, nullptr, nullptr), "()");
-        return done.value != nullptr || isWithoutAnswer(done.problem.get());
+        const Reply names = dialogue.call(busMethod("ListNames"), nullptr, "(as)");
+        const QList<QByteArray> all = names.value != nullptr ? namesIn(names.value.get()) : QList<QByteArray>();
+        return std::any_of(all.begin(), all.end(), [&](const QByteArray &name) {
+            return isApplicationName(name) && ownerOf(name, dialogue) == owner &&
+                   offersQuit(name, dialogue).value_or(false) && activateQuitOf(name, dialogue);
+        });
     }
 
 private:
     static constexpr const char *kQuit = "quit";
+
+    static bool isApplicationName(const QByteArray &name) {
+        return !name.startsWith(':') && g_dbus_is_name(name.constData()) != FALSE &&
+               g_variant_is_object_path(objectPathOf(name).constData()) != FALSE;
+    }
+
+    /// Applications take the activation of an action that they don't have without a word, so they are asked first.
+    /// \returns nothing when the application does not say.
+    static std::optional<bool> offersQuit(const QByteArray &name, Dialogue &dialogue) {
+        const Reply actions = dialogue.call(
+            {name.constData(), objectPathOf(name).constData(), "org.gtk.Actions", "List"}, nullptr, "(as)");
+        return actions.value != nullptr ? std::optional(namesIn(actions.value.get()).contains(kQuit)) : std::nullopt;
+    }
+
+    static bool activateQuitOf(const QByteArray &name, Dialogue &dialogue) {
+        const Reply done = dialogue.call(
+            {name.constData(), objectPathOf(name).constData(), "org.freedesktop.Application", "ActivateAction"},
+            g_variant_new("(sava{sv})", kQuit, nullptr, nullptr), "()");
+        return done.value != nullptr || isWithoutAnswer(done.problem.get());
+    }
 
     QByteArray m_address;
 };

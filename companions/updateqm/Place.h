@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace updateqm {
+
+/// The two parts of an absolute path. Raises a Failure for one that is not absolute, ends in a slash, or has a
+/// component that is empty, "." or "..".
+struct Place {
+    std::string folder; ///< "/" for what lies at the top
+    std::string name;
+
+    static Place of(std::string_view path);
+};
+
+} // namespace updateqm
