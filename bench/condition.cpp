@@ -3,27 +3,30 @@
 #include "utils/ConditionLock+Waitable.h"
 
 #include <benchmark/benchmark.h>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
 #include <thread>
 
 using namespace quillmark;
 
 namespace {
 
-constexpr qint64 kMine = 0;
-constexpr qint64 kTheirs = 1;
-constexpr qint64 kEnd = 2;
+constexpr std::int64_t kMine = 0;
+constexpr std::int64_t kTheirs = 1;
+constexpr std::int64_t kEnd = 2;
 
 /// The same hand-over with nothing but the standard library, written as one writes it for a single purpose.
 class PlainTurn {
 public:
-    void give(qint64 turn) {
+    void give(std::int64_t turn) {
         {
             const std::scoped_lock lock(m_mutex);
             m_turn = turn;
         }
         m_changed.notify_one();
     }
-    qint64 waitForOtherThan(qint64 turn) {
+    std::int64_t waitForOtherThan(std::int64_t turn) {
         std::unique_lock lock(m_mutex);
         m_changed.wait(lock, [this, turn] { return m_turn != turn; });
         return m_turn;
@@ -32,7 +35,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    qint64 m_turn = kMine;
+    std::int64_t m_turn = kMine;
 };
 
 void peer(benchmark::State &state) {

@@ -2,7 +2,6 @@
 
 #include "tools/Task+OneLineTasksWithOutput.h"
 
-#include <QCoreApplication>
 #include <array>
 #include <benchmark/benchmark.h>
 #include <cstdlib>
@@ -98,8 +97,4 @@ BENCHMARK(shortOurs)->Name("short run/ours")->UseRealTime();
 BENCHMARK(longBare)->Name("100 MB/floor")->UseRealTime()->Iterations(1);
 BENCHMARK(longOurs)->Name("100 MB/ours")->UseRealTime()->Iterations(1);
 
-int main(int count, char **arguments) {
-    const QCoreApplication eventLoop(count, arguments);
-    benchmark::Initialize(&count, arguments);
-    benchmark::RunSpecifiedBenchmarks();
-}
+BENCHMARK_MAIN();

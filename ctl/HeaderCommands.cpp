@@ -5,6 +5,7 @@
 #include "platform/HeaderPicture.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
+#include "platform/linux/RunLoop.h"
 #include "platform/linux/WindowModule.h"
 #include "utils/IntegerValue.h"
 
@@ -92,7 +93,8 @@ void write(const QByteArray &bytes, const std::string &name) {
 Answer render(const RenderArguments &arguments) {
     const HeaderPicture picture = pictureOf(arguments);
     // This program's own module, also for the resources of another bundle.
-    WindowModule module(nativePlatform().mainBundle);
+    RunLoop runLoop;
+    WindowModule module(nativePlatform().mainBundle, runLoop);
     QByteArray png;
     QString obstacle;
     if (!module.drawHeader(picture, png, obstacle)) {

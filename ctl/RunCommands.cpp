@@ -3,7 +3,6 @@
 #include "tools/Task+OneLineTasksWithOutput.h"
 
 #include <CLI/CLI.hpp>
-#include <QCoreApplication>
 #include <memory>
 
 namespace quillmark::ctl {
@@ -32,10 +31,6 @@ Action defineRun(CLI::App &app) {
     app.prefix_command();
     app.fallthrough(false);
     return [path, &app](const Output &output) {
-        int count = 1;
-        char name[] = "quillmarkctl";
-        char *vector[] = {name, nullptr};
-        const QCoreApplication eventLoop(count, vector);
         QStringList arguments;
         for (const std::string &word : app.remaining()) {
             arguments << QString::fromStdString(word);

@@ -3,13 +3,12 @@
 
 #include "accounts/KeyList.h"
 #include "accounts/UserManager.h"
-#include "platform/Application.h"
+#include "platform/MainThread.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 #include "utils/IntegerValue.h"
 
 #include <CLI/CLI.hpp>
-#include <QCoreApplication>
 #include <algorithm>
 #include <memory>
 #include <optional>
@@ -197,9 +196,10 @@ Action defineRename(CLI::App &app) {
 /// Ends the wait for a removal, and keeps what is to be told then.
 class Waiting final : public UserManager::RemovalObserver {
 public:
+    bool isFinished = false;
     std::optional<Failure> cacheThatStays;
 
-    void removeUserFinished() override { QCoreApplication::quit(); }
+    void removeUserFinished() override { isFinished = true; }
     void cacheStays(const QString &path, const QString &reason) override {
         cacheThatStays = Failure{path, QStringLiteral("the cache is not removed: ") + reason};
     }
@@ -213,11 +213,11 @@ Action defineRemove(CLI::App &app) {
         if (!users.doesUserKeyExists(arguments->userName())) {
             return Answer::No;
         }
-        int count = 0;
-        const QCoreApplication application(count, nullptr); // whose queue brings the end of the work
         Waiting waiting;
         users.removeUser(arguments->userName(), arguments->isSet, &waiting);
-        platform().application.run();
+        while (!waiting.isFinished) {
+            platform().mainThread.runOnce();
+        }
         if (waiting.cacheThatStays) {
             throw Failure(*waiting.cacheThatStays);
         }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "Identity.h"
-
 #include <string>
 
 namespace updateqm {

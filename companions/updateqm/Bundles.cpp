@@ -4,6 +4,7 @@
 #include "Caller.h"
 #include "Catalogue.h"
 #include "Failure.h"
+#include "Identity.h"
 #include "Payload.h"
 #include "Place.h"
 #include "Staging.h"

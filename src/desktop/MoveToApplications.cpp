@@ -105,9 +105,9 @@ Outcome moveWithoutAuthorisation(const MovePlan &plan, const Platform &platform)
 /// be started or waited for.
 std::optional<int> runWithPrivileges(Authorization::Reference &reference, const char *program,
                                      const QStringList &arguments) {
-    QList<QByteArray> bytes;
+    std::vector<std::string> bytes;
     for (const QString &argument : arguments) {
-        bytes << QFile::encodeName(argument);
+        bytes.push_back(argument.toStdString());
     }
     if (reference.executeWithPrivileges(program, bytes, nullptr) != 0) {
         return std::nullopt;

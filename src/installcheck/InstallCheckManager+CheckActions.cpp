@@ -59,7 +59,7 @@ void InstallCheckManager::loadWindowWhile(const std::function<void()> &call) {
     }
     m_platform.checkWindows.prepare();
     std::future<void> done = std::async(std::launch::async, call);
-    m_problemsInAdvance = problemsOf([this] { loadWindow(); });
+    m_problemsInAdvance = qtTexts(problemsOf([this] { loadWindow(); }));
     done.get();
 }
 

@@ -9,10 +9,13 @@
 #include "utils/Version.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -63,9 +66,7 @@ bool answersQuestion(int count, char **arguments) {
     return false;
 }
 
-} // namespace
-
-int main(int count, char **arguments) {
+int start(int count, char **arguments) {
     if (answersQuestion(count, arguments)) {
         return EXIT_SUCCESS;
     }
@@ -88,4 +89,15 @@ int main(int count, char **arguments) {
         return endAfterFault(QString::fromLocal8Bit(exception.what()));
     }
     return EXIT_FAILURE; // components are at fault, and the log says which
+}
+
+} // namespace
+
+int main(int count, char **arguments) {
+    try {
+        return start(count, arguments);
+    } catch (const std::system_error &error) { // there is not even a log or a product's name
+        std::fprintf(stderr, "%s: could not start: %s\n", program_invocation_short_name, error.what());
+        return kUnhandledFault;
+    }
 }

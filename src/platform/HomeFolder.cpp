@@ -2,26 +2,28 @@
 
 #include "platform/Path.h"
 
-#include <QFile>
+#include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
 
 namespace quillmark {
 
-QString homeFolder() {
-    QString home = qEnvironmentVariable("HOME");
-    if (!home.startsWith(u'/')) {
+std::string homeFolder() {
+    const char *home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe): nobody sets it
+    if (home == nullptr || *home != '/') {
         const struct passwd *account = ::getpwuid(::getuid()); // NOLINT(concurrency-mt-unsafe): the answer is copied
-        home = account != nullptr ? QFile::decodeName(account->pw_dir) : QStringLiteral("/");
+        home = account != nullptr ? account->pw_dir : "/";
     }
-    while (home.size() > 1 && home.endsWith(u'/')) {
-        home.chop(1);
+    std::string folder = home;
+    while (folder.size() > 1 && folder.ends_with('/')) {
+        folder.pop_back();
     }
-    return home;
+    return folder;
 }
 
-QString expandingTilde(const QString &path) {
-    return path == u"~" || path.startsWith(u"~/") ? appendingPathComponent(homeFolder(), path.mid(1)) : path;
+std::string expandingTilde(std::string_view path) {
+    return path == "~" || path.starts_with("~/") ? appendingPathComponent(homeFolder(), path.substr(1))
+                                                 : std::string(path);
 }
 
 } // namespace quillmark

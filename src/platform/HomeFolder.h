@@ -1,13 +1,23 @@
 #pragma once
 
-#include <QString>
+#include "platform/QtText.h"
+
+#include <concepts>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
 /// The user's home folder: HOME, or what the account database says when HOME is not an absolute path.
-QString homeFolder();
+std::string homeFolder();
 
 /// The path with a leading "~" or "~/" replaced by the home folder; any other path as it is.
-QString expandingTilde(const QString &path);
+std::string expandingTilde(std::string_view path);
+
+// The same for Qt's texts.
+template <std::same_as<QString> Text>
+Text expandingTilde(const Text &path) {
+    return qtText(expandingTilde(path.toStdString()));
+}
 
 } // namespace quillmark

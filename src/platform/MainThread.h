@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/Input.h"
+
 #include <QString>
 #include <functional>
+#include <vector>
 
 namespace quillmark {
 
@@ -12,6 +15,13 @@ public:
 
     /// Queues a call that the main thread makes in the order of queueing, and returns without waiting.
     virtual void post(std::function<void()> call) = 0;
+
+    /// Waits on the main thread until something is to be done there, be it a queued call or the user's, and does it.
+    virtual void runOnce() = 0;
+
+    /// Serves the inputs on the calling thread until each has come to its end. The main thread also does meanwhile what
+    /// else is to be done there.
+    virtual void serve(std::vector<Input> inputs) = 0;
 
     /// Starts a thread of that name, which its log lines show, too, and that nobody waits for.
     virtual void detachNewThread(const QString &name, std::function<void()> body) = 0;

@@ -2,30 +2,39 @@
 
 namespace quillmark {
 
-QString withoutNeedlessSlashes(const QString &path) {
-    QString result;
+std::string withoutNeedlessSlashes(std::string_view path) {
+    std::string result;
     result.reserve(path.size());
-    for (const QChar character : path) {
-        if (character != u'/' || !result.endsWith(u'/')) {
+    for (const char character : path) {
+        if (character != '/' || !result.ends_with('/')) {
             result += character;
         }
     }
-    return result.size() > 1 && result.endsWith(u'/') ? result.chopped(1) : result;
+    if (result.size() > 1 && result.ends_with('/')) {
+        result.pop_back();
+    }
+    return result;
 }
 
-QString lastPathComponent(const QString &path) {
-    const QString plain = withoutNeedlessSlashes(path);
-    return plain == u"/" ? plain : plain.mid(plain.lastIndexOf(u'/') + 1);
+std::string lastPathComponent(std::string_view path) {
+    const std::string plain = withoutNeedlessSlashes(path);
+    return plain == "/" ? plain : plain.substr(plain.rfind('/') + 1);
 }
 
-QString deletingLastPathComponent(const QString &path) {
-    const QString plain = withoutNeedlessSlashes(path);
-    const qsizetype slash = plain.lastIndexOf(u'/');
-    return slash == 0 ? QStringLiteral("/") : plain.left(qMax(slash, qsizetype{0}));
+std::string deletingLastPathComponent(std::string_view path) {
+    const std::string plain = withoutNeedlessSlashes(path);
+    const size_t slash = plain.rfind('/');
+    if (slash == std::string::npos) {
+        return {};
+    }
+    return slash == 0 ? "/" : plain.substr(0, slash);
 }
 
-QString appendingPathComponent(const QString &folder, const QString &name) {
-    return withoutNeedlessSlashes(folder.isEmpty() ? name : folder + u'/' + name);
+std::string appendingPathComponent(std::string_view folder, std::string_view name) {
+    if (folder.empty()) {
+        return withoutNeedlessSlashes(name);
+    }
+    return withoutNeedlessSlashes(std::string(folder).append(1, '/').append(name));
 }
 
 } // namespace quillmark

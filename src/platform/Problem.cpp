@@ -1,28 +1,35 @@
 #include "platform/Problem.h"
 
-#include <QScopedValueRollback>
 #include <atomic>
+#include <utility>
 
 namespace quillmark {
 
 namespace {
-constinit std::atomic<void (*)(const QString &)> reporter{nullptr};
-thread_local QStringList *heldBack = nullptr;
+constinit std::atomic<void (*)(const std::string &)> reporter{nullptr};
+thread_local std::vector<std::string> *heldBack = nullptr;
 } // namespace
 
-void reportProblem(const QString &sentence) {
+void reportProblem(const std::string &sentence) {
     if (heldBack != nullptr) {
-        heldBack->append(sentence);
+        heldBack->push_back(sentence);
     } else if (auto *const report = reporter.load(std::memory_order_acquire); report != nullptr) {
         report(sentence);
     }
 }
 
-void setProblemReporter(void (*report)(const QString &)) { reporter.store(report, std::memory_order_release); }
+void setProblemReporter(void (*report)(const std::string &)) { reporter.store(report, std::memory_order_release); }
 
-QStringList problemsOf(const std::function<void()> &call) {
-    QStringList problems;
-    const QScopedValueRollback holdingBack(heldBack, &problems);
+std::vector<std::string> problemsOf(const std::function<void()> &call) {
+    std::vector<std::string> problems;
+    struct HoldingBack {
+        explicit HoldingBack(std::vector<std::string> &problems) : before(std::exchange(heldBack, &problems)) {}
+        HoldingBack(const HoldingBack &) = delete;
+        HoldingBack &operator=(const HoldingBack &) = delete;
+        ~HoldingBack() { heldBack = before; }
+        std::vector<std::string> *before;
+    };
+    const HoldingBack holdingBack(problems);
     call();
     return problems;
 }

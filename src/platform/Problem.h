@@ -1,18 +1,28 @@
 #pragma once
 
-#include <QStringList>
+#include "platform/QtText.h"
+
+#include <concepts>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
 /// Tells of something that a backend could not do although nobody asked for its result. Any thread may.
-void reportProblem(const QString &sentence);
+void reportProblem(const std::string &sentence);
 
 /// Sends what is reported to the log, which stands above this folder. Before that, reports are dropped.
-void setProblemReporter(void (*report)(const QString &sentence));
+void setProblemReporter(void (*report)(const std::string &sentence));
 
 /// Makes the call. What it reports on this thread is not told, but handed back, in order: for what is done in advance,
 /// and may never be wanted.
-QStringList problemsOf(const std::function<void()> &call);
+std::vector<std::string> problemsOf(const std::function<void()> &call);
+
+// The same for Qt's texts.
+template <std::same_as<QString> Text>
+void reportProblem(const Text &sentence) {
+    reportProblem(sentence.toStdString());
+}
 
 } // namespace quillmark

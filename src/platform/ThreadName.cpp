@@ -5,15 +5,15 @@
 namespace quillmark {
 
 namespace {
-thread_local QString threadName;
+thread_local std::optional<std::string> threadName;
 } // namespace
 
-QString currentThreadName() { return threadName; }
+const std::optional<std::string> &currentThreadName() { return threadName; }
 
-void nameCurrentThread(const QString &name) {
-    constexpr qsizetype kSystemLimit = 15;
+void nameCurrentThread(const std::optional<std::string> &name) {
+    constexpr size_t kSystemLimit = 15;
     threadName = name;
-    ::pthread_setname_np(::pthread_self(), name.toUtf8().left(kSystemLimit).constData());
+    ::pthread_setname_np(::pthread_self(), name.value_or("").substr(0, kSystemLimit).c_str());
 }
 
 } // namespace quillmark

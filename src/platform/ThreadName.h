@@ -1,14 +1,15 @@
 #pragma once
 
-#include <QString>
+#include <optional>
+#include <string>
 
 namespace quillmark {
 
-/// The calling thread's name; null when it has none. An empty name is one.
-QString currentThreadName();
+/// The calling thread's name, when it has one.
+const std::optional<std::string> &currentThreadName();
 
-/// Names the calling thread, for the log and for the system's tools, which show no more than 15 bytes of it. A null
-/// name takes the name away.
-void nameCurrentThread(const QString &name);
+/// Names the calling thread, for the log and for the system's tools, which show no more than 15 bytes of it; nothing
+/// takes the name away.
+void nameCurrentThread(const std::optional<std::string> &name);
 
 } // namespace quillmark

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QByteArray>
 #include <optional>
+#include <string>
 
 namespace quillmark {
 
@@ -10,7 +10,7 @@ namespace quillmark {
 
 /// What stopped a copy: the file at fault, of the source or of the target, and an `errno`.
 struct CopyFailure {
-    QByteArray path;
+    std::string path;
     int error;
 };
 
@@ -18,13 +18,13 @@ struct CopyFailure {
 /// too), pipes, sockets and devices as such, modes, times, and owners and extended attributes as far as the user may
 /// and the target's file system can; nobody else's file becomes a set-id one. \returns what stopped it: then there is
 /// nothing new at the target.
-std::optional<CopyFailure> copyTree(const QByteArray &source, const QByteArray &target);
+std::optional<CopyFailure> copyTree(const std::string &source, const std::string &target);
 
 /// True when nothing keeps the user from emptying the folders of an item. Whether the item itself may be taken out of
 /// its folder only the attempt tells.
-bool isTreeRemovable(const QByteArray &path);
+bool isTreeRemovable(const std::string &path);
 
 /// Removes an item, with those of the user's own folders that forbid it. \returns 0 or an `errno`.
-int removeTree(const QByteArray &path);
+int removeTree(const std::string &path);
 
 } // namespace quillmark

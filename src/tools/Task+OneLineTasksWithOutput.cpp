@@ -35,7 +35,7 @@ QVariantMap failureInfo(const QString &standardError, const Exception &exception
 
 QString stringByLaunchingPath(const QString &path, const QStringList &arguments, const OnCreatedBlock &onCreatedDoBlock,
                               std::optional<Error> *error) {
-    TaskOutputReader reader(platform().tasks, {path, arguments});
+    TaskOutputReader reader(platform().tasks, platform().mainThread, {path, arguments});
     QString output;
     QString standardError;
     try {
@@ -63,12 +63,12 @@ QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
 QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
                               Authorization::Reference &authorization, const OnCreatedBlock & /*onCreatedDoBlock*/,
                               std::optional<Error> *error) {
-    QList<QByteArray> vector;
+    std::vector<std::string> vector;
     for (const QString &argument : arguments) {
-        vector.append(argument.toUtf8());
+        vector.push_back(argument.toStdString());
     }
     std::unique_ptr<CommunicationsPipe> pipe;
-    if (const qint32 status = authorization.executeWithPrivileges(path.toUtf8(), vector, &pipe); status != 0) {
+    if (const qint32 status = authorization.executeWithPrivileges(path.toStdString(), vector, &pipe); status != 0) {
         store(error, Error{kTaskErrorDomain, status, {}});
         return {};
     }
@@ -77,7 +77,7 @@ QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
     // Keeps a character's bytes from one piece to the next, and a byte order mark as printed.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
     std::array<char, 64> piece{};
-    for (qint64 count = 0; (count = pipe->read(piece.data(), piece.size())) > 0;) {
+    for (std::int64_t count = 0; (count = pipe->read(piece.data(), piece.size())) > 0;) {
         output += decoder.decode(QByteArrayView(piece.data(), count));
     }
     return output;

@@ -4,13 +4,8 @@
 #include "utils/Assert.h"
 #include "utils/Log.h"
 
-#include <QAbstractEventDispatcher>
-#include <QEventLoop>
 #include <QScopeGuard>
-#include <QSocketNotifier>
 #include <cerrno>
-#include <memory>
-#include <poll.h>
 #include <unistd.h>
 
 namespace quillmark {
@@ -42,7 +37,8 @@ bool readAvailable(int pipe, QByteArray &data) {
 
 } // namespace
 
-TaskOutputReader::TaskOutputReader(Tasks &tasks, Task task) : m_tasks(tasks), m_task(std::move(task)) {}
+TaskOutputReader::TaskOutputReader(Tasks &tasks, MainThread &mainThread, Task task)
+    : m_tasks(tasks), m_mainThread(mainThread), m_task(std::move(task)) {}
 
 void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(qint32)> &onCreated) {
     const auto task = m_tasks.launch(m_task.launchPath, m_task.arguments, Tasks::StandardError::Piped);
@@ -64,50 +60,16 @@ void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(qint
 }
 
 void TaskOutputReader::runUntilComplete(const PipedTask &task) {
-    std::vector<Source> sources = {
-        {task.standardOutput.get(), &TaskOutputReader::standardOutNotification},
-        {task.standardError.get(), &TaskOutputReader::standardErrorNotification},
-        {task.termination.get(), &TaskOutputReader::terminatedNotification},
+    const int output = task.standardOutput.get();
+    const int error = task.standardError.get();
+    std::vector<Input> inputs = {
+        {output, [this, output] { return standardOutNotification(output); }},
+        {error, [this, error] { return standardErrorNotification(error); }},
+        {task.termination.get(), [this] { return terminatedNotification(); }},
     };
-    // Nothing is ever to be had of these; without any source there is nothing to wait for.
-    std::erase_if(sources, [](const Source &source) { return source.descriptor < 0; });
-    const bool hasEventLoop = QAbstractEventDispatcher::instance() != nullptr;
-    hasEventLoop ? turnEventLoop(sources, *this) : turnPoll(sources, *this);
-}
-
-void TaskOutputReader::turnEventLoop(const std::vector<Source> &sources, TaskOutputReader &reader) {
-    std::vector<std::unique_ptr<QSocketNotifier>> notifiers;
-    size_t open = sources.size();
-    for (const Source &source : sources) {
-        notifiers.push_back(std::make_unique<QSocketNotifier>(source.descriptor, QSocketNotifier::Read));
-        QSocketNotifier *const notifier = notifiers.back().get();
-        QObject::connect(notifier, &QSocketNotifier::activated, notifier, [&reader, &open, source, notifier] {
-            if (!(reader.*source.notification)(source.descriptor)) {
-                notifier->setEnabled(false);
-                --open;
-            }
-        });
-    }
-    QEventLoop loop;
-    while (open > 0) {
-        loop.processEvents(QEventLoop::WaitForMoreEvents);
-    }
-}
-
-void TaskOutputReader::turnPoll(std::vector<Source> sources, TaskOutputReader &reader) {
-    while (!sources.empty()) {
-        std::vector<pollfd> waits;
-        waits.reserve(sources.size());
-        for (const Source &source : sources) {
-            waits.push_back({source.descriptor, POLLIN, 0});
-        }
-        ::poll(waits.data(), waits.size(), -1);
-        for (size_t place = waits.size(); place-- > 0;) {
-            if (waits[place].revents != 0 && !(reader.*sources[place].notification)(sources[place].descriptor)) {
-                sources.erase(sources.begin() + static_cast<std::ptrdiff_t>(place));
-            }
-        }
-    }
+    // Nothing is ever to be had of these; without any input there is nothing to wait for.
+    std::erase_if(inputs, [](const Input &input) { return input.descriptor < 0; });
+    m_mainThread.serve(std::move(inputs));
 }
 
 bool TaskOutputReader::standardOutNotification(int pipe) {
@@ -120,7 +82,7 @@ bool TaskOutputReader::standardErrorNotification(int pipe) {
     return !errorClosed;
 }
 
-bool TaskOutputReader::terminatedNotification(int /*termination*/) {
+bool TaskOutputReader::terminatedNotification() {
     taskComplete = true;
     return false;
 }

@@ -1,20 +1,20 @@
 #pragma once
 
+#include "platform/MainThread.h"
 #include "platform/Tasks.h"
 
 #include <QByteArray>
 #include <functional>
-#include <vector>
 
 namespace quillmark {
 
 /// Runs one program to its end and collects what it prints.
 ///
-/// Concurrency: any thread. Where that has an event loop, it is turned meanwhile: its other events are served.
+/// Concurrency: any thread. On the main one, what else is to be done there is done meanwhile.
 class TaskOutputReader {
 public:
     /// \param task is not launched yet.
-    TaskOutputReader(Tasks &tasks, Task task);
+    TaskOutputReader(Tasks &tasks, MainThread &mainThread, Task task);
 
     /// Launches the program and returns when it has ended and both pipes are closed, by it and by everyone it gave them
     /// to. \param onCreated is told the process identifier before any output is awaited; may be empty. Raises an
@@ -27,21 +27,14 @@ public:
     int terminationStatus() const { return m_terminationStatus; }
 
 private:
-    /// A descriptor that is waited for, and what is done when it has something.
-    struct Source {
-        int descriptor;
-        /// \returns false when there will be no more.
-        bool (TaskOutputReader::*notification)(int descriptor);
-    };
-
     void runUntilComplete(const PipedTask &task);
-    static void turnEventLoop(const std::vector<Source> &sources, TaskOutputReader &reader);
-    static void turnPoll(std::vector<Source> sources, TaskOutputReader &reader);
+    // What is done when a descriptor has something. \returns false when there will be no more.
     bool standardOutNotification(int pipe);
     bool standardErrorNotification(int pipe);
-    bool terminatedNotification(int termination);
+    bool terminatedNotification();
 
     Tasks &m_tasks;
+    MainThread &m_mainThread;
     const Task m_task;
     QByteArray standardOutput;
     QByteArray standardError;

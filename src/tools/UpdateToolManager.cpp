@@ -92,7 +92,7 @@ qint32 UpdateToolManager::installClientUpdate(const QString &packagePath, const 
 
 qint32 UpdateToolManager::repairMonoKeypairPermissions() {
     return runCommand({QStringLiteral("fixmonokeypairs"),
-                       appendingPathComponent(homeFolder(), QStringLiteral(".config/.mono/keypairs"))});
+                       appendingPathComponent(qtText(homeFolder()), QStringLiteral(".config/.mono/keypairs"))});
 }
 
 qint32 UpdateToolManager::repairPermissions() {
@@ -102,7 +102,7 @@ qint32 UpdateToolManager::repairPermissions() {
 qint32 UpdateToolManager::repairUpdateTool(const QString &toolPath, const QString &updateQMSignaturePath) {
     return begin([&] {
         logDetail("updateQMSignaturePath is %@", updateQMSignaturePath);
-        return runUninstalledUpdateToolAsAdmin(toolPath, {"repair", QFile::encodeName(updateQMSignaturePath)});
+        return runUninstalledUpdateToolAsAdmin(toolPath, {"repair", updateQMSignaturePath.toStdString()});
     });
 }
 
@@ -162,16 +162,17 @@ qint32 UpdateToolManager::runExe(const QString &path, const QStringList &argumen
     return kSucceeded;
 }
 
-qint32 UpdateToolManager::runUpdateToolAsAdmin(const QList<QByteArray> &arguments) {
+qint32 UpdateToolManager::runUpdateToolAsAdmin(const std::vector<std::string> &arguments) {
     return runAsAdmin(QStringLiteral("runUpdateToolAsAdmin"), installedTool(kUpdateTool), arguments, false);
 }
 
-qint32 UpdateToolManager::runUninstalledUpdateToolAsAdmin(const QString &toolPath, const QList<QByteArray> &arguments) {
+qint32 UpdateToolManager::runUninstalledUpdateToolAsAdmin(const QString &toolPath,
+                                                          const std::vector<std::string> &arguments) {
     return runAsAdmin(QStringLiteral("runUninstalledUpdateToolAsAdmin"), toolPath, arguments, true);
 }
 
 qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &toolPath,
-                                     const QList<QByteArray> &arguments, bool isPathLogged) {
+                                     const std::vector<std::string> &arguments, bool isPathLogged) {
     logNormal("UpdateToolManager:%@: Starting...", operation);
     std::unique_ptr<Authorization::Reference> reference;
     if (m_platform.authorization.create(reference) != 0) {
@@ -188,7 +189,7 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
     if (isPathLogged) {
         logDetail("Running %@", toolPath);
     }
-    const qint32 status = reference->executeWithPrivileges(QFile::encodeName(toolPath), arguments, nullptr);
+    const qint32 status = reference->executeWithPrivileges(toolPath.toStdString(), arguments, nullptr);
     reference.reset();
     if (status != 0) {
         m_status = kRunFailed;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -70,8 +69,8 @@ public:
     qint32 runFinderOverlayTool(const QStringList &arguments, bool waitUntilExit);
     /// Success means only that the tool was started. Nothing is logged, and status() stays, when there can be no
     /// authorization at all.
-    qint32 runUpdateToolAsAdmin(const QList<QByteArray> &arguments);
-    qint32 runUninstalledUpdateToolAsAdmin(const QString &toolPath, const QList<QByteArray> &arguments);
+    qint32 runUpdateToolAsAdmin(const std::vector<std::string> &arguments);
+    qint32 runUninstalledUpdateToolAsAdmin(const QString &toolPath, const std::vector<std::string> &arguments);
 
 private:
     QString installedTool(const QString &name) const;
@@ -79,7 +78,7 @@ private:
     std::optional<int> launch(const QString &path, const QStringList &arguments, bool waitUntilExit);
     qint32 begin(const std::function<qint32()> &run);
     qint32 runCommand(const QStringList &arguments);
-    qint32 runAsAdmin(const QString &operation, const QString &toolPath, const QList<QByteArray> &arguments,
+    qint32 runAsAdmin(const QString &operation, const QString &toolPath, const std::vector<std::string> &arguments,
                       bool isPathLogged);
     void keepMacFuseLog();
     std::optional<Error> restartFinder();

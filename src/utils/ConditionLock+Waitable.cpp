@@ -1,25 +1,24 @@
 #include "utils/ConditionLock+Waitable.h"
 
 #include "platform/Platform.h"
-#include "utils/FormattedText.h"
 #include "utils/Log.h"
 
 namespace quillmark {
 
-std::unique_ptr<ConditionLock> condition(qint64 value, const QString &name) {
+std::unique_ptr<ConditionLock> condition(std::int64_t value, const std::optional<std::string> &name) {
     return std::make_unique<ConditionLock>(value, name, platform().clock);
 }
 
-void waitCondition(ConditionLock &lock, qint64 value) {
+void waitCondition(ConditionLock &lock, std::int64_t value) {
     constexpr std::chrono::seconds kPatience(10);
     while (!lock.lockWhenCondition(value, lock.clock().now() + kPatience)) {
-        const QString description = formatted("<ConditionLock: 0x%llx>", reinterpret_cast<quintptr>(&lock)); // NOLINT
-        logDetail("Waiting for condition %ld in %@ \"%@\"", value, description, lock.name());
+        logDetail("Waiting for condition %ld in <ConditionLock: 0x%llx> \"%@\"", value,
+                  reinterpret_cast<std::uintptr_t>(&lock), lock.name()); // NOLINT: as a number
     }
     lock.unlock();
 }
 
-bool waitCondition(ConditionLock &lock, qint64 value, Clock::Time beforeDate) {
+bool waitCondition(ConditionLock &lock, std::int64_t value, Clock::Time beforeDate) {
     if (!lock.lockWhenCondition(value, beforeDate)) {
         return false;
     }
@@ -27,25 +26,25 @@ bool waitCondition(ConditionLock &lock, qint64 value, Clock::Time beforeDate) {
     return true;
 }
 
-qint64 signalCondition(ConditionLock &lock, qint64 value) {
-    const qint64 previous = lock.lock();
+std::int64_t signalCondition(ConditionLock &lock, std::int64_t value) {
+    const std::int64_t previous = lock.lock();
     lock.unlockWithCondition(value);
     return previous;
 }
 
-qint64 signalIncCondition(ConditionLock &lock) {
-    const qint64 previous = lock.lock();
+std::int64_t signalIncCondition(ConditionLock &lock) {
+    const std::int64_t previous = lock.lock();
     lock.unlockWithCondition(previous + 1);
     return previous;
 }
 
-qint64 signalDecCondition(ConditionLock &lock) {
-    const qint64 previous = lock.lock();
+std::int64_t signalDecCondition(ConditionLock &lock) {
+    const std::int64_t previous = lock.lock();
     lock.unlockWithCondition(previous - 1);
     return previous;
 }
 
-bool isCondition(ConditionLock &lock, qint64 value) {
+bool isCondition(ConditionLock &lock, std::int64_t value) {
     const bool isEqual = lock.lock() == value;
     lock.unlock();
     return isEqual;

@@ -2,15 +2,15 @@
 
 namespace quillmark {
 
-ConditionLock::ConditionLock(qint64 condition, QString name, Clock &clock)
+ConditionLock::ConditionLock(std::int64_t condition, std::optional<std::string> name, Clock &clock)
     : m_condition(condition), m_name(std::move(name)), m_clock(clock) {}
 
-qint64 ConditionLock::lock() {
+std::int64_t ConditionLock::lock() {
     m_mutex.lock();
     return m_condition;
 }
 
-bool ConditionLock::lockWhenCondition(qint64 value, Clock::Time deadline) {
+bool ConditionLock::lockWhenCondition(std::int64_t value, Clock::Time deadline) {
     std::unique_lock lock(m_mutex);
     ++m_waiters;
     bool isInTime = true;
@@ -25,7 +25,7 @@ bool ConditionLock::lockWhenCondition(qint64 value, Clock::Time deadline) {
     return true;
 }
 
-void ConditionLock::unlockWithCondition(qint64 value) {
+void ConditionLock::unlockWithCondition(std::int64_t value) {
     m_condition = value;
     const bool isAwaited = m_waiters > 0;
     m_mutex.unlock();

@@ -4,27 +4,29 @@
 #include "platform/SystemInfo.h"
 #include "platform/ThreadName.h"
 
+#include <fmt/format.h>
+
 namespace quillmark {
 
 namespace {
 
 thread_local std::string logPrefix; // made at the first line
 
-std::string numberPrefix() { return "[0x" + QByteArray::number(currentThreadId(), 16).toStdString() + "] "; }
+std::string numberPrefix() { return fmt::format("[{:#x}] ", currentThreadId()); }
 
 } // namespace
 
-quint32 currentThreadId() { return platform().systemInfo.currentThreadNumber(); }
+std::uint32_t currentThreadId() { return platform().systemInfo.currentThreadNumber(); }
 
-void setCurrentThreadName(const QString &name) {
+void setCurrentThreadName(const std::optional<std::string> &name) {
     nameCurrentThread(name);
     logPrefix.clear();
 }
 
 const std::string &currentThreadLogPrefix() {
     if (logPrefix.empty()) {
-        const QString name = currentThreadName();
-        logPrefix = name.isNull() ? numberPrefix() : '[' + name.toStdString() + "] ";
+        const auto &name = currentThreadName();
+        logPrefix = name ? '[' + *name + "] " : numberPrefix();
     }
     return logPrefix;
 }

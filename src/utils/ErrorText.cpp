@@ -1,6 +1,7 @@
 #include "utils/ErrorText.h"
 
 #include "platform/Platform.h"
+#include "platform/QtText.h"
 #include "platform/SystemInfo.h"
 #include "utils/Error.h"
 #include "utils/Exception.h"
@@ -43,7 +44,7 @@ QString posixErrorToString(int errnum) {
     if (!text) {
         return QStringLiteral("Unknown Posix error");
     }
-    return QStringLiteral("Posix error ") + QString::number(errnum) + QStringLiteral(" (") + *text + u')';
+    return QStringLiteral("Posix error ") + QString::number(errnum) + QStringLiteral(" (") + qtText(*text) + u')';
 }
 
 QString _removeNewLinesInString(const QString &string) {

@@ -120,15 +120,15 @@ std::optional<QString> FileManager::folderOfOthers(const QString &path) const {
 }
 
 std::optional<Error> FileManager::copyItem(const QString &source, const QString &target) const {
-    const auto failure = copyTree(QFile::encodeName(source), QFile::encodeName(target));
+    const auto failure = copyTree(source.toStdString(), target.toStdString());
     if (!failure) {
         return std::nullopt;
     }
-    return Error{
-        kPosixErrorDomain,
-        failure->error,
-        {{kLocalizedFailureReasonKey, QStringLiteral("Copying stopped at '%1'").arg(QFile::decodeName(failure->path))},
-         {kLocalizedDescriptionKey, posixErrorToString(failure->error)}}};
+    return Error{kPosixErrorDomain,
+                 failure->error,
+                 {{kLocalizedFailureReasonKey,
+                   QStringLiteral("Copying stopped at '%1'").arg(QString::fromStdString(failure->path))},
+                  {kLocalizedDescriptionKey, posixErrorToString(failure->error)}}};
 }
 
 int FileManager::removeItem(const QString &path) const {

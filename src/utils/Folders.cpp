@@ -18,7 +18,7 @@ void ensureFolderPathExists(const QString &folderPath) {
         return;
     }
     if (const int error = files.createFolder(folderPath, kMode); error != 0) {
-        const QString description = platform().systemInfo.posixErrorText(error).value_or(QString::number(error));
+        const std::string description = platform().systemInfo.posixErrorText(error).value_or(std::to_string(error));
         throw Exception(kGenericException, formatted("Failed to create \"%@\" (%@)", folderPath, description));
     }
     logVerbose("\"%@\" subfolder missing - created it", folderPath);

@@ -45,6 +45,7 @@ public:
         m_value =
             text.isNull() ? kAbsent : std::string_view(m_storage.constData(), static_cast<size_t>(m_storage.size()));
     }
+    FormatArgument(const std::optional<std::string> &text) : m_value(text ? std::string_view(*text) : kAbsent) {}
     FormatArgument(const std::optional<QString> &text) : FormatArgument(text.value_or(QString())) {}
     FormatArgument(char character) : m_value(character) {}
     template <std::floating_point Number>

@@ -28,7 +28,7 @@ QString getThisMachinesName() {
 
 QStringList ipAddressesFromHostname(const QString &hostname) {
     QStringList addresses;
-    for (const quint32 address : platform().systemInfo.ipv4Addresses(hostname.toUtf8())) {
+    for (const quint32 address : platform().systemInfo.ipv4Addresses(hostname.toStdString())) {
         addresses.append(_stringFromIPAddress(address));
     }
     return addresses;

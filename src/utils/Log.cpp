@@ -158,7 +158,7 @@ void logNSError(const Error &error) { logError("Error:\n%@", nserrorToString(err
 void logErrorException(const Exception &exception) { logError("%@", errorExceptionToString(exception)); }
 
 void logReportedProblems() {
-    setProblemReporter([](const QString &sentence) { logError("%@", sentence); });
+    setProblemReporter([](const std::string &sentence) { logError("%@", sentence); });
 }
 
 void _printLine(bool toStandardError, const FormatText &format, FormatArguments arguments) {
@@ -184,7 +184,7 @@ QString _initLogging(const QString &path) {
 
 void _recordLogIdentity() {
     const SystemInfo &system = platform().systemInfo;
-    identity.publish(system.processName().toStdString() + '[' + std::to_string(system.processIdentifier()) + "] ");
+    identity.publish(system.processName() + '[' + std::to_string(system.processIdentifier()) + "] ");
 }
 
 void _setLogPathMaker(QString (*makePath)()) { logPathMaker.store(makePath, std::memory_order_release); }

@@ -305,7 +305,7 @@ class Move(MoveTest):
         whole = snapshot(DOWNLOADED)
         self.start_launcher()
         self.press(MOVE)
-        wait_until(lambda: any(Path("/Applications").glob("**/Resources/large/x*")), "the copy has begun")
+        wait_until(lambda: any((APP / "Contents/Resources/large").glob("x*")), "the copy has begun")
         self.launcher.kill()
         self.launcher.wait()
         self.assertEqual(snapshot(DOWNLOADED), whole, "the copy was not in its middle")

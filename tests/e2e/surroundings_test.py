@@ -2,6 +2,7 @@
 
 import os
 import pwd
+import resource
 import shutil
 import subprocess
 import unittest
@@ -94,6 +95,12 @@ class Surroundings(LauncherTest):
         with open("/dev/full", "w") as full:
             self.assertEqual(run_launcher(stdout=full, stderr=full).returncode, 0)
         self.core()
+
+    def test_without_descriptors_it_says_so_and_gives_up(self):
+        """One for each library that is loaded, and no second one."""
+        result = run_launcher(before=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (4, 4)))
+        self.assertEqual(result.stderr, "Quillmark: could not start: nothing can be waited for: Too many open files\n")
+        self.assert_refused(result)
 
     def test_where_the_process_table_is_hidden(self):
         script = f"umount -l /proc && exec setpriv --reuid {USER} --regid {USER} --clear-groups {LAUNCHER}"

@@ -3,7 +3,8 @@
 #include "fakes/Transcript.h"
 #include "platform/Authorization.h"
 
-#include <algorithm>
+#include <deque>
+#include <iterator>
 
 namespace quillmark::test {
 
@@ -12,14 +13,14 @@ class FakeAuthorization final : public Authorization {
 public:
     explicit FakeAuthorization(Transcript &transcript) : m_transcript(transcript) {}
 
-    qint32 createStatus = 0;
-    qint32 rightsStatus = 0;
-    qint32 executeStatus = 0;
-    QList<std::optional<int>> childStatuses; ///< of the waits to come; 0 when there is none left
-    QByteArray output;                       ///< what is left to be read from the program's pipe
-    QList<qint64> reads;                     ///< how much each read asked for
+    std::int32_t createStatus = 0;
+    std::int32_t rightsStatus = 0;
+    std::int32_t executeStatus = 0;
+    std::deque<std::optional<int>> childStatuses; ///< of the waits to come; 0 when there is none left
+    std::string output;                           ///< what is left to be read from the program's pipe
+    std::vector<std::int64_t> reads;              ///< how much each read asked for
 
-    qint32 create(std::unique_ptr<Reference> &reference) override {
+    std::int32_t create(std::unique_ptr<Reference> &reference) override {
         m_transcript.record(QStringLiteral("AuthorizationCreate"));
         if (createStatus == 0) {
             reference = std::make_unique<FakeReference>(*this);
@@ -31,12 +32,11 @@ private:
     class Pipe final : public CommunicationsPipe {
     public:
         explicit Pipe(FakeAuthorization &owner) : m_owner(owner) {}
-        qint64 read(char *buffer, qint64 size) override {
-            const QByteArray piece = m_owner.output.left(size);
-            std::copy(piece.begin(), piece.end(), buffer);
-            m_owner.output.remove(0, piece.size());
-            m_owner.reads << size;
-            return piece.size();
+        std::int64_t read(char *buffer, std::int64_t size) override {
+            const size_t count = m_owner.output.copy(buffer, static_cast<size_t>(size));
+            m_owner.output.erase(0, count);
+            m_owner.reads.push_back(size);
+            return static_cast<std::int64_t>(count);
         }
 
     private:
@@ -50,15 +50,19 @@ private:
         FakeReference &operator=(const FakeReference &) = delete;
         ~FakeReference() override { m_owner.m_transcript.record(QStringLiteral("AuthorizationFree")); }
 
-        qint32 copyRights(const QByteArray &right, quint32 flags) override {
-            m_owner.m_transcript.record(
-                QStringLiteral("AuthorizationCopyRights %1 %2").arg(QString::fromLatin1(right)).arg(flags, 0, 16));
+        std::int32_t copyRights(std::string_view right, std::uint32_t flags) override {
+            m_owner.m_transcript.record(QStringLiteral("AuthorizationCopyRights %1 %2")
+                                            .arg(QString::fromUtf8(right.data(), std::ssize(right)))
+                                            .arg(flags, 0, 16));
             return m_owner.rightsStatus;
         }
-        qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
-                                     std::unique_ptr<CommunicationsPipe> *pipe) override {
-            if (m_owner.m_transcript.recordOrFail(QStringLiteral("AuthorizationExecuteWithPrivileges ") +
-                                                      QString::fromUtf8(path + ' ' + arguments.join(' ')),
+        std::int32_t executeWithPrivileges(const std::string &path, const std::vector<std::string> &arguments,
+                                           std::unique_ptr<CommunicationsPipe> *pipe) override {
+            std::string call = "AuthorizationExecuteWithPrivileges " + path;
+            for (const std::string &argument : arguments) {
+                call += ' ' + argument;
+            }
+            if (m_owner.m_transcript.recordOrFail(QString::fromStdString(call),
                                                   QStringLiteral("AuthorizationExecuteWithPrivileges"))) {
                 return kAuthorizationToolExecuteFailure;
             }
@@ -69,12 +73,21 @@ private:
         }
         std::optional<int> waitForChild() override {
             m_owner.m_transcript.record(QStringLiteral("wait"));
-            return m_owner.childStatuses.isEmpty() ? 0 : m_owner.childStatuses.takeFirst();
+            return m_owner.nextChildStatus();
         }
 
     private:
         FakeAuthorization &m_owner;
     };
+
+    std::optional<int> nextChildStatus() {
+        if (childStatuses.empty()) {
+            return 0;
+        }
+        const auto status = childStatuses.front();
+        childStatuses.pop_front();
+        return status;
+    }
 
     Transcript &m_transcript;
 };

@@ -16,6 +16,8 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_calls.push_back(std::move(call));
     }
+    void runOnce() override { next()(); }
+    void serve(std::vector<Input> inputs) override { serveAlone(std::move(inputs)); }
     void detachNewThread(const QString &name, std::function<void()> body) override {
         threadNames << name;
         threads.push_back(std::move(body));

@@ -2,45 +2,44 @@
 
 #include "platform/SystemInfo.h"
 
-#include <QMap>
-#include <QStringList>
-#include <algorithm>
+#include <map>
 
 namespace quillmark::test {
 
 class FakeSystemInfo final : public SystemInfo {
 public:
-    qint32 identifier = 311;
-    QString name = QStringLiteral("Launcher");
-    quint32 threadNumber = 0x1a03;
+    std::int32_t identifier = 311;
+    std::string name = "Launcher";
+    std::uint32_t threadNumber = 0x1a03;
     bool traced = false;
     SystemVersion version = {10, 6, 8};
     std::optional<bool> intel = true;
     double appKit = 1038.36;
-    QString hostName = QStringLiteral("office");
+    std::string hostName = "office";
     bool hasHostName = true;
-    QMap<QString, std::vector<quint32>> addresses; ///< in network byte order
-    mutable QStringList lookups;                   ///< the hosts that were asked for, in order
-    QMap<int, QString> errorTexts = {{2, QStringLiteral("No such file or directory")}};
+    std::map<std::string, std::vector<std::uint32_t>> addresses; ///< in network byte order
+    mutable std::vector<std::string> lookups;                    ///< the hosts that were asked for, in order
+    std::map<int, std::string> errorTexts = {{2, "No such file or directory"}};
 
-    qint32 processIdentifier() const override { return identifier; }
-    QString processName() const override { return name; }
-    quint32 currentThreadNumber() const override { return threadNumber; }
+    std::int32_t processIdentifier() const override { return identifier; }
+    std::string processName() const override { return name; }
+    std::uint32_t currentThreadNumber() const override { return threadNumber; }
     SystemVersion systemVersion() const override { return version; }
     std::optional<bool> isIntel() const override { return intel; }
     double appKitVersion() const override { return appKit; }
     bool readHostName(char *buffer, size_t size) const override {
-        const QByteArray bytes = hostName.toUtf8().left(static_cast<qsizetype>(size));
-        std::copy(bytes.begin(), bytes.end(), buffer);
+        hostName.copy(buffer, size);
         return hasHostName;
     }
-    std::vector<quint32> ipv4Addresses(const QByteArray &host) const override {
-        lookups << QString::fromUtf8(host);
-        return addresses.value(QString::fromUtf8(host));
+    std::vector<std::uint32_t> ipv4Addresses(const std::string &host) const override {
+        lookups.push_back(host);
+        const auto known = addresses.find(host);
+        return known != addresses.end() ? known->second : std::vector<std::uint32_t>();
     }
     bool isTraced() const override { return traced; }
-    std::optional<QString> posixErrorText(int error) const override {
-        return errorTexts.contains(error) ? std::optional(errorTexts.value(error)) : std::nullopt;
+    std::optional<std::string> posixErrorText(int error) const override {
+        const auto text = errorTexts.find(error);
+        return text != errorTexts.end() ? std::optional(text->second) : std::nullopt;
     }
 };
 

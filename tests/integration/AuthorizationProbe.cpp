@@ -7,7 +7,6 @@
 #include "platform/Authorization.h"
 #include "platform/Platform.h"
 
-#include <QList>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <sys/wait.h>
+#include <vector>
 
 namespace {
 
@@ -27,20 +27,20 @@ std::string next(std::deque<std::string> &words) {
 
 void printOutput(quillmark::CommunicationsPipe &pipe) {
     std::array<char, 64> piece{};
-    for (qint64 count = 0; (count = pipe.read(piece.data(), piece.size())) > 0;) {
+    for (std::int64_t count = 0; (count = pipe.read(piece.data(), piece.size())) > 0;) {
         std::fwrite(piece.data(), 1, static_cast<size_t>(count), stdout);
     }
 }
 
 void execute(quillmark::Authorization::Reference &reference, bool isOutputWanted, std::deque<std::string> &words) {
     const int count = std::stoi(next(words));
-    const QByteArray path = QByteArray::fromStdString(next(words));
-    QList<QByteArray> arguments;
+    const std::string path = next(words);
+    std::vector<std::string> arguments;
     for (int i = 0; i < count; ++i) {
-        arguments << QByteArray::fromStdString(next(words));
+        arguments.push_back(next(words));
     }
     std::unique_ptr<quillmark::CommunicationsPipe> pipe;
-    const qint32 status = reference.executeWithPrivileges(path, arguments, isOutputWanted ? &pipe : nullptr);
+    const std::int32_t status = reference.executeWithPrivileges(path, arguments, isOutputWanted ? &pipe : nullptr);
     std::printf("%d\n", status);
     if (pipe != nullptr) {
         printOutput(*pipe);
@@ -68,7 +68,7 @@ int main(int count, char **arguments) {
     while (!words.empty()) {
         const std::string step = next(words);
         if (step == "rights") {
-            std::printf("%d\n", reference->copyRights(QByteArray::fromStdString(next(words)), 0x13));
+            std::printf("%d\n", reference->copyRights(next(words), 0x13));
         } else if (step == "wait") {
             wait(*reference);
         } else {

@@ -18,10 +18,10 @@ protected:
 };
 
 TEST_F(Waitable, ALockBeginsWithItsCondition) {
-    const auto lock = condition(7, QStringLiteral("n"));
+    const auto lock = condition(7, "n");
     EXPECT_TRUE(isCondition(*lock, 7));
     EXPECT_FALSE(isCondition(*lock, 8));
-    EXPECT_EQ(lock->name(), QStringLiteral("n"));
+    EXPECT_EQ(lock->name(), "n");
 }
 
 TEST_F(Waitable, SignallingAnswersTheConditionBefore) {
@@ -42,7 +42,7 @@ TEST_F(Waitable, WaitingForTheConditionThatIsThereReturnsAtOnceAndLeavesIt) {
 
 TEST_F(Waitable, AWaitOf25SecondsLeavesTwoLinesInTheLog) {
     const QString file = logToFile(kLogLevelDetailed);
-    const auto lock = condition(0, QStringLiteral("repair"));
+    const auto lock = condition(0, "repair");
     const Clock::Time arrival = in(25);
     platform.clock.at(arrival, [&] { signalCondition(*lock, 1); });
     waitCondition(*lock, 1);

@@ -224,7 +224,7 @@ TEST_F(CopyItem, LeavesWhatIsThereAlready) {
 }
 
 TEST_F(CopyItem, NamesWhatIsMissing) {
-    platform.systemInfo.errorTexts.insert(ENOENT, QStringLiteral("No such file"));
+    platform.systemInfo.errorTexts.insert_or_assign(ENOENT, "No such file");
     const Error error = failure();
     EXPECT_EQ(error.code, ENOENT);
     EXPECT_EQ(error.failureReason(), stopAt(at("a")));

@@ -33,7 +33,7 @@ TEST_F(Folders, TrailingSlashesDoNoHarm) {
 
 TEST_F(Folders, AFailureNamesThePathAndTheReason) {
     home.write(QStringLiteral("file"), "x");
-    platform.systemInfo.errorTexts.insert(ENOTDIR, QStringLiteral("Not a directory"));
+    platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
     const QString folder = home.path(QStringLiteral("file/a/b"));
     try {
         ensureFolderPathExists(folder);

@@ -9,7 +9,7 @@ namespace {
 class HostIdentity : public test::LogFixture {
 protected:
     void know(const char *host, std::initializer_list<const char *> addresses) {
-        std::vector<quint32> &known = platform.systemInfo.addresses[QString::fromLatin1(host)];
+        std::vector<std::uint32_t> &known = platform.systemInfo.addresses[host];
         for (const char *address : addresses) {
             known.push_back(::inet_addr(address));
         }
@@ -25,22 +25,22 @@ TEST_F(HostIdentity, ALocalNameGetsItsRootDotAndOthersStay) {
                                        {"office.example.com", "office.example.com"},
                                        {"a.Local", "a.Local"},
                                        {".local", ".local."}}) {
-        platform.systemInfo.hostName = QString::fromLatin1(name);
+        platform.systemInfo.hostName = name;
         EXPECT_EQ(getThisMachinesHostname(), QString::fromLatin1(result));
     }
 }
 
 TEST_F(HostIdentity, TheShortNameEndsAtTheFirstDot) {
-    platform.systemInfo.hostName = QStringLiteral("office.example.com");
+    platform.systemInfo.hostName = "office.example.com";
     EXPECT_EQ(getThisMachinesName(), QStringLiteral("office"));
-    platform.systemInfo.hostName = QStringLiteral("office");
+    platform.systemInfo.hostName = "office";
     EXPECT_EQ(getThisMachinesName(), QStringLiteral("office"));
 }
 
 TEST_F(HostIdentity, AFailureIsLoggedAndLeavesAnEmptyName) {
     const QString file = logToFile(kLogLevelError);
     platform.systemInfo.hasHostName = false;
-    platform.systemInfo.hostName = QString();
+    platform.systemInfo.hostName.clear();
     testing::internal::CaptureStderr();
     EXPECT_EQ(getThisMachinesHostname(), QString());
     EXPECT_EQ(getThisMachinesName(), QString());
@@ -49,7 +49,7 @@ TEST_F(HostIdentity, AFailureIsLoggedAndLeavesAnEmptyName) {
 }
 
 TEST_F(HostIdentity, ANameOf300CharactersIsCutTo255) {
-    platform.systemInfo.hostName = QString(300, u'h');
+    platform.systemInfo.hostName = std::string(300, 'h');
     EXPECT_EQ(getThisMachinesHostname(), QString(255, u'h'));
 }
 
@@ -68,7 +68,7 @@ TEST_F(HostIdentity, AnAddressInNetworkOrderIsDottedDecimal) {
 TEST_F(HostIdentity, EqualNamesAreOneMachineWithoutAnyLookup) {
     EXPECT_TRUE(same("unknown", "unknown"));
     EXPECT_TRUE(same("", ""));
-    EXPECT_TRUE(platform.systemInfo.lookups.isEmpty());
+    EXPECT_TRUE(platform.systemInfo.lookups.empty());
 }
 
 TEST_F(HostIdentity, NamesThatDifferInLetterCaseAndDoNotResolveAreTwoMachines) {
@@ -88,8 +88,7 @@ TEST_F(HostIdentity, OneSharedAddressMakesOneMachine) {
 TEST_F(HostIdentity, TheSecondNameIsResolvedForEachAddressOfTheFirst) {
     know("a", {"10.0.0.1", "10.0.0.2"});
     same("a", "c");
-    EXPECT_EQ(platform.systemInfo.lookups,
-              QStringList({QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("c")})); // deliberate
+    EXPECT_EQ(platform.systemInfo.lookups, (std::vector<std::string>{"a", "c", "c"})); // deliberate
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "fakes/FakeBundle.h"
 #include "platform/Problem.h"
+#include "platform/linux/RunLoop.h"
 #include "platform/linux/WindowModule.h"
 #include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
@@ -19,7 +20,7 @@ class LinuxAlertsTest : public testing::Test {
 protected:
     LinuxAlertsTest() {
         problems.clear();
-        setProblemReporter([](const QString &sentence) { problems << sentence; });
+        setProblemReporter([](const std::string &sentence) { problems << qtText(sentence); });
         bundle.bundlePath = home.path(QStringLiteral("Quillmark.app"));
         alert.windowTitle = QStringLiteral("Quillmark");
         alert.messageText = QStringLiteral("Sicher?");
@@ -37,7 +38,8 @@ protected:
 
     TemporaryHome home;
     FakeBundle bundle;
-    WindowModule module{bundle};
+    RunLoop runLoop;
+    WindowModule module{bundle, runLoop};
     LinuxAlerts alerts{module};
     AlertDescription alert;
     int answer = -1;

@@ -161,14 +161,14 @@ TEST_F(LogSetup, LoggingGoesOnAfterAFailureOnceAFileOpens) {
 
 TEST_F(LogSetup, AFolderThatCannotBeCreatedIsAGenericExceptionThatNamesIt) {
     home.write(QStringLiteral("file"), "");
-    platform.systemInfo.errorTexts.insert(ENOTDIR, QStringLiteral("Not a directory"));
+    platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
     const QString folder = home.path(QStringLiteral("file/logs"));
     expectFault([&] { initLogging3(normal, normal, folder, product, product); }, "NSGenericException",
                 QStringLiteral("Failed to create \"%1\" (Not a directory)").arg(folder));
 }
 
 TEST_F(LogSetup, TheProcessIsRecordedAtEachInitialisation) {
-    platform.systemInfo.name = QStringLiteral("Other");
+    platform.systemInfo.name = "Other";
     platform.systemInfo.identifier = 7;
     const QString file = logToFile(kLogLevelNormal);
     logNormal("x");

@@ -195,11 +195,11 @@ TEST_F(Log, LongMessagesAreWrittenWhole) {
 TEST_F(Log, ANamedThreadsLinesCarryItsNameEvenWhenItIsEmpty) {
     const QString file = logToFile(kLogLevelNormal);
     std::thread([] {
-        setCurrentThreadName(QStringLiteral("repair"));
+        setCurrentThreadName("repair");
         logNormal("1");
-        setCurrentThreadName(QStringLiteral(""));
+        setCurrentThreadName("");
         logNormal("2");
-        setCurrentThreadName(QString());
+        setCurrentThreadName(std::nullopt);
         logNormal("3");
     }).join();
     const QList<QByteArray> lines = contentsOf(file).split('\n');

@@ -18,7 +18,7 @@ protected:
         std::vector<std::thread> threads;
         for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([thread] {
-                setCurrentThreadName(QStringLiteral("t%1").arg(thread));
+                setCurrentThreadName("t" + std::to_string(thread));
                 for (int line = 0; line < kLines; ++line) {
                     logNormal("%@ %d end", QString(thread * 40, u'x'), line);
                 }

@@ -3,8 +3,6 @@
 #include "tools/Task+OneLineTasksWithOutput.h"
 #include "utils/Exception.h"
 
-#include <QCoreApplication>
-#include <QTimer>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
@@ -33,10 +31,6 @@ protected:
     }
     QVariant info(QLatin1StringView key) const { return error->userInfo.value(key); }
 
-    int m_argumentCount = 1;
-    char m_name[5] = "test";
-    char *m_arguments[2] = {m_name, nullptr};
-    QCoreApplication application{m_argumentCount, m_arguments};
     std::optional<Error> error = Error{};
 };
 
@@ -132,12 +126,20 @@ TEST_F(TaskRunner, MuchOutputOnBothPipesAtOnceIsReadWhole) {
 }
 
 TEST_F(TaskRunner, OtherEventsOfTheLoopAreServedMeanwhile) {
+    MainThread &mainThread = platform().mainThread;
     int turns = 0;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&turns] { ++turns; });
-    timer.start(1);
+    bool isOver = false;
+    const std::function<void()> again = [&] {
+        ++turns;
+        if (!isOver) {
+            mainThread.post(again);
+        }
+    };
+    mainThread.post(again);
     shell(QStringLiteral("sleep 0.2"));
     EXPECT_GT(turns, 5);
+    isOver = true;
+    mainThread.runOnce(); // the last one
 }
 
 TEST_F(TaskRunner, NoDescriptorIsLeftBehindByAThousandRuns) {
@@ -220,13 +222,9 @@ TEST_F(TaskRunner, ARunWhoseEndCannotBeLearnedIsAFailure) {
     EXPECT_EQ(error->description(), QStringLiteral("Task terminationStatus was -1"));
 }
 
-/// Without an application object there is no event loop.
-TEST(TaskRunnerWithoutAnApplication, WaitsWithoutTurningInCircles) {
-    std::optional<Error> error;
+TEST_F(TaskRunner, WaitsWithoutTurningInCircles) {
     const std::clock_t before = std::clock();
-    EXPECT_EQ(stringByLaunchingPath(QStringLiteral("/bin/sh"),
-                                    {QStringLiteral("-c"), QStringLiteral("sleep 0.5; echo x")}, {}, &error),
-              QStringLiteral("x\n"));
+    EXPECT_EQ(shell(QStringLiteral("sleep 0.5; echo x")), QStringLiteral("x\n"));
     EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);
 }
 
@@ -291,9 +289,9 @@ TEST_F(PrivilegedTask, AFailedStartIsAnErrorWithThePlatformsStatus) {
 
 TEST_F(PrivilegedTask, OutputIsReadInPiecesOf64BytesAndDecodedAcrossThem) {
     const QString text = QString(63, u'x') + QStringLiteral("é📄") + QString(70, u'y');
-    authorization.output = text.toUtf8();
+    authorization.output = text.toStdString();
     EXPECT_EQ(run(), text);
-    EXPECT_EQ(authorization.reads, QList<qint64>(4, 64));
+    EXPECT_EQ(authorization.reads, std::vector<std::int64_t>(4, 64));
 }
 
 TEST_F(PrivilegedTask, NoOutputIsAnEmptyText) {

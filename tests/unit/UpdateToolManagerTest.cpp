@@ -400,7 +400,7 @@ TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
     endWith(0);
     leaveLog();
     home.write(QStringLiteral("Library/Logs/Quillmark/MacFUSE/macfuse-install.log"), "earlier");
-    platform.systemInfo.errorTexts.insert(EEXIST, QStringLiteral("File exists"));
+    platform.systemInfo.errorTexts.insert_or_assign(EEXIST, "File exists");
     startLog();
     EXPECT_EQ(install(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
@@ -418,7 +418,7 @@ TEST_F(MacFuseLog, WhoseFolderCannotBeMadeIsAnExceptionThatGoesNoFurther) {
     endWith(0);
     leaveLog();
     home.write(QStringLiteral("Library/Logs"), "in the way");
-    platform.systemInfo.errorTexts.insert(ENOTDIR, QStringLiteral("Not a directory"));
+    platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
     startLog();
     EXPECT_EQ(install(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "WindowsRunLoop.h"
 #include "platform/Alerts.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
@@ -65,7 +66,7 @@ protected:
 
 private:
     std::unique_ptr<Bundle> m_bundle;
-    WindowModule m_module{*m_bundle};
+    WindowModule m_module{*m_bundle, windowsRunLoop()};
     LinuxAlerts m_alerts{m_module};
 };
 

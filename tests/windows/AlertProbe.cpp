@@ -9,7 +9,7 @@
 
 int main(int count, char ** /*arguments*/) {
     const auto text = [](const char *key) { return quillmark::QMLocalizedString(QString::fromLatin1(key)); };
-    quillmark::setProblemReporter([](const QString &sentence) { quillmark::logError("%@", sentence); });
+    quillmark::setProblemReporter([](const std::string &sentence) { quillmark::logError("%@", sentence); });
     quillmark::AlertDescription alert;
     alert.windowTitle = text("ProductName");
     if (count > 1) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "WindowsRunLoop.h"
 #include "platform/HeaderBranding.h"
 #include "platform/Images.h"
 #include "platform/Platform.h"
@@ -31,10 +32,10 @@ protected:
 
     CheckWindowFixture() {
         problems().clear();
-        setProblemReporter([](const QString &sentence) { problems() << sentence; });
+        setProblemReporter([](const std::string &sentence) { problems() << qtText(sentence); });
     }
     ~CheckWindowFixture() override {
-        setProblemReporter([](const QString & /*sentence*/) {});
+        setProblemReporter([](const std::string & /*sentence*/) {});
         if (QDialog *const dialog = findWindow(); dialog != nullptr) {
             dialog->hide();
         }
@@ -201,7 +202,7 @@ private:
     const QFont m_font = QApplication::font();
     const QPalette m_palette = QApplication::palette();
     std::unique_ptr<Bundle> m_bundle = nativeBundle(QStringLiteral(QUILLMARK_APP));
-    WindowModule m_module{*m_bundle};
+    WindowModule m_module{*m_bundle, windowsRunLoop()};
     LinuxCheckWindows m_checkWindows{m_module};
 };
 

@@ -1,5 +1,6 @@
 // The header by numbers: in points, from the left and from below.
 
+#include "WindowsRunLoop.h"
 #include "platform/Bundle.h"
 #include "platform/HeaderPicture.h"
 #include "platform/Images.h"
@@ -564,7 +565,7 @@ TEST_F(HeaderView, TheModuleDrawsWhatTheViewDraws) {
     HeaderPicture picture{.branding = branding, .logo = plainLogo(200, 120), .width = width, .scale = scale()};
     QByteArray png;
     QString obstacle;
-    ASSERT_TRUE(WindowModule(*bundle).drawHeader(picture, png, obstacle)) << qPrintable(obstacle);
+    ASSERT_TRUE(WindowModule(*bundle, windowsRunLoop()).drawHeader(picture, png, obstacle)) << qPrintable(obstacle);
     view().setLogoImage(*picture.logo);
     const auto format = QImage::Format_RGB32;
     EXPECT_EQ(QImage::fromData(png).convertToFormat(format), draw().convertToFormat(format));
@@ -575,7 +576,7 @@ TEST_F(HeaderView, WithoutTheModuleNothingIsDrawnOffScreen) {
     const auto bundle = nativeBundle(empty.path());
     QByteArray png;
     QString obstacle;
-    EXPECT_FALSE(WindowModule(*bundle).drawHeader(HeaderPicture(), png, obstacle));
+    EXPECT_FALSE(WindowModule(*bundle, windowsRunLoop()).drawHeader(HeaderPicture(), png, obstacle));
     EXPECT_TRUE(obstacle.contains(QStringLiteral("libquillmark-windows.so"))) << qPrintable(obstacle);
     EXPECT_TRUE(png.isEmpty());
 }

@@ -28,6 +28,9 @@ void tellFailuresAlone(QtMsgType type, const QMessageLogContext &, const QString
 } // namespace
 
 bool tryDisplay() {
+    if (QCoreApplication::instance() != nullptr) {
+        return true; // copied with the process, which has tried it already
+    }
     static auto &arguments = *new Arguments(QStringLiteral("trial")); // which shows no window
     static const auto *const application = new QGuiApplication(arguments.count, arguments.values.data());
     return application != nullptr;

@@ -7,7 +7,9 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFileInfo>
+#include <QSocketNotifier>
 #include <type_traits>
 
 namespace quillmark {
@@ -16,8 +18,13 @@ namespace {
 
 class DialogWindows final : public Windows {
 public:
-    explicit DialogWindows(const QString &resourceFolder) : m_alerts(resourceFolder) {}
+    DialogWindows(const QString &resourceFolder, OtherEvents &others)
+        : m_alerts(resourceFolder), m_others(others.descriptor(), QSocketNotifier::Read) {
+        QObject::connect(&m_others, &QSocketNotifier::activated, &m_others, [&others] { others.serveReady(); });
+    }
     Alerts &alerts() override { return m_alerts; }
+    void turn() override { QEventLoop().processEvents(QEventLoop::WaitForMoreEvents); }
+    void run() override { QCoreApplication::exec(); }
     CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
                                      CheckWindowView::Owner &owner, QStringList &problems) override {
         m_checkWindow = CheckWindow::load(interfaceFile, branding, m_alerts.icon(), owner, problems);
@@ -26,6 +33,7 @@ public:
 
 private:
     DialogAlerts m_alerts;
+    QSocketNotifier m_others;
     std::unique_ptr<CheckWindow> m_checkWindow;
 };
 
@@ -40,12 +48,13 @@ QString bundleName(const QString &resourceFolder) {
 
 extern "C" Q_DECL_EXPORT bool quillmarkTryDisplay() { return quillmark::tryDisplay(); }
 
-extern "C" Q_DECL_EXPORT quillmark::Windows *quillmarkOpenWindows(const QString &resourceFolder, QString &obstacle) {
+extern "C" Q_DECL_EXPORT quillmark::Windows *
+quillmarkOpenWindows(const QString &resourceFolder, quillmark::OtherEvents &otherEvents, QString &obstacle) {
     if (!quillmark::openDisplay(quillmark::bundleName(resourceFolder), obstacle)) {
         return nullptr;
     }
     // Never destroyed, like the application it belongs to.
-    static auto *const windows = new quillmark::DialogWindows(resourceFolder);
+    static auto *const windows = new quillmark::DialogWindows(resourceFolder, otherEvents);
     return windows;
 }
 

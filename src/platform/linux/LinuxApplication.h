@@ -1,14 +1,16 @@
 #pragma once
 
 #include "platform/Application.h"
+#include "platform/linux/RunLoop.h"
 
-#include <QCoreApplication>
 #include <cstdlib>
 
 namespace quillmark {
 
 class LinuxApplication final : public Application {
 public:
+    explicit LinuxApplication(RunLoop &runLoop) : m_runLoop(runLoop) {}
+
     /// There is no such thing here: a window makes itself the active one when it is shown.
     bool isActive() const override { return false; }
     void activateIgnoringOtherApps() override {}
@@ -16,7 +18,10 @@ public:
     /// exit() writes what stdio still holds; there is nothing else to tear down.
     [[noreturn]] void terminate() override { std::exit(EXIT_SUCCESS); }  // NOLINT(concurrency-mt-unsafe)
     [[noreturn]] void exitAtOnce() override { std::exit(EXIT_SUCCESS); } // NOLINT(concurrency-mt-unsafe)
-    void run() override { QCoreApplication::exec(); }
+    void run() override { m_runLoop.run(); }
+
+private:
+    RunLoop &m_runLoop;
 };
 
 } // namespace quillmark

@@ -6,7 +6,7 @@
 #include "platform/linux/HelperProtocol.h"
 #include "platform/linux/PrivateMemory.h"
 
-#include <QFile>
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -14,6 +14,7 @@
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -25,12 +26,12 @@ class OutputPipe final : public CommunicationsPipe {
 public:
     explicit OutputPipe(Descriptor reading) : m_reading(std::move(reading)) {}
 
-    qint64 read(char *buffer, qint64 size) override {
+    std::int64_t read(char *buffer, std::int64_t size) override {
         ssize_t count = 0;
         do {
             count = ::read(m_reading.get(), buffer, static_cast<size_t>(size));
         } while (count < 0 && errno == EINTR);
-        return qMax<qint64>(count, 0);
+        return std::max<ssize_t>(count, 0);
     }
 
 private:
@@ -38,7 +39,7 @@ private:
 };
 
 /// The dialog's exit statuses, when the helper was not started.
-qint32 statusOfDialog(int status) {
+std::int32_t statusOfDialog(int status) {
     constexpr int kDismissed = 126;
     return WIFEXITED(status) && WEXITSTATUS(status) == kDismissed ? kAuthorizationCanceled : kAuthorizationDenied;
 }
@@ -46,7 +47,7 @@ qint32 statusOfDialog(int status) {
 /// The root helper, from its start to the end of this object.
 class RootHelper {
 public:
-    explicit RootHelper(QByteArray program) : m_program(std::move(program)) {}
+    explicit RootHelper(std::string program) : m_program(std::move(program)) {}
     RootHelper(const RootHelper &) = delete;
     RootHelper &operator=(const RootHelper &) = delete;
     ~RootHelper() { end(); }
@@ -54,7 +55,7 @@ public:
     bool isRunning() const { return m_process != 0; }
 
     /// Waits for as long as the user takes with the password. \returns a status.
-    qint32 start() {
+    std::int32_t start() {
         std::array<int, 2> ends{};
         if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
             return kAuthorizationDenied;
@@ -76,9 +77,8 @@ public:
     }
 
     /// \returns the answer, which may take as long as a program runs; nothing when the helper has ended.
-    std::optional<HelperAnswer> answerTo(const QByteArray &request, int output = -1) {
-        QByteArray bytes = request;
-        iovec piece{bytes.data(), static_cast<size_t>(bytes.size())};
+    std::optional<HelperAnswer> answerTo(std::string request, int output = -1) {
+        iovec piece{request.data(), request.size()};
         alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> parts{};
         msghdr message{};
         message.msg_iov = &piece;
@@ -93,7 +93,7 @@ public:
             std::memcpy(CMSG_DATA(part), &output, sizeof output);
         }
         HelperAnswer answer = 0;
-        if (::sendmsg(m_socket.get(), &message, MSG_NOSIGNAL) != bytes.size() ||
+        if (::sendmsg(m_socket.get(), &message, MSG_NOSIGNAL) != static_cast<ssize_t>(request.size()) ||
             receive(&answer, sizeof answer) != sizeof answer) {
             return std::nullopt;
         }
@@ -103,8 +103,8 @@ public:
 private:
     /// \returns the process's number, or 0.
     pid_t spawn(int helpersEnd) {
-        QByteArray dialog = "/usr/bin/pkexec";
-        QByteArray withoutTerminal = "--disable-internal-agent"; // it would ask there, and wait
+        std::string dialog = "/usr/bin/pkexec";
+        std::string withoutTerminal = "--disable-internal-agent"; // it would ask there, and wait
         std::vector<char *> arguments;
         if (::geteuid() != 0) {
             arguments = {dialog.data(), withoutTerminal.data()};
@@ -122,7 +122,8 @@ private:
         ::posix_spawn_file_actions_destroy(&actions);
         if (error != 0) {
             reportProblem(QStringLiteral("\"%1\" can't be started: %2")
-                              .arg(QFile::decodeName(arguments[0]), qt_error_string(error)));
+                              .arg(QString::fromUtf8(arguments[0]),
+                                   QString::fromStdString(std::generic_category().message(error))));
         }
         return error == 0 ? process : 0;
     }
@@ -147,7 +148,7 @@ private:
         return status;
     }
 
-    QByteArray m_program;
+    std::string m_program;
     Descriptor m_socket;
     std::optional<PrivateMemory> m_privateMemory; // as long as the socket is open
     pid_t m_process = 0;
@@ -155,35 +156,35 @@ private:
 
 /// The arguments that make a program do here what the given ones make it do where they come from: there, cp keeps
 /// extended attributes with a file's mode and times, here it has to be told.
-QList<QByteArray> withTheSameMeaning(const QByteArray &path, QList<QByteArray> arguments) {
-    if (path == "/bin/cp" && arguments.value(0) == "-pR") {
-        arguments.insert(1, "--preserve=all");
+std::vector<std::string> withTheSameMeaning(const std::string &path, std::vector<std::string> arguments) {
+    if (path == "/bin/cp" && !arguments.empty() && arguments[0] == "-pR") {
+        arguments.insert(arguments.begin() + 1, "--preserve=all");
     }
     return arguments;
 }
 
 class HelperReference final : public Authorization::Reference {
 public:
-    explicit HelperReference(QByteArray program) : m_helper(std::move(program)) {}
+    explicit HelperReference(std::string program) : m_helper(std::move(program)) {}
 
     /// The helper is started even without the flags that ask for it: there is no other way to learn of the right.
-    qint32 copyRights(const QByteArray &right, quint32 /*flags*/) override {
+    std::int32_t copyRights(std::string_view right, std::uint32_t /*flags*/) override {
         if (right != kAuthorizationRightAdmin) {
             return kAuthorizationDenied;
         }
         return m_helper.isRunning() ? 0 : m_helper.start();
     }
 
-    qint32 executeWithPrivileges(const QByteArray &path, const QList<QByteArray> &arguments,
-                                 std::unique_ptr<CommunicationsPipe> *pipe) override {
-        QByteArray request = path + '\0';
-        const QList<QByteArray> texts = withTheSameMeaning(path, arguments);
-        for (const QByteArray &text : texts) {
+    std::int32_t executeWithPrivileges(const std::string &path, const std::vector<std::string> &arguments,
+                                       std::unique_ptr<CommunicationsPipe> *pipe) override {
+        std::string request = path + '\0';
+        const std::vector<std::string> texts = withTheSameMeaning(path, arguments);
+        for (const std::string &text : texts) {
             request += text + '\0';
         }
-        if (!m_helper.isRunning() || !path.startsWith('/') || request.count('\0') != texts.size() + 1 ||
-            static_cast<size_t>(texts.size()) >= kHelperMaximumTexts ||
-            static_cast<size_t>(request.size()) > kHelperMaximumRequest) {
+        if (!m_helper.isRunning() || !path.starts_with('/') ||
+            std::count(request.begin(), request.end(), '\0') != std::ssize(texts) + 1 ||
+            texts.size() >= kHelperMaximumTexts || request.size() > kHelperMaximumRequest) {
             return kAuthorizationToolExecuteFailure;
         }
         std::array<int, 2> ends{-1, -1};
@@ -202,7 +203,8 @@ public:
     }
 
     std::optional<int> waitForChild() override {
-        const auto status = m_helper.isRunning() ? m_helper.answerTo({kHelperWait, sizeof kHelperWait}) : std::nullopt;
+        const auto status =
+            m_helper.isRunning() ? m_helper.answerTo(std::string(kHelperWait, sizeof kHelperWait)) : std::nullopt;
         return status == kHelperNoProgram ? std::nullopt : status;
     }
 
@@ -212,9 +214,9 @@ private:
 
 } // namespace
 
-qint32 LinuxAuthorization::create(std::unique_ptr<Reference> &reference) {
+std::int32_t LinuxAuthorization::create(std::unique_ptr<Reference> &reference) {
     const QString helper = helpersFolder(m_bundle.path()) + QStringLiteral("/quillmark-root-helper");
-    reference = std::make_unique<HelperReference>(QFile::encodeName(helper));
+    reference = std::make_unique<HelperReference>(helper.toStdString());
     return 0;
 }
 

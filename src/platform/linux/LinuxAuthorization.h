@@ -13,7 +13,7 @@ class LinuxAuthorization final : public Authorization {
 public:
     explicit LinuxAuthorization(const Bundle &bundle) : m_bundle(bundle) {}
 
-    qint32 create(std::unique_ptr<Reference> &reference) override;
+    std::int32_t create(std::unique_ptr<Reference> &reference) override;
 
 private:
     const Bundle &m_bundle;

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxBundle.h"
 
 #include "platform/PropertyList.h"
+#include "platform/QtText.h"
 #include "platform/linux/ExecutablePath.h"
 
 #include <QFile>
@@ -55,7 +56,7 @@ QVariantMap LinuxBundle::readStringTable() const {
 }
 
 QString LinuxBundle::pathOfRunningBundle() {
-    const QString executable = executablePath();
+    const QString executable = qtText(executablePath());
     const auto parent = [](const QString &path) { return path.left(path.lastIndexOf(u'/')); };
     for (QString folder = parent(executable); !folder.isEmpty(); folder = parent(folder)) {
         if (folder.endsWith(u".app")) {

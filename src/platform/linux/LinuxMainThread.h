@@ -1,29 +1,25 @@
 #pragma once
 
 #include "platform/MainThread.h"
-#include "platform/ThreadName.h"
+#include "platform/linux/RunLoop.h"
 
-#include <QObject>
 #include <thread>
 
 namespace quillmark {
 
-/// Posts to the event loop of the thread that made this object.
+/// The main thread is the one that makes this object.
 class LinuxMainThread final : public MainThread {
 public:
-    void post(std::function<void()> call) override {
-        QMetaObject::invokeMethod(&m_context, std::move(call), Qt::QueuedConnection);
-    }
+    RunLoop &runLoop() { return m_runLoop; }
 
-    void detachNewThread(const QString &name, std::function<void()> body) override {
-        std::thread([name, body = std::move(body)] {
-            nameCurrentThread(name);
-            body();
-        }).detach();
-    }
+    void post(std::function<void()> call) override { m_runLoop.post(std::move(call)); }
+    void runOnce() override { m_runLoop.turn(); }
+    void serve(std::vector<Input> inputs) override;
+    void detachNewThread(const QString &name, std::function<void()> body) override;
 
 private:
-    QObject m_context;
+    const std::thread::id m_thread = std::this_thread::get_id();
+    RunLoop m_runLoop;
 };
 
 } // namespace quillmark

@@ -29,20 +29,20 @@ QString preferenceFile(const Bundle &bundle) {
     if (identifier.isEmpty() || identifier.contains(u'/')) {
         identifier = QStringLiteral("com.quillmark.QuillmarkLauncher");
     }
-    return appendingPathComponent(homeFolder(), QStringLiteral("Library/Preferences/%1.plist").arg(identifier));
+    return appendingPathComponent(qtText(homeFolder()), QStringLiteral("Library/Preferences/%1.plist").arg(identifier));
 }
 
 struct LinuxBackends {
-    LinuxApplication application;
+    LinuxMainThread mainThread;
+    LinuxApplication application{mainThread.runLoop()};
     LinuxClock clock;
     LinuxImages images;
-    LinuxMainThread mainThread;
     LinuxPropertyList propertyList;
     LinuxScripts scripts;
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
     LinuxAuthorization authorization{mainBundle};
-    WindowModule windowModule{mainBundle};
+    WindowModule windowModule{mainBundle, mainThread.runLoop()};
     LinuxAlerts alerts{windowModule};
     LinuxCheckWindows checkWindows{windowModule};
     LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};

@@ -4,13 +4,13 @@
 #include "platform/PropertyList.h"
 #include "platform/linux/ExecutablePath.h"
 
-#include <QFile>
-#include <QStringList>
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
+#include <fstream>
 #include <netdb.h>
+#include <string_view>
 #include <sys/socket.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -20,21 +20,20 @@ namespace quillmark {
 namespace {
 
 /// The numbers between the dots, up to the first piece that does not begin with one.
-SystemVersion systemVersionIn(const QString &text) {
+SystemVersion systemVersionIn(std::string_view text) {
     SystemVersion version;
-    const QStringList pieces = text.split(u'.');
-    qsizetype index = 0;
-    for (std::optional<qint32> *number : {&version.major, &version.minor, &version.bugfix}) {
-        const QByteArray piece = index < pieces.size() ? pieces[index].toLatin1() : QByteArray();
-        qint32 value = 0;
-        if (std::from_chars(piece.begin(), piece.end(), value).ec != std::errc()) {
+    // Of a system's first release the last number is left out.
+    const bool isFirstRelease = std::count(text.begin(), text.end(), '.') == 1;
+    for (std::optional<std::int32_t> *number : {&version.major, &version.minor, &version.bugfix}) {
+        const size_t end = std::min(text.find('.'), text.size());
+        std::int32_t value = 0;
+        if (std::from_chars(text.data(), text.data() + end, value).ec != std::errc()) {
             break;
         }
         *number = value;
-        ++index;
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
-    // Of a system's first release the last number is left out.
-    if (pieces.size() == 2 && version.minor) {
+    if (isFirstRelease && version.minor) {
         version.bugfix = 0;
     }
     return version;
@@ -43,34 +42,34 @@ SystemVersion systemVersionIn(const QString &text) {
 } // namespace
 
 SystemVersion belowAnyMac(SystemVersion kernel) {
-    constexpr qint32 kHighest = 9; // the first Mac is 10.0
+    constexpr std::int32_t kHighest = 9; // the first Mac is 10.0
     if (kernel.major) {
         kernel.major = std::min(*kernel.major, kHighest);
     }
     return kernel;
 }
 
-qint32 LinuxSystemInfo::processIdentifier() const { return ::getpid(); }
+std::int32_t LinuxSystemInfo::processIdentifier() const { return ::getpid(); }
 
-QString LinuxSystemInfo::processName() const {
-    const QString path = executablePath();
-    return path.isNull() ? QFile::decodeName(program_invocation_short_name) : lastPathComponent(path);
+std::string LinuxSystemInfo::processName() const {
+    const auto path = executablePath();
+    return path ? lastPathComponent(*path) : program_invocation_short_name;
 }
 
-quint32 LinuxSystemInfo::currentThreadNumber() const {
-    thread_local const auto number = static_cast<quint32>(::gettid());
+std::uint32_t LinuxSystemInfo::currentThreadNumber() const {
+    thread_local const auto number = static_cast<std::uint32_t>(::gettid());
     return number;
 }
 
 SystemVersion LinuxSystemInfo::systemVersion() const {
     const QVariantMap description =
         m_propertyList.readDictionary(QStringLiteral("/System/Library/CoreServices/SystemVersion.plist"));
-    const QString text = description.value(QStringLiteral("ProductVersion")).toString();
+    const std::string text = description.value(QStringLiteral("ProductVersion")).toString().toStdString();
     struct utsname kernel {};
-    if (!text.isEmpty() || ::uname(&kernel) != 0) {
+    if (!text.empty() || ::uname(&kernel) != 0) {
         return systemVersionIn(text);
     }
-    return belowAnyMac(systemVersionIn(QString::fromLocal8Bit(kernel.release)));
+    return belowAnyMac(systemVersionIn(kernel.release));
 }
 
 std::optional<bool> LinuxSystemInfo::isIntel() const {
@@ -78,8 +77,8 @@ std::optional<bool> LinuxSystemInfo::isIntel() const {
     if (::uname(&kernel) != 0) {
         return std::nullopt;
     }
-    const QByteArray machine(kernel.machine);
-    return machine == "x86_64" || (machine.startsWith('i') && machine.endsWith("86"));
+    const std::string_view machine(kernel.machine);
+    return machine == "x86_64" || (machine.starts_with('i') && machine.ends_with("86"));
 }
 
 double LinuxSystemInfo::appKitVersion() const {
@@ -91,21 +90,21 @@ bool LinuxSystemInfo::readHostName(char *buffer, size_t size) const {
     return ::gethostname(buffer, size) == 0 || errno == ENAMETOOLONG;
 }
 
-std::vector<quint32> LinuxSystemInfo::ipv4Addresses(const QByteArray &hostName) const {
-    std::vector<quint32> addresses;
+std::vector<std::uint32_t> LinuxSystemInfo::ipv4Addresses(const std::string &hostName) const {
+    std::vector<std::uint32_t> addresses;
     std::vector<char> buffer(1024);
     struct hostent entry {};
     struct hostent *found = nullptr;
     int error = 0;
-    while (::gethostbyname2_r(hostName.constData(), AF_INET, &entry, buffer.data(), buffer.size(), &found, &error) ==
+    while (::gethostbyname2_r(hostName.c_str(), AF_INET, &entry, buffer.data(), buffer.size(), &found, &error) ==
            ERANGE) {
         buffer.resize(buffer.size() * 2);
     }
-    if (found == nullptr || found->h_length != sizeof(quint32)) {
+    if (found == nullptr || found->h_length != sizeof(std::uint32_t)) {
         return addresses;
     }
     for (char **address = found->h_addr_list; *address != nullptr; ++address) {
-        quint32 value = 0;
+        std::uint32_t value = 0;
         std::memcpy(&value, *address, sizeof value);
         addresses.push_back(value);
     }
@@ -113,19 +112,20 @@ std::vector<quint32> LinuxSystemInfo::ipv4Addresses(const QByteArray &hostName) 
 }
 
 bool LinuxSystemInfo::isTraced() const {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) {
-        return false;
+    constexpr std::string_view kLabel = "TracerPid:\t";
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line)) {
+        if (line.starts_with(kLabel)) {
+            return line.substr(kLabel.size(), 1) != "0";
+        }
     }
-    constexpr char kLabel[] = "\nTracerPid:\t";
-    const QByteArray text = status.readAll();
-    const qsizetype at = text.indexOf(kLabel);
-    return at >= 0 && text.mid(at + static_cast<qsizetype>(std::strlen(kLabel)), 1) != "0";
+    return false;
 }
 
-std::optional<QString> LinuxSystemInfo::posixErrorText(int error) const {
+std::optional<std::string> LinuxSystemInfo::posixErrorText(int error) const {
     const char *text = ::strerrordesc_np(error);
-    return text != nullptr ? std::optional(QString::fromUtf8(text)) : std::nullopt;
+    return text != nullptr ? std::optional<std::string>(text) : std::nullopt;
 }
 
 } // namespace quillmark

@@ -14,17 +14,17 @@ class LinuxSystemInfo final : public SystemInfo {
 public:
     explicit LinuxSystemInfo(const PropertyList &propertyList) : m_propertyList(propertyList) {}
 
-    qint32 processIdentifier() const override;
-    QString processName() const override;
-    quint32 currentThreadNumber() const override;
+    std::int32_t processIdentifier() const override;
+    std::string processName() const override;
+    std::uint32_t currentThreadNumber() const override;
     /// That of /System/Library/CoreServices/SystemVersion.plist, else that of the kernel.
     SystemVersion systemVersion() const override;
     std::optional<bool> isIntel() const override;
     double appKitVersion() const override;
     bool readHostName(char *buffer, size_t size) const override;
-    std::vector<quint32> ipv4Addresses(const QByteArray &hostName) const override;
+    std::vector<std::uint32_t> ipv4Addresses(const std::string &hostName) const override;
     bool isTraced() const override;
-    std::optional<QString> posixErrorText(int error) const override;
+    std::optional<std::string> posixErrorText(int error) const override;
 
 private:
     const PropertyList &m_propertyList;

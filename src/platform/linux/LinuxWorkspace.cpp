@@ -86,7 +86,7 @@ bool isRunning(const QString &executable) {
 
 QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
     const QString local = QStringLiteral("/Applications");
-    const QString users = appendingPathComponent(homeFolder(), local);
+    const QString users = appendingPathComponent(qtText(homeFolder()), local);
     switch (domain) {
     case Domain::User:
         return {users};
@@ -100,9 +100,9 @@ QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
 
 /// The one that the desktop goes by and the one that everybody knows. A desktop that has none names the home folder.
 QStringList LinuxWorkspace::downloadsFolders() const {
-    QStringList folders{appendingPathComponent(homeFolder(), QStringLiteral("Downloads"))};
+    QStringList folders{appendingPathComponent(qtText(homeFolder()), QStringLiteral("Downloads"))};
     const QString desktops = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-    if (!desktops.isEmpty() && desktops != homeFolder() && !folders.contains(desktops)) {
+    if (!desktops.isEmpty() && desktops != qtText(homeFolder()) && !folders.contains(desktops)) {
         folders.prepend(desktops);
     }
     return folders;
@@ -162,7 +162,7 @@ bool LinuxWorkspace::launchApplication(const QString &path) {
         return spawnDetached(QFile::encodeName(executable));
     }
     // So that of several that launch it at once one does. Where there can be no lock it is launched all the same.
-    const QString folder = appendingPathComponent(homeFolder(), QStringLiteral("Library/Caches/Quillmark"));
+    const QString folder = appendingPathComponent(qtText(homeFolder()), QStringLiteral("Library/Caches/Quillmark"));
     QDir().mkpath(folder);
     const Descriptor lock = lockedFile(folder + QStringLiteral("/launch.lock"), m_clock);
     return isRunning(executable) || spawnDetached(QFile::encodeName(executable));
@@ -173,7 +173,7 @@ bool LinuxWorkspace::openFolder(const QString &path) {
 }
 
 bool LinuxWorkspace::recycle(const QString &name, const QString &folder) {
-    return moveToTrash(QFile::encodeName(name), QFile::encodeName(folder));
+    return moveToTrash(name.toStdString(), folder.toStdString());
 }
 
 /// A bundle's executable is the one that its Info.plist names, else the one named as the bundle.

@@ -5,8 +5,6 @@
 #include "platform/Problem.h"
 #include "platform/Tree.h"
 
-#include <QFile>
-#include <QUuid>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -15,7 +13,10 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
+#include <random>
+#include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace quillmark {
@@ -23,19 +24,19 @@ namespace quillmark {
 namespace {
 
 struct Item {
-    QByteArray name;
-    QByteArray folder; ///< without links in it; empty for the root
-    Descriptor opened; ///< the folder
-    dev_t device;      ///< its file system
+    std::string name;
+    std::string folder; ///< without links in it; empty for the root
+    Descriptor opened;  ///< the folder
+    dev_t device;       ///< its file system
 
-    QByteArray path() const { return pathOf(name); }
-    QByteArray pathOf(const QByteArray &other) const { return folder + '/' + other; }
+    std::string path() const { return pathOf(name); }
+    std::string pathOf(const std::string &other) const { return folder + '/' + other; }
 };
 
 /// A trash folder of the user's own, made when it is not there yet.
 struct Trash {
-    QByteArray path;
-    qsizetype untold; ///< bytes of an item's path that go without saying: those of the trash's own file system
+    std::string path;
+    size_t untold;    ///< bytes of an item's path that go without saying: those of the trash's own file system
     Descriptor infos; ///< where each item came from
     Descriptor files; ///< the items
 };
@@ -46,14 +47,14 @@ std::optional<struct stat> statusOf(const Descriptor &file) {
 }
 
 /// The user's own folder of that name, made when it is not there; not open when it is somebody else's, or a link.
-Descriptor ownFolder(int folder, const QByteArray &name, int further = O_NOFOLLOW) {
-    ::mkdirat(folder, name.constData(), S_IRWXU);
-    Descriptor opened(::openat(folder, name.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC | further));
+Descriptor ownFolder(int folder, const std::string &name, int further = O_NOFOLLOW) {
+    ::mkdirat(folder, name.c_str(), S_IRWXU);
+    Descriptor opened(::openat(folder, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC | further));
     const auto status = statusOf(opened);
     return status && status->st_uid == ::geteuid() ? std::move(opened) : Descriptor();
 }
 
-std::optional<Trash> openedTrash(const QByteArray &path, qsizetype untold, const Descriptor &trash) {
+std::optional<Trash> openedTrash(const std::string &path, size_t untold, const Descriptor &trash) {
     if (!trash.isOpen()) {
         return std::nullopt;
     }
@@ -63,23 +64,22 @@ std::optional<Trash> openedTrash(const QByteArray &path, qsizetype untold, const
 
 /// The user may have led this one to another disk by a link.
 std::optional<Trash> homeTrash() {
-    QByteArray data = qgetenv("XDG_DATA_HOME");
-    if (!data.startsWith('/')) {
-        data = QFile::encodeName(homeFolder()) + "/.local/share";
-    }
+    const char *const named = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe): nobody sets it
+    const bool isNamed = named != nullptr && *named == '/';
+    const std::string data = isNamed ? named : homeFolder() + "/.local/share";
     std::error_code ignored; // it shows below
-    std::filesystem::create_directories(data.constData(), ignored);
-    const QByteArray path = data + "/Trash";
+    std::filesystem::create_directories(data, ignored);
+    const std::string path = data + "/Trash";
     return openedTrash(path, 0, ownFolder(AT_FDCWD, path, 0));
 }
 
 /// The highest folder above the item on the same file system; empty for the root.
-QByteArray topFolderOf(const Item &item) {
-    QByteArray top = item.folder;
-    while (!top.isEmpty()) {
-        const QByteArray above = top.left(top.lastIndexOf('/'));
+std::string topFolderOf(const Item &item) {
+    std::string top = item.folder;
+    while (!top.empty()) {
+        const std::string above = top.substr(0, top.rfind('/'));
         struct stat status {};
-        if (::stat((above + '/').constData(), &status) != 0 || status.st_dev != item.device) {
+        if (::stat((above + '/').c_str(), &status) != 0 || status.st_dev != item.device) {
             break;
         }
         top = above;
@@ -88,9 +88,9 @@ QByteArray topFolderOf(const Item &item) {
 }
 
 /// The trash that the administrator lets all users have on a file system; the sticky bit keeps them apart.
-std::optional<Trash> sharedTrash(const QByteArray &top) {
-    const QByteArray user = QByteArray::number(::geteuid());
-    const Descriptor shared(::open((top + "/.Trash").constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+std::optional<Trash> sharedTrash(const std::string &top) {
+    const std::string user = std::to_string(::geteuid());
+    const Descriptor shared(::open((top + "/.Trash").c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     const auto status = statusOf(shared);
     if (!status || (status->st_mode & S_ISVTX) == 0) {
         return std::nullopt;
@@ -98,54 +98,70 @@ std::optional<Trash> sharedTrash(const QByteArray &top) {
     return openedTrash(top + "/.Trash/" + user, top.size() + 1, ownFolder(shared.get(), user));
 }
 
-std::optional<Trash> usersTrash(const QByteArray &top) {
-    const QByteArray path = top + "/.Trash-" + QByteArray::number(::geteuid());
+std::optional<Trash> usersTrash(const std::string &top) {
+    const std::string path = top + "/.Trash-" + std::to_string(::geteuid());
     return openedTrash(path, top.size() + 1, ownFolder(AT_FDCWD, path));
 }
 
-QByteArray infoOf(const Item &item, const Trash &trash) {
+/// With a percent sign and the number for each byte that is neither a letter, a digit nor one of "-._~/".
+std::string percentEncoded(const std::string &path) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~/";
+    std::string text;
+    for (const char character : path) {
+        if (kPlain.find(character) != std::string_view::npos) {
+            text += character;
+        } else {
+            const auto byte = static_cast<unsigned char>(character);
+            text += {'%', kDigits[byte / 16], kDigits[byte % 16]};
+        }
+    }
+    return text;
+}
+
+std::string infoOf(const Item &item, const Trash &trash) {
     const time_t now = ::time(nullptr);
     tm local{};
     ::localtime_r(&now, &local);
     std::array<char, 32> date{};
     ::strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &local);
-    return "[Trash Info]\nPath=" + item.path().mid(trash.untold).toPercentEncoding("/") +
-           "\nDeletionDate=" + date.data() + '\n';
+    return "[Trash Info]\nPath=" + percentEncoded(item.path().substr(trash.untold)) + "\nDeletionDate=" + date.data() +
+           '\n';
 }
 
-QByteArray infoName(const QByteArray &name) { return name + ".trashinfo"; }
+std::string infoName(const std::string &name) { return name + ".trashinfo"; }
 
 /// The name, as often as that is taken with a number behind it, so short that its info file can have it too.
-QByteArray numberedName(const QByteArray &name, int number) {
-    const QByteArray ending = number == 1 ? QByteArray() : '.' + QByteArray::number(number);
-    qsizetype size = qMin(name.size(), NAME_MAX - infoName(ending).size());
+std::string numberedName(const std::string &name, int number) {
+    const std::string ending = number == 1 ? "" : '.' + std::to_string(number);
+    size_t size = std::min(name.size(), size_t{NAME_MAX} - infoName(ending).size());
     const auto isWithinCharacter = [&] { return (static_cast<unsigned char>(name[size]) & 0xC0U) == 0x80U; };
     while (size > 0 && size < name.size() && isWithinCharacter()) {
         --size;
     }
-    return name.left(size) + ending;
+    return name.substr(0, size) + ending;
 }
 
 /// Writes the bytes, to the disk and not only to the system's memory. \returns false when that was not possible.
-bool isWritten(const Descriptor &file, const QByteArray &bytes) {
-    return ::write(file.get(), bytes.constData(), static_cast<size_t>(bytes.size())) == bytes.size() &&
+bool isWritten(const Descriptor &file, const std::string &bytes) {
+    return ::write(file.get(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) &&
            ::fsync(file.get()) == 0;
 }
 
 /// Writes the info file of an item that is to come, which takes a name for it. \returns that name; empty on failure.
-QByteArray reservedName(const Item &item, const Trash &trash) {
+std::string reservedName(const Item &item, const Trash &trash) {
     for (int number = 1;; ++number) {
-        QByteArray name = numberedName(item.name, number);
-        if (::faccessat(trash.files.get(), name.constData(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
+        std::string name = numberedName(item.name, number);
+        if (::faccessat(trash.files.get(), name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) {
             continue; // something that nobody knows the origin of
         }
         const Descriptor info(
-            ::openat(trash.infos.get(), infoName(name).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+            ::openat(trash.infos.get(), infoName(name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (info.isOpen()) {
             if (isWritten(info, infoOf(item, trash))) {
                 return name;
             }
-            ::unlinkat(trash.infos.get(), infoName(name).constData(), 0);
+            ::unlinkat(trash.infos.get(), infoName(name).c_str(), 0);
             return {};
         }
         if (errno != EEXIST) {
@@ -158,21 +174,20 @@ QByteArray reservedName(const Item &item, const Trash &trash) {
 /// EXDEV is that of a trash that can't take it.
 template <typename Move>
 int putInto(const Trash &trash, const Item &item, const Move &move) {
-    const QByteArray name = reservedName(item, trash);
-    if (name.isEmpty()) {
+    const std::string name = reservedName(item, trash);
+    if (name.empty()) {
         return EXDEV;
     }
     const int error = move(name);
     if (error != 0) {
-        ::unlinkat(trash.infos.get(), infoName(name).constData(), 0);
+        ::unlinkat(trash.infos.get(), infoName(name).c_str(), 0);
     }
     return error;
 }
 
 int renameInto(const Trash &trash, const Item &item) {
-    return putInto(trash, item, [&](const QByteArray &name) {
-        return ::renameat(item.opened.get(), item.name.constData(), trash.files.get(), name.constData()) == 0 ? 0
-                                                                                                              : errno;
+    return putInto(trash, item, [&](const std::string &name) {
+        return ::renameat(item.opened.get(), item.name.c_str(), trash.files.get(), name.c_str()) == 0 ? 0 : errno;
     });
 }
 
@@ -181,34 +196,36 @@ int copyInto(const Trash &trash, const Item &item) {
     if (::faccessat(item.opened.get(), ".", W_OK | X_OK, AT_EACCESS) != 0 || !isTreeRemovable(item.path())) {
         return EACCES;
     }
-    return putInto(trash, item, [&](const QByteArray &name) {
-        const QByteArray copy = trash.path + "/files/" + name;
+    return putInto(trash, item, [&](const std::string &name) {
+        const std::string copy = trash.path + "/files/" + name;
         if (const auto failure = copyTree(item.path(), copy)) {
             return failure->error;
         }
-        const QByteArray leaving = ".trashed-" + QUuid::createUuid().toByteArray(QUuid::WithoutBraces);
-        if (::renameat(item.opened.get(), item.name.constData(), item.opened.get(), leaving.constData()) != 0) {
+        const std::string leaving =
+            ".trashed-" + std::to_string(std::random_device()()) + std::to_string(std::random_device()());
+        if (::renameat(item.opened.get(), item.name.c_str(), item.opened.get(), leaving.c_str()) != 0) {
             const int error = errno;
             removeTree(copy);
             return error;
         }
         if (const int error = removeTree(item.pathOf(leaving)); error != 0) {
             reportProblem(QStringLiteral("\"%1\", of which a copy is in the Trash, can't be removed: %2")
-                              .arg(QFile::decodeName(item.pathOf(leaving)), qt_error_string(error)));
+                              .arg(QString::fromStdString(item.pathOf(leaving)),
+                                   QString::fromStdString(std::generic_category().message(error))));
         }
         return 0;
     });
 }
 
-std::optional<Item> itemAt(const QByteArray &name, const QByteArray &folder) {
+std::optional<Item> itemAt(const std::string &name, const std::string &folder) {
     std::array<char, PATH_MAX> path{};
-    if (name.isEmpty() || name == "." || name == ".." || name.contains('/') ||
-        ::realpath(folder.constData(), path.data()) == nullptr) {
+    if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos ||
+        ::realpath(folder.c_str(), path.data()) == nullptr) {
         return std::nullopt;
     }
     Descriptor opened(::open(path.data(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const auto status = statusOf(opened);
-    if (!status || ::faccessat(opened.get(), name.constData(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (!status || ::faccessat(opened.get(), name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
         return std::nullopt;
     }
     return Item{name, path[1] == '\0' ? "" : path.data(), std::move(opened), status->st_dev};
@@ -216,7 +233,7 @@ std::optional<Item> itemAt(const QByteArray &name, const QByteArray &folder) {
 
 } // namespace
 
-bool moveToTrash(const QByteArray &name, const QByteArray &folder) {
+bool moveToTrash(const std::string &name, const std::string &folder) {
     const auto item = itemAt(name, folder);
     const auto home = item ? homeTrash() : std::nullopt;
     const auto homeStatus = home ? statusOf(home->files) : std::nullopt;
@@ -227,7 +244,7 @@ bool moveToTrash(const QByteArray &name, const QByteArray &folder) {
     if (homeStatus->st_dev == item->device) {
         error = renameInto(*home, *item);
     } else {
-        const QByteArray top = topFolderOf(*item);
+        const std::string top = topFolderOf(*item);
         for (const auto trashOf : {sharedTrash, usersTrash}) {
             const auto trash = error == EXDEV ? trashOf(top) : std::nullopt;
             error = trash ? renameInto(*trash, *item) : error;

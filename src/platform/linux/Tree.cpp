@@ -3,7 +3,6 @@
 #include "platform/Descriptor.h"
 #include "platform/linux/FolderEntries.h"
 
-#include <QByteArrayView>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -12,6 +11,7 @@
 #include <filesystem>
 #include <linux/limits.h>
 #include <map>
+#include <string>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -80,14 +80,14 @@ bool copyContents(int source, int target, const struct stat &status) {
 
 class TreeCopy {
 public:
-    TreeCopy(QByteArray source, QByteArray target) : m_source(std::move(source)), m_target(std::move(target)) {}
+    TreeCopy(std::string source, std::string target) : m_source(std::move(source)), m_target(std::move(target)) {}
 
     std::optional<CopyFailure> run() {
         struct stat status {};
-        if (::lstat(m_source.constData(), &status) != 0) {
+        if (::lstat(m_source.c_str(), &status) != 0) {
             return CopyFailure{m_source, errno};
         }
-        if (copyItem(typeOf(status), {AT_FDCWD, m_source}, {AT_FDCWD, m_target})) {
+        if (copyItem(typeOf(status), {AT_FDCWD, m_source.c_str()}, {AT_FDCWD, m_target.c_str()})) {
             return std::nullopt;
         }
         if (m_isBegun) {
@@ -137,8 +137,7 @@ private:
     /// Makes a link to the copy of a file that has been copied under another name.
     bool isLinked(const struct stat &status, const Place &target) {
         const auto [first, isFirst] = m_linkedFiles.try_emplace({status.st_dev, status.st_ino}, m_path);
-        return !isFirst &&
-               ::linkat(AT_FDCWD, (m_target + first->second).constData(), target.folder, target.name, 0) == 0;
+        return !isFirst && ::linkat(AT_FDCWD, (m_target + first->second).c_str(), target.folder, target.name, 0) == 0;
     }
 
     /// Until all is in it a copied folder is for its owner alone.
@@ -163,10 +162,10 @@ private:
             return sourceFailed(entries.error());
         }
         const auto copyEntry = [&](const char *name, unsigned char type) {
-            const qsizetype size = m_path.size();
-            m_path.append('/').append(name);
+            const size_t size = m_path.size();
+            m_path.append(1, '/').append(name);
             const bool isCopied = copyItem(type, {from.get(), name}, {to.get(), name});
-            m_path.truncate(size);
+            m_path.resize(size);
             return isCopied;
         };
         return entries.all(copyEntry) && (copyAttributes(from.get(), to.get(), status) || targetFailed());
@@ -230,7 +229,7 @@ private:
             const ssize_t length = ::fgetxattr(source, name, m_value.data(), m_value.size());
             const bool isCopied =
                 length >= 0 && ::fsetxattr(target, name, m_value.data(), static_cast<size_t>(length), 0) == 0;
-            if (!isCopied && errno != ENOTSUP && QByteArrayView(name).startsWith("user.")) {
+            if (!isCopied && errno != ENOTSUP && std::string_view(name).starts_with("user.")) {
                 return false;
             }
         }
@@ -243,18 +242,18 @@ private:
     }
     bool sourceFailed(int error = errno) { return failed(m_source, error); }
     bool targetFailed(int error = errno) { return failed(m_target, error); }
-    bool failed(const QByteArray &root, int error) {
+    bool failed(const std::string &root, int error) {
         m_failure = {root + m_path, error};
         return false;
     }
 
-    const QByteArray m_source;
-    const QByteArray m_target;
-    QByteArray m_path; ///< of what is being copied, below both
+    const std::string m_source;
+    const std::string m_target;
+    std::string m_path; ///< of what is being copied, below both
     CopyFailure m_failure{};
     bool m_isBegun = false;
-    std::optional<struct stat> m_top;                            ///< of the copied folder, once there is one
-    std::map<std::pair<dev_t, ino_t>, QByteArray> m_linkedFiles; ///< where each was copied to
+    std::optional<struct stat> m_top;                             ///< of the copied folder, once there is one
+    std::map<std::pair<dev_t, ino_t>, std::string> m_linkedFiles; ///< where each was copied to
     std::vector<char> m_names;
     std::vector<char> m_value;
 };
@@ -277,22 +276,22 @@ bool eachFolder(int folder, const char *name, const Visit &visit) {
     });
 }
 
-QByteArray withoutEndingSlashes(QByteArray path) {
-    while (path.size() > 1 && path.endsWith('/')) {
-        path.chop(1);
+std::string withoutEndingSlashes(std::string path) {
+    while (path.size() > 1 && path.ends_with('/')) {
+        path.pop_back();
     }
     return path;
 }
 
 } // namespace
 
-std::optional<CopyFailure> copyTree(const QByteArray &source, const QByteArray &target) {
+std::optional<CopyFailure> copyTree(const std::string &source, const std::string &target) {
     return TreeCopy(withoutEndingSlashes(source), withoutEndingSlashes(target)).run();
 }
 
-bool isTreeRemovable(const QByteArray &path) {
+bool isTreeRemovable(const std::string &path) {
     const uid_t user = ::geteuid();
-    return eachFolder(AT_FDCWD, path.constData(), [user](int folder, const struct stat &status) {
+    return eachFolder(AT_FDCWD, path.c_str(), [user](int folder, const struct stat &status) {
         if (user == 0 || status.st_uid == user) {
             return true;
         }
@@ -301,15 +300,15 @@ bool isTreeRemovable(const QByteArray &path) {
     });
 }
 
-int removeTree(const QByteArray &path) {
-    eachFolder(AT_FDCWD, path.constData(), [](int folder, const struct stat &status) {
+int removeTree(const std::string &path) {
+    eachFolder(AT_FDCWD, path.c_str(), [](int folder, const struct stat &status) {
         if ((status.st_mode & S_IRWXU) != S_IRWXU) {
             ::fchmod(folder, status.st_mode | S_IRWXU);
         }
         return true;
     });
     std::error_code error;
-    std::filesystem::remove_all(path.constData(), error);
+    std::filesystem::remove_all(path.c_str(), error);
     return error.value();
 }
 

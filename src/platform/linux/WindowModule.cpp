@@ -2,8 +2,7 @@
 
 #include "platform/Bundle.h"
 #include "platform/linux/PlugIn.h"
-
-#include <QCoreApplication>
+#include "platform/linux/RunLoop.h"
 
 namespace quillmark {
 
@@ -27,7 +26,7 @@ void leaveDesktop() {
 } // namespace
 
 void WindowModule::prepare() {
-    if (QCoreApplication::instance() == nullptr && hasDisplayName() && !m_trial.isUnderWay()) {
+    if (m_windows == nullptr && hasDisplayName() && !m_trial.isUnderWay()) {
         QString obstacle; // comes again when the module is wanted
         void *const address = plugInSymbol(m_bundle, kFileName, kTryDisplaySymbol, obstacle);
         if (auto *const tryDisplay = reinterpret_cast<QuillmarkTryDisplay *>(address)) {
@@ -39,7 +38,7 @@ void WindowModule::prepare() {
 void *WindowModule::symbol(const char *name, QString &obstacle) {
     prepare();
     void *const address = plugInSymbol(m_bundle, kFileName, name, obstacle);
-    const bool isDisplayThere = m_trial.succeeds() || QCoreApplication::instance() != nullptr;
+    const bool isDisplayThere = m_trial.succeeds() || m_windows != nullptr;
     if (address != nullptr && !isDisplayThere) {
         obstacle =
             hasDisplayName() ? QStringLiteral("the display can't be reached") : QStringLiteral("there is no display");
@@ -50,14 +49,17 @@ void *WindowModule::symbol(const char *name, QString &obstacle) {
 Windows *WindowModule::open(QString &obstacle) {
     if (m_windows == nullptr) {
         if (auto *const openWindows = reinterpret_cast<QuillmarkOpenWindows *>(symbol(kOpenWindowsSymbol, obstacle))) {
-            m_windows = openWindows(m_bundle.resourcePath(), obstacle);
+            m_windows = openWindows(m_bundle.resourcePath(), m_runLoop, obstacle);
+        }
+        if (m_windows != nullptr) {
+            m_runLoop.waitWith(*m_windows);
         }
     }
     return m_windows;
 }
 
 bool WindowModule::drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle) {
-    if (QCoreApplication::instance() == nullptr) {
+    if (m_windows == nullptr) {
         leaveDesktop();
     }
     auto *const draw = reinterpret_cast<QuillmarkDrawHeader *>(symbol(kDrawHeaderSymbol, obstacle));

@@ -8,6 +8,7 @@
 namespace quillmark {
 
 class Bundle;
+class RunLoop;
 
 /// Loads the window module of a bundle when the first window is wanted: the usual start needs none, and window
 /// libraries take longer to load than all the rest takes to run.
@@ -15,7 +16,7 @@ class Bundle;
 /// Concurrency: the main thread only.
 class WindowModule {
 public:
-    explicit WindowModule(const Bundle &bundle) : m_bundle(bundle) {}
+    WindowModule(const Bundle &bundle, RunLoop &runLoop) : m_bundle(bundle), m_runLoop(runLoop) {}
 
     /// Loads the module, and begins to find out whether a display can be reached, which goes on beside what the process
     /// does next. No other thread may run at this moment.
@@ -35,6 +36,7 @@ private:
     void *symbol(const char *name, QString &obstacle);
 
     const Bundle &m_bundle;
+    RunLoop &m_runLoop;
     DisplayTrial m_trial;
     Windows *m_windows = nullptr;
 };

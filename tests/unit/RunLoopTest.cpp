@@ -1,0 +1,204 @@
+#include "platform/linux/RunLoop.h"
+#include "platform/linux/LinuxMainThread.h"
+
+#include <array>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+
+namespace quillmark {
+namespace {
+
+class Pipe {
+public:
+    Pipe() {
+        std::array<int, 2> ends{};
+        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK), 0);
+        m_reading = Descriptor(ends[0]);
+        m_writing = Descriptor(ends[1]);
+    }
+    void write(char character) const { EXPECT_EQ(::write(m_writing.get(), &character, 1), 1); }
+    void close() { m_writing.close(); }
+    int descriptor() const { return m_reading.get(); }
+    /// Until the pipe is closed, one character at a time.
+    Input input(std::string &text) const {
+        return {m_reading.get(), [this, &text] {
+                    char character = 0;
+                    const ssize_t count = ::read(m_reading.get(), &character, 1);
+                    text.append(count > 0 ? 1 : 0, character);
+                    return count != 0;
+                }};
+    }
+
+private:
+    Descriptor m_reading;
+    Descriptor m_writing;
+};
+
+TEST(RunLoopTest, AQueuedCallEndsTheWaitOfAnotherThread) {
+    RunLoop loop;
+    std::thread::id caller;
+    std::thread other([&] { loop.post([&] { caller = std::this_thread::get_id(); }); });
+    loop.turn();
+    other.join();
+    EXPECT_EQ(caller, std::this_thread::get_id());
+}
+
+TEST(RunLoopTest, ACallThatTurnsTheLoopHasTheNextOnesMadeInside) {
+    RunLoop loop;
+    std::string order;
+    loop.post([&] {
+        order += '(';
+        loop.turn();
+        order += ')';
+    });
+    loop.post([&] { order += 'a'; });
+    loop.post([&] { order += 'b'; });
+    loop.turn();
+    loop.turn();
+    EXPECT_EQ(order, "(a)b");
+}
+
+TEST(RunLoopTest, WhatACallQueuesComesBehindWhatIsQueuedAlready) {
+    RunLoop loop;
+    std::string order;
+    loop.post([&] { loop.post([&] { order += 'c'; }); });
+    loop.post([&] { order += 'b'; });
+    for (int i = 0; i < 3; ++i) {
+        loop.turn();
+    }
+    EXPECT_EQ(order, "bc");
+}
+
+TEST(RunLoopTest, ServesInputsUntilTheLastOneHasEnded) {
+    RunLoop loop;
+    Pipe first;
+    Pipe second;
+    std::string texts;
+    first.write('1');
+    second.write('2');
+    first.close();
+    std::thread other([&] { // the second one ends only when the first one has
+        loop.post([&] { second.write('3'); });
+        loop.post([&] { second.close(); });
+    });
+    loop.serve({first.input(texts), second.input(texts)});
+    other.join();
+    EXPECT_EQ(texts.size(), 3U);
+    EXPECT_LT(texts.find('2'), texts.find('3'));
+}
+
+TEST(RunLoopTest, AnInputIsServedInsideTheCallOfAnother) {
+    RunLoop loop;
+    Pipe outer;
+    Pipe inner;
+    std::string texts;
+    outer.write('o');
+    inner.write('i');
+    inner.close();
+    bool isFirst = true;
+    loop.serve({{outer.descriptor(), [&] {
+                     if (std::exchange(isFirst, false)) {
+                         texts += '(';
+                         loop.serve({inner.input(texts)});
+                         texts += ')';
+                         outer.close();
+                     }
+                     return outer.input(texts).onReadable();
+                 }}});
+    EXPECT_EQ(texts.front(), '(');
+    EXPECT_LT(texts.find('i'), texts.find(')'));
+    EXPECT_NE(texts.find('o'), std::string::npos);
+}
+
+TEST(RunLoopTest, AnInputThatRaisesIsNotWatchedAnyMore) {
+    RunLoop loop;
+    Pipe pipe;
+    pipe.write('x');
+    EXPECT_THROW(loop.serve({{pipe.descriptor(), []() -> bool { throw 7; }}}), int);
+    bool isCalled = false;
+    loop.post([&] { isCalled = true; });
+    loop.turn();
+    EXPECT_TRUE(isCalled);
+}
+
+TEST(RunLoopTest, WhatCannotBeWaitedForIsRefused) {
+    RunLoop loop;
+    const Descriptor file(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
+    EXPECT_THROW(loop.serve({{file.get(), [] { return false; }}}), std::system_error);
+}
+
+TEST(RunLoopTest, WithoutADescriptorThereIsNoLoop) {
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{0, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    EXPECT_THROW(RunLoop(), std::system_error);
+    ::setrlimit(RLIMIT_NOFILE, &before);
+}
+
+/// The library of windows, which waits for nothing.
+class IdleWindows final : public Windows {
+public:
+    explicit IdleWindows(OtherEvents &others) : m_others(others) {}
+    Alerts &alerts() override { throw std::logic_error("no alert is wanted"); }
+    void turn() override {
+        ++turns;
+        m_others.serveReady();
+    }
+    void run() override { throw std::runtime_error("runs"); }
+    CheckWindowView *loadCheckWindow(const QString & /*interfaceFile*/, const HeaderBranding & /*branding*/,
+                                     CheckWindowView::Owner & /*owner*/, QStringList & /*problems*/) override {
+        return nullptr;
+    }
+    int turns = 0;
+
+private:
+    OtherEvents &m_others;
+};
+
+TEST(RunLoopTest, OnceThereAreWindowsTheirLibraryWaits) {
+    RunLoop loop;
+    IdleWindows windows(loop);
+    loop.waitWith(windows);
+    Pipe pipe;
+    std::string texts;
+    pipe.write('x');
+    pipe.close();
+    bool isCalled = false;
+    loop.post([&] { isCalled = true; });
+    loop.serve({pipe.input(texts)});
+    EXPECT_EQ(texts, "x");
+    EXPECT_TRUE(isCalled);
+    EXPECT_GT(windows.turns, 0);
+    EXPECT_THROW(loop.run(), std::runtime_error);
+}
+
+TEST(RunLoopTest, WindowsThatComeWhileItRunsTakeOver) {
+    RunLoop loop;
+    IdleWindows windows(loop);
+    loop.post([&] { loop.waitWith(windows); });
+    EXPECT_THROW(loop.run(), std::runtime_error);
+}
+
+TEST(MainThreadTest, OtherThreadsServeTheirInputsAlone) {
+    LinuxMainThread mainThread;
+    bool isCalled = false;
+    mainThread.post([&] { isCalled = true; });
+    std::string texts;
+    std::thread([&] {
+        Pipe pipe;
+        pipe.write('x');
+        pipe.close();
+        mainThread.serve({pipe.input(texts)});
+    }).join();
+    EXPECT_EQ(texts, "x");
+    EXPECT_FALSE(isCalled);
+}
+
+} // namespace
+} // namespace quillmark
