@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char *kService = "bench";
 constexpr const char *kAccount = "ada@example.com";
-const QByteArray kDocument = R"({"encryptionKey":"0123456789abcdef","keepSignedIn":true,"password":"s3cret"})";
+const std::string kDocument = R"({"encryptionKey":"0123456789abcdef","keepSignedIn":true,"password":"s3cret"})";
 
 const SecretSchema &schema() {
     static const SecretSchema instance = [] {
@@ -44,9 +44,9 @@ void ours(benchmark::State &state) {
     KeyringModule keychain(*bundle);
     for ([[maybe_unused]] auto run : state) {
         std::unique_ptr<Keychain::Item> item;
-        QByteArray data;
-        if (keychain.findGenericPassword(QString::fromLatin1(kService), QString::fromLatin1(kAccount), item) != 0 ||
-            item->copyContent(data) != 0 || data != kDocument) {
+        std::string data;
+        if (keychain.findGenericPassword(kService, kAccount, item) != 0 || item->copyContent(data) != 0 ||
+            data != kDocument) {
             state.SkipWithError("the keychain does not find the secret");
             break;
         }
@@ -58,7 +58,7 @@ BENCHMARK(ours)->Name("keychain read/ours")->UseRealTime();
 
 /// \returns whether the secret is there.
 bool plant() {
-    return secret_password_store_sync(&schema(), SECRET_COLLECTION_DEFAULT, "bench", kDocument.constData(), nullptr,
+    return secret_password_store_sync(&schema(), SECRET_COLLECTION_DEFAULT, "bench", kDocument.c_str(), nullptr,
                                       nullptr, "service", kService, "account", kAccount, nullptr) != FALSE;
 }
 

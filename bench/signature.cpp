@@ -2,7 +2,6 @@
 
 #include "integrity/SignatureManager.h"
 
-#include <QString>
 #include <array>
 #include <benchmark/benchmark.h>
 #include <cstdlib>
@@ -15,6 +14,7 @@
 #include <openssl/sha.h>
 #include <spawn.h>
 #include <string>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,7 +41,7 @@ public:
         BIO *secret = BIO_new(BIO_s_mem());
         PEM_write_bio_PrivateKey(secret, m_key, nullptr, nullptr, 0, nullptr, nullptr);
         const long secretLength = BIO_get_mem_data(secret, &bytes);
-        m_privatePem = QString::fromLatin1(bytes, secretLength);
+        m_privatePem = std::string(bytes, static_cast<size_t>(secretLength));
         BIO_free(secret);
     }
     Key(const Key &) = delete;
@@ -50,12 +50,12 @@ public:
 
     EVP_PKEY *get() const { return m_key; }
     const std::string &publicPem() const { return m_publicPem; }
-    const QString &privatePem() const { return m_privatePem; }
+    const std::string &privatePem() const { return m_privatePem; }
 
 private:
     EVP_PKEY *m_key = EVP_RSA_gen(2048);
     std::string m_publicPem;
-    QString m_privatePem;
+    std::string m_privatePem;
 };
 
 const Key &key() {
@@ -66,55 +66,55 @@ const Key &key() {
 /// Data of one size with its signature, in memory and in files.
 class Signed {
 public:
-    explicit Signed(qsizetype size)
+    explicit Signed(size_t size)
         : m_data(size, 'x'),
           m_signature(*SignatureManager::sharedManager().generateSignature(key().privatePem(), m_data)),
           m_folder(std::filesystem::temp_directory_path() / "quillmark-bench-signature") {
         std::filesystem::create_directory(m_folder);
         write(dataFile(), m_data);
         write(signatureFile(), m_signature);
-        write(keyFile(), QByteArray::fromStdString(key().publicPem()));
+        write(keyFile(), key().publicPem());
     }
     Signed(const Signed &) = delete;
     Signed &operator=(const Signed &) = delete;
     ~Signed() { std::filesystem::remove_all(m_folder); }
 
-    const QByteArray &data() const { return m_data; }
-    const QByteArray &signature() const { return m_signature; }
+    const std::string &data() const { return m_data; }
+    const std::string &signature() const { return m_signature; }
     std::string dataFile() const { return m_folder / "data"; }
     std::string signatureFile() const { return m_folder / "signature"; }
     std::string keyFile() const { return m_folder / "key.pem"; }
 
 private:
-    static void write(const std::string &path, const QByteArray &bytes) {
-        std::ofstream(path, std::ios::binary).write(bytes.constData(), bytes.size());
+    static void write(const std::string &path, std::string_view bytes) {
+        std::ofstream(path, std::ios::binary) << bytes;
     }
 
-    QByteArray m_data;
-    QByteArray m_signature;
+    std::string m_data;
+    std::string m_signature;
     std::filesystem::path m_folder;
 };
 
-const unsigned char *unsignedBytes(const QByteArray &bytes) {
-    return reinterpret_cast<const unsigned char *>(bytes.constData());
+const unsigned char *unsignedBytes(std::string_view bytes) {
+    return reinterpret_cast<const unsigned char *>(bytes.data());
 }
 
 void bareVerify(benchmark::State &state) {
-    const Signed what(state.range(0));
+    const Signed what(static_cast<size_t>(state.range(0)));
     for ([[maybe_unused]] auto round : state) {
         std::array<unsigned char, SHA_DIGEST_LENGTH> digest{};
-        SHA1(unsignedBytes(what.data()), static_cast<size_t>(what.data().size()), digest.data());
+        SHA1(unsignedBytes(what.data()), what.data().size(), digest.data());
         EVP_PKEY_CTX *operation = EVP_PKEY_CTX_new(key().get(), nullptr);
         EVP_PKEY_verify_init(operation);
         EVP_PKEY_CTX_set_signature_md(operation, EVP_sha1());
-        require(EVP_PKEY_verify(operation, unsignedBytes(what.signature()),
-                                static_cast<size_t>(what.signature().size()), digest.data(), digest.size()) == 1);
+        require(EVP_PKEY_verify(operation, unsignedBytes(what.signature()), what.signature().size(), digest.data(),
+                                digest.size()) == 1);
         EVP_PKEY_CTX_free(operation);
     }
 }
 
 void programVerify(benchmark::State &state) {
-    const Signed what(state.range(0));
+    const Signed what(static_cast<size_t>(state.range(0)));
     std::array<std::string, 7> words{"openssl",           "dgst", "-sha1", "-verify", what.keyFile(), "-signature",
                                      what.signatureFile()};
     std::string dataFile = what.dataFile();
@@ -136,10 +136,9 @@ void programVerify(benchmark::State &state) {
 }
 
 void ourVerify(benchmark::State &state) {
-    const Signed what(state.range(0));
-    const QString publicPem = QString::fromStdString(key().publicPem());
+    const Signed what(static_cast<size_t>(state.range(0)));
     for ([[maybe_unused]] auto round : state) {
-        require(SignatureManager::sharedManager().verifySignature(what.signature(), publicPem, what.data()));
+        require(SignatureManager::sharedManager().verifySignature(what.signature(), key().publicPem(), what.data()));
     }
 }
 

@@ -2,13 +2,23 @@
 
 #include "integrity/SignatureManager.h"
 #include "integrity/UnzipManager.h"
+#include "platform/Descriptor.h"
 
 #include <CLI/CLI.hpp>
-#include <QFile>
 #include <algorithm>
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
 #include <memory>
+#include <string>
+#include <string_view>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace quillmark::ctl {
 
@@ -17,32 +27,37 @@ namespace {
 /// Stands for standard input among the files that are read, for standard output among the others.
 constexpr const char *kStandardStream = "-";
 
-/// Opens a file that a command names; "-" is standard input.
-void openForReading(QFile &file, const std::string &name) {
-    file.setFileName(QString::fromStdString(name));
-    const bool isOpen = name == kStandardStream ? file.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered)
-                                                : file.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
-    if (!isOpen) {
-        throw Failure{file.fileName(), file.errorString()};
-    }
+/// What errno tells of the file.
+Failure failureOf(const std::string &name) {
+    return {QString::fromStdString(name), QString::fromStdString(std::strerror(errno))}; // NOLINT
 }
 
-QByteArray readAll(QFile &file) {
-    QByteArray contents = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        throw Failure{file.fileName(), file.errorString()};
+/// Opens a file that a command names; "-" is standard input.
+Descriptor openForReading(const std::string &name) {
+    Descriptor file(name == kStandardStream ? ::dup(STDIN_FILENO) : ::open(name.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat attributes {};
+    if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
+        throw failureOf(name);
+    }
+    if (S_ISDIR(attributes.st_mode)) {
+        throw Failure{QString::fromStdString(name), QStringLiteral("file to open is a directory")};
+    }
+    return file;
+}
+
+std::string readAll(const Descriptor &file, const std::string &name) {
+    std::string contents;
+    std::array<char, 65536> piece{};
+    while (const ssize_t count = ::read(file.get(), piece.data(), piece.size())) {
+        if (count < 0) {
+            throw failureOf(name);
+        }
+        contents.append(piece.data(), static_cast<size_t>(count));
     }
     return contents;
 }
 
-QByteArray contentsOf(const std::string &name) {
-    QFile file;
-    openForReading(file, name);
-    return readAll(file);
-}
-
-/// A key's text. Keys are ASCII; what is not stays other than ASCII.
-QString keyIn(const std::string &name) { return QString::fromLatin1(contentsOf(name)); }
+std::string contentsOf(const std::string &name) { return readAll(openForReading(name), name); }
 
 /// Standard input can be read once.
 void allowOneStandardInput(CLI::App &app, std::initializer_list<const std::string *> names) {
@@ -66,25 +81,34 @@ void endShortened(int /*signal*/) {
 class Contents {
 public:
     explicit Contents(const std::string &name) {
-        openForReading(m_file, name);
-        uchar *mapped = name == kStandardStream || m_file.size() == 0 ? nullptr : m_file.map(0, m_file.size());
-        if (mapped == nullptr) {
-            m_bytes = readAll(m_file);
+        const Descriptor file = openForReading(name);
+        struct stat attributes {};
+        if (name != kStandardStream && ::fstat(file.get(), &attributes) == 0 && attributes.st_size > 0) {
+            m_mapped = ::mmap(nullptr, static_cast<size_t>(attributes.st_size), PROT_READ, MAP_SHARED, file.get(), 0);
+        }
+        if (m_mapped == MAP_FAILED) {
+            m_read = readAll(file, name);
+            m_bytes = m_read;
             return;
         }
         shortenedLine = "quillmarkctl: " + name + ": was shortened while it was read\n";
         std::signal(SIGBUS, endShortened);
-        m_bytes = QByteArray::fromRawData(reinterpret_cast<const char *>(mapped), m_file.size());
+        m_bytes = {static_cast<const char *>(m_mapped), static_cast<size_t>(attributes.st_size)};
     }
     Contents(const Contents &) = delete;
     Contents &operator=(const Contents &) = delete;
-    ~Contents() = default;
+    ~Contents() {
+        if (m_mapped != MAP_FAILED) {
+            ::munmap(m_mapped, m_bytes.size());
+        }
+    }
 
-    const QByteArray &bytes() const { return m_bytes; }
+    std::string_view bytes() const { return m_bytes; }
 
 private:
-    QFile m_file; // keeps the mapping
-    QByteArray m_bytes;
+    void *m_mapped = MAP_FAILED;
+    std::string m_read;
+    std::string_view m_bytes;
 };
 
 struct SignArguments {
@@ -94,9 +118,9 @@ struct SignArguments {
 };
 
 Answer sign(const SignArguments &arguments) {
-    const QString key = keyIn(arguments.key);
+    const std::string key = contentsOf(arguments.key);
     const Contents data(arguments.file);
-    if (data.bytes().isEmpty()) {
+    if (data.bytes().empty()) {
         throw Failure{QString::fromStdString(arguments.file), QStringLiteral("is empty, so there is nothing to sign")};
     }
     const auto signature = SignatureManager::sharedManager().generateSignature(key, data.bytes());
@@ -105,11 +129,11 @@ Answer sign(const SignArguments &arguments) {
             QString::fromStdString(arguments.key),
             QStringLiteral("makes no signature: it has to be an RSA private key as PEM, without a pass phrase")};
     }
-    QFile file(QString::fromStdString(arguments.output));
-    const bool isOpen =
-        arguments.output == kStandardStream ? file.open(stdout, QIODevice::WriteOnly) : file.open(QIODevice::WriteOnly);
-    if (!isOpen || file.write(*signature) != signature->size() || !file.flush()) {
-        throw Failure{file.fileName(), file.errorString()};
+    const std::unique_ptr<FILE, int (*)(FILE *)> file(
+        arguments.output == kStandardStream ? stdout : std::fopen(arguments.output.c_str(), "we"), std::fclose);
+    if (file == nullptr || std::fwrite(signature->data(), 1, signature->size(), file.get()) != signature->size() ||
+        std::fflush(file.get()) != 0) {
+        throw failureOf(arguments.output);
     }
     return Answer::Yes;
 }
@@ -140,8 +164,8 @@ Action defineVerify(CLI::App &app) {
     app.add_option("FILE", arguments->file, "what was signed; - is standard input")->required();
     allowOneStandardInput(app, {&arguments->key, &arguments->signature, &arguments->file});
     return [arguments](const Output & /*output*/) {
-        const QString key = keyIn(arguments->key);
-        const QByteArray signature = contentsOf(arguments->signature);
+        const std::string key = contentsOf(arguments->key);
+        const std::string signature = contentsOf(arguments->signature);
         const Contents data(arguments->file);
         return SignatureManager::sharedManager().verifySignature(signature, key, data.bytes()) ? Answer::Yes
                                                                                                : Answer::No;
@@ -152,16 +176,15 @@ Action defineUnzip(CLI::App &app) {
     const auto archive = std::make_shared<std::string>();
     app.add_option("ARCHIVE", *archive, "the ZIP archive")->required();
     return [archive](const Output &output) {
-        const QString path = QString::fromStdString(*archive);
         if (*archive == kStandardStream) {
-            throw Failure{path, QStringLiteral("standard input lies in no folder to extract to")};
+            throw Failure{QString::fromStdString(*archive),
+                          QStringLiteral("standard input lies in no folder to extract to")};
         }
-        const int status = UnzipManager(path).extractAll();
-        output.line(QString::number(status));
+        const int status = UnzipManager(*archive).extractAll();
+        output.line(QString::fromStdString(std::to_string(status)));
         if (status != 0) {
-            QFile file;
-            openForReading(file, *archive);
-            throw Failure{path, QStringLiteral("is no ZIP archive")};
+            openForReading(*archive);
+            throw Failure{QString::fromStdString(*archive), QStringLiteral("is no ZIP archive")};
         }
         return Answer::Yes;
     };

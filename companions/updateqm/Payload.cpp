@@ -101,11 +101,7 @@ VerifiedPayload VerifiedPayload::readInstalled(const Folder &folder, const std::
 }
 
 bool VerifiedPayload::isVendors() const {
-    const auto bytes = [](const std::string &text) {
-        return QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
-    };
-    return quillmark::SignatureManager::sharedManager().verifySignature(
-        bytes(m_signature), QString::fromLatin1(kVendorKey), bytes(m_bytes));
+    return quillmark::SignatureManager::sharedManager().verifySignature(m_signature, kVendorKey, m_bytes);
 }
 
 VerifiedPayload::VerifiedPayload(std::string source, std::string bytes, std::string signature)

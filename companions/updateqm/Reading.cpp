@@ -214,8 +214,7 @@ void readPackage(std::string_view package, const RecordWriter &records) {
 }
 
 void readVersion(std::string_view description, const RecordWriter &records) {
-    const QVariant root =
-        quillmark::LinuxPropertyList().parse(QByteArray(description.data(), qsizetype(description.size())));
+    const auto root = quillmark::LinuxPropertyList().parse(QByteArray::fromStdString(std::string(description)));
     records.write(Kind::Text, root.toMap().value(QStringLiteral("CFBundleVersion")).toString().toStdString());
 }
 

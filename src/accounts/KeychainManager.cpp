@@ -51,10 +51,11 @@ KeychainManager::Reading KeychainManager::read(const QString &userName, const QS
         return {};
     }
     std::unique_ptr<Keychain::Item> item;
-    if (const qint32 status = m_keychain.findGenericPassword(serviceName, userName, item); status != 0) {
+    if (const qint32 status = m_keychain.findGenericPassword(serviceName.toStdString(), userName.toStdString(), item);
+        status != 0) {
         return {status, status == kKeychainItemNotFound, {}};
     }
-    QByteArray data;
+    std::string data;
     const qint32 status = item->copyContent(data);
     if (status == 0) {
         return {0, true, utf8Text(data)};
@@ -97,12 +98,14 @@ qint32 KeychainManager::secKeychainModifyOrAddGenericPassword(const QVariant &va
         return 0;
     }
     std::unique_ptr<Keychain::Item> item;
-    qint32 status = m_keychain.findGenericPassword(serviceName, userName, item);
+    qint32 status = m_keychain.findGenericPassword(serviceName.toStdString(), userName.toStdString(), item);
     if (status == 0) {
-        status = item->modifyContent(data);
+        status = item->modifyContent(data.toStdString());
     }
     // Another program may have deleted it since it was found.
-    return status == kKeychainItemNotFound ? m_keychain.addGenericPassword(serviceName, userName, data) : status;
+    return status == kKeychainItemNotFound
+               ? m_keychain.addGenericPassword(serviceName.toStdString(), userName.toStdString(), data.toStdString())
+               : status;
 }
 
 bool KeychainManager::secKeychainRemoveAllItemsWithUserName(const QString &userName) {
@@ -111,7 +114,8 @@ bool KeychainManager::secKeychainRemoveAllItemsWithUserName(const QString &userN
 
 bool KeychainManager::secKeychainRemoveAllItemsWithUserName(const QString &userName, const QString &serviceName) {
     std::unique_ptr<Keychain::Item> item;
-    return !userName.isNull() && m_keychain.findGenericPassword(serviceName, userName, item) == 0 &&
+    return !userName.isNull() &&
+           m_keychain.findGenericPassword(serviceName.toStdString(), userName.toStdString(), item) == 0 &&
            item->remove() == 0;
 }
 

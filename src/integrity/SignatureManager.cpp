@@ -12,7 +12,6 @@
 #include <openssl/rsa.h>
 #include <openssl/sha.h>
 #include <openssl/x509.h>
-#include <string_view>
 
 namespace quillmark {
 
@@ -81,13 +80,12 @@ int noPassPhrase(char * /*buffer*/, int /*size*/, int /*isForWriting*/, void * /
 /// The key in the first block that the library takes for a key of the wanted sort; null when it is not one of the
 /// forms.
 template <size_t Count>
-Key readKey(const QString &text, const char *sort, const Form (&forms)[Count]) {
-    const auto isAscii = [](QChar character) { return character.unicode() < 0x80; };
+Key readKey(std::string_view text, const char *sort, const Form (&forms)[Count]) {
+    const auto isAscii = [](char character) { return static_cast<unsigned char>(character) < 0x80; };
     if (text.size() > std::numeric_limits<int>::max() || !std::all_of(text.begin(), text.end(), isAscii)) {
         return nullptr;
     }
-    const QByteArray bytes = text.toLatin1();
-    const Stream stream(BIO_new_mem_buf(bytes.constData(), static_cast<int>(bytes.size())));
+    const Stream stream(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
     Block block;
     if (stream == nullptr || PEM_bytes_read_bio(&block.contents, &block.length, &block.label, sort, stream.get(),
                                                 noPassPhrase, nullptr) != 1) {
@@ -99,9 +97,8 @@ Key readKey(const QString &text, const char *sort, const Form (&forms)[Count]) {
     return key != nullptr && EVP_PKEY_is_a(key.get(), "RSA") == 1 ? std::move(key) : nullptr;
 }
 
-bool computeDigest(const QByteArray &data, Digest &digest) {
-    return SHA1(reinterpret_cast<const unsigned char *>(data.constData()), static_cast<size_t>(data.size()),
-                digest.data()) != nullptr;
+bool computeDigest(std::string_view data, Digest &digest) {
+    return SHA1(reinterpret_cast<const unsigned char *>(data.data()), data.size(), digest.data()) != nullptr;
 }
 
 /// An operation that `init` begins, set to PKCS #1 v1.5 over a SHA-1 digest; null when the key does not do that.
@@ -123,13 +120,16 @@ void logFirstError() {
 }
 
 /// As byte blocks are printed: in hexadecimal, four bytes together.
-QString printed(const QByteArray &bytes) {
-    constexpr qsizetype kDigitsTogether = 8;
-    QByteArray text = bytes.toHex();
-    for (qsizetype at = (text.size() - 1) / kDigitsTogether * kDigitsTogether; at > 0; at -= kDigitsTogether) {
-        text.insert(at, ' ');
+std::string printed(std::string_view bytes) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string text = "<";
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        text += i > 0 && i % 4 == 0 ? " " : "";
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0xfU];
     }
-    return u'<' + QString::fromLatin1(text) + u'>';
+    return text + '>';
 }
 
 } // namespace
@@ -139,9 +139,9 @@ SignatureManager &SignatureManager::sharedManager() {
     return manager;
 }
 
-bool SignatureManager::verifySignature(const QByteArray &signature, const QString &publicKey,
-                                       const QByteArray &data) const {
-    if (signature.isEmpty() || publicKey.isEmpty() || data.isEmpty()) {
+bool SignatureManager::verifySignature(std::string_view signature, std::string_view publicKey,
+                                       std::string_view data) const {
+    if (signature.empty() || publicKey.empty() || data.empty()) {
         return false;
     }
     const ErrorQueue errors;
@@ -152,8 +152,8 @@ bool SignatureManager::verifySignature(const QByteArray &signature, const QStrin
     }
     const Operation operation = operationOn(key, EVP_PKEY_verify_init);
     if (operation == nullptr ||
-        EVP_PKEY_verify(operation.get(), reinterpret_cast<const unsigned char *>(signature.constData()),
-                        static_cast<size_t>(signature.size()), digest.data(), digest.size()) != 1) {
+        EVP_PKEY_verify(operation.get(), reinterpret_cast<const unsigned char *>(signature.data()), signature.size(),
+                        digest.data(), digest.size()) != 1) {
         logFirstError();
         return false;
     }
@@ -161,8 +161,9 @@ bool SignatureManager::verifySignature(const QByteArray &signature, const QStrin
     return true;
 }
 
-std::optional<QByteArray> SignatureManager::generateSignature(const QString &privateKey, const QByteArray &data) const {
-    if (privateKey.isEmpty() || data.isEmpty()) {
+std::optional<std::string> SignatureManager::generateSignature(std::string_view privateKey,
+                                                               std::string_view data) const {
+    if (privateKey.empty() || data.empty()) {
         return std::nullopt;
     }
     const ErrorQueue errors;
@@ -172,15 +173,15 @@ std::optional<QByteArray> SignatureManager::generateSignature(const QString &pri
         return std::nullopt;
     }
     const Operation operation = operationOn(key, EVP_PKEY_sign_init);
-    QByteArray signature(EVP_PKEY_get_size(key.get()), Qt::Uninitialized);
-    auto length = static_cast<size_t>(signature.size());
+    std::string signature(static_cast<size_t>(EVP_PKEY_get_size(key.get())), '\0');
+    size_t length = signature.size();
     if (operation == nullptr ||
         EVP_PKEY_sign(operation.get(), reinterpret_cast<unsigned char *>(signature.data()), &length, digest.data(),
                       digest.size()) != 1 ||
         length == 0) {
         return std::nullopt;
     }
-    signature.truncate(static_cast<qsizetype>(length));
+    signature.resize(length);
     if (isLogVerboseVisible()) {
         logVerbose("Generated signature \"%@\"", printed(signature));
     }

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -18,9 +18,9 @@ public:
 
     /// \returns false, too, when an argument is empty or the key is none; only a signature that does not match is
     /// logged.
-    bool verifySignature(const QByteArray &signature, const QString &publicKey, const QByteArray &data) const;
+    bool verifySignature(std::string_view signature, std::string_view publicKey, std::string_view data) const;
     /// \returns nothing when an argument is empty, or the key is none or too short for a signature.
-    std::optional<QByteArray> generateSignature(const QString &privateKey, const QByteArray &data) const;
+    std::optional<std::string> generateSignature(std::string_view privateKey, std::string_view data) const;
 };
 
 } // namespace quillmark

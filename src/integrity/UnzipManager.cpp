@@ -2,7 +2,6 @@
 
 #include "integrity/ArchiveStream.h"
 
-#include <QFile>
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -82,15 +81,15 @@ Descriptor enter(int folder, const std::string &name) {
 
 } // namespace
 
-UnzipManager::UnzipManager(const QString &path) {
-    const qsizetype slash = path.lastIndexOf(u'/');
-    outputPath = QStringLiteral("%1/").arg(slash < 0 ? QStringLiteral(".") : path.left(slash));
-    if (!path.contains(QChar(0))) {
+UnzipManager::UnzipManager(const std::string &path) {
+    const size_t slash = path.rfind('/');
+    outputPath = (slash == std::string::npos ? "." : path.substr(0, slash)) + '/';
+    if (path.find('\0') == std::string::npos) {
         zlib_filefunc64_def functions = archiveStreamFunctions();
-        uf = unzOpen2_64(QFile::encodeName(path).constData(), &functions);
+        uf = unzOpen2_64(path.c_str(), &functions);
     }
     if (uf != nullptr) {
-        m_folder = Descriptor(::open(QFile::encodeName(outputPath).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        m_folder = Descriptor(::open(outputPath.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     }
 }
 

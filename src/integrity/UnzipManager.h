@@ -2,7 +2,6 @@
 
 #include "platform/Descriptor.h"
 
-#include <QString>
 #include <string>
 #include <string_view>
 
@@ -19,7 +18,7 @@ namespace quillmark {
 class UnzipManager {
 public:
     /// Opens the archive. A path that can't be opened shows in extractAll().
-    explicit UnzipManager(const QString &path);
+    explicit UnzipManager(const std::string &path);
     UnzipManager(const UnzipManager &) = delete;
     UnzipManager &operator=(const UnzipManager &) = delete;
     /// Deliberately leaves the archive itself open; only its current entry is closed.
@@ -44,7 +43,7 @@ protected:
     /// minizip's handle; null when the archive could not be opened.
     void *uf = nullptr;
     /// The archive's folder with a slash behind it.
-    QString outputPath;
+    std::string outputPath;
     // NOLINTEND(misc-non-private-member-variables-in-classes)
 
 private:

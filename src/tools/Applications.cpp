@@ -30,7 +30,7 @@ Error quitError(qint32 code, const QString &description) {
 std::optional<Error> requestQuit(const QString &bundleIdentifier) {
     AppleEvents &events = platform().appleEvents;
     std::unique_ptr<AppleEvents::Event> event;
-    if (const qint32 status = events.buildQuitEvent(bundleIdentifier, event); status != 0) {
+    if (const qint32 status = events.buildQuitEvent(bundleIdentifier.toStdString(), event); status != 0) {
         return quitError(kQuitEventNotBuilt,
                          formatted("Request to quit app wth id \"%@\" failed (AEBuildAppleEvent failed with error %d)",
                                    bundleIdentifier, status));

@@ -11,33 +11,35 @@ class FakeAppleEvents final : public AppleEvents {
 public:
     explicit FakeAppleEvents(Transcript &transcript) : m_transcript(transcript) {}
 
-    qint32 buildStatus = 0;
-    qint32 addressStatus = 0;
-    qint32 createStatus = 0;
-    qint32 sendStatus = 0;
+    std::int32_t buildStatus = 0;
+    std::int32_t addressStatus = 0;
+    std::int32_t createStatus = 0;
+    std::int32_t sendStatus = 0;
     std::function<void()> onSend = [] {};
 
-    qint32 buildQuitEvent(const QString &bundleIdentifier, std::unique_ptr<Event> &event) override {
-        m_transcript.record(QStringLiteral("buildQuitEvent ") + bundleIdentifier);
+    std::int32_t buildQuitEvent(const std::string &bundleIdentifier, std::unique_ptr<Event> &event) override {
+        m_transcript.record(QString::fromStdString("buildQuitEvent " + bundleIdentifier));
         event = std::make_unique<Event>();
         return buildStatus;
     }
-    qint32 createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override {
-        m_transcript.record(QStringLiteral("createProcessAddress %1 %2").arg(process.high).arg(process.low));
+    std::int32_t createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override {
+        m_transcript.record(QString::fromStdString("createProcessAddress " + std::to_string(process.high) + ' ' +
+                                                   std::to_string(process.low)));
         if (addressStatus == 0) {
             address = std::make_unique<RecordedAddress>(m_transcript);
         }
         return addressStatus;
     }
-    qint32 createEvent(quint32 eventClass, quint32 eventIdentifier, const Address & /*address*/,
-                       std::unique_ptr<Event> &event) override {
-        m_transcript.record(QStringLiteral("createEvent ") + textOf(eventClass) + u' ' + textOf(eventIdentifier));
+    std::int32_t createEvent(std::uint32_t eventClass, std::uint32_t eventIdentifier, const Address & /*address*/,
+                             std::unique_ptr<Event> &event) override {
+        m_transcript.record(
+            QString::fromStdString("createEvent " + textOf(eventClass) + ' ' + textOf(eventIdentifier)));
         if (createStatus == 0) {
             event = std::make_unique<RecordedEvent>(m_transcript);
         }
         return createStatus;
     }
-    qint32 sendMessage(const Event & /*event*/) override {
+    std::int32_t sendMessage(const Event & /*event*/) override {
         m_transcript.record(QStringLiteral("sendMessage"));
         onSend();
         return sendStatus;
@@ -62,10 +64,10 @@ private:
         Transcript &m_transcript;
     };
 
-    static QString textOf(quint32 code) {
-        QString text;
+    static std::string textOf(std::uint32_t code) {
+        std::string text;
         for (int shift = 24; shift >= 0; shift -= 8) {
-            text += QLatin1Char(static_cast<char>(code >> shift & 0xFFu));
+            text += static_cast<char>(code >> shift & 0xFFu);
         }
         return text;
     }

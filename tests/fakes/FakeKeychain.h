@@ -3,7 +3,8 @@
 #include "fakes/Transcript.h"
 #include "platform/Keychain.h"
 
-#include <QMap>
+#include <map>
+#include <utility>
 
 namespace quillmark::test {
 
@@ -11,18 +12,19 @@ namespace quillmark::test {
 /// fail (Transcript::failAt with the first word) gives `failure` and changes nothing.
 class FakeKeychain final : public Keychain {
 public:
-    using Names = std::pair<QString, QString>; ///< service and account
+    using Names = std::pair<std::string, std::string>; ///< service and account
 
     explicit FakeKeychain(Transcript &transcript) : m_transcript(transcript) {}
 
-    QMap<Names, QByteArray> items;
-    qint32 failure = kKeychainNotAvailable;
-    qint32 status = 0; ///< what every call gives unless it is 0
+    std::map<Names, std::string> items;
+    std::int32_t failure = kKeychainNotAvailable;
+    std::int32_t status = 0; ///< what every call gives unless it is 0
     int references = 0;
 
-    qint32 findGenericPassword(const QString &service, const QString &account, std::unique_ptr<Item> &item) override {
+    std::int32_t findGenericPassword(const std::string &service, const std::string &account,
+                                     std::unique_ptr<Item> &item) override {
         const Names names(service, account);
-        if (const qint32 fault = faultOf("SecKeychainFindGenericPassword", names); fault != 0) {
+        if (const std::int32_t fault = faultOf("SecKeychainFindGenericPassword", names); fault != 0) {
             return fault;
         }
         if (!items.contains(names)) {
@@ -31,10 +33,11 @@ public:
         item = std::make_unique<FakeItem>(*this, names);
         return 0;
     }
-    qint32 addGenericPassword(const QString &service, const QString &account, const QByteArray &data) override {
-        const qint32 fault = faultOf("SecKeychainAddGenericPassword", {service, account});
+    std::int32_t addGenericPassword(const std::string &service, const std::string &account,
+                                    std::string_view data) override {
+        const std::int32_t fault = faultOf("SecKeychainAddGenericPassword", {service, account});
         if (fault == 0) {
-            items.insert({service, account}, data);
+            items[{service, account}] = data;
         }
         return fault;
     }
@@ -47,24 +50,24 @@ private:
         FakeItem &operator=(const FakeItem &) = delete;
         ~FakeItem() override { --m_owner.references; }
 
-        qint32 copyContent(QByteArray &data) override {
-            const qint32 fault = m_owner.faultOf("SecKeychainItemCopyContent", m_names);
+        std::int32_t copyContent(std::string &data) override {
+            const std::int32_t fault = m_owner.faultOf("SecKeychainItemCopyContent", m_names);
             if (fault == 0) {
-                data = m_owner.items.value(m_names);
+                data = m_owner.items.at(m_names);
             }
             return fault;
         }
-        qint32 modifyContent(const QByteArray &data) override {
-            const qint32 fault = m_owner.faultOf("SecKeychainItemModifyContent", m_names);
+        std::int32_t modifyContent(std::string_view data) override {
+            const std::int32_t fault = m_owner.faultOf("SecKeychainItemModifyContent", m_names);
             if (fault == 0) {
                 m_owner.items[m_names] = data;
             }
             return fault;
         }
-        qint32 remove() override {
-            const qint32 fault = m_owner.faultOf("SecKeychainItemDelete", m_names);
+        std::int32_t remove() override {
+            const std::int32_t fault = m_owner.faultOf("SecKeychainItemDelete", m_names);
             if (fault == 0) {
-                m_owner.items.remove(m_names);
+                m_owner.items.erase(m_names);
             }
             return fault;
         }
@@ -74,10 +77,9 @@ private:
         Names m_names;
     };
 
-    qint32 faultOf(const char *operation, const Names &names) {
-        const QString name = QString::fromLatin1(operation);
-        const bool isFailing =
-            m_transcript.recordOrFail(QStringLiteral("%1 %2 %3").arg(name, names.first, names.second), name);
+    std::int32_t faultOf(const char *operation, const Names &names) {
+        const std::string call = std::string(operation) + ' ' + names.first + ' ' + names.second;
+        const bool isFailing = m_transcript.recordOrFail(QString::fromStdString(call), QString::fromLatin1(operation));
         return isFailing ? failure : status;
     }
 

@@ -2,25 +2,29 @@
 
 #include "platform/linux/SessionBus.h"
 
-#include <QMap>
-#include <QStringList>
+#include <map>
+#include <set>
+#include <vector>
 
 namespace quillmark::test {
 
 /// A bus with the given names on it.
 class FakeSessionBus final : public SessionBus {
 public:
-    QMap<QString, int> processes; // by the name that each owns
-    QStringList quittable;        // names of applications that have a "quit" action
-    QStringList activated;        // those whose action was activated
+    std::map<std::string, int> processes; // by the name that each owns
+    std::set<std::string> quittable;      // names of applications that have a "quit" action
+    std::vector<std::string> activated;   // those whose action was activated
 
-    std::optional<int> processOwning(const QString &busName) override {
-        return processes.contains(busName) ? std::optional(processes.value(busName)) : std::nullopt;
+    std::optional<int> processOwning(const std::string &busName) override {
+        return processes.contains(busName) ? std::optional(processes.at(busName)) : std::nullopt;
     }
-    bool activateQuitOfOwner(const QString &busName) override { return activateQuit(busName); }
-    bool activateQuit(const QString &bundleIdentifier) override {
-        activated += quittable.contains(bundleIdentifier) ? QStringList{bundleIdentifier} : QStringList();
-        return quittable.contains(bundleIdentifier);
+    bool activateQuitOfOwner(const std::string &busName) override { return activateQuit(busName); }
+    bool activateQuit(const std::string &bundleIdentifier) override {
+        if (!quittable.contains(bundleIdentifier)) {
+            return false;
+        }
+        activated.push_back(bundleIdentifier);
+        return true;
     }
 };
 

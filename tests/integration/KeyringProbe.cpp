@@ -21,10 +21,10 @@ constexpr int kThreads = 8;
 constexpr int kRounds = 5;
 
 /// Adds, reads, changes, reads and removes one item. \returns the number of things that were not as they should be.
-int workOn(Keychain &keychain, const QString &account) {
-    const QString service = QStringLiteral("KeyringProbe");
-    const QByteArray content = "content of " + account.toUtf8();
-    QByteArray data;
+int workOn(Keychain &keychain, const std::string &account) {
+    const std::string service = "KeyringProbe";
+    const std::string content = "content of " + account;
+    std::string data;
     std::unique_ptr<Keychain::Item> item;
     int faults = 0;
     const auto expect = [&faults](bool isRight) { faults += isRight ? 0 : 1; };
@@ -41,9 +41,10 @@ int workOn(Keychain &keychain, const QString &account) {
     expect(item->copyContent(data) == quillmark::kKeychainItemNotFound);
     expect(item->modifyContent(content) == quillmark::kKeychainItemNotFound);
     expect(item->remove() == quillmark::kKeychainItemNotFound);
-    const QString cut = account + QChar() + QStringLiteral("x"); // no name on the bus
-    expect(keychain.findGenericPassword(service, cut, item) == quillmark::kKeychainWrongParameter);
-    expect(keychain.addGenericPassword(service, cut, content) == quillmark::kKeychainWrongParameter);
+    for (const std::string &cut : {account + '\0' + "x", account + '\xc3'}) { // no name on the bus
+        expect(keychain.findGenericPassword(service, cut, item) == quillmark::kKeychainWrongParameter);
+        expect(keychain.addGenericPassword(service, cut, content) == quillmark::kKeychainWrongParameter);
+    }
     return faults;
 }
 
@@ -54,7 +55,7 @@ int workOnManyThreads(Keychain &keychain) {
     for (int i = 0; i < kThreads; ++i) {
         threads.emplace_back([&, i] {
             for (int round = 0; round < kRounds; ++round) {
-                faults += workOn(keychain, QStringLiteral("thread %1").arg(i));
+                faults += workOn(keychain, "thread " + std::to_string(i));
             }
         });
     }

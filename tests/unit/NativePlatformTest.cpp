@@ -213,13 +213,13 @@ protected:
     /// What comes of a request to quit.
     qint32 quit(const QString &bundleIdentifier) {
         std::unique_ptr<AppleEvents::Event> event;
-        EXPECT_EQ(events.buildQuitEvent(bundleIdentifier, event), 0);
+        EXPECT_EQ(events.buildQuitEvent(bundleIdentifier.toStdString(), event), 0);
         return events.sendMessage(*event);
     }
 };
 
 TEST_F(FileManager, TakesTheFindersPlaceAmongTheApplications) {
-    bus.processes.insert(QStringLiteral("org.freedesktop.FileManager1"), ::getpid());
+    bus.processes["org.freedesktop.FileManager1"] = ::getpid();
     const QVariantMap expected{{kApplicationBundleIdentifier, kFinder},
                                {kApplicationPath, QStringLiteral("/System/Library/CoreServices/Finder.app")},
                                {kApplicationProcessIdentifier, ::getpid()}};
@@ -244,7 +244,7 @@ TEST_F(FileManager, IsEndedByTheRequestToQuit) {
         ::pause();
         ::_exit(1);
     }
-    bus.processes.insert(QStringLiteral("org.freedesktop.FileManager1"), child);
+    bus.processes["org.freedesktop.FileManager1"] = child;
     EXPECT_EQ(quit(kFinder), 0);
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -257,15 +257,15 @@ TEST_F(FileManager, CannotBeAskedToQuitWhenNoneRuns) { EXPECT_EQ(quit(kFinder), 
 TEST(AppleEventsTest, AnApplicationWithAnActionToQuitGetsNoSignal) {
     const test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
-    const QString identifier = QStringLiteral("com.example.polite");
-    bus.quittable << identifier;
+    const std::string identifier = "com.example.polite";
+    bus.quittable.insert(identifier);
     test::FakeClock clock;
     LinuxWorkspace workspace(propertyList, bus, clock); // where it does not run, so that a signal would fail
     LinuxAppleEvents events(workspace, bus);
     std::unique_ptr<AppleEvents::Event> event;
     ASSERT_EQ(events.buildQuitEvent(identifier, event), 0);
     EXPECT_EQ(events.sendMessage(*event), 0);
-    EXPECT_EQ(bus.activated, QStringList{identifier});
+    EXPECT_EQ(bus.activated, std::vector{identifier});
 }
 
 TEST(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
@@ -275,7 +275,7 @@ TEST(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
     LinuxWorkspace workspace(propertyList, bus, clock);
     LinuxAppleEvents events(workspace, bus);
     std::unique_ptr<AppleEvents::Event> event;
-    EXPECT_EQ(events.buildQuitEvent(QString(), event), -50);
+    EXPECT_EQ(events.buildQuitEvent(std::string(), event), -50);
     EXPECT_EQ(event, nullptr);
 }
 
@@ -290,7 +290,7 @@ TEST(AppleEventsTest, TheSystemProcessIsNotThere) {
     std::unique_ptr<AppleEvents::Event> event;
     ASSERT_EQ(events.createEvent(fourCharacterCode("aevt"), fourCharacterCode("rest"), *address, event), 0);
     EXPECT_EQ(events.sendMessage(*event), -600);
-    EXPECT_EQ(bus.activated, QStringList());
+    EXPECT_EQ(bus.activated, std::vector<std::string>());
 }
 
 TEST(ScriptsTest, AScriptNeitherCompilesNorHasAResult) {

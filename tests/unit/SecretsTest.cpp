@@ -54,7 +54,7 @@ protected:
         for (const char *service : {"Feder", "Quillmark"}) {
             platform.keychain.items.clear();
             if (!content.isNull()) {
-                platform.keychain.items.insert({QString::fromLatin1(service), kAnna}, content);
+                platform.keychain.items[{service, kAnna.toStdString()}] = content.toStdString();
             }
             LocalizedStrings strings(platform.bundle);
             KeychainManager keychain(platform.keychain, strings);

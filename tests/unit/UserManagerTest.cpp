@@ -49,7 +49,8 @@ protected:
         return result;
     }
     QString keychainText(const QString &user) const {
-        return QString::fromUtf8(platform.keychain.items.value({QStringLiteral("Quillmark"), user}));
+        const auto item = platform.keychain.items.find({"Quillmark", user.toStdString()});
+        return item != platform.keychain.items.end() ? QString::fromStdString(item->second) : QString();
     }
     int synchronizations() const {
         return static_cast<int>(platform.transcript.calls().count(QStringLiteral("synchronize")));

@@ -7,28 +7,30 @@
 
 namespace quillmark {
 
-qint32 KeyringModule::findGenericPassword(const QString &service, const QString &account, std::unique_ptr<Item> &item) {
+std::int32_t KeyringModule::findGenericPassword(const std::string &service, const std::string &account,
+                                                std::unique_ptr<Item> &item) {
     Keychain *const keyring = open();
     return keyring != nullptr ? keyring->findGenericPassword(service, account, item) : kKeychainNotAvailable;
 }
 
-qint32 KeyringModule::addGenericPassword(const QString &service, const QString &account, const QByteArray &data) {
+std::int32_t KeyringModule::addGenericPassword(const std::string &service, const std::string &account,
+                                               std::string_view data) {
     Keychain *const keyring = open();
     return keyring != nullptr ? keyring->addGenericPassword(service, account, data) : kKeychainNotAvailable;
 }
 
 Keychain *KeyringModule::open() {
     std::call_once(m_isTried, [this] {
-        if (sessionBusAddress().isEmpty()) {
+        if (!sessionBusAddress()) {
             return;
         }
         m_privateMemory.emplace();
-        QString obstacle;
+        std::string obstacle;
         void *const symbol = plugInSymbol(m_bundle, "libquillmark-keyring.so", kOpenKeyringSymbol, obstacle);
         if (auto *const openKeyring = reinterpret_cast<QuillmarkOpenKeyring *>(symbol)) {
             m_keyring = openKeyring();
         } else {
-            reportProblem(QStringLiteral("The keyring can't be asked: %1").arg(obstacle));
+            reportProblem(QString::fromStdString("The keyring can't be asked: " + obstacle));
         }
     });
     return m_keyring;

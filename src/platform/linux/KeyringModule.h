@@ -16,8 +16,10 @@ class KeyringModule final : public Keychain {
 public:
     explicit KeyringModule(const Bundle &bundle) : m_bundle(bundle) {}
 
-    qint32 findGenericPassword(const QString &service, const QString &account, std::unique_ptr<Item> &item) override;
-    qint32 addGenericPassword(const QString &service, const QString &account, const QByteArray &data) override;
+    std::int32_t findGenericPassword(const std::string &service, const std::string &account,
+                                     std::unique_ptr<Item> &item) override;
+    std::int32_t addGenericPassword(const std::string &service, const std::string &account,
+                                    std::string_view data) override;
 
 private:
     Keychain *open();

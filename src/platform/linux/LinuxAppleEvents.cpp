@@ -10,54 +10,56 @@ namespace quillmark {
 namespace {
 
 // Numbers of the Apple Event Manager.
-constexpr qint32 kInvalidParameter = -50;     // paramErr
-constexpr qint32 kApplicationNotFound = -600; // procNotFound
+constexpr std::int32_t kInvalidParameter = -50;     // paramErr
+constexpr std::int32_t kApplicationNotFound = -600; // procNotFound
 
 class QuitEvent final : public AppleEvents::Event {
 public:
-    explicit QuitEvent(QString bundleIdentifier) : m_bundleIdentifier(std::move(bundleIdentifier)) {}
-    const QString &bundleIdentifier() const { return m_bundleIdentifier; }
+    explicit QuitEvent(std::string bundleIdentifier) : m_bundleIdentifier(std::move(bundleIdentifier)) {}
+    const std::string &bundleIdentifier() const { return m_bundleIdentifier; }
 
 private:
-    QString m_bundleIdentifier;
+    std::string m_bundleIdentifier;
 };
 
 } // namespace
 
-qint32 LinuxAppleEvents::buildQuitEvent(const QString &bundleIdentifier, std::unique_ptr<Event> &event) {
-    if (bundleIdentifier.isEmpty()) {
+std::int32_t LinuxAppleEvents::buildQuitEvent(const std::string &bundleIdentifier, std::unique_ptr<Event> &event) {
+    if (bundleIdentifier.empty()) {
         return kInvalidParameter;
     }
     event = std::make_unique<QuitEvent>(bundleIdentifier);
     return 0;
 }
 
-qint32 LinuxAppleEvents::createProcessAddress(ProcessSerialNumber /*process*/, std::unique_ptr<Address> &address) {
+std::int32_t LinuxAppleEvents::createProcessAddress(ProcessSerialNumber /*process*/,
+                                                    std::unique_ptr<Address> &address) {
     address = std::make_unique<Address>();
     return 0;
 }
 
-qint32 LinuxAppleEvents::createEvent(quint32 /*eventClass*/, quint32 /*eventIdentifier*/, const Address & /*address*/,
-                                     std::unique_ptr<Event> &event) {
+std::int32_t LinuxAppleEvents::createEvent(std::uint32_t /*eventClass*/, std::uint32_t /*eventIdentifier*/,
+                                           const Address & /*address*/, std::unique_ptr<Event> &event) {
     event = std::make_unique<Event>();
     return 0;
 }
 
-qint32 LinuxAppleEvents::sendMessage(const Event &event) {
+std::int32_t LinuxAppleEvents::sendMessage(const Event &event) {
     const auto *const quitEvent = dynamic_cast<const QuitEvent *>(&event);
     if (quitEvent == nullptr) {
         return kApplicationNotFound;
     }
-    const QString &identifier = quitEvent->bundleIdentifier();
+    const std::string &identifier = quitEvent->bundleIdentifier();
     // The file manager may be in the middle of a copy: where it can be asked, it sees to that.
-    const bool isAsked = identifier == kFinderIdentifier ? m_sessionBus.activateQuitOfOwner(kFileManagerName)
-                                                         : m_sessionBus.activateQuit(identifier);
+    const bool isAsked = QString::fromStdString(identifier) == kFinderIdentifier
+                             ? m_sessionBus.activateQuitOfOwner(kFileManagerName)
+                             : m_sessionBus.activateQuit(identifier);
     if (isAsked) {
         return 0;
     }
     bool isSent = false;
     for (const QVariantMap &record : m_workspace.launchedApplications()) {
-        if (record.value(kApplicationBundleIdentifier).toString() == identifier) {
+        if (record.value(kApplicationBundleIdentifier).toString().toStdString() == identifier) {
             isSent = ::kill(record.value(kApplicationProcessIdentifier).toInt(), SIGTERM) == 0 || isSent;
         }
     }

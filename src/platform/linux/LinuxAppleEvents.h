@@ -13,11 +13,11 @@ class LinuxAppleEvents final : public AppleEvents {
 public:
     LinuxAppleEvents(Workspace &workspace, SessionBus &sessionBus) : m_workspace(workspace), m_sessionBus(sessionBus) {}
 
-    qint32 buildQuitEvent(const QString &bundleIdentifier, std::unique_ptr<Event> &event) override;
-    qint32 createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override;
-    qint32 createEvent(quint32 eventClass, quint32 eventIdentifier, const Address &address,
-                       std::unique_ptr<Event> &event) override;
-    qint32 sendMessage(const Event &event) override;
+    std::int32_t buildQuitEvent(const std::string &bundleIdentifier, std::unique_ptr<Event> &event) override;
+    std::int32_t createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override;
+    std::int32_t createEvent(std::uint32_t eventClass, std::uint32_t eventIdentifier, const Address &address,
+                             std::unique_ptr<Event> &event) override;
+    std::int32_t sendMessage(const Event &event) override;
 
 private:
     Workspace &m_workspace;

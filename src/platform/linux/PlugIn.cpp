@@ -2,18 +2,17 @@
 
 #include "platform/Bundle.h"
 
-#include <QFile>
 #include <dlfcn.h>
 
 namespace quillmark {
 
-void *plugInSymbol(const Bundle &bundle, const char *fileName, const char *symbol, QString &obstacle) {
-    const QString path = bundle.path() + QStringLiteral("/Contents/PlugIns/") + QString::fromLatin1(fileName);
-    void *const plugIn = ::dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL);
+void *plugInSymbol(const Bundle &bundle, const char *fileName, const char *symbol, std::string &obstacle) {
+    const std::string path = bundle.path().toStdString() + "/Contents/PlugIns/" + fileName;
+    void *const plugIn = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     void *const address = plugIn != nullptr ? ::dlsym(plugIn, symbol) : nullptr;
     if (address == nullptr) {
         const char *const text = ::dlerror(); // NOLINT(concurrency-mt-unsafe): the C library keeps one for each thread
-        obstacle = text != nullptr ? QString::fromLocal8Bit(text) : QStringLiteral("the loader gives no reason");
+        obstacle = text != nullptr ? text : "the loader gives no reason";
     }
     return address;
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <QByteArray>
+#include <optional>
+#include <string>
 
 namespace quillmark {
 
-/// Where the session's bus listens; empty when the session has none. The bus libraries would start one of their own
+/// Where the session's bus listens; nothing when the session has none. The bus libraries would start one of their own
 /// then.
-QByteArray sessionBusAddress();
+std::optional<std::string> sessionBusAddress();
 
 } // namespace quillmark

@@ -4,37 +4,35 @@
 #include "platform/linux/PlugIn.h"
 #include "platform/linux/SessionBusAddress.h"
 
-#include <QString>
-
 namespace quillmark {
 
-std::optional<int> SessionModule::processOwning(const QString &busName) {
+std::optional<int> SessionModule::processOwning(const std::string &busName) {
     SessionBus *const bus = open();
     return bus != nullptr ? bus->processOwning(busName) : std::nullopt;
 }
 
-bool SessionModule::activateQuit(const QString &bundleIdentifier) {
+bool SessionModule::activateQuit(const std::string &bundleIdentifier) {
     SessionBus *const bus = open();
     return bus != nullptr && bus->activateQuit(bundleIdentifier);
 }
 
-bool SessionModule::activateQuitOfOwner(const QString &busName) {
+bool SessionModule::activateQuitOfOwner(const std::string &busName) {
     SessionBus *const bus = open();
     return bus != nullptr && bus->activateQuitOfOwner(busName);
 }
 
 SessionBus *SessionModule::open() {
     std::call_once(m_isTried, [this] {
-        const QByteArray address = sessionBusAddress();
-        if (address.isEmpty()) {
+        const std::optional<std::string> address = sessionBusAddress();
+        if (!address) {
             return;
         }
-        QString obstacle;
+        std::string obstacle;
         void *const symbol = plugInSymbol(m_bundle, "libquillmark-session.so", kOpenSessionBusSymbol, obstacle);
         if (auto *const openSessionBus = reinterpret_cast<QuillmarkOpenSessionBus *>(symbol)) {
-            m_bus = openSessionBus(address);
+            m_bus = openSessionBus(*address);
         } else {
-            reportProblem(QStringLiteral("The session's bus can't be asked: %1").arg(obstacle));
+            reportProblem(QString::fromStdString("The session's bus can't be asked: " + obstacle));
         }
     });
     return m_bus;

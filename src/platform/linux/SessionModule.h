@@ -14,9 +14,9 @@ class SessionModule final : public SessionBus {
 public:
     explicit SessionModule(const Bundle &bundle) : m_bundle(bundle) {}
 
-    std::optional<int> processOwning(const QString &busName) override;
-    bool activateQuit(const QString &bundleIdentifier) override;
-    bool activateQuitOfOwner(const QString &busName) override;
+    std::optional<int> processOwning(const std::string &busName) override;
+    bool activateQuit(const std::string &bundleIdentifier) override;
+    bool activateQuitOfOwner(const std::string &busName) override;
 
 private:
     SessionBus *open();

@@ -27,7 +27,7 @@ void leaveDesktop() {
 
 void WindowModule::prepare() {
     if (m_windows == nullptr && hasDisplayName() && !m_trial.isUnderWay()) {
-        QString obstacle; // comes again when the module is wanted
+        std::string obstacle; // comes again when the module is wanted
         void *const address = plugInSymbol(m_bundle, kFileName, kTryDisplaySymbol, obstacle);
         if (auto *const tryDisplay = reinterpret_cast<QuillmarkTryDisplay *>(address)) {
             m_trial.begin(tryDisplay);
@@ -37,9 +37,12 @@ void WindowModule::prepare() {
 
 void *WindowModule::symbol(const char *name, QString &obstacle) {
     prepare();
-    void *const address = plugInSymbol(m_bundle, kFileName, name, obstacle);
+    std::string loadersObstacle;
+    void *const address = plugInSymbol(m_bundle, kFileName, name, loadersObstacle);
     const bool isDisplayThere = m_trial.succeeds() || m_windows != nullptr;
-    if (address != nullptr && !isDisplayThere) {
+    if (address == nullptr) {
+        obstacle = QString::fromStdString(loadersObstacle);
+    } else if (!isDisplayThere) {
         obstacle =
             hasDisplayName() ? QStringLiteral("the display can't be reached") : QStringLiteral("there is no display");
     }

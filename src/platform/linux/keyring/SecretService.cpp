@@ -12,10 +12,10 @@ namespace {
 constexpr const char *kBusName = "org.freedesktop.secrets";
 
 /// The errors that say something about the keyring. Every other one means that it can't be asked now.
-qint32 statusOf(const GError *problem) {
+std::int32_t statusOf(const GError *problem) {
     struct Row {
         const char *error;
-        qint32 status;
+        std::int32_t status;
     };
     static constexpr Row kStatuses[] = {
         {"org.freedesktop.Secret.Error.IsLocked", kKeychainInteractionNotAllowed},
@@ -75,11 +75,11 @@ SecretServiceConnection::Reply SecretServiceConnection::call(const char *objectP
     if (m_connection == nullptr) {
         return {kKeychainNotAvailable, nullptr};
     }
-    const QByteArray qualified(method);
-    const qsizetype dot = qualified.lastIndexOf('.');
+    const std::string qualified(method);
+    const std::size_t dot = qualified.rfind('.');
     GError *error = nullptr;
     GVariant *const value = g_dbus_connection_call_sync(
-        m_connection.get(), kBusName, objectPath, qualified.first(dot).constData(), qualified.constData() + dot + 1,
+        m_connection.get(), kBusName, objectPath, qualified.substr(0, dot).c_str(), qualified.c_str() + dot + 1,
         owned.get(), G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, -1, cancellable, &error);
     const Problem problem(error);
     return {problem != nullptr ? statusOf(problem.get()) : 0, Value(value)};
@@ -107,14 +107,14 @@ SecretServiceConnection::Reply SecretServiceConnection::callWithSession(const ch
     return callWith(keptSession().open(cancellable));
 }
 
-GVariant *SecretServiceConnection::encoded(const QByteArray &data) const {
-    SecretValue *const value = secret_value_new(data.constData(), data.size(), "text/plain");
+GVariant *SecretServiceConnection::encoded(std::string_view data) const {
+    SecretValue *const value = secret_value_new(data.data(), static_cast<gssize>(data.size()), "text/plain");
     GVariant *const secret = secret_service_encode_dbus_secret(m_session.get(), value);
     secret_value_unref(value);
     return secret;
 }
 
-bool SecretServiceConnection::decode(GVariant *tuple, QByteArray &data) const {
+bool SecretServiceConnection::decode(GVariant *tuple, std::string &data) const {
     const Value secret(g_variant_get_child_value(tuple, 0));
     SecretValue *const value = secret_service_decode_dbus_secret(m_session.get(), secret.get());
     if (value == nullptr) {
@@ -122,7 +122,7 @@ bool SecretServiceConnection::decode(GVariant *tuple, QByteArray &data) const {
     }
     gsize length = 0;
     const char *const bytes = secret_value_get(value, &length);
-    data = QByteArray(bytes, static_cast<qsizetype>(length));
+    data.assign(bytes, length);
     secret_value_unref(value);
     return true;
 }

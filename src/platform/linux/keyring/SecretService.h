@@ -2,9 +2,11 @@
 
 #include "platform/linux/bus/Gio.h"
 
-#include <QByteArray>
+#include <cstdint>
 #include <functional>
 #include <libsecret/secret.h>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -16,7 +18,7 @@ class SecretServiceConnection {
 public:
     /// What a method answers with: a status, and when that is 0 a tuple.
     struct Reply {
-        qint32 status = 0;
+        std::int32_t status = 0;
         Value value;
     };
 
@@ -33,9 +35,9 @@ public:
                           GCancellable *cancellable);
 
     /// A secret for a message of callWithSession(): it may be asked for by `arguments` alone.
-    GVariant *encoded(const QByteArray &data) const;
+    GVariant *encoded(std::string_view data) const;
     /// Takes the secret out of the answer of callWithSession(). \returns false when it can't be made out.
-    bool decode(GVariant *tuple, QByteArray &data) const;
+    bool decode(GVariant *tuple, std::string &data) const;
 
 private:
     Connection m_connection;

@@ -2,11 +2,10 @@
 #include "platform/linux/bus/Gio.h"
 #include "platform/linux/bus/TimeLimit.h"
 
-#include <QByteArray>
-#include <QList>
-#include <QString>
 #include <algorithm>
+#include <string>
 #include <type_traits>
+#include <vector>
 
 namespace quillmark {
 
@@ -29,9 +28,9 @@ struct Reply {
 /// One dialogue on the bus, over a connection of its own, within a time limit for the whole of it.
 class Dialogue {
 public:
-    explicit Dialogue(const QByteArray &address)
+    explicit Dialogue(const std::string &address)
         : m_connection(g_dbus_connection_new_for_address_sync(
-              address.constData(),
+              address.c_str(),
               static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
                                                 G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
               nullptr, m_limit.cancellable(), nullptr)) {}
@@ -54,17 +53,20 @@ private:
 };
 
 /// The object that an application shows on the bus: its name as a path, as the Desktop Entry Specification has it.
-QByteArray objectPathOf(const QByteArray &busName) {
-    return '/' + QByteArray(busName).replace('.', '/').replace('-', '_');
+std::string objectPathOf(const std::string &busName) {
+    std::string path = '/' + busName;
+    std::replace(path.begin(), path.end(), '.', '/');
+    std::replace(path.begin(), path.end(), '-', '_');
+    return path;
 }
 
-QList<QByteArray> namesIn(GVariant *tupleOfNames) {
+std::vector<std::string> namesIn(GVariant *tupleOfNames) {
     GVariantIter *names = nullptr;
     const char *name = nullptr;
-    QList<QByteArray> list;
+    std::vector<std::string> list;
     g_variant_get(tupleOfNames, "(as)", &names);
     while (g_variant_iter_next(names, "&s", &name) != FALSE) {
-        list.append(name);
+        list.emplace_back(name);
     }
     g_variant_iter_free(names);
     return list;
@@ -75,13 +77,14 @@ Method busMethod(const char *name) {
     return {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", name};
 }
 
-/// The connection that owns a name; empty when none does.
-QByteArray ownerOf(const QByteArray &busName, Dialogue &dialogue) {
-    const Reply reply = dialogue.call(busMethod("GetNameOwner"), g_variant_new("(s)", busName.constData()), "(s)");
-    const char *owner = nullptr;
-    if (reply.value != nullptr) {
-        g_variant_get(reply.value.get(), "(&s)", &owner);
+/// The connection that owns a name; nothing when none does.
+std::optional<std::string> ownerOf(const std::string &busName, Dialogue &dialogue) {
+    const Reply reply = dialogue.call(busMethod("GetNameOwner"), g_variant_new("(s)", busName.c_str()), "(s)");
+    if (reply.value == nullptr) {
+        return std::nullopt;
     }
+    const char *owner = nullptr;
+    g_variant_get(reply.value.get(), "(&s)", &owner);
     return owner;
 }
 
@@ -94,15 +97,15 @@ bool isWithoutAnswer(const GError *problem) {
 
 class GioSessionBus final : public SessionBus {
 public:
-    explicit GioSessionBus(QByteArray address) : m_address(std::move(address)) {}
+    explicit GioSessionBus(std::string address) : m_address(std::move(address)) {}
 
-    std::optional<int> processOwning(const QString &busName) override {
+    std::optional<int> processOwning(const std::string &busName) override {
         Dialogue dialogue(m_address);
         if (!dialogue.isOpen()) {
             return std::nullopt;
         }
-        const Reply reply = dialogue.call(busMethod("GetConnectionUnixProcessID"),
-                                          g_variant_new("(s)", busName.toUtf8().constData()), "(u)");
+        const Reply reply =
+            dialogue.call(busMethod("GetConnectionUnixProcessID"), g_variant_new("(s)", busName.c_str()), "(u)");
         if (reply.value == nullptr) {
             return std::nullopt;
         }
@@ -111,22 +114,22 @@ public:
         return static_cast<int>(process);
     }
 
-    bool activateQuit(const QString &bundleIdentifier) override {
-        const QByteArray name = bundleIdentifier.toUtf8();
+    bool activateQuit(const std::string &bundleIdentifier) override {
         Dialogue dialogue(m_address);
-        return dialogue.isOpen() && isApplicationName(name) && offersQuit(name, dialogue).value_or(true) &&
-               activateQuitOf(name, dialogue);
+        return dialogue.isOpen() && isApplicationName(bundleIdentifier) &&
+               offersQuit(bundleIdentifier, dialogue).value_or(true) && activateQuitOf(bundleIdentifier, dialogue);
     }
 
-    bool activateQuitOfOwner(const QString &busName) override {
+    bool activateQuitOfOwner(const std::string &busName) override {
         Dialogue dialogue(m_address);
-        const QByteArray owner = dialogue.isOpen() ? ownerOf(busName.toUtf8(), dialogue) : QByteArray();
-        if (owner.isEmpty()) {
+        const auto owner = dialogue.isOpen() ? ownerOf(busName, dialogue) : std::nullopt;
+        if (!owner) {
             return false;
         }
         const Reply names = dialogue.call(busMethod("ListNames"), nullptr, "(as)");
-        const QList<QByteArray> all = names.value != nullptr ? namesIn(names.value.get()) : QList<QByteArray>();
-        return std::any_of(all.begin(), all.end(), [&](const QByteArray &name) {
+        const std::vector<std::string> all =
+            names.value != nullptr ? namesIn(names.value.get()) : std::vector<std::string>();
+        return std::any_of(all.begin(), all.end(), [&](const std::string &name) {
             return isApplicationName(name) && ownerOf(name, dialogue) == owner &&
                    offersQuit(name, dialogue).value_or(false) && activateQuitOf(name, dialogue);
         });
@@ -135,34 +138,38 @@ public:
 private:
     static constexpr const char *kQuit = "quit";
 
-    static bool isApplicationName(const QByteArray &name) {
-        return !name.startsWith(':') && g_dbus_is_name(name.constData()) != FALSE &&
-               g_variant_is_object_path(objectPathOf(name).constData()) != FALSE;
+    static bool isApplicationName(const std::string &name) {
+        return !name.starts_with(':') && g_dbus_is_name(name.c_str()) != FALSE &&
+               g_variant_is_object_path(objectPathOf(name).c_str()) != FALSE;
     }
 
     /// Applications take the activation of an action that they don't have without a word, so they are asked first.
     /// \returns nothing when the application does not say.
-    static std::optional<bool> offersQuit(const QByteArray &name, Dialogue &dialogue) {
-        const Reply actions = dialogue.call(
-            {name.constData(), objectPathOf(name).constData(), "org.gtk.Actions", "List"}, nullptr, "(as)");
-        return actions.value != nullptr ? std::optional(namesIn(actions.value.get()).contains(kQuit)) : std::nullopt;
+    static std::optional<bool> offersQuit(const std::string &name, Dialogue &dialogue) {
+        const Reply actions =
+            dialogue.call({name.c_str(), objectPathOf(name).c_str(), "org.gtk.Actions", "List"}, nullptr, "(as)");
+        if (actions.value == nullptr) {
+            return std::nullopt;
+        }
+        const std::vector<std::string> names = namesIn(actions.value.get());
+        return std::find(names.begin(), names.end(), kQuit) != names.end();
     }
 
-    static bool activateQuitOf(const QByteArray &name, Dialogue &dialogue) {
-        const Reply done = dialogue.call(
-            {name.constData(), objectPathOf(name).constData(), "org.freedesktop.Application", "ActivateAction"},
-            g_variant_new("(sava{sv})", kQuit, nullptr, nullptr), "()");
+    static bool activateQuitOf(const std::string &name, Dialogue &dialogue) {
+        const Reply done =
+            dialogue.call({name.c_str(), objectPathOf(name).c_str(), "org.freedesktop.Application", "ActivateAction"},
+                          g_variant_new("(sava{sv})", kQuit, nullptr, nullptr), "()");
         return done.value != nullptr || isWithoutAnswer(done.problem.get());
     }
 
-    QByteArray m_address;
+    std::string m_address;
 };
 
 } // namespace
 
 } // namespace quillmark
 
-extern "C" Q_DECL_EXPORT quillmark::SessionBus *quillmarkOpenSessionBus(const QByteArray &address) {
+extern "C" [[gnu::visibility("default")]] quillmark::SessionBus *quillmarkOpenSessionBus(const std::string &address) {
     static auto *const bus = new quillmark::GioSessionBus(address);
     return bus;
 }
