@@ -153,7 +153,7 @@ TEST_F(Unzip, AFolderEntryCreatesTheFolderBesideTheArchive) {
 
 TEST_F(Unzip, FilesOfAllSizesAreExtractedStoredOrDeflated) {
     for (const std::uint16_t method : {std::uint16_t(0), std::uint16_t(8)}) {
-        for (const size_t size : {0, 1, 8191, 8192, 8193, 16384, 70000, 300000}) {
+        for (const size_t size : {0U, 1U, 8191U, 8192U, 8193U, 16384U, 70000U, 300000U}) {
             std::string contents(size, '\0');
             for (size_t i = 0; i < size; ++i) {
                 contents[i] = static_cast<char>((i % 1000) * i >> 7);
@@ -266,7 +266,7 @@ TEST_F(Unzip, AnArchiveCanBeNamedBesideAnOpenFolder) {
 
 TEST_F(Unzip, TheArchivesOwnFolderMayBeReachedThroughALink) {
     archive({{"file", "x"}});
-    link(homePath("in").c_str(), "way");
+    link(homePath("in"), "way");
     EXPECT_EQ(OpenUnzipManager(in("way/archive.zip")).extractAll(), 0);
     EXPECT_EQ(at("file"), "file x");
 }
@@ -514,7 +514,7 @@ TEST_F(Unzip, ANameOf255BytesIsWhole) {
 }
 
 TEST_F(Unzip, LongerNamesAreDeliberatelyCut) {
-    for (const size_t length : {256, 300, 2000}) {
+    for (const size_t length : {256U, 300U, 2000U}) {
         const std::string name(length, 'n');
         const std::string contents = std::to_string(length);
         EXPECT_EQ(statusOf({QByteArray::fromStdString(name), QByteArray::fromStdString(contents)}), 0);
