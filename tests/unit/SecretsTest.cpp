@@ -54,7 +54,8 @@ protected:
         for (const char *service : {"Feder", "Quillmark"}) {
             platform.keychain.items.clear();
             if (!content.isNull()) {
-                platform.keychain.items[{service, kAnna.toStdString()}] = content.toStdString();
+                const std::string account = kAnna.toStdString();
+                platform.keychain.items[{service, account}] = content.toStdString();
             }
             LocalizedStrings strings(platform.bundle);
             KeychainManager keychain(platform.keychain, strings);

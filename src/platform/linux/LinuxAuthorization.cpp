@@ -77,8 +77,9 @@ public:
     }
 
     /// \returns the answer, which may take as long as a program runs; nothing when the helper has ended.
-    std::optional<HelperAnswer> answerTo(std::string request, int output = -1) {
-        iovec piece{request.data(), request.size()};
+    std::optional<HelperAnswer> answerTo(const std::string &request, int output = -1) {
+        std::string bytes = request;
+        iovec piece{bytes.data(), bytes.size()};
         alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> parts{};
         msghdr message{};
         message.msg_iov = &piece;
@@ -93,7 +94,7 @@ public:
             std::memcpy(CMSG_DATA(part), &output, sizeof output);
         }
         HelperAnswer answer = 0;
-        if (::sendmsg(m_socket.get(), &message, MSG_NOSIGNAL) != static_cast<ssize_t>(request.size()) ||
+        if (::sendmsg(m_socket.get(), &message, MSG_NOSIGNAL) != static_cast<ssize_t>(bytes.size()) ||
             receive(&answer, sizeof answer) != sizeof answer) {
             return std::nullopt;
         }
