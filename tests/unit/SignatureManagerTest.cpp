@@ -1,6 +1,7 @@
 #include "integrity/SignatureManager.h"
 #include "support/LogFixture.h"
 
+#include <QRegularExpression>
 #include <array>
 #include <atomic>
 #include <cstdio>
@@ -10,7 +11,6 @@
 #include <openssl/encoder.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
-#include <regex>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -106,11 +106,11 @@ protected:
         EXPECT_FALSE(manager.verifySignature(signature, publicKey, signedData));
         const std::vector<std::string> lines = messages();
         ASSERT_EQ(lines.size(), before + 1);
-        static const std::regex form(
-            "Signature verify failed \\(error (-?[1-9][0-9]*), error:([0-9A-F]{8}):[^)]*:.+\\)");
-        std::smatch match;
-        ASSERT_TRUE(std::regex_match(lines.back(), match, form)) << lines.back();
-        EXPECT_EQ(std::stol(match[1]), std::stol(match[2], nullptr, 16));
+        static const QRegularExpression form(
+            QStringLiteral("^Signature verify failed \\(error (-?[1-9][0-9]*), error:([0-9A-F]{8}):[^)]*:.+\\)$"));
+        const QRegularExpressionMatch match = form.match(QString::fromStdString(lines.back()));
+        ASSERT_TRUE(match.hasMatch()) << lines.back();
+        EXPECT_EQ(match.captured(1).toInt(), match.captured(2).toInt(nullptr, 16));
         EXPECT_NE(contentsOf(QString::fromStdString(log)).toStdString().find("(ERR)"), std::string::npos);
     }
     /// Verifies with a text that is no key.
