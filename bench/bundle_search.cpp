@@ -3,7 +3,6 @@
 #include "platform/BundleSearch.h"
 #include "platform/linux/LinuxPropertyList.h"
 
-#include <QFile>
 #include <array>
 #include <benchmark/benchmark.h>
 #include <dirent.h>
@@ -16,6 +15,7 @@
 #include <string_view>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -24,7 +24,7 @@ using namespace quillmark;
 constexpr int kFolders = 3000;
 constexpr int kApplications = 300;
 constexpr std::string_view kSuffix = ".app";
-const QString kIdentifier = QStringLiteral("com.quillmark.application7");
+constexpr const char *kIdentifier = "com.quillmark.application7";
 
 /// 3,000 folders, ten in each of the 300 that hold an application.
 class Tree {
@@ -49,14 +49,13 @@ public:
 
 private:
     static std::string information(int number) {
-        QVariantMap values{
-            {QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.quillmark.application%1").arg(number)}};
+        Dictionary values{{"CFBundleIdentifier", "com.quillmark.application" + std::to_string(number)}};
         for (const char *key : {"CFBundleDevelopmentRegion", "CFBundleExecutable", "CFBundleIconFile",
                                 "CFBundleInfoDictionaryVersion", "CFBundleName", "CFBundlePackageType",
                                 "CFBundleShortVersionString", "CFBundleVersion", "NSPrincipalClass"}) {
-            values.insert(QString::fromLatin1(key), QStringLiteral("Value of usual length"));
+            values.emplace(key, "Value of usual length");
         }
-        return LinuxPropertyList().toXml(values).value().toStdString();
+        return LinuxPropertyList().toXml(values).value();
     }
 
     const std::filesystem::path m_root = std::filesystem::temp_directory_path() / "quillmark-bench-applications";
@@ -96,19 +95,19 @@ size_t listed(int parent, const char *name) {
 }
 
 /// Follows links, as the search must.
-QStringList foundByFts(const std::string &root, const PropertyList &propertyList) {
+std::vector<std::string> foundByFts(const std::string &root, const PropertyList &propertyList) {
     std::string path = root;
     std::array<char *, 2> roots = {path.data(), nullptr};
     const std::unique_ptr<FTS, int (*)(FTS *)> walk(::fts_open(roots.data(), FTS_LOGICAL, nullptr), ::fts_close);
-    QStringList found;
+    std::vector<std::string> found;
     while (FTSENT *entry = ::fts_read(walk.get())) {
         if (entry->fts_info == FTS_D &&
             std::string_view(static_cast<const char *>(entry->fts_name)).ends_with(kSuffix)) {
             ::fts_set(walk.get(), entry, FTS_SKIP);
-            const QString bundle = QFile::decodeName(entry->fts_path);
-            if (propertyList.readDictionary(bundle + QStringLiteral("/Contents/Info.plist"))
-                    .value(QStringLiteral("CFBundleIdentifier")) == kIdentifier) {
-                found.append(bundle);
+            const std::string bundle = entry->fts_path;
+            if (valueOf(propertyList.readDictionary(bundle + "/Contents/Info.plist"), "CFBundleIdentifier") ==
+                kIdentifier) {
+                found.push_back(bundle);
             }
         }
     }
@@ -131,10 +130,10 @@ void byPeer(benchmark::State &state) {
     }
 }
 void byUs(benchmark::State &state) {
-    const QString root = QString::fromStdString(tree().path());
+    const std::string root = tree().path();
     const LinuxPropertyList propertyList;
     for ([[maybe_unused]] auto run : state) {
-        std::optional<QStringList> found;
+        std::optional<std::vector<std::string>> found;
         pathsForIdent(kIdentifier, root, &found, propertyList);
         if (!found || found->size() != 1) {
             state.SkipWithError("we found something else");

@@ -9,7 +9,6 @@
 #include "platform/PropertyList.h"
 #include "tools/UpdateToolManager.h"
 
-#include <QFile>
 #include <array>
 #include <benchmark/benchmark.h>
 #include <cstdlib>
@@ -32,7 +31,7 @@ constexpr int kMostItems = 10'000;
 const char *const kTool = "/bin/echo";
 
 /// The kinds of items that no tool has to be run for. They take turns in the catalogue.
-constexpr std::array kTypes = {u"CoreApp", u"Framework", u"Bundle", u"FinderCM", u"FinderOverlayInsert"};
+constexpr std::array kTypes = {"CoreApp", "Framework", "Bundle", "FinderCM", "FinderOverlayInsert"};
 enum Kind { CoreApp, Framework, Bundle, FinderCM, FinderOverlay };
 
 /// The installed components, all in order or not required.
@@ -43,9 +42,9 @@ public:
         std::filesystem::create_directories(m_root / "A.app/Contents/Resources/Core.app");
         const auto core = m_root / "A.app/Contents/Resources/Core.app";
         ::chmod(core.c_str(), 0755);
-        const QVariantMap information = {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.quillmark.bench")},
-                                         {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("9.0.0")},
-                                         {QStringLiteral("CFBundleVersion"), QStringLiteral("1")}};
+        const Dictionary information = {{"CFBundleIdentifier", "com.quillmark.bench"},
+                                        {"CFBundleShortVersionString", "9.0.0"},
+                                        {"CFBundleVersion", "1"}};
         write("Info.plist", information);
         for (int i = 0; i < kMostItems; ++i) {
             if (i % 5 == Bundle || i % 5 == FinderCM) {
@@ -63,40 +62,38 @@ public:
 
     /// An install check over so many of them.
     std::unique_ptr<InstallCheckManager> ofComponents(int count) {
-        QVariantList items;
+        List items;
         for (int i = 0; i < count; ++i) {
             const bool isOverlay = i % 5 == FinderOverlay;
-            items.append(QVariantMap{{kInstallType, QString::fromUtf16(kTypes[static_cast<size_t>(i % 5)])},
-                                     {kName, QStringLiteral("Component")},
-                                     {kInstallPath, QString::fromStdString(pathOf(i))},
-                                     {kVersion, QStringLiteral("1.14.4")},
-                                     {kResource, QStringLiteral("Core.app")},
-                                     {isOverlay ? kMinMacOSXVersion : kDescription, QStringLiteral("10.4")}});
+            items.push_back(Dictionary{{kInstallType, kTypes[static_cast<size_t>(i % 5)]},
+                                       {kName, "Component"},
+                                       {kInstallPath, pathOf(i).string()},
+                                       {kVersion, "1.14.4"},
+                                       {kResource, "Core.app"},
+                                       {isOverlay ? kMinMacOSXVersion : kDescription, "10.4"}});
         }
         return over(items);
     }
     /// An install check over so many tools.
     std::unique_ptr<InstallCheckManager> ofTools(int count) {
-        QVariantList items;
+        List items;
         for (int i = 0; i < count; ++i) {
-            items.append(QVariantMap{{kInstallType, QStringLiteral("QMTool")},
-                                     {kName, QStringLiteral("Tool")},
-                                     {kInstallPath, QString::fromLatin1(kTool)}});
+            items.push_back(Dictionary{{kInstallType, "QMTool"}, {kName, "Tool"}, {kInstallPath, kTool}});
         }
         return over(items);
     }
 
 private:
-    void write(const char *file, const QVariantMap &values) const {
-        std::ofstream(m_root / file) << nativePlatform().propertyList.toXml(values).value().toStdString();
+    void write(const char *file, const Dictionary &values) const {
+        std::ofstream(m_root / file) << nativePlatform().propertyList.toXml(values).value();
     }
-    std::unique_ptr<InstallCheckManager> over(const QVariantList &items) {
-        write("A.app/Contents/Resources/RequiredItems.plist", {{QStringLiteral("RequiredItems"), items}});
+    std::unique_ptr<InstallCheckManager> over(const List &items) {
+        write("A.app/Contents/Resources/RequiredItems.plist", {{"RequiredItems", items}});
         return std::make_unique<InstallCheckManager>(m_platform, m_strings, m_branding, m_updateTool);
     }
 
     const std::filesystem::path m_root = std::filesystem::temp_directory_path() / "quillmark-bench-components";
-    const std::unique_ptr<quillmark::Bundle> m_bundle = nativeBundle(QString::fromStdString(m_root / "A.app"));
+    const std::unique_ptr<quillmark::Bundle> m_bundle = nativeBundle(m_root / "A.app");
     const Platform m_platform = nativePlatform().with(*m_bundle);
     LocalizedStrings m_strings{*m_bundle};
     BrandingManager m_branding{*m_bundle, nativePlatform().images, m_strings, [] { return -1; }};
@@ -119,10 +116,7 @@ size_t askedFor(int item) {
     case Bundle:
     case FinderCM:
         return static_cast<size_t>(::access(path.c_str(), F_OK)) +
-               static_cast<size_t>(
-                   nativePlatform()
-                       .propertyList.readDictionary(QString::fromStdString(path + "/Contents/Info.plist"))
-                       .size());
+               static_cast<size_t>(nativePlatform().propertyList.readDictionary(path + "/Contents/Info.plist").size());
     case FinderOverlay:
         return static_cast<size_t>(::uname(&system));
     default:
@@ -142,7 +136,7 @@ void componentsAlone(benchmark::State &state) {
 void componentsByUs(benchmark::State &state) {
     const auto manager = components().ofComponents(static_cast<int>(state.range(0)));
     for ([[maybe_unused]] auto run : state) {
-        if (!manager->checkForRequiredItems() || manager->requiredItemsList().size() != state.range(0)) {
+        if (!manager->checkForRequiredItems() || std::ssize(manager->requiredItemsList()) != state.range(0)) {
             state.SkipWithError("something is not in order");
         }
     }

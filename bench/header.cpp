@@ -1,6 +1,7 @@
 // One drawing of the header, for the product's own brand and for one whose logo is read from its file each time, beside
 // the bare painter's drawing of the same pictures and text.
 
+#include "branding/windows/QtText.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "platform/Images.h"
 #include "platform/Platform.h"
@@ -8,24 +9,24 @@
 #include <QApplication>
 #include <QPainter>
 #include <benchmark/benchmark.h>
+#include <cstdint>
+#include <string>
 
 namespace {
 
 using namespace quillmark;
 
-constexpr qint32 kOwnBrand = 1;
-constexpr qint32 kOtherBrand = 7;
+constexpr std::int32_t kOwnBrand = 1;
+constexpr std::int32_t kOtherBrand = 7;
 constexpr QSize kSize(600, 60);
 
-QString resource(const char *name) {
-    return QStringLiteral(QUILLMARK_APP "/Contents/Resources/") + QLatin1StringView(name);
-}
+std::string resource(const char *name) { return std::string(QUILLMARK_APP "/Contents/Resources/") + name; }
 
 void floorOf(benchmark::State &state) {
     const bool isOwn = state.range() == kOwnBrand;
     const auto format = QImage::Format_ARGB32_Premultiplied;
-    const QImage ground = QImage(resource("appheade_bg.png")).convertToFormat(format);
-    const QImage logo = QImage(resource(isOwn ? "appheader_logo.png" : "logo-1.bmp")).convertToFormat(format);
+    const QImage ground = QImage(qtText(resource("appheade_bg.png"))).convertToFormat(format);
+    const QImage logo = QImage(qtText(resource(isOwn ? "appheader_logo.png" : "logo-1.bmp"))).convertToFormat(format);
     QFont font(QStringLiteral("Lucida Grande"));
     font.setBold(true);
     font.setPixelSize(16);
@@ -45,9 +46,9 @@ void floorOf(benchmark::State &state) {
 }
 
 void ours(benchmark::State &state) {
-    const auto brand = static_cast<qint32>(state.range());
-    QuillmarkHeaderView view({resource(""), QStringLiteral("Quillmark"), [brand] { return brand; }, [] { return 0; },
-                              [](qint32) { return nativePlatform().images.load(resource("logo-1.bmp")); }});
+    const auto brand = static_cast<std::int32_t>(state.range());
+    QuillmarkHeaderView view({resource(""), "Quillmark", [brand] { return brand; }, [] { return 0; },
+                              [](std::int32_t) { return nativePlatform().images.load(resource("logo-1.bmp")); }});
     view.resize(kSize);
     QImage image(kSize, QImage::Format_ARGB32_Premultiplied);
     for ([[maybe_unused]] auto run : state) {

@@ -1,9 +1,8 @@
 /// A flat object between a dictionary and its text: QJsonDocument, RapidJSON, ours.
 ///
-/// The peer does what the launcher would have it do in our place: it begins and ends with a QVariantMap and a QString.
-/// As it reads and writes UTF-8, converting the text belongs to its time. The sides "QJsonObject" and "RapidJSON" stop
-/// at objects of their own when they decode, which spares them allocations for each member; RapidJSON works on UTF-16
-/// as we do.
+/// The peer does what the launcher would have it do in our place: it begins and ends with a Dictionary and a text. The
+/// sides "QJsonObject" and "RapidJSON" stop at objects of their own when they decode, which spares them allocations for
+/// each member.
 
 #include "accounts/JSONEncoder.h"
 
@@ -11,7 +10,6 @@
 #include <QJsonObject>
 #include <benchmark/benchmark.h>
 #include <rapidjson/document.h>
-#include <rapidjson/encodings.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -20,71 +18,78 @@ namespace {
 using namespace quillmark;
 
 /// What a keychain's item holds, then more of the same kinds.
-QVariantMap members(qint64 count) {
-    QVariantMap dictionary{{QStringLiteral("encryptionKey"), QStringLiteral("mZ0uX9/Qp3+5kV7c1w==")},
-                           {QStringLiteral("keepSignedIn"), true},
-                           {QStringLiteral("password"), QStringLiteral("correct \"horse\" battery")},
-                           {QStringLiteral("skipAuth"), false},
-                           {QStringLiteral("version"), Q_INT64_C(1303)}};
-    for (qint64 i = dictionary.size(); i < count; ++i) {
-        const QString key = QStringLiteral("member") + QString::number(i);
+Dictionary members(std::int64_t count) {
+    Dictionary dictionary{{"encryptionKey", "mZ0uX9/Qp3+5kV7c1w=="},
+                          {"keepSignedIn", true},
+                          {"password", "correct \"horse\" battery"},
+                          {"skipAuth", false},
+                          {"version", 1303}};
+    for (std::int64_t i = std::ssize(dictionary); i < count; ++i) {
+        Value &value = dictionary["member" + std::to_string(i)];
         switch (i % 4) {
         case 0:
-            dictionary.insert(key, i);
+            value = i;
             break;
         case 1:
-            dictionary.insert(key, i % 8 == 1);
+            value = i % 8 == 1;
             break;
         case 2:
-            dictionary.insert(key, static_cast<double>(i) / 4);
+            value = static_cast<double>(i) / 4;
             break;
         default:
-            dictionary.insert(key, QStringLiteral("a text, number ") + QString::number(i));
+            value = "a text, number " + std::to_string(i);
         }
     }
     return dictionary;
 }
 
-using Utf16 = rapidjson::UTF16<char16_t>;
-using Buffer = rapidjson::GenericStringBuffer<Utf16>;
+using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 
-void writeTo(rapidjson::Writer<Buffer, Utf16, Utf16> &writer, const QVariant &value) {
-    switch (value.typeId()) {
-    case QMetaType::QString: {
-        const QString text = value.toString();
-        writer.String(reinterpret_cast<const char16_t *>(text.utf16()), static_cast<rapidjson::SizeType>(text.size()));
-        break;
-    }
-    case QMetaType::Bool:
-        writer.Bool(value.toBool());
-        break;
-    case QMetaType::Double:
-        writer.Double(value.toDouble());
-        break;
-    default:
-        writer.Int64(value.toLongLong());
+void writeTo(Writer &writer, const Value &value) {
+    if (const auto *text = value.as<std::string>()) {
+        writer.String(text->data(), static_cast<rapidjson::SizeType>(text->size()));
+    } else if (const auto *boolean = value.as<bool>()) {
+        writer.Bool(*boolean);
+    } else if (const auto *real = value.as<double>()) {
+        writer.Double(*real);
+    } else {
+        writer.Int64(*value.as<std::int64_t>());
     }
 }
 
-QString byRapidJson(const QVariantMap &dictionary) {
-    Buffer buffer;
-    rapidjson::Writer<Buffer, Utf16, Utf16> writer(buffer);
+std::string byRapidJson(const Dictionary &dictionary) {
+    rapidjson::StringBuffer buffer;
+    Writer writer(buffer);
     writer.StartObject();
-    for (auto member = dictionary.begin(); member != dictionary.end(); ++member) {
-        writer.Key(reinterpret_cast<const char16_t *>(member.key().utf16()),
-                   static_cast<rapidjson::SizeType>(member.key().size()));
-        writeTo(writer, member.value());
+    for (const auto &[key, value] : dictionary) {
+        writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()));
+        writeTo(writer, value);
     }
     writer.EndObject();
-    return QString::fromUtf16(buffer.GetString(), static_cast<qsizetype>(buffer.GetSize() / sizeof(char16_t)));
+    return {buffer.GetString(), buffer.GetSize()};
 }
 
-QString byQJsonDocument(const QVariantMap &dictionary) {
-    return QString::fromUtf8(QJsonDocument(QJsonObject::fromVariantMap(dictionary)).toJson(QJsonDocument::Compact));
+QJsonValue qJsonValue(const Value &value) {
+    if (const auto *text = value.as<std::string>()) {
+        return QString::fromStdString(*text);
+    }
+    if (const auto *boolean = value.as<bool>()) {
+        return *boolean;
+    }
+    const auto *real = value.as<double>();
+    return real != nullptr ? QJsonValue(*real) : QJsonValue(qint64{*value.as<std::int64_t>()});
 }
 
-void encode(benchmark::State &state, QString (*encoder)(const QVariantMap &)) {
-    const QVariantMap dictionary = members(state.range(0));
+std::string byQJsonDocument(const Dictionary &dictionary) {
+    QJsonObject object;
+    for (const auto &[key, value] : dictionary) {
+        object.insert(QString::fromStdString(key), qJsonValue(value));
+    }
+    return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
+}
+
+void encode(benchmark::State &state, std::string (*encoder)(const Dictionary &)) {
+    const Dictionary dictionary = members(state.range(0));
     for ([[maybe_unused]] auto run : state) {
         benchmark::DoNotOptimize(encoder(dictionary).size());
     }
@@ -93,24 +98,39 @@ void encode(benchmark::State &state, QString (*encoder)(const QVariantMap &)) {
     }
 }
 
-qsizetype decodedByRapidJson(const QString &text) {
-    rapidjson::GenericDocument<Utf16> document;
-    rapidjson::GenericStringStream<Utf16> stream(reinterpret_cast<const char16_t *>(text.utf16()));
-    document.ParseStream(stream);
-    return static_cast<qsizetype>(document.MemberCount());
-}
-qsizetype decodedByQJsonObject(const QString &text) { return QJsonDocument::fromJson(text.toUtf8()).object().size(); }
-qsizetype decodedByQJsonDocument(const QString &text) {
-    return QJsonDocument::fromJson(text.toUtf8()).object().toVariantMap().size();
-}
-qsizetype decodedByUs(const QString &text) {
-    const auto dictionary = JSONEncoder::createObjFromJSONStr(text);
-    return dictionary ? dictionary->size() : 0;
+QJsonObject qJsonObject(const std::string &text) {
+    return QJsonDocument::fromJson(QByteArray::fromRawData(text.data(), std::ssize(text))).object();
 }
 
-void decode(benchmark::State &state, qsizetype (*decoder)(const QString &)) {
-    const QString text = JSONEncoder::createJSONStrFromDict(members(state.range(0)));
-    qsizetype count = 0;
+std::int64_t decodedByRapidJson(const std::string &text) {
+    rapidjson::Document document;
+    document.Parse(text.data(), text.size());
+    return document.MemberCount();
+}
+std::int64_t decodedByQJsonObject(const std::string &text) { return qJsonObject(text).size(); }
+std::int64_t decodedByQJsonDocument(const std::string &text) {
+    const QJsonObject object = qJsonObject(text);
+    Dictionary dictionary;
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        Value &value = dictionary[member.key().toStdString()];
+        if (member->isString()) {
+            value = member->toString().toStdString();
+        } else if (member->isBool()) {
+            value = member->toBool();
+        } else {
+            value = member->toDouble();
+        }
+    }
+    return std::ssize(dictionary);
+}
+std::int64_t decodedByUs(const std::string &text) {
+    const auto dictionary = JSONEncoder::createObjFromJSONStr(text);
+    return dictionary ? std::ssize(*dictionary) : 0;
+}
+
+void decode(benchmark::State &state, std::int64_t (*decoder)(const std::string &)) {
+    const std::string text = JSONEncoder::createJSONStrFromDict(members(state.range(0)));
+    std::int64_t count = 0;
     for ([[maybe_unused]] auto run : state) {
         count = decoder(text);
         benchmark::DoNotOptimize(count);

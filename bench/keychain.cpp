@@ -40,7 +40,7 @@ void libsecret(benchmark::State &state) {
 }
 
 void ours(benchmark::State &state) {
-    const auto bundle = nativeBundle(QStringLiteral(QUILLMARK_APP));
+    const auto bundle = nativeBundle(QUILLMARK_APP);
     KeyringModule keychain(*bundle);
     for ([[maybe_unused]] auto run : state) {
         std::unique_ptr<Keychain::Item> item;

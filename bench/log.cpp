@@ -40,10 +40,10 @@ private:
 /// Our logger on a fresh file, at the level that users have.
 class OurLog {
 public:
-    OurLog() { initLogging2(QStringLiteral("normal"), QStringLiteral("error"), QString::fromStdString(m_file.path())); }
+    OurLog() { initLogging2("normal", "error", m_file.path()); }
     OurLog(const OurLog &) = delete;
     OurLog &operator=(const OurLog &) = delete;
-    ~OurLog() { _initLogging(QString()); }
+    ~OurLog() { _initLogging(std::nullopt); }
 
 private:
     EmptyFile m_file{"ours"};
@@ -96,14 +96,6 @@ void argumentsLineOurs(benchmark::State &state) {
     int number = 0;
     const std::string text = "/Applications/Quillmark.app";
     for ([[maybe_unused]] auto run : state) {
-        logNormal("Item %d of %d is at %s", ++number, kLines, text);
-    }
-}
-void textArgumentsLineOurs(benchmark::State &state) {
-    const OurLog ours;
-    int number = 0;
-    const QString text = QStringLiteral("/Applications/Quillmark.app");
-    for ([[maybe_unused]] auto run : state) {
         logNormal("Item %d of %d is at %@", ++number, kLines, text);
     }
 }
@@ -137,9 +129,6 @@ BENCHMARK(constantLineOurs)->Name("constant line/ours")->Iterations(kLines);
 BENCHMARK(lineFloor)->Name("line with arguments/floor")->Iterations(kLines);
 BENCHMARK(argumentsLinePeer)->Name("line with arguments/peer")->Iterations(kLines);
 BENCHMARK(argumentsLineOurs)->Name("line with arguments/ours")->Iterations(kLines);
-BENCHMARK(lineFloor)->Name("line with a QString/floor")->Iterations(kLines);
-BENCHMARK(argumentsLinePeer)->Name("line with a QString/peer")->Iterations(kLines);
-BENCHMARK(textArgumentsLineOurs)->Name("line with a QString/ours")->Iterations(kLines);
 BENCHMARK(unwantedFloor)->Name("unwanted line/floor")->Iterations(100 * kLines);
 BENCHMARK(unwantedPeer)->Name("unwanted line/peer")->Iterations(10 * kLines);
 BENCHMARK(unwantedOurs)->Name("unwanted line/ours")->Iterations(100 * kLines);

@@ -2,6 +2,7 @@
 /// also visit every value.
 
 #include "platform/linux/LinuxPropertyList.h"
+#include "utils/IntegerValue.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdint>
@@ -9,24 +10,24 @@
 #include <memory>
 #include <plist/plist.h>
 #include <pugixml.hpp>
+#include <string>
 
 namespace {
 
 using namespace quillmark;
 
-QByteArray xmlCatalogue(qint64 items) {
-    QVariantList list;
-    for (qint64 i = 0; i < items; ++i) {
-        const QString number = QString::number(i);
-        list.append(
-            QVariantMap{{QStringLiteral("Identifier"), QStringLiteral("com.quillmark.item") + number},
-                        {QStringLiteral("Path"), QStringLiteral("/Library/Quillmark/Tools/Item ") + number},
-                        {QStringLiteral("Version"), QStringLiteral("1.14.") + number},
-                        {QStringLiteral("Build"), i},
-                        {QStringLiteral("IsRequired"), i % 2 == 0},
-                        {QStringLiteral("Systems"), QStringList{QStringLiteral("10.4"), QStringLiteral("10.5")}}});
+std::string xmlCatalogue(std::int64_t items) {
+    List list;
+    for (std::int64_t i = 0; i < items; ++i) {
+        const std::string number = std::to_string(i);
+        list.push_back(Dictionary{{"Identifier", "com.quillmark.item" + number},
+                                  {"Path", "/Library/Quillmark/Tools/Item " + number},
+                                  {"Version", "1.14." + number},
+                                  {"Build", i},
+                                  {"IsRequired", i % 2 == 0},
+                                  {"Systems", List{"10.4", "10.5"}}});
     }
-    return LinuxPropertyList().toXml(QVariantMap{{QStringLiteral("Items"), list}}).value();
+    return LinuxPropertyList().toXml(Dictionary{{"Items", list}}).value();
 }
 
 struct PlistDeleter {
@@ -34,46 +35,44 @@ struct PlistDeleter {
 };
 using Plist = std::unique_ptr<void, PlistDeleter>;
 
-Plist peerFromXml(const QByteArray &document) {
+Plist peerFromXml(const std::string &document) {
     plist_t node = nullptr;
-    plist_from_xml(document.constData(), static_cast<uint32_t>(document.size()), &node);
+    plist_from_xml(document.c_str(), static_cast<uint32_t>(document.size()), &node);
     return Plist(node);
 }
-Plist peerFromBinary(const QByteArray &document) {
+Plist peerFromBinary(const std::string &document) {
     plist_t node = nullptr;
-    plist_from_bin(document.constData(), static_cast<uint32_t>(document.size()), &node);
+    plist_from_bin(document.c_str(), static_cast<uint32_t>(document.size()), &node);
     return Plist(node);
 }
 
-QByteArray binaryCatalogue(qint64 items) {
+std::string binaryCatalogue(std::int64_t items) {
     char *bytes = nullptr;
     uint32_t size = 0;
     plist_to_bin(peerFromXml(xmlCatalogue(items)).get(), &bytes, &size);
-    QByteArray document(bytes, size);
+    std::string document(bytes, size);
     std::free(bytes); // NOLINT(cppcoreguidelines-no-malloc): what its own function does, whose name changes
     return document;
 }
 
-uint64_t visit(const QVariant &value) {
+uint64_t visit(const Value &value) {
     uint64_t sum = 0;
-    switch (value.typeId()) {
-    case QMetaType::QVariantMap: {
-        const auto &map = *static_cast<const QVariantMap *>(value.constData());
-        for (auto entry = map.begin(); entry != map.end(); ++entry) {
-            sum += static_cast<uint64_t>(entry.key().size()) + visit(entry.value());
+    if (const auto *map = value.as<Dictionary>()) {
+        for (const auto &[key, entry] : *map) {
+            sum += key.size() + visit(entry);
         }
         return sum;
     }
-    case QMetaType::QVariantList:
-        for (const QVariant &element : *static_cast<const QVariantList *>(value.constData())) {
+    if (const auto *list = value.as<List>()) {
+        for (const Value &element : *list) {
             sum += visit(element);
         }
         return sum;
-    case QMetaType::QString:
-        return static_cast<uint64_t>(value.toString().size());
-    default:
-        return value.toULongLong();
     }
+    if (const auto *text = value.as<std::string>()) {
+        return text->size();
+    }
+    return static_cast<uint64_t>(integerValueOf(value));
 }
 
 struct Release {
@@ -129,29 +128,29 @@ uint64_t visit(plist_t node) {
 
 /// With the usual memory functions, since our reader has put its own there, which serve its own documents only.
 void xmlFloor(benchmark::State &state) {
-    const QByteArray document = xmlCatalogue(state.range(0));
+    const std::string document = xmlCatalogue(state.range(0));
     const auto allocate = pugi::get_memory_allocation_function();
     const auto release = pugi::get_memory_deallocation_function();
     pugi::set_memory_management_functions(std::malloc, std::free);
     for ([[maybe_unused]] auto run : state) {
         pugi::xml_document xml;
-        if (!xml.load_buffer(document.constData(), static_cast<size_t>(document.size()))) {
+        if (!xml.load_buffer(document.c_str(), document.size())) {
             state.SkipWithError("not parsed");
         }
     }
     pugi::set_memory_management_functions(allocate, release);
 }
-void byPeer(benchmark::State &state, Plist (*peer)(const QByteArray &), const QByteArray &document) {
+void byPeer(benchmark::State &state, Plist (*peer)(const std::string &), const std::string &document) {
     for ([[maybe_unused]] auto run : state) {
         benchmark::DoNotOptimize(visit(peer(document).get()));
     }
 }
 /// Each reading takes a copy of the document, in place of the file's reading.
-void byUs(benchmark::State &state, Plist (*peer)(const QByteArray &), const QByteArray &document) {
+void byUs(benchmark::State &state, Plist (*peer)(const std::string &), const std::string &document) {
     const LinuxPropertyList propertyList;
     uint64_t sum = 0;
     for ([[maybe_unused]] auto run : state) {
-        sum = visit(propertyList.parse(QByteArray(document.constData(), document.size())));
+        sum = visit(propertyList.parse(document));
         benchmark::DoNotOptimize(sum);
     }
     if (sum != visit(peer(document).get())) {

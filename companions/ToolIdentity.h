@@ -5,6 +5,6 @@
 #define QUILLMARK_TOOL_MARK "\x01Quillmark tool "
 #define QUILLMARK_TOOL_IDENTITY(NAME, VERSION)                                                                         \
     extern "C" {                                                                                                       \
-    [[gnu::used, gnu::section(".quillmark")]] extern const char quillmarkToolIdentity[] =                              \
+    [[gnu::used, gnu::retain, gnu::section(".quillmark")]] extern const char quillmarkToolIdentity[] =                 \
         QUILLMARK_TOOL_MARK NAME " " VERSION "\x01";                                                                   \
     }

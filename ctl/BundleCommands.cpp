@@ -23,18 +23,17 @@ Action defineFind(CLI::App &app) {
         ->type_name("ID");
     app.add_option("FOLDER", arguments->folder, "where to look, folders below it included")->required();
     return [arguments](const Output &output) {
-        std::optional<QStringList> paths;
-        pathsForIdent(QString::fromStdString(arguments->identifier), QString::fromStdString(arguments->folder), &paths,
-                      platform().propertyList);
-        output.json(QJsonArray::fromStringList(paths.value_or(QStringList())));
+        std::optional<std::vector<std::string>> paths;
+        pathsForIdent(arguments->identifier, arguments->folder, &paths, platform().propertyList);
+        output.json(listOf(paths.value_or(std::vector<std::string>())));
         return paths ? Answer::Yes : Answer::No;
     };
 }
 
 Action defineStale(CLI::App & /*app*/) {
     return [](const Output &output) {
-        output.json(QJsonArray::fromStringList(staleClientBundles(QMLocalizedString(QStringLiteral("ProductName")),
-                                                                  platform().workspace, platform().propertyList)));
+        output.json(listOf(
+            staleClientBundles(QMLocalizedString("ProductName"), platform().workspace, platform().propertyList)));
         return Answer::Yes;
     };
 }

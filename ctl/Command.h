@@ -1,13 +1,13 @@
 #pragma once
 
-#include <QByteArray>
-#include <QJsonArray>
-#include <QJsonObject>
-#include <QJsonValue>
-#include <QString>
+#include "platform/Value.h"
+
 #include <cstdio>
 #include <functional>
 #include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -23,8 +23,8 @@ inline constexpr int kFailed = 3;
 
 /// Thrown by a command that could not do its work: what is at fault (a file, a key, a program), and why.
 struct Failure {
-    QString what;
-    QString why;
+    std::string what;
+    std::string why;
 };
 
 /// Where results go: one line each, but for a text that is handed on as it is. A result that can't be written is a
@@ -33,18 +33,17 @@ class Output {
 public:
     Output(FILE *stream, bool isPretty) : m_stream(stream), m_isPretty(isPretty) {}
 
-    void line(const QString &text) const;
-    void text(const QString &text) const;
-    void json(const QJsonArray &array) const;
-    void json(const QJsonObject &object) const;
-    void json(const QJsonValue &value) const;
+    void line(std::string_view text) const;
+    void text(std::string_view text) const;
+    void json(const Value &value) const;
 
 private:
-    void write(const QByteArray &bytes) const;
-
     FILE *m_stream;
     bool m_isPretty;
 };
+
+/// A list of texts.
+List listOf(const std::vector<std::string> &texts);
 
 using Action = std::function<Answer(const Output &)>;
 

@@ -43,8 +43,7 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
     m_app.require_subcommand(1);
     m_app.fallthrough();
     m_app.set_version_flag(
-        "--version", [] { return versionOfThisAppAsString(true).toStdString(); },
-        "print the product's version with its build");
+        "--version", [] { return versionOfThisAppAsString(true); }, "print the product's version with its build");
     m_app.add_option("--bundle", m_options.bundle, "take the resources of another launcher bundle")->type_name("APP");
     m_app.add_flag("--pretty", m_options.isPretty, "indent JSON results");
     m_app

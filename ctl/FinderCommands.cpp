@@ -3,7 +3,7 @@
 #include "desktop/FinderSupport.h"
 
 #include <CLI/CLI.hpp>
-#include <QDir>
+#include <filesystem>
 #include <memory>
 
 namespace quillmark::ctl {
@@ -14,7 +14,7 @@ Action defineSelection(CLI::App &app) {
     const auto isRetry = std::make_shared<bool>(false);
     app.add_flag("--retry", *isRetry, "bring the core application and then the Finder to the front before");
     return [isRetry](const Output &output) {
-        output.json(QJsonArray::fromStringList(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(*isRetry)));
+        output.json(listOf(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(*isRetry)));
         return Answer::Yes;
     };
 }
@@ -24,7 +24,7 @@ Action defineRefresh(CLI::App &app) {
     app.add_option("PATH", *path, "a file or folder")->required();
     return [path](const Output & /*output*/) {
         // The Finder stands in a folder of its own.
-        FinderSupport::updateFileAtPath(QDir::current().absoluteFilePath(QString::fromStdString(*path)));
+        FinderSupport::updateFileAtPath(std::filesystem::absolute(*path).string());
         return Answer::Yes;
     };
 }
@@ -36,7 +36,7 @@ Action defineServers(CLI::App &app) {
         if (!wish->empty()) {
             FinderSupport::setShowConnectedServersOnDesktop(*wish == "on");
         } else {
-            output.line(FinderSupport::showConnectedServersOnDesktop() ? QStringLiteral("yes") : QStringLiteral("no"));
+            output.line(FinderSupport::showConnectedServersOnDesktop() ? "yes" : "no");
         }
         return Answer::Yes;
     };

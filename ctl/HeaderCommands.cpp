@@ -1,32 +1,36 @@
 #include "Command.h"
+#include "Input.h"
 
 #include "branding/BrandingManager.h"
+#include "platform/AtEnd.h"
 #include "platform/Bundle.h"
 #include "platform/HeaderPicture.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
+#include "platform/WriteAll.h"
 #include "platform/linux/RunLoop.h"
 #include "platform/linux/WindowModule.h"
 #include "utils/IntegerValue.h"
 
 #include <CLI/CLI.hpp>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryFile>
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <unistd.h>
 
 namespace quillmark::ctl {
 
 namespace {
 
-constexpr const char *kStandardStream = "-";
 constexpr int kWidest = 4096;
 constexpr double kDensest = 4;
 
 struct RenderArguments {
     std::string output;
-    std::optional<qint32> brand;
+    std::optional<std::int32_t> brand;
     bool isWelcome = false;
     bool isGeneric = false;
     bool isHidden = false;
@@ -36,40 +40,42 @@ struct RenderArguments {
     double scale = HeaderPicture().scale;
 };
 
+/// Writes standard input to a new file, since pictures are decoded from files. \param path its name's form.
+void keepStandardInput(std::string &path) {
+    const Descriptor file(::mkostemp(path.data(), O_CLOEXEC));
+    if (!file.isOpen() || !writeAll(file.get(), standardInput())) {
+        throw Failure{path, std::generic_category().message(errno)};
+    }
+}
+
 Image pictureIn(const std::string &name) {
-    QString path = QFileInfo(QString::fromStdString(name)).absoluteFilePath();
-    QTemporaryFile copy; // pictures are decoded from files
+    std::string path = std::filesystem::absolute(name); // a bare name would be a resource's
+    const AtEnd forgetCopy([&] { name == kStandardStream ? ::unlink(path.c_str()) : 0; });
     if (name == kStandardStream) {
-        QFile input;
-        if (!input.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered) || !copy.open() ||
-            copy.write(input.readAll()) < 0 || !copy.flush()) {
-            throw Failure{QString::fromStdString(name), QStringLiteral("can't be read")};
-        }
-        path = copy.fileName();
+        path = std::filesystem::temp_directory_path() / "quillmarkctl.XXXXXX";
+        keepStandardInput(path);
     }
     const auto image = platform().images.load(path);
     if (!image) {
-        throw Failure{QString::fromStdString(name),
-                      QStringLiteral("is no readable BMP or PNG picture of at most 4096 by 4096 pixels")};
+        throw Failure{name, "is no readable BMP or PNG picture of at most 4096 by 4096 pixels"};
     }
     return *image;
 }
 
-qint32 configurationBrand() {
-    const QString path = platform().mainBundle.pathForResource(QStringLiteral("Config"), QStringLiteral("plist"));
-    return static_cast<qint32>(
-        integerValueOf(platform().propertyList.readDictionary(path).value(QStringLiteral("Brand"))));
+std::int32_t configurationBrand() {
+    const auto path = platform().mainBundle.pathForResource("Config", "plist");
+    const Dictionary configuration = platform().propertyList.readDictionary(path.value_or(""));
+    return static_cast<std::int32_t>(integerValueOf(valueOf(configuration, "Brand")));
 }
 
 HeaderPicture pictureOf(const RenderArguments &arguments) {
     const BrandingManager &branding = BrandingManager::sharedManager();
     HeaderPicture picture;
     picture.branding.resourceFolder = platform().mainBundle.resourcePath();
-    picture.branding.title =
-        arguments.title ? QString::fromStdString(*arguments.title) : QMLocalizedString(QStringLiteral("ProductName"));
+    picture.branding.title = arguments.title ? *arguments.title : QMLocalizedString("ProductName");
     picture.branding.accountBrand = [&] { return arguments.brand.value_or(branding.getBrandingID()); };
     picture.branding.configurationBrand = [&] { return arguments.brand ? *arguments.brand : configurationBrand(); };
-    picture.branding.brandedLogo = [&](qint32 brand) { return branding.getBrandedLogoImageForBrandID(brand); };
+    picture.branding.brandedLogo = [&](std::int32_t brand) { return branding.getBrandedLogoImageForBrandID(brand); };
     if (arguments.logo) {
         picture.logo = pictureIn(*arguments.logo);
     }
@@ -81,12 +87,12 @@ HeaderPicture pictureOf(const RenderArguments &arguments) {
     return picture;
 }
 
-void write(const QByteArray &bytes, const std::string &name) {
-    QFile file(QString::fromStdString(name));
-    const bool isOpen =
-        name == kStandardStream ? file.open(stdout, QIODevice::WriteOnly) : file.open(QIODevice::WriteOnly);
-    if (!isOpen || file.write(bytes) != bytes.size() || !file.flush()) {
-        throw Failure{file.fileName(), file.errorString()};
+void write(std::string_view bytes, const std::string &name) {
+    const Descriptor file(name == kStandardStream
+                              ? ::dup(STDOUT_FILENO)
+                              : ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (!file.isOpen() || !writeAll(file.get(), bytes)) {
+        throw Failure{name, std::generic_category().message(errno)};
     }
 }
 
@@ -95,10 +101,10 @@ Answer render(const RenderArguments &arguments) {
     // This program's own module, also for the resources of another bundle.
     RunLoop runLoop;
     WindowModule module(nativePlatform().mainBundle, runLoop);
-    QByteArray png;
-    QString obstacle;
+    std::string png;
+    std::string obstacle;
     if (!module.drawHeader(picture, png, obstacle)) {
-        throw Failure{QStringLiteral("header render"), obstacle};
+        throw Failure{"header render", obstacle};
     }
     write(png, arguments.output);
     return Answer::Yes;

@@ -1,56 +1,84 @@
 #include "Input.h"
-
 #include "Command.h"
+
 #include "accounts/KeyList.h"
 #include "launcher/BundleDefaults.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 #include "utils/Utf8Text.h"
 
-#include <QFile>
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace quillmark::ctl {
 
 namespace {
 
-QString text(const QByteArray &bytes) {
-    QString result = utf8Text(bytes);
-    if (result.isNull()) {
-        throw Failure{QStringLiteral("standard input"), QStringLiteral("is no UTF-8")};
+constexpr const char *kStandardInput = "standard input";
+
+/// What errno tells of the file.
+Failure failureOf(const std::string &name) { return {name, std::generic_category().message(errno)}; }
+
+std::string text(const std::string &bytes) {
+    if (!utf8Text(bytes)) {
+        throw Failure{kStandardInput, "is no UTF-8"};
     }
-    return result;
+    return bytes;
 }
 
 } // namespace
 
-QByteArray standardInput() {
-    QFile file;
-    if (!file.open(STDIN_FILENO, QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw Failure{QStringLiteral("standard input"), file.errorString()};
+Descriptor openForReading(const std::string &name) {
+    Descriptor file(name == kStandardStream ? ::dup(STDIN_FILENO) : ::open(name.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat attributes {};
+    if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
+        throw failureOf(name);
     }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        throw Failure{QStringLiteral("standard input"), file.errorString()};
+    if (S_ISDIR(attributes.st_mode)) {
+        throw Failure{name, "file to open is a directory"};
     }
-    return bytes.isNull() ? QByteArray("") : bytes;
+    return file;
 }
 
-QString standardInputText() { return text(standardInput()); }
-
-QByteArray secretInput() {
-    const QByteArray bytes = standardInput();
-    return bytes.chopped(bytes.endsWith('\n') ? 1 : 0);
+std::string readAll(const Descriptor &file, const std::string &name) {
+    std::string contents;
+    std::array<char, 65536> piece{};
+    while (const ssize_t count = ::read(file.get(), piece.data(), piece.size())) {
+        if (count < 0) {
+            throw failureOf(name);
+        }
+        contents.append(piece.data(), static_cast<size_t>(count));
+    }
+    return contents;
 }
 
-QString secretInputText() { return text(secretInput()); }
+std::string standardInput() {
+    const Descriptor file(::dup(STDIN_FILENO));
+    return readAll(file, kStandardInput);
+}
+
+std::string standardInputText() { return text(standardInput()); }
+
+std::string secretInput() {
+    std::string bytes = standardInput();
+    if (bytes.ends_with('\n')) {
+        bytes.pop_back();
+    }
+    return bytes;
+}
+
+std::string secretInputText() { return text(secretInput()); }
 
 void requirePreferences() {
     UserDefaults &defaults = platform().userDefaults;
     registerBundleDefaults(platform());
     defaults.objectForKey(kUserList); // any look at them reads them
-    if (!defaults.problem().isNull()) {
-        throw Failure{defaults.file(), defaults.problem()};
+    if (const auto problem = defaults.problem()) {
+        throw Failure{defaults.file(), *problem};
     }
 }
 

@@ -13,28 +13,27 @@ namespace quillmark::ctl {
 
 namespace {
 
-QJsonObject itemAt(const InstallCheckManager &manager, qsizetype index) {
-    const RequiredItem item = manager.requiredItemsList()[index].toMap();
-    const QString installPath = textOf(item, kInstallPath);
-    return {{QStringLiteral("index"), index},
-            {QStringLiteral("type"), textOf(item, kInstallType)},
-            {QStringLiteral("name"), textOf(item, kName)},
-            {QStringLiteral("installPath"), installPath.isNull() ? QJsonValue() : QJsonValue(installPath)},
-            {QStringLiteral("status"), manager.requiredItemsStatusKeys()[index]}};
+Dictionary itemAt(const InstallCheckManager &manager, size_t index) {
+    const RequiredItem &item = manager.requiredItemsList()[index].dictionary();
+    return {{"index", index},
+            {"type", textOf(item, kInstallType).value_or("")},
+            {"name", textOf(item, kName).value_or("")},
+            {"installPath", valueOf(item, kInstallPath).text()},
+            {"status", manager.requiredItemsStatusKeys()[static_cast<size_t>(index)]}};
 }
 
 /// Tells what the last evaluation found.
 Answer tellStatus(const InstallCheckManager &manager, const Output &output) {
-    QJsonArray items;
-    for (qsizetype index = 0; index < manager.requiredItemsList().size(); ++index) {
-        items.append(itemAt(manager, index));
+    List items;
+    for (size_t index = 0; index < manager.requiredItemsList().size(); ++index) {
+        items.emplace_back(itemAt(manager, index));
     }
-    output.json(QJsonObject{{QStringLiteral("items"), items},
-                            {QStringLiteral("numberRepairsRequired"), manager.numberRepairsRequired()},
-                            {QStringLiteral("numberItemsMissing"), manager.numberItemsMissing()},
-                            {QStringLiteral("helperRepairRequired"), manager.isHelperRepairRequired()},
-                            {QStringLiteral("macFuseRepairRequired"), manager.isMacFuseRepairRequired()},
-                            {QStringLiteral("restartIndex"), manager.restartIndex()}});
+    output.json(Dictionary{{"items", items},
+                           {"numberRepairsRequired", manager.numberRepairsRequired()},
+                           {"numberItemsMissing", manager.numberItemsMissing()},
+                           {"helperRepairRequired", manager.isHelperRepairRequired()},
+                           {"macFuseRepairRequired", manager.isMacFuseRepairRequired()},
+                           {"restartIndex", manager.restartIndex()}});
     return manager.numberRepairsRequired() == 0 && manager.numberItemsMissing() == 0 ? Answer::Yes : Answer::No;
 }
 
@@ -43,8 +42,7 @@ Answer tellStatus(const InstallCheckManager &manager, const Output &output) {
 InstallCheckManager &evaluated() {
     InstallCheckManager &manager = InstallCheckManager::sharedManager();
     if (!manager.isCatalogueReadable()) {
-        throw Failure{platform().mainBundle.resourcePath() + QStringLiteral("/RequiredItems.plist"),
-                      QStringLiteral("can't be read")};
+        throw Failure{platform().mainBundle.resourcePath() + "/RequiredItems.plist", "can't be read"};
     }
     manager.updateStatus();
     return manager;
@@ -58,22 +56,21 @@ Action defineStatus(CLI::App & /*app*/) {
 }
 
 /// Tells each step, in a line of its own, on standard error.
-void tellStep(const QString &name, const QString &step) {
-    std::fprintf(stderr, "%s: %s\n", name.toUtf8().constData(), step.toUtf8().constData());
+void tellStep(const std::string &name, const std::string &step) {
+    std::fprintf(stderr, "%s: %s\n", name.c_str(), step.c_str());
 }
 
 Action defineRepair(CLI::App & /*app*/) {
     return [](const Output &output) {
         InstallCheckManager &manager = evaluated();
-        Failure failure{QStringLiteral("repair"), {}};
-        const auto tell = [&failure](const QString &name, const QString &step) {
+        Failure failure{"repair", {}};
+        const auto tell = [&failure](const std::string &name, const std::string &step) {
             failure = {name, step};
-            tellStep(name, step);
+            tellStep(failure.what, failure.why);
         };
         if (!manager.runRepairPass(tell)) {
-            const QString reason = UpdateToolManager::sharedManager().failureReason();
-            failure.why += QStringLiteral(" failed: ") +
-                           (reason.isNull() ? QStringLiteral("there is no repair for it") : reason); // nothing was run
+            const auto reason = UpdateToolManager::sharedManager().failureReason();
+            failure.why += " failed: " + reason.value_or("there is no repair for it"); // nothing was run
             throw Failure(failure);
         }
         manager.updateStatus();

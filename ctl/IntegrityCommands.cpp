@@ -1,4 +1,5 @@
 #include "Command.h"
+#include "Input.h"
 
 #include "integrity/SignatureManager.h"
 #include "integrity/UnzipManager.h"
@@ -23,39 +24,6 @@
 namespace quillmark::ctl {
 
 namespace {
-
-/// Stands for standard input among the files that are read, for standard output among the others.
-constexpr const char *kStandardStream = "-";
-
-/// What errno tells of the file.
-Failure failureOf(const std::string &name) {
-    return {QString::fromStdString(name), QString::fromStdString(std::strerror(errno))}; // NOLINT
-}
-
-/// Opens a file that a command names; "-" is standard input.
-Descriptor openForReading(const std::string &name) {
-    Descriptor file(name == kStandardStream ? ::dup(STDIN_FILENO) : ::open(name.c_str(), O_RDONLY | O_CLOEXEC));
-    struct stat attributes {};
-    if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
-        throw failureOf(name);
-    }
-    if (S_ISDIR(attributes.st_mode)) {
-        throw Failure{QString::fromStdString(name), QStringLiteral("file to open is a directory")};
-    }
-    return file;
-}
-
-std::string readAll(const Descriptor &file, const std::string &name) {
-    std::string contents;
-    std::array<char, 65536> piece{};
-    while (const ssize_t count = ::read(file.get(), piece.data(), piece.size())) {
-        if (count < 0) {
-            throw failureOf(name);
-        }
-        contents.append(piece.data(), static_cast<size_t>(count));
-    }
-    return contents;
-}
 
 std::string contentsOf(const std::string &name) { return readAll(openForReading(name), name); }
 
@@ -121,19 +89,18 @@ Answer sign(const SignArguments &arguments) {
     const std::string key = contentsOf(arguments.key);
     const Contents data(arguments.file);
     if (data.bytes().empty()) {
-        throw Failure{QString::fromStdString(arguments.file), QStringLiteral("is empty, so there is nothing to sign")};
+        throw Failure{arguments.file, "is empty, so there is nothing to sign"};
     }
     const auto signature = SignatureManager::sharedManager().generateSignature(key, data.bytes());
     if (!signature) {
-        throw Failure{
-            QString::fromStdString(arguments.key),
-            QStringLiteral("makes no signature: it has to be an RSA private key as PEM, without a pass phrase")};
+        throw Failure{arguments.key,
+                      "makes no signature: it has to be an RSA private key as PEM, without a pass phrase"};
     }
     const std::unique_ptr<FILE, int (*)(FILE *)> file(
         arguments.output == kStandardStream ? stdout : std::fopen(arguments.output.c_str(), "we"), std::fclose);
     if (file == nullptr || std::fwrite(signature->data(), 1, signature->size(), file.get()) != signature->size() ||
         std::fflush(file.get()) != 0) {
-        throw failureOf(arguments.output);
+        throw Failure{arguments.output, std::generic_category().message(errno)};
     }
     return Answer::Yes;
 }
@@ -177,14 +144,13 @@ Action defineUnzip(CLI::App &app) {
     app.add_option("ARCHIVE", *archive, "the ZIP archive")->required();
     return [archive](const Output &output) {
         if (*archive == kStandardStream) {
-            throw Failure{QString::fromStdString(*archive),
-                          QStringLiteral("standard input lies in no folder to extract to")};
+            throw Failure{*archive, "standard input lies in no folder to extract to"};
         }
         const int status = UnzipManager(*archive).extractAll();
-        output.line(QString::fromStdString(std::to_string(status)));
+        output.line(std::to_string(status));
         if (status != 0) {
             openForReading(*archive);
-            throw Failure{QString::fromStdString(*archive), QStringLiteral("is no ZIP archive")};
+            throw Failure{*archive, "is no ZIP archive"};
         }
         return Answer::Yes;
     };

@@ -1,25 +1,20 @@
 #include "Command.h"
 #include "Input.h"
+#include "Json.h"
+
 #include "accounts/JSONEncoder.h"
 
 #include <CLI/CLI.hpp>
-#include <QJsonDocument>
 
 namespace quillmark::ctl {
 
 namespace {
 
-const char *typeOf(const QVariant &value) {
-    switch (value.typeId()) {
-    case QMetaType::Bool:
-        return "boolean";
-    case QMetaType::LongLong:
-        return "integer";
-    case QMetaType::Double:
-        return "double";
-    default:
-        return "string";
-    }
+const char *typeOf(const Value &value) {
+    return value.is<bool>()           ? "boolean"
+           : value.is<std::int64_t>() ? "integer"
+           : value.is<double>()       ? "double"
+                                      : "string";
 }
 
 Action defineDecode(CLI::App & /*app*/) {
@@ -28,11 +23,9 @@ Action defineDecode(CLI::App & /*app*/) {
         if (!members) {
             return Answer::No;
         }
-        QJsonObject result;
-        for (auto member = members->begin(); member != members->end(); ++member) {
-            result.insert(member.key(),
-                          QJsonObject{{QStringLiteral("type"), QString::fromLatin1(typeOf(member.value()))},
-                                      {QStringLiteral("value"), QJsonValue::fromVariant(member.value())}});
+        Dictionary result;
+        for (const auto &[key, value] : *members) {
+            result.emplace(key, Dictionary{{"type", typeOf(value)}, {"value", value}});
         }
         output.json(result);
         return Answer::Yes;
@@ -42,16 +35,7 @@ Action defineDecode(CLI::App & /*app*/) {
 /// A value that is a list, an object or null becomes an empty text.
 Action defineEncode(CLI::App & /*app*/) {
     return [](const Output &output) {
-        QJsonParseError error;
-        const QJsonDocument document = QJsonDocument::fromJson(standardInput(), &error);
-        if (error.error != QJsonParseError::NoError) {
-            throw Failure{QStringLiteral("standard input"),
-                          QStringLiteral("%1 at byte %2").arg(error.errorString()).arg(error.offset)};
-        }
-        if (!document.isObject()) {
-            throw Failure{QStringLiteral("standard input"), QStringLiteral("is no JSON object")};
-        }
-        output.line(JSONEncoder::createJSONStrFromDict(document.object().toVariantMap()));
+        output.line(JSONEncoder::createJSONStrFromDict(membersOfJson(standardInput())));
         return Answer::Yes;
     };
 }

@@ -13,39 +13,37 @@ namespace {
 
 KeychainManager &manager() { return KeychainManager::sharedManager(); }
 
-QString reasonOf(qint32 status) {
+std::string reasonOf(std::int32_t status) {
     switch (status) {
     case kKeychainInteractionNotAllowed:
-        return QStringLiteral("the keyring is locked");
+        return "the keyring is locked";
     case kKeychainNotAvailable:
-        return QStringLiteral("there is no keyring service, or it does not answer");
+        return "there is no keyring service, or it does not answer";
     case kKeychainNoDefaultKeychain:
-        return QStringLiteral("there is no default keyring");
+        return "there is no default keyring";
     default:
-        return QStringLiteral("the keyring gives status %1").arg(status);
+        return "the keyring gives status " + std::to_string(status);
     }
 }
 
-Failure failure(const QString &user, const QString &why) {
-    return {QStringLiteral("keychain item of \"%1\"").arg(user), why};
-}
+Failure failure(const std::string &user, const std::string &why) { return {"keychain item of \"" + user + '"', why}; }
 
 /// Whether an account has an item. That it can't be reached is a failure and no answer; every command asks this first,
 /// so that a silent service is waited for once.
-bool isStored(const QString &user) {
-    const qint32 status = manager().secKeychainFindGenericPassword(nullptr, user);
+bool isStored(const std::string &user) {
+    const std::int32_t status = manager().secKeychainFindGenericPassword(nullptr, user);
     if (status != 0 && status != kKeychainItemNotFound) {
         throw failure(user, reasonOf(status));
     }
     return status == 0;
 }
 
-Failure writeFailure(const QString &user) { return failure(user, QStringLiteral("can't be written")); }
+Failure writeFailure(const std::string &user) { return failure(user, "can't be written"); }
 
 /// What the commands of this file take.
 struct Arguments {
-    QString user() const { return textOf(userName); }
-    QString flag() const { return textOf(name); }
+    const std::string &user() const { return userName; }
+    const std::string &flag() const { return name; }
     bool isYes() const { return value == "yes"; }
 
     std::string userName;
@@ -53,11 +51,6 @@ struct Arguments {
     std::string value;
     std::string service;
     bool isPassword = false;
-
-private:
-    static QString textOf(const std::string &text) {
-        return text.empty() ? QStringLiteral("") : QString::fromStdString(text);
-    }
 };
 using SharedArguments = std::shared_ptr<Arguments>;
 
@@ -75,18 +68,18 @@ void addValue(CLI::App &app, Arguments &arguments) {
     app.add_option("yes|no", arguments.value, "its value")->required()->check(CLI::IsMember({"yes", "no"}));
 }
 
-Answer tellFlag(const Output &output, const QString &name, const QString &user) {
+Answer tellFlag(const Output &output, const std::string &name, const std::string &user) {
     if (!isStored(user) || !manager().flagExistsForKey(name, user)) {
         return Answer::No;
     }
-    output.line(manager().flagForKey(name, user) ? QStringLiteral("yes") : QStringLiteral("no"));
+    output.line(manager().flagForKey(name, user) ? "yes" : "no");
     return Answer::Yes;
 }
 
 /// Sets a flag and looks whether it is set: the keychain manager does not say.
 template <class Operation>
-Answer setFlag(const QString &name, const Arguments &arguments, const Operation &set) {
-    const QString user = arguments.user();
+Answer setFlag(const std::string &name, const Arguments &arguments, const Operation &set) {
+    const std::string &user = arguments.user();
     if (!isStored(user)) {
         return Answer::No;
     }
@@ -98,7 +91,7 @@ Answer setFlag(const QString &name, const Arguments &arguments, const Operation 
 }
 
 template <class Operation>
-Answer removeFlag(const QString &name, const QString &user, const Operation &remove) {
+Answer removeFlag(const std::string &name, const std::string &user, const Operation &remove) {
     if (!isStored(user) || !manager().flagExistsForKey(name, user)) {
         return Answer::No;
     }
@@ -109,27 +102,23 @@ Answer removeFlag(const QString &name, const QString &user, const Operation &rem
     return Answer::Yes;
 }
 
-const QString &skipAuth() {
-    static const QString name = QStringLiteral("skipAuth");
-    return name;
-}
+constexpr const char *kSkipAuth = "skipAuth";
 
 Action defineGet(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output &output) {
-        const QString user = arguments->user();
+        const std::string &user = arguments->user();
         isStored(user);
         // A choice that is not stored is left as it was, so both are tried.
         bool unlessNo = false;
         bool unlessYes = true;
-        const QString password = manager().getPasswordForUser(user, &unlessNo);
+        const auto password = manager().getPasswordForUser(user, &unlessNo);
         manager().getPasswordForUser(user, &unlessYes);
-        if (password.isNull() && !isStored(user)) {
+        if (!password && !isStored(user)) {
             return Answer::No;
         }
         output.json(
-            QJsonObject{{QStringLiteral("password"), password.isNull() ? QJsonValue() : QJsonValue(password)},
-                        {QStringLiteral("keepSignedIn"), unlessNo == unlessYes ? QJsonValue(unlessNo) : QJsonValue()}});
+            Dictionary{{"password", password}, {"keepSignedIn", unlessNo == unlessYes ? Value(unlessNo) : Value()}});
         return Answer::Yes;
     };
 }
@@ -141,14 +130,14 @@ Action defineSave(CLI::App &app) {
         ->type_name("yes|no")
         ->check(CLI::IsMember({"yes", "no"}));
     return [arguments](const Output & /*output*/) {
-        const QString user = arguments->user();
-        const QString password = arguments->isPassword ? secretInputText() : QString();
+        const std::string &user = arguments->user();
+        const auto password = arguments->isPassword ? std::optional(secretInputText()) : std::nullopt;
         const bool hasChoice = !arguments->value.empty();
-        if (user.isEmpty()) {
-            throw failure(user, QStringLiteral("the user name is empty"));
+        if (user.empty()) {
+            throw failure(user, "the user name is empty");
         }
-        if (password.isEmpty() && !hasChoice) {
-            throw failure(user, QStringLiteral("there is nothing to store"));
+        if (password.value_or("").empty() && !hasChoice) {
+            throw failure(user, "there is nothing to store");
         }
         isStored(user);
         if (!manager().savePassword(password, user, hasChoice ? std::optional(arguments->isYes()) : std::nullopt)) {
@@ -161,12 +150,12 @@ Action defineSave(CLI::App &app) {
 Action defineRemove(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
-        const QString user = arguments->user();
+        const std::string &user = arguments->user();
         if (!isStored(user)) {
             return Answer::No;
         }
         if (!manager().removePassword(user)) {
-            throw failure(user, QStringLiteral("can't be deleted"));
+            throw failure(user, "can't be deleted");
         }
         return Answer::Yes;
     };
@@ -199,21 +188,21 @@ Action defineFlagRemove(CLI::App &app) {
 
 Action defineSkipAuthGet(CLI::App &app) {
     const auto arguments = addUser(app);
-    return [arguments](const Output &output) { return tellFlag(output, skipAuth(), arguments->user()); };
+    return [arguments](const Output &output) { return tellFlag(output, kSkipAuth, arguments->user()); };
 }
 
 Action defineSkipAuthSet(CLI::App &app) {
     const auto arguments = addUser(app);
     addValue(app, *arguments);
     return [arguments](const Output & /*output*/) {
-        return setFlag(skipAuth(), *arguments, [&] { manager().setSkipAuth(arguments->isYes(), arguments->user()); });
+        return setFlag(kSkipAuth, *arguments, [&] { manager().setSkipAuth(arguments->isYes(), arguments->user()); });
     };
 }
 
 Action defineSkipAuthRemove(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
-        return removeFlag(skipAuth(), arguments->user(), [&] { manager().removeSkipAuthForUser(arguments->user()); });
+        return removeFlag(kSkipAuth, arguments->user(), [&] { manager().removeSkipAuthForUser(arguments->user()); });
     };
 }
 
@@ -221,11 +210,11 @@ Action defineKeyGet(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output &output) {
         const bool isThere = isStored(arguments->user());
-        const QString key = isThere ? manager().getEncryptionKeyForUser(arguments->user()) : QString();
-        if (key.isNull()) {
+        const auto key = isThere ? manager().getEncryptionKeyForUser(arguments->user()) : std::nullopt;
+        if (!key) {
             return Answer::No;
         }
-        output.line(key);
+        output.line(*key);
         return Answer::Yes;
     };
 }
@@ -233,7 +222,7 @@ Action defineKeyGet(CLI::App &app) {
 Action defineKeySave(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
-        const QString key = secretInputText();
+        const std::string key = secretInputText();
         isStored(arguments->user());
         if (!manager().saveEncryptionKey(key, arguments->user())) {
             throw writeFailure(arguments->user());
@@ -250,23 +239,23 @@ SharedArguments addUserAndService(CLI::App &app) {
     return arguments;
 }
 
-QString serviceOf(const Arguments &arguments) {
-    return arguments.service.empty() ? manager().serviceName() : QString::fromStdString(arguments.service);
+std::string serviceOf(const Arguments &arguments) {
+    return arguments.service.empty() ? manager().serviceName() : arguments.service;
 }
 
 Action defineRawGet(CLI::App &app) {
     const auto arguments = addUserAndService(app);
     return [arguments](const Output &output) {
-        QString text;
-        const QString user = arguments->user();
-        const qint32 status = manager().secKeychainFindGenericPassword(&text, user, serviceOf(*arguments));
+        std::optional<std::string> text;
+        const std::string &user = arguments->user();
+        const std::int32_t status = manager().secKeychainFindGenericPassword(&text, user, serviceOf(*arguments));
         if (status == kKeychainItemNotFound) {
             return Answer::No;
         }
-        if (status != 0 || text.isNull()) {
-            throw failure(user, status != 0 ? reasonOf(status) : QStringLiteral("holds no UTF-8 text"));
+        if (status != 0 || !text) {
+            throw failure(user, status != 0 ? reasonOf(status) : "holds no UTF-8 text");
         }
-        output.line(text);
+        output.line(*text);
         return Answer::Yes;
     };
 }
@@ -274,8 +263,8 @@ Action defineRawGet(CLI::App &app) {
 Action defineRawSet(CLI::App &app) {
     const auto arguments = addUserAndService(app);
     return [arguments](const Output & /*output*/) {
-        const qint32 status =
-            manager().secKeychainModifyOrAddGenericPassword(secretInput(), arguments->user(), serviceOf(*arguments));
+        const std::int32_t status = manager().secKeychainModifyOrAddGenericPassword(
+            Bytes{secretInput()}, arguments->user(), serviceOf(*arguments));
         if (status != 0) {
             throw failure(arguments->user(), reasonOf(status));
         }
@@ -285,16 +274,16 @@ Action defineRawSet(CLI::App &app) {
 
 Action defineEncode(CLI::App & /*app*/) {
     return [](const Output &output) {
-        output.line(KeychainManager::encryptString(standardInputText()));
+        output.line(KeychainManager::encryptString(standardInputText()).value_or(""));
         return Answer::Yes;
     };
 }
 
 Action defineDecode(CLI::App & /*app*/) {
     return [](const Output &output) {
-        const QString text = standardInputText();
-        const QString decoded = KeychainManager::decryptString(text);
-        if (decoded.isEmpty() && !text.isEmpty()) {
+        const std::string text = standardInputText();
+        const std::string decoded = KeychainManager::decryptString(text).value_or("");
+        if (decoded.empty() && !text.empty()) {
             return Answer::No;
         }
         output.line(decoded);

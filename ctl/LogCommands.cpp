@@ -23,30 +23,28 @@ struct WriteArguments {
     unsigned int repeat = 1;
 };
 
-QString orProductName(const std::optional<std::string> &name) {
-    return name ? QString::fromStdString(*name) : QMLocalizedString(QStringLiteral("ProductName"));
+std::string orProductName(const std::optional<std::string> &name) {
+    return name ? *name : QMLocalizedString("ProductName");
 }
 
 /// The logger's set-up ends the process when a name is empty, so that has to be told before.
-QString notEmpty(const QString &text, const char *what) {
-    if (text.isEmpty()) {
-        throw Failure{QStringLiteral("log write"), QStringLiteral("the %1 is empty").arg(QString::fromLatin1(what))};
+std::string notEmpty(const std::string &text, const char *what) {
+    if (text.empty()) {
+        throw Failure{"log write", std::string("the ") + what + " is empty"};
     }
     return text;
 }
 
 Answer writeLines(const WriteArguments &arguments, const Output &output) {
-    const QString fileLevel = notEmpty(QString::fromStdString(arguments.fileLevel), "file level");
-    const QString family = notEmpty(orProductName(arguments.family), "family name");
-    const QString product = notEmpty(orProductName(arguments.product), "product name");
-    const QString stdioLevel = arguments.stdioLevel
-                                   ? notEmpty(QString::fromStdString(*arguments.stdioLevel), "stdio level")
-                                   : loggingLevelStrStdio();
+    const std::string fileLevel = notEmpty(arguments.fileLevel, "file level");
+    const std::string family = notEmpty(orProductName(arguments.family), "family name");
+    const std::string product = notEmpty(orProductName(arguments.product), "product name");
+    const std::string stdioLevel =
+        arguments.stdioLevel ? notEmpty(*arguments.stdioLevel, "stdio level") : loggingLevelStrStdio();
     if (arguments.stdioLevel) {
         _setStandardStreams(stderr, stderr);
     }
-    const QString folder = arguments.folder ? QString::fromStdString(*arguments.folder) : QString();
-    initLogging3(fileLevel, stdioLevel, folder, family, product);
+    initLogging3(fileLevel, stdioLevel, arguments.folder, family, product);
 
     static constexpr std::string_view kLevels[] = {"error", "normal", "verbose", "detailed"};
     const auto level =
@@ -58,7 +56,7 @@ Answer writeLines(const WriteArguments &arguments, const Output &output) {
         }
     }
     _flushLog();
-    output.line(getLogFilePath());
+    output.line(getLogFilePath().value_or(""));
     return Answer::Yes;
 }
 

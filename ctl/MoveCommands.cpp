@@ -15,25 +15,21 @@ namespace {
 Action definePlan(CLI::App & /*app*/) {
     return [](const Output &output) {
         requirePreferences();
-        gAlsoRemoveBundlePaths = staleClientBundles(QMLocalizedString(QStringLiteral("ProductName")),
-                                                    platform().workspace, platform().propertyList);
+        gAlsoRemoveBundlePaths =
+            staleClientBundles(QMLocalizedString("ProductName"), platform().workspace, platform().propertyList);
         const MovePlan plan = planOfMove(platform(), LocalizedStrings::sharedManager());
-        QString reason = reasonToStay(platform());
-        if (reason.isNull()) {
-            reason = plan.obstacle;
-        }
-        const bool isOffered = reason.isNull();
-        output.json(QJsonObject{
-            {QStringLiteral("offer"), isOffered},
-            {QStringLiteral("reason"),
-             isOffered ? QStringLiteral("\"%1\" lies outside the Applications folders").arg(plan.source) : reason},
-            {QStringLiteral("source"), plan.source},
-            {QStringLiteral("destination"), plan.destination},
-            {QStringLiteral("needsAuthorisation"), plan.needsAuthorisation},
-            {QStringLiteral("onDiskImage"), plan.isOnDiskImage},
-            {QStringLiteral("informativeText"), plan.informativeText},
-            {QStringLiteral("relaunchCommand"), plan.relaunchCommand},
-            {QStringLiteral("detachCommand"), plan.detachCommand.isNull() ? QJsonValue() : plan.detachCommand}});
+        const auto toStay = reasonToStay(platform());
+        const auto reason = toStay ? toStay : plan.obstacle;
+        output.json(
+            Dictionary{{"offer", !reason},
+                       {"reason", reason.value_or('"' + plan.source + "\" lies outside the Applications folders")},
+                       {"source", plan.source},
+                       {"destination", plan.destination},
+                       {"needsAuthorisation", plan.needsAuthorisation},
+                       {"onDiskImage", plan.isOnDiskImage},
+                       {"informativeText", plan.informativeText},
+                       {"relaunchCommand", plan.relaunchCommand},
+                       {"detachCommand", plan.detachCommand}});
         return Answer::Yes;
     };
 }

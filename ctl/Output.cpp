@@ -1,41 +1,20 @@
 #include "Command.h"
+#include "Json.h"
 
-#include <QJsonDocument>
 #include <cerrno>
-#include <cstring>
+#include <system_error>
 
 namespace quillmark::ctl {
 
-namespace {
-
-QByteArray lineOf(const QJsonDocument &document, bool isPretty) {
-    const QByteArray text = document.toJson(isPretty ? QJsonDocument::Indented : QJsonDocument::Compact);
-    return text.endsWith('\n') ? text : text + '\n';
-}
-
-} // namespace
-
-void Output::write(const QByteArray &bytes) const {
-    const auto length = static_cast<size_t>(bytes.size());
-    if (std::fwrite(bytes.constData(), 1, length, m_stream) != length || std::fflush(m_stream) != 0) {
-        throw Failure{QStringLiteral("standard output"), QString::fromLocal8Bit(std::strerror(errno))}; // NOLINT
+void Output::text(std::string_view text) const {
+    if (std::fwrite(text.data(), 1, text.size(), m_stream) != text.size() || std::fflush(m_stream) != 0) {
+        throw Failure{"standard output", std::generic_category().message(errno)};
     }
 }
 
-void Output::line(const QString &text) const { write(text.toUtf8() + '\n'); }
-void Output::text(const QString &text) const { write(text.toUtf8()); }
-void Output::json(const QJsonArray &array) const { write(lineOf(QJsonDocument(array), m_isPretty)); }
-void Output::json(const QJsonObject &object) const { write(lineOf(QJsonDocument(object), m_isPretty)); }
+void Output::line(std::string_view text) const { this->text(std::string(text) + '\n'); }
+void Output::json(const Value &value) const { line(printedJson(value, m_isPretty)); }
 
-void Output::json(const QJsonValue &value) const {
-    if (value.isArray()) {
-        json(value.toArray());
-    } else if (value.isObject()) {
-        json(value.toObject());
-    } else { // no document is less than an array
-        const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
-        write(array.sliced(1, array.size() - 2) + '\n');
-    }
-}
+List listOf(const std::vector<std::string> &texts) { return {texts.begin(), texts.end()}; }
 
 } // namespace quillmark::ctl

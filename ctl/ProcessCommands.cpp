@@ -14,15 +14,15 @@ namespace quillmark::ctl {
 namespace {
 
 /// The error as the result, and as the reason of the failure.
-Answer tellError(const Output &output, const QString &what, const std::optional<Error> &error) {
+Answer tellError(const Output &output, const std::string &what, const std::optional<Error> &error) {
     if (!error) {
         return Answer::Yes;
     }
-    output.json(QJsonObject{{QStringLiteral("domain"), error->domain},
-                            {QStringLiteral("code"), error->code},
-                            {QStringLiteral("failureReason"), error->failureReason()},
-                            {QStringLiteral("description"), error->description()}});
-    throw Failure{what, error->description()};
+    output.json(Dictionary{{"domain", error->domain},
+                           {"code", error->code},
+                           {"failureReason", error->failureReason()},
+                           {"description", error->description()}});
+    throw Failure{what, error->description().value_or("")};
 }
 
 std::shared_ptr<std::string> addText(CLI::App &app, const char *name, const char *description) {
@@ -34,20 +34,19 @@ std::shared_ptr<std::string> addText(CLI::App &app, const char *name, const char
 Action defineCoreRunning(CLI::App &app) {
     const auto name = addText(app, "NAME", "the core's process name");
     return [name](const Output & /*output*/) {
-        const bool isRunning = ProcessUtilities::quillmarkCoreAlreadyRunning(QString::fromStdString(*name));
+        const bool isRunning = ProcessUtilities::quillmarkCoreAlreadyRunning(*name);
         return isRunning ? Answer::Yes : Answer::No;
     };
 }
 
 Action defineList(CLI::App & /*app*/) {
     return [](const Output &output) {
-        QJsonArray applications;
-        for (const QVariantMap &record : platform().workspace.launchedApplications()) {
-            applications.append(QJsonObject{
-                {QStringLiteral("bundleIdentifier"), record.value(kApplicationBundleIdentifier).toString()},
-                {QStringLiteral("processIdentifier"), record.value(kApplicationProcessIdentifier).toInt()},
-                {QStringLiteral("path"), record.value(kApplicationPath).toString()},
-            });
+        List applications;
+        for (const Dictionary &record : platform().workspace.launchedApplications()) {
+            applications.emplace_back(
+                Dictionary{{"bundleIdentifier", valueOf(record, kApplicationBundleIdentifier).text().value_or("")},
+                           {"processIdentifier", valueOf(record, kApplicationProcessIdentifier)},
+                           {"path", valueOf(record, kApplicationPath)}});
         }
         output.json(applications);
         return Answer::Yes;
@@ -57,14 +56,14 @@ Action defineList(CLI::App & /*app*/) {
 Action defineRunning(CLI::App &app) {
     const auto identifier = addText(app, "ID", "a bundle identifier");
     return [identifier](const Output & /*output*/) {
-        return isApplicationRunning(QString::fromStdString(*identifier)) ? Answer::Yes : Answer::No;
+        return isApplicationRunning(*identifier) ? Answer::Yes : Answer::No;
     };
 }
 
 Action defineLaunch(CLI::App &app) {
     const auto identifier = addText(app, "ID", "a bundle identifier");
     return [identifier](const Output &output) {
-        const QString what = QString::fromStdString(*identifier);
+        const std::string what = *identifier;
         return tellError(output, what, launchApplication(what));
     };
 }
@@ -81,7 +80,7 @@ Action defineQuit(CLI::App &app) {
                                 return isOne ? std::string() : "\"" + text + "\" is no finite number from 0";
                             });
     return [identifier, seconds, wait](const Output &output) {
-        const QString what = QString::fromStdString(*identifier);
+        const std::string what = *identifier;
         return tellError(output, what, quitApplication(what, wait->count() > 0, *seconds));
     };
 }

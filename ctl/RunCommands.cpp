@@ -9,20 +9,16 @@ namespace quillmark::ctl {
 
 namespace {
 
-QJsonValue orNull(const QString &text) { return text.isNull() ? QJsonValue() : QJsonValue(text); }
-
-QJsonValue jsonOf(const std::optional<Error> &error) {
+Value valueOf(const std::optional<Error> &error) {
     if (!error) {
         return {};
     }
-    return QJsonObject{
-        {QStringLiteral("domain"), error->domain},
-        {QStringLiteral("code"), error->code},
-        {QStringLiteral("standardError"), orNull(error->userInfo.value(kTaskStandardErrorKey).toString())},
-        {QStringLiteral("terminationStatus"),
-         QJsonValue::fromVariant(error->userInfo.value(kTaskTerminationStatusKey))},
-        {QStringLiteral("failureReason"), orNull(error->failureReason())},
-        {QStringLiteral("description"), orNull(error->description())}};
+    return Dictionary{{"domain", error->domain},
+                      {"code", error->code},
+                      {"standardError", valueOf(error->userInfo, kTaskStandardErrorKey)},
+                      {"terminationStatus", valueOf(error->userInfo, kTaskTerminationStatusKey)},
+                      {"failureReason", error->failureReason()},
+                      {"description", error->description()}};
 }
 
 Action defineRun(CLI::App &app) {
@@ -31,18 +27,12 @@ Action defineRun(CLI::App &app) {
     app.prefix_command();
     app.fallthrough(false);
     return [path, &app](const Output &output) {
-        QStringList arguments;
-        for (const std::string &word : app.remaining()) {
-            arguments << QString::fromStdString(word);
-        }
-        arguments.removeFirst(); // the "--" before the path
-        const QString program = QString::fromStdString(*path);
+        const std::vector<std::string> words = app.remaining(); // with the "--" before the path
         std::optional<Error> error;
-        const QString printed = stringByLaunchingPath(program, arguments, {}, &error);
-        output.json(QJsonObject{{QStringLiteral("output"), orNull(printed)}, {QStringLiteral("error"), jsonOf(error)}});
+        const auto printed = stringByLaunchingPath(*path, {words.begin() + 1, words.end()}, {}, &error);
+        output.json(Dictionary{{"output", printed}, {"error", valueOf(error)}});
         if (error && error->code == kTaskFailed) {
-            throw Failure{program,
-                          error->userInfo.isEmpty() ? QStringLiteral("could not be run") : error->description()};
+            throw Failure{*path, error->description().value_or("could not be run")};
         }
         return Answer::Yes;
     };

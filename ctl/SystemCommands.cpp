@@ -11,20 +11,20 @@ namespace quillmark::ctl {
 
 namespace {
 
-template <class Value>
-QJsonValue orNull(const std::optional<Value> &value) {
-    return value ? QJsonValue(*value) : QJsonValue();
+template <class Content>
+Value orNull(const std::optional<Content> &content) {
+    return content ? Value(*content) : Value();
 }
 
 Action defineSystem(CLI::App & /*app*/) {
     return [](const Output &output) {
         const SystemInfo &system = platform().systemInfo;
         const SystemVersion version = system.systemVersion();
-        output.json(QJsonObject{{QStringLiteral("major"), orNull(version.major)},
-                                {QStringLiteral("minor"), orNull(version.minor)},
-                                {QStringLiteral("bugfix"), orNull(version.bugfix)},
-                                {QStringLiteral("intel"), orNull(system.isIntel())},
-                                {QStringLiteral("appKit"), system.appKitVersion()}});
+        output.json(Dictionary{{"major", orNull(version.major)},
+                               {"minor", orNull(version.minor)},
+                               {"bugfix", orNull(version.bugfix)},
+                               {"intel", orNull(system.isIntel())},
+                               {"appKit", system.appKitVersion()}});
         return Answer::Yes;
     };
 }
@@ -47,9 +47,9 @@ Action defineHostAddresses(CLI::App &app) {
     const auto host = std::make_shared<std::string>();
     app.add_option("HOST", *host, "a host name")->required();
     return [host](const Output &output) {
-        const QStringList addresses = ipAddressesFromHostname(QString::fromStdString(*host));
-        output.json(QJsonArray::fromStringList(addresses));
-        return addresses.isEmpty() ? Answer::No : Answer::Yes;
+        const auto addresses = ipAddressesFromHostname(*host);
+        output.json(listOf(addresses));
+        return addresses.empty() ? Answer::No : Answer::Yes;
     };
 }
 
@@ -58,8 +58,7 @@ Action defineHostSame(CLI::App &app) {
     app.add_option("A", hosts->first, "a host name")->required();
     app.add_option("B", hosts->second, "another one")->required();
     return [hosts](const Output & /*output*/) {
-        const bool isSame =
-            areHostnamesSameMachine(QString::fromStdString(hosts->first), QString::fromStdString(hosts->second));
+        const bool isSame = areHostnamesSameMachine(hosts->first, hosts->second);
         return isSame ? Answer::Yes : Answer::No;
     };
 }

@@ -20,9 +20,9 @@ struct TextArguments {
     std::vector<std::string> arguments;
 };
 
-QString textOf(const TextArguments &arguments) {
-    const QString key = QString::fromStdString(arguments.key);
-    const QString section = QString::fromStdString(arguments.section);
+std::string textOf(const TextArguments &arguments) {
+    const std::string key = arguments.key;
+    const std::string section = arguments.section;
     if (!arguments.hasSection) {
         return QMLocalizedString(key);
     }
@@ -43,9 +43,9 @@ Action defineText(CLI::App &app) {
         ->allow_extra_args(false);
     return [arguments, section](const Output &output) {
         arguments->hasSection = section->count() > 0;
-        const QString text = textOf(*arguments);
+        const std::string text = textOf(*arguments);
         const std::vector<FormatArgument> values(arguments->arguments.begin(), arguments->arguments.end());
-        output.line(values.empty() ? text : _formatted(text, values));
+        output.line(values.empty() ? text : _formatted(text, values).value_or(""));
         return Answer::Yes;
     };
 }
@@ -55,9 +55,9 @@ Action defineBrand(CLI::App & /*app*/) {
         requirePreferences();
         const BrandingManager &branding = BrandingManager::sharedManager();
         const auto logo = branding.getBrandedLogoImage();
-        output.json(QJsonObject{{QStringLiteral("brandID"), branding.getBrandingID()},
-                                {QStringLiteral("reseller"), branding.isReseller()},
-                                {QStringLiteral("logo"), logo ? QJsonValue(logo->name) : QJsonValue()}});
+        output.json(Dictionary{{"brandID", branding.getBrandingID()},
+                               {"reseller", branding.isReseller()},
+                               {"logo", logo ? Value(logo->name) : Value()}});
         return Answer::Yes;
     };
 }

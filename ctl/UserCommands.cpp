@@ -6,10 +6,12 @@
 #include "platform/MainThread.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
+#include "platform/WhiteSpace.h"
 #include "utils/IntegerValue.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <memory>
 #include <optional>
 
@@ -19,19 +21,11 @@ namespace {
 
 /// What the commands of this file take.
 struct Arguments {
-    QString userName() const { return text(user); }
-    QString keyName() const { return text(key); }
-
-    /// An empty text is none that is missing.
-    static QString text(const std::string &argument) {
-        return argument.empty() ? QStringLiteral("") : QString::fromStdString(argument);
-    }
-
     std::string user;
     std::string key;
     std::string value;
     std::string form;
-    qint64 number = 0;
+    std::int64_t number = 0;
     bool isSet = false;
 };
 using SharedArguments = std::shared_ptr<Arguments>;
@@ -48,12 +42,10 @@ SharedArguments addUserAndKey(CLI::App &app) {
     return arguments;
 }
 
-QJsonValue jsonOf(const QString &text) { return text.isNull() ? QJsonValue() : QJsonValue(text); }
-
 /// A change that could not be stored is a failure.
 Answer requireStored(bool isStored) {
     if (!isStored) {
-        throw Failure{platform().userDefaults.file(), platform().userDefaults.problem()};
+        throw Failure{platform().userDefaults.file(), platform().userDefaults.problem().value_or("")};
     }
     return Answer::Yes;
 }
@@ -63,14 +55,13 @@ UserManager readUsers() {
     return UserManager();
 }
 
-bool isSecret(const QString &key) { return kUserPassword == key || kUserEncryptionKey == key; }
+bool isSecret(const std::string &key) { return key == kUserPassword || key == kUserEncryptionKey; }
 
 Action defineList(CLI::App & /*app*/) {
     return [](const Output &output) {
-        QJsonArray names;
-        const QVariantList list = readUsers().userList();
-        for (const QVariant &entry : list) {
-            names.append(entry.toMap().value(kUserUserName).toJsonValue());
+        List names;
+        for (const Value &entry : readUsers().userList()) {
+            names.push_back(valueOf(entry.dictionary(), kUserUserName));
         }
         output.json(names);
         return Answer::Yes;
@@ -80,27 +71,27 @@ Action defineList(CLI::App & /*app*/) {
 Action defineShow(CLI::App &app) {
     return [arguments = addUser(app)](const Output &output) {
         const UserManager users = readUsers();
-        if (!users.doesUserKeyExists(arguments->userName())) {
+        if (!users.doesUserKeyExists(arguments->user)) {
             return Answer::No;
         }
-        output.json(QJsonObject::fromVariantMap(users.userWithUserName(arguments->userName())));
+        output.json(users.userWithUserName(arguments->user));
         return Answer::Yes;
     };
 }
 
 /// A value by one of the accessors; what an accessor for numbers gives without a default is absent when the default
 /// decides about it.
-QVariant valueBy(const Arguments &arguments) {
+Value valueBy(const Arguments &arguments) {
     const UserManager users = readUsers();
-    const QString key = arguments.keyName();
-    const QString user = arguments.userName();
+    const std::string &key = arguments.key;
+    const std::string &user = arguments.user;
     if (arguments.form == "int" || arguments.form == "long") {
-        const auto number = [&](qint64 defaultValue) {
-            return arguments.form == "int" ? users.objectForKeyAsInt(key, user, static_cast<qint32>(defaultValue))
+        const auto number = [&](std::int64_t defaultValue) {
+            return arguments.form == "int" ? users.objectForKeyAsInt(key, user, static_cast<std::int32_t>(defaultValue))
                                            : users.objectForKeyAsLong(key, user, defaultValue);
         };
         const bool isThere = arguments.isSet || number(0) == number(1);
-        return isThere ? QVariant::fromValue(number(arguments.number)) : QVariant();
+        return isThere ? Value(number(arguments.number)) : Value();
     }
     if (arguments.form == "string") {
         return users.objectForKeyAsString(key, user);
@@ -118,27 +109,33 @@ Action defineGet(CLI::App &app) {
         app.add_option("--default", arguments->number, "what an absent number counts as")->type_name("N");
     return [arguments, defaultValue](const Output &output) {
         arguments->isSet = defaultValue->count() > 0;
-        output.json(QJsonValue::fromVariant(valueBy(*arguments)));
+        output.json(valueBy(*arguments));
         return Answer::Yes;
     };
 }
 
+/// A plus before a digit means nothing.
+std::string_view withoutPlus(std::string_view number) {
+    return number.substr(number.size() > 1 && number[0] == '+' && number[1] != '-' ? 1 : 0);
+}
+
 /// The value to store, of the type that was asked for. One that is not of that type was found out before.
-QVariant valueToSet(const Arguments &arguments) {
-    const QString value = arguments.value == "-" ? secretInputText() : Arguments::text(arguments.value);
+Value valueToSet(const Arguments &arguments) {
+    const std::string value = arguments.value == "-" ? secretInputText() : arguments.value;
     if (arguments.form == "int") {
-        bool isNumber = false;
-        const qint64 number = value.toLongLong(&isNumber);
-        if (!isNumber) {
-            throw Failure{arguments.keyName(), QStringLiteral("the value is no integer number")};
+        const std::string_view digits = withoutPlus(trimmed(value));
+        std::int64_t number = 0;
+        const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number);
+        if (error != std::errc() || end != digits.end()) {
+            throw Failure{arguments.key, "the value is no integer number"};
         }
-        return QVariant::fromValue(number);
+        return number;
     }
     if (arguments.form == "bool") {
-        if (value != u"yes" && value != u"no") {
-            throw Failure{arguments.keyName(), QStringLiteral("the value is neither \"yes\" nor \"no\"")};
+        if (value != "yes" && value != "no") {
+            throw Failure{arguments.key, "the value is neither \"yes\" nor \"no\""};
         }
-        return value == u"yes";
+        return value == "yes";
     }
     return value;
 }
@@ -151,16 +148,15 @@ Action defineSet(CLI::App &app) {
         ->type_name("TYPE")
         ->check(CLI::IsMember({"string", "int", "bool"}));
     app.callback([arguments] {
-        if (isSecret(arguments->keyName()) && arguments->value != "-") {
+        if (isSecret(arguments->key) && arguments->value != "-") {
             throw CLI::ValidationError(arguments->key, "is a secret: give - and write it to standard input");
         }
     });
     return [arguments](const Output & /*output*/) {
-        const QString key = arguments->keyName();
-        const bool isStored = UserManager().setObject(valueToSet(*arguments), key, arguments->userName());
+        const std::string &key = arguments->key;
+        const bool isStored = UserManager().setObject(valueToSet(*arguments), key, arguments->user);
         if (!isStored && isSecret(key)) {
-            throw Failure{QStringLiteral("keychain item of \"%1\"").arg(arguments->userName()),
-                          QStringLiteral("can't be written")};
+            throw Failure{"keychain item of \"" + arguments->user + '"', "can't be written"};
         }
         return requireStored(isStored);
     };
@@ -169,11 +165,11 @@ Action defineSet(CLI::App &app) {
 Action defineUnset(CLI::App &app) {
     return [arguments = addUserAndKey(app)](const Output & /*output*/) {
         UserManager users = readUsers();
-        const QString user = arguments->userName();
-        if (!users.userWithUserName(user).contains(arguments->keyName()) || !users.doesUserKeyExists(user)) {
+        const std::string &user = arguments->user;
+        if (!users.userWithUserName(user).contains(arguments->key) || !users.doesUserKeyExists(user)) {
             return Answer::No;
         }
-        return requireStored(users.removeObjectForKey(arguments->keyName(), user));
+        return requireStored(users.removeObjectForKey(arguments->key, user));
     };
 }
 
@@ -183,13 +179,12 @@ Action defineRename(CLI::App &app) {
     app.add_option("NEWNAME", arguments->user, "its new user name")->required();
     return [arguments](const Output & /*output*/) {
         UserManager users = readUsers();
-        const QVariantList list = users.userList();
-        const bool isKnown = std::any_of(list.cbegin(), list.cend(), [&arguments](const QVariant &entry) {
-            const UserRecord record = entry.toMap();
-            return record.contains(kAccountId) && integerValueOf(record.value(kAccountId)) == arguments->number;
+        const List list = users.userList();
+        const bool isKnown = std::any_of(list.begin(), list.end(), [&arguments](const Value &entry) {
+            const Value &account = valueOf(entry.dictionary(), kAccountId);
+            return !account.isNothing() && integerValueOf(account) == arguments->number;
         });
-        return isKnown ? requireStored(users.updateUserWithUsername(arguments->userName(), arguments->number))
-                       : Answer::No;
+        return isKnown ? requireStored(users.updateUserWithUsername(arguments->user, arguments->number)) : Answer::No;
     };
 }
 
@@ -200,8 +195,8 @@ public:
     std::optional<Failure> cacheThatStays;
 
     void removeUserFinished() override { isFinished = true; }
-    void cacheStays(const QString &path, const QString &reason) override {
-        cacheThatStays = Failure{path, QStringLiteral("the cache is not removed: ") + reason};
+    void cacheStays(const std::string &path, const std::string &reason) override {
+        cacheThatStays = Failure{path, "the cache is not removed: " + reason};
     }
 };
 
@@ -210,18 +205,18 @@ Action defineRemove(CLI::App &app) {
     app.add_flag("--remove-cache", arguments->isSet, "delete the user's cache as well");
     return [arguments](const Output & /*output*/) {
         const UserManager users = readUsers();
-        if (!users.doesUserKeyExists(arguments->userName())) {
+        if (!users.doesUserKeyExists(arguments->user)) {
             return Answer::No;
         }
         Waiting waiting;
-        users.removeUser(arguments->userName(), arguments->isSet, &waiting);
+        users.removeUser(arguments->user, arguments->isSet, &waiting);
         while (!waiting.isFinished) {
             platform().mainThread.runOnce();
         }
         if (waiting.cacheThatStays) {
             throw Failure(*waiting.cacheThatStays);
         }
-        return requireStored(platform().userDefaults.problem().isNull());
+        return requireStored(!platform().userDefaults.problem());
     };
 }
 
@@ -229,7 +224,8 @@ Action defineClean(CLI::App &app) {
     auto arguments = std::make_shared<Arguments>();
     const CLI::Option *user = app.add_option("USER", arguments->user, "a user to remove as well");
     return [arguments, user](const Output & /*output*/) {
-        return requireStored(UserManager().removeIncompleteUser(user->count() > 0 ? arguments->userName() : QString()));
+        return requireStored(
+            UserManager().removeIncompleteUser(user->count() > 0 ? std::optional(arguments->user) : std::nullopt));
     };
 }
 
@@ -240,11 +236,11 @@ Action defineSelected(CLI::App &app) {
     return [arguments, name](const Output &output) {
         UserManager users;
         if (name->count() > 0 || arguments->isSet) {
-            users.setLastUsedUserName(arguments->isSet ? QString() : arguments->userName());
+            users.setLastUsedUserName(arguments->isSet ? std::nullopt : std::optional(arguments->user));
             return requireStored(users.save());
         }
-        const QString selected = readUsers().lastUsedUserName();
-        if (selected.isEmpty()) {
+        const std::string selected = readUsers().lastUsedUserName();
+        if (selected.empty()) {
             return Answer::No;
         }
         output.line(selected);
@@ -255,17 +251,12 @@ Action defineSelected(CLI::App &app) {
 /// The accessors of the selected user, by their names.
 struct Feature {
     const char *name;
-    QJsonValue (*value)(const UserManager &users);
+    Value (*value)(const UserManager &users);
 };
 
 template <auto accessor>
-QJsonValue valueOf(const UserManager &users) {
-    const auto value = (users.*accessor)();
-    if constexpr (std::is_same_v<decltype(value), const QString>) {
-        return jsonOf(value);
-    } else {
-        return value;
-    }
+Value valueOf(const UserManager &users) {
+    return (users.*accessor)();
 }
 
 constexpr Feature kFeatures[] = {
@@ -297,9 +288,9 @@ constexpr Feature kFeatures[] = {
 Action defineFeatures(CLI::App & /*app*/) {
     return [](const Output &output) {
         const UserManager users = readUsers();
-        QJsonObject features;
+        Dictionary features;
         for (const Feature &feature : kFeatures) {
-            features.insert(QLatin1StringView(feature.name), feature.value(users));
+            features.emplace(feature.name, feature.value(users));
         }
         output.json(features);
         return Answer::Yes;
@@ -308,11 +299,11 @@ Action defineFeatures(CLI::App & /*app*/) {
 
 Action defineCachePath(CLI::App &app) {
     return [arguments = addUser(app)](const Output &output) {
-        const QString path = readUsers().userCachePath(arguments->userName());
-        if (path.isNull()) {
+        const auto path = readUsers().userCachePath(arguments->user);
+        if (!path) {
             return Answer::No;
         }
-        output.line(path);
+        output.line(*path);
         return Answer::Yes;
     };
 }

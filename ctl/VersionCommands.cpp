@@ -4,6 +4,7 @@
 #include "utils/VersionText.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 
 namespace quillmark::ctl {
@@ -19,14 +20,6 @@ Action defineSelf(CLI::App &app) {
     };
 }
 
-QJsonObject numbers(std::initializer_list<std::pair<const char *, qint64>> values) {
-    QJsonObject object;
-    for (const auto &[name, value] : values) {
-        object.insert(QString::fromLatin1(name), value);
-    }
-    return object;
-}
-
 std::shared_ptr<std::string> addText(CLI::App &app) {
     auto text = std::make_shared<std::string>();
     app.add_option("TEXT", *text, "a version")->required();
@@ -36,11 +29,11 @@ std::shared_ptr<std::string> addText(CLI::App &app) {
 Action defineParse(CLI::App &app) {
     const auto text = addText(app);
     return [text](const Output &output) {
-        const MicrosoftStyleVersion version = microsoftStyleVersionFromString(QString::fromStdString(*text));
-        output.json(numbers({{"major", version.major},
-                             {"minor", version.minor},
-                             {"build", version.build},
-                             {"revision", version.revision}}));
+        const MicrosoftStyleVersion version = microsoftStyleVersionFromString(*text);
+        output.json(Dictionary({{"major", version.major},
+                                {"minor", version.minor},
+                                {"build", version.build},
+                                {"revision", version.revision}}));
         return Answer::Yes;
     };
 }
@@ -48,11 +41,11 @@ Action defineParse(CLI::App &app) {
 Action defineComponent(CLI::App &app) {
     const auto text = addText(app);
     return [text](const Output &output) {
-        const auto version = parseVersionString(QString::fromStdString(*text));
+        const auto version = parseVersionString(*text);
         if (!version) {
             return Answer::No;
         }
-        output.json(numbers({{"major", version->major}, {"minor", version->minor}, {"bugfix", version->bugfix}}));
+        output.json(Dictionary({{"major", version->major}, {"minor", version->minor}, {"bugfix", version->bugfix}}));
         return Answer::Yes;
     };
 }
@@ -60,12 +53,10 @@ Action defineComponent(CLI::App &app) {
 Action defineBuild(CLI::App &app) {
     const auto text = addText(app);
     return [text](const Output &output) {
-        const QString version = QString::fromStdString(*text);
-        if (version.count(u' ') != 1) { // would end the process
-            throw Failure{QStringLiteral("version build"),
-                          QStringLiteral("\"%1\" is not a version, one blank and a build").arg(version)};
+        if (std::count(text->begin(), text->end(), ' ') != 1) { // would end the process
+            throw Failure{"version build", '"' + *text + "\" is not a version, one blank and a build"};
         }
-        output.line(QString::number(buildNumberFromVersionStr(version)));
+        output.line(std::to_string(buildNumberFromVersionStr(*text)));
         return Answer::Yes;
     };
 }

@@ -2,31 +2,31 @@
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
+#include "platform/WhiteSpace.h"
 #include "utils/Exception.h"
 #include "utils/LogSetup.h"
 
-#include <QFileInfo>
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 
 namespace quillmark::ctl {
 
 namespace {
 
-int tell(const QString &what, const QString &why, int status) {
-    // One line, whatever the texts hold.
-    const QString named = what.trimmed().isEmpty() ? QStringLiteral("\"%1\"").arg(what) : what;
-    const QString line = QStringLiteral("quillmarkctl: %1: %2").arg(named, why).simplified() + u'\n';
-    std::fputs(line.toUtf8().constData(), stderr);
+int tell(const std::string &what, const std::string &why, int status) {
+    const std::string named = trimmed(what).empty() ? '"' + what + '"' : what;
+    std::fputs((simplified("quillmarkctl: " + named + ": " + why) + '\n').c_str(), stderr);
     return status;
 }
 
 /// Takes another bundle's resources, for good: the managers keep the bundle of their first use.
-void takeBundle(const QString &path) {
+void takeBundle(const std::string &path) {
     static const std::unique_ptr<Bundle> bundle = nativeBundle(path);
-    if (!QFileInfo(bundle->resourcePath()).isDir()) {
-        throw Failure{path, QStringLiteral("is no application bundle")};
+    std::error_code error;
+    if (!std::filesystem::is_directory(bundle->resourcePath(), error)) {
+        throw Failure{path, "is no application bundle"};
     }
     static const Platform withBundle = nativePlatform().with(*bundle);
     installPlatform(&withBundle);
@@ -35,10 +35,10 @@ void takeBundle(const QString &path) {
 int run(const CommandLine &commandLine) {
     const Options &options = commandLine.options();
     if (options.bundle) {
-        takeBundle(QString::fromStdString(*options.bundle));
+        takeBundle(*options.bundle);
     }
     if (options.logLevel) {
-        initLogging2(QStringLiteral("error"), QString::fromStdString(*options.logLevel), QString());
+        initLogging2("error", *options.logLevel, std::nullopt);
         _setStandardStreams(stderr, stderr);
         logReportedProblems();
     }
@@ -59,9 +59,9 @@ int parseAndRun(int count, char **arguments) {
         }
         const std::vector<std::string> unknown = commandLine.app().remaining();
         const std::string why = unknown.empty() ? error.what() : "there is no \"" + unknown.front() + "\"; see --help";
-        return tell(QString::fromStdString(commandLine.commandName()), QString::fromStdString(why), kWrongCommandLine);
+        return tell(commandLine.commandName(), why, kWrongCommandLine);
     }
-    const QString what = QString::fromStdString(commandLine.commandName());
+    const std::string what = commandLine.commandName();
     try {
         return run(commandLine);
     } catch (const Failure &failure) {
@@ -69,7 +69,7 @@ int parseAndRun(int count, char **arguments) {
     } catch (const Exception &exception) {
         return tell(what, exception.reason(), kFailed);
     } catch (const std::exception &exception) {
-        return tell(what, QString::fromLocal8Bit(exception.what()), kFailed);
+        return tell(what, exception.what(), kFailed);
     }
 }
 
@@ -78,8 +78,7 @@ int parseAndRun(int count, char **arguments) {
 } // namespace quillmark::ctl
 
 int main(int count, char **arguments) {
-    // Standard output carries results, standard error one line: no log, nor what Qt remarks about the session.
+    // Standard output carries results, standard error one line: no log.
     quillmark::_setStandardStreams(nullptr, nullptr);
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     return quillmark::ctl::parseAndRun(count, arguments);
 }

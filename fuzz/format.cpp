@@ -4,19 +4,22 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <deque>
 #include <fuzzer/FuzzedDataProvider.h>
+#include <string>
 #include <vector>
 
 using namespace quillmark;
 
 namespace {
 
-FormatArgument anyArgument(FuzzedDataProvider &input) {
+/// \param texts keeps what the arguments show.
+FormatArgument anyArgument(FuzzedDataProvider &input, std::deque<std::string> &texts) {
     switch (input.ConsumeIntegralInRange(0, 5)) {
     case 0:
-        return input.ConsumeIntegral<qlonglong>();
+        return input.ConsumeIntegral<long long>();
     case 1:
-        return input.ConsumeIntegral<qulonglong>();
+        return input.ConsumeIntegral<unsigned long long>();
     case 2:
         return input.ConsumeFloatingPoint<double>();
     case 3:
@@ -24,7 +27,7 @@ FormatArgument anyArgument(FuzzedDataProvider &input) {
     case 4:
         return static_cast<const char *>(nullptr);
     default:
-        return QString::fromStdString(input.ConsumeRandomLengthString(16));
+        return texts.emplace_back(input.ConsumeRandomLengthString(16));
     }
 }
 
@@ -33,11 +36,12 @@ FormatArgument anyArgument(FuzzedDataProvider &input) {
 /// The arguments are taken from the end of the input; what is left in front is the format.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     FuzzedDataProvider input(data, size);
+    std::deque<std::string> texts;
     std::vector<FormatArgument> arguments;
     const int count = input.ConsumeIntegralInRange(0, 20);
     arguments.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i) {
-        arguments.push_back(anyArgument(input));
+        arguments.push_back(anyArgument(input, texts));
     }
     const std::string format = input.ConsumeRemainingBytesAsString();
 

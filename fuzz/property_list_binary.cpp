@@ -4,19 +4,19 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 using namespace quillmark;
 
 /// The header is put in front of the bytes, so that none is ever taken for the other form.
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    const QByteArray document =
-        "bplist00" + QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    QVariant value;
+    const std::string document = "bplist00" + std::string(reinterpret_cast<const char *>(data), size);
+    Value value;
     {
         const fuzz::HeapLimit limit(64);
         value = LinuxPropertyList().parse(document);
     }
-    if (value.isValid()) {
+    if (!value.isNothing()) {
         fuzz::requireRoundTrip(value);
     }
     return 0;

@@ -4,17 +4,18 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 using namespace quillmark;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    const QByteArray document(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    QVariant value;
+    const std::string document(reinterpret_cast<const char *>(data), size);
+    Value value;
     {
         const fuzz::HeapLimit limit(64);
         value = LinuxPropertyList().parse(document);
     }
-    if (value.isValid()) {
+    if (!value.isNothing()) {
         fuzz::requireRoundTrip(value);
     }
     return 0;

@@ -1,11 +1,15 @@
 #include "utils/Log.h"
+#include "utils/Utf16.h"
+#include "utils/Utf8Text.h"
 #include "utils/VersionText.h"
 
-#include <QStringList>
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <optional>
+#include <string>
+#include <vector>
 
 using namespace quillmark;
 
@@ -13,10 +17,10 @@ namespace {
 
 // The rules once more, character by character and without any of the helpers.
 
-QString dropped(const QString &text, const QString &piece) {
-    QString result;
-    for (qsizetype at = 0; at < text.size();) {
-        if (text.mid(at, piece.size()) == piece) {
+std::u16string dropped(const std::u16string &text, const std::u16string &piece) {
+    std::u16string result;
+    for (size_t at = 0; at < text.size();) {
+        if (text.substr(at, piece.size()) == piece) {
             at += piece.size();
         } else {
             result += text[at++];
@@ -25,10 +29,14 @@ QString dropped(const QString &text, const QString &piece) {
     return result;
 }
 
-bool isBlank(QChar character) { return character.isSpace(); }
+bool isBlank(char16_t character) {
+    return (character >= u'\t' && character <= u'\r') || character == u' ' || character == 0x85 || character == 0xA0 ||
+           character == 0x1680 || (character >= 0x2000 && character <= 0x200A) || character == 0x2028 ||
+           character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
+}
 
-double number(const QString &text, double least, double most) {
-    qsizetype at = 0;
+double number(const std::u16string &text, double least, double most) {
+    size_t at = 0;
     while (at < text.size() && isBlank(text[at])) {
         ++at;
     }
@@ -38,53 +46,53 @@ double number(const QString &text, double least, double most) {
     }
     double value = 0;
     for (; at < text.size() && text[at] >= u'0' && text[at] <= u'9'; ++at) {
-        value = value * 10 + (text[at].unicode() - u'0');
+        value = value * 10 + (text[at] - u'0');
     }
-    return qBound(least, isNegative ? -value : value, most);
+    return std::clamp(isNegative ? -value : value, least, most);
 }
 
-MicrosoftStyleVersion slowVersion(const QString &text) {
-    QString line;
-    for (const QChar character : text) {
+MicrosoftStyleVersion slowVersion(const std::u16string &text) {
+    std::u16string line;
+    for (const char16_t character : text) {
         if (character == u'\n') {
             break;
         }
         line += character;
     }
-    line = dropped(line, QStringLiteral("version "));
-    for (const char letter : {'a', 'b', '(', ')'}) {
-        line = dropped(line, QString(QLatin1Char(letter)));
+    line = dropped(line, u"version ");
+    for (const char16_t *letter : {u"a", u"b", u"(", u")"}) {
+        line = dropped(line, letter);
     }
-    QStringList pieces(QString{});
-    for (const QChar character : line) {
+    std::vector<std::u16string> pieces(1);
+    for (const char16_t character : line) {
         if (character == u'.' || character == u' ') {
-            pieces.append(QString());
+            pieces.emplace_back();
         } else {
-            pieces.last() += character;
+            pieces.back() += character;
         }
     }
     constexpr double kMost = 4294967295.0;
-    const auto at = [&pieces](qsizetype index) { return static_cast<quint32>(number(pieces[index], 0, kMost)); };
+    const auto at = [&pieces](size_t index) { return static_cast<std::uint32_t>(number(pieces[index], 0, kMost)); };
     if (pieces.size() == 1) {
         return {at(0), 0, 0, 0};
     }
     return pieces.size() == 4 ? MicrosoftStyleVersion{at(0), at(1), at(2), at(3)} : MicrosoftStyleVersion{};
 }
 
-std::optional<ComponentVersion> slowComponent(const QString &text) {
-    QStringList pieces(QString{});
-    for (const QChar character : text) {
+std::optional<ComponentVersion> slowComponent(const std::u16string &text) {
+    std::vector<std::u16string> pieces(1);
+    for (const char16_t character : text) {
         if (character == u'.') {
-            pieces.append(QString());
+            pieces.emplace_back();
         } else {
-            pieces.last() += character;
+            pieces.back() += character;
         }
     }
     if (pieces.size() != 3) {
         return std::nullopt;
     }
-    const auto at = [&pieces](qsizetype index) {
-        return static_cast<qint32>(number(pieces[index], -2147483648.0, 2147483647.0));
+    const auto at = [&pieces](size_t index) {
+        return static_cast<std::int32_t>(number(pieces[index], -2147483648.0, 2147483647.0));
     };
     return ComponentVersion{at(0), at(1), at(2)};
 }
@@ -97,9 +105,10 @@ extern "C" int LLVMFuzzerInitialize(int * /*count*/, char *** /*arguments*/) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    const QString text =
-        QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)); // NOLINT
-    if (microsoftStyleVersionFromString(text) != slowVersion(text) || parseVersionString(text) != slowComponent(text)) {
+    const std::string text = validText({reinterpret_cast<const char *>(data), size}); // NOLINT
+    const std::u16string characters = utf16(text);
+    if (microsoftStyleVersionFromString(text) != slowVersion(characters) ||
+        parseVersionString(text) != slowComponent(characters)) {
         std::abort();
     }
     return 0;

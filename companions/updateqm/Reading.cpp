@@ -214,8 +214,8 @@ void readPackage(std::string_view package, const RecordWriter &records) {
 }
 
 void readVersion(std::string_view description, const RecordWriter &records) {
-    const auto root = quillmark::LinuxPropertyList().parse(QByteArray::fromStdString(std::string(description)));
-    records.write(Kind::Text, root.toMap().value(QStringLiteral("CFBundleVersion")).toString().toStdString());
+    const auto root = quillmark::LinuxPropertyList().parse(std::string(description));
+    records.write(Kind::Text, valueOf(root.dictionary(), "CFBundleVersion").text().value_or(""));
 }
 
 void requirePlainPath(const std::string &path, const std::string &source) {

@@ -84,7 +84,8 @@ int tell(const std::string &message, Status status) {
 /// Takes the environment away before any library can look at it: these run before the initialisers of all libraries.
 void dropEnvironment(int /*count*/, char ** /*arguments*/, char **environment) { *environment = nullptr; }
 
-[[gnu::used, gnu::section(".preinit_array")]] void (*const beforeEverything)(int, char **, char **) = dropEnvironment;
+[[gnu::used, gnu::retain, gnu::section(".preinit_array")]] void (*const beforeEverything)(int, char **,
+                                                                                          char **) = dropEnvironment;
 
 } // namespace
 

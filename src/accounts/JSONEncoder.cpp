@@ -1,63 +1,57 @@
 #include "accounts/JSONEncoder.h"
 
-#include <QVarLengthArray>
+#include "utils/ReplaceAll.h"
+#include "utils/Utf16.h"
+
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <map>
 
 namespace quillmark {
 
 namespace {
 
-constexpr char16_t kBackslash = u'\\';
+constexpr char kBackslash = '\\';
 
 struct Escape {
-    char16_t character;
-    char16_t letter; ///< behind the backslash
+    char character;
+    char letter; ///< behind the backslash
 };
 
 /// In the order in which they are undone.
 constexpr std::array kEscapes{Escape{kBackslash, kBackslash},
-                              Escape{u'"', u'"'},
-                              Escape{u'/', u'/'},
-                              Escape{u'\b', u'b'},
-                              Escape{u'\f', u'f'},
-                              Escape{u'\n', u'n'},
-                              Escape{u'\r', u'r'},
-                              Escape{u'\t', u't'}};
+                              Escape{'"', '"'},
+                              Escape{'/', '/'},
+                              Escape{'\b', 'b'},
+                              Escape{'\f', 'f'},
+                              Escape{'\n', 'n'},
+                              Escape{'\r', 'r'},
+                              Escape{'\t', 't'}};
 
-/// Past this one no character is escaped.
-constexpr char16_t kLastEscaped = kBackslash;
-
-quint64 lengthOf(QStringView text) { return static_cast<quint64>(text.size()); }
-QChar characterAt(QStringView text, quint64 at) { return text[static_cast<qsizetype>(at)]; }
-
-bool isDigit(QChar character) { return character >= u'0' && character <= u'9'; }
+bool isDigit(char16_t character) { return character >= u'0' && character <= u'9'; }
 
 /// The letter that stands behind the backslash for a character, else 0.
-char16_t letterFor(char16_t character) {
-    for (const Escape &escape : kEscapes) {
-        if (escape.character == character) {
-            return escape.letter;
-        }
-    }
-    return 0;
+char letterFor(char character) {
+    const auto *const escape = std::find_if(kEscapes.begin(), kEscapes.end(), [character](const Escape &candidate) {
+        return candidate.character == character;
+    });
+    return escape != kEscapes.end() ? escape->letter : '\0';
 }
 
-void appendEscaped(QString &result, QStringView text) {
-    for (const QChar character : text) {
-        const char16_t letter = character <= kLastEscaped ? letterFor(character.unicode()) : u'\0';
-        if (letter != 0) {
-            result += QChar(kBackslash);
+void appendEscaped(std::string &result, std::string_view text) {
+    for (const char character : text) {
+        const char letter = letterFor(character);
+        if (letter != '\0') {
+            result += kBackslash;
         }
-        result += letter != 0 ? QChar(letter) : character;
+        result += letter != '\0' ? letter : character;
     }
 }
 
 /// What a backslash and the character behind it stand for.
-QChar unescaped(QChar letter) {
-    switch (letter.unicode()) {
+char16_t unescaped(char16_t letter) {
+    switch (letter) {
     case u'b':
         return u'\b';
     case u'f':
@@ -73,6 +67,17 @@ QChar unescaped(QChar letter) {
     }
 }
 
+/// The character whose code is the lower byte.
+void appendLowerByte(std::string &result, char16_t character) {
+    const unsigned code = character & 0xFFU;
+    if (code < 0x80) {
+        result += static_cast<char>(code);
+    } else {
+        result += static_cast<char>(0xC0U | code >> 6U);
+        result += static_cast<char>(0x80U | (code & 0x3FU));
+    }
+}
+
 double powerOfTen(int exponent) {
     static constexpr std::array kExact{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -80,60 +85,46 @@ double powerOfTen(int exponent) {
     return index < kExact.size() ? kExact[index] : std::pow(10, exponent);
 }
 
-/// Integers, and reals in so many digits as printf's "%g" writes them: a tie goes to the even digit, which
-/// QString::number() rounds up.
+/// Integers, and reals in so many digits as printf's "%g" writes them.
 template <class Number, class... Form>
-void appendNumber(QString &result, Number number, Form... form) {
+void appendNumber(std::string &result, Number number, Form... form) {
     std::array<char, 32> text; // NOLINT(cppcoreguidelines-pro-type-member-init): written by what follows
     const auto written = std::to_chars(text.data(), text.data() + text.size(), number, form...);
-    result += QLatin1StringView(text.data(), written.ptr - text.data());
+    result.append(text.data(), written.ptr);
 }
 
-void appendValue(QString &result, const QVariant &value) {
+void appendValue(std::string &result, const Value &value) {
     constexpr int kDigits = 16; // of a double in decimal
     constexpr int kSingleDigits = 7;
-    switch (value.typeId()) {
-    case QMetaType::QString:
-        result += u'"';
-        appendEscaped(result, value.toString());
-        result += u'"';
-        break;
-    case QMetaType::Bool:
-        result += value.toBool() ? QStringView(u"true") : QStringView(u"false");
-        break;
-    case QMetaType::Int:
-    case QMetaType::Long:
-    case QMetaType::LongLong:
-    case QMetaType::Short:
-        appendNumber(result, value.toLongLong());
-        break;
-    case QMetaType::UInt:
-    case QMetaType::ULong:
-    case QMetaType::ULongLong:
-    case QMetaType::UShort:
-        appendNumber(result, value.toULongLong());
-        break;
-    case QMetaType::Double:
-        appendNumber(result, value.toDouble(), std::chars_format::general, kDigits);
-        break;
-    case QMetaType::Float:
-        appendNumber(result, value.toDouble(), std::chars_format::general, kSingleDigits);
-        break;
-    default:
-        result += QStringView(u"\"\"");
+    if (const auto *text = value.as<std::string>()) {
+        result += '"';
+        appendEscaped(result, *text);
+        result += '"';
+    } else if (const auto *boolean = value.as<bool>()) {
+        result += *boolean ? "true" : "false";
+    } else if (const auto *integer = value.as<std::int64_t>()) {
+        appendNumber(result, *integer);
+    } else if (const auto *large = value.as<std::uint64_t>()) {
+        appendNumber(result, *large);
+    } else if (const auto *real = value.as<double>()) {
+        appendNumber(result, *real, std::chars_format::general, kDigits);
+    } else if (const auto *single = value.as<float>()) {
+        appendNumber(result, static_cast<double>(*single), std::chars_format::general, kSingleDigits);
+    } else {
+        result += R"("")";
     }
 }
 
 /// One left-to-right scan over a text.
 class Reader {
 public:
-    explicit Reader(QStringView text) : m_text(text) {}
+    explicit Reader(std::u16string_view text) : m_text(text) {}
 
-    std::optional<QVariantMap> object() {
-        while (m_at < lengthOf(m_text) && !m_error) {
-            const QChar character = characterAt(m_text, m_at++);
+    std::optional<Dictionary> object() {
+        while (m_at < m_text.size() && !m_error) {
+            const char16_t character = m_text[m_at++];
             if (character == u'}') {
-                return m_members ? std::optional(QVariantMap(std::move(*m_members))) : std::nullopt;
+                return std::move(m_members);
             }
             if (!readsOn(character)) {
                 return std::nullopt;
@@ -145,8 +136,8 @@ public:
 
 private:
     /// \returns false when the scan has failed.
-    bool readsOn(QChar character) {
-        switch (character.unicode()) {
+    bool readsOn(char16_t character) {
+        switch (character) {
         case u'{': // deliberate: a nested object discards what was read before it
             m_members.emplace();
             m_isKeyExpected = true;
@@ -158,7 +149,7 @@ private:
             return m_members && !m_members->empty();
         case u':':
             m_isKeyExpected = false;
-            return m_key && !m_key->isEmpty();
+            return m_key && !m_key->empty();
         case u'f':
         case u'F':
             return readWord(u"false", false);
@@ -171,14 +162,14 @@ private:
     }
 
     bool readString() {
-        std::optional<QString> text = JSONEncoder::jsonStringForStr(m_text, m_at, m_error);
+        std::optional<std::string> text = JSONEncoder::jsonStringForStr(m_text, m_at, m_error);
         if (!text) {
             return false;
         }
         if (m_isKeyExpected) {
             m_key = std::move(text);
         } else {
-            m_value.emplace(*text);
+            m_value.emplace(std::move(*text));
         }
         return true;
     }
@@ -192,15 +183,21 @@ private:
     }
 
     /// Deliberate: any word of that length is read as the opposite, and one more character has to follow.
-    bool readWord(QStringView word, bool meaning) {
-        const QStringView rest = m_text.sliced(static_cast<qsizetype>(m_at) - 1);
+    bool readWord(std::u16string_view word, bool meaning) {
+        const std::u16string_view rest = m_text.substr(m_at - 1);
         if (m_isKeyExpected || rest.size() <= word.size()) {
             return false;
         }
-        const bool isWord = rest.first(word.size()).compare(word, Qt::CaseInsensitive) == 0;
+        const bool isWord = std::equal(word.begin(), word.end(), rest.begin(), isLetter);
         m_value.emplace(isWord ? meaning : !meaning);
-        m_at += static_cast<quint64>(word.size()) - 1;
+        m_at += word.size() - 1;
         return true;
+    }
+
+    /// Whether a character is that small letter, but for its case: the long s is an s as well.
+    static bool isLetter(char16_t letter, char16_t character) {
+        const bool isCapital = character >= u'A' && character <= u'Z';
+        return letter == (isCapital ? character - u'A' + u'a' : character == u'\u017F' ? u's' : character);
     }
 
     void storeMember() {
@@ -212,67 +209,70 @@ private:
         }
     }
 
-    const QStringView m_text;
-    quint64 m_at = 0;
+    const std::u16string_view m_text;
+    std::uint64_t m_at = 0;
     bool m_error = false;
-    /// What a QVariantMap is made of: unlike that one it takes over what is moved.
-    std::optional<std::map<QString, QVariant>> m_members;
-    std::optional<QString> m_key;    ///< read, and without a value yet
-    std::optional<QVariant> m_value; ///< read, and without a key yet
+    std::optional<Dictionary> m_members;
+    std::optional<std::string> m_key; ///< read, and without a value yet
+    std::optional<Value> m_value;     ///< read, and without a key yet
     bool m_isKeyExpected = false;
 };
 
 } // namespace
 
-QString JSONEncoder::createJSONStrFromDict(const QVariantMap &dictionary) {
-    QString result(u'{');
-    for (auto member = dictionary.cbegin(); member != dictionary.cend(); ++member) {
-        result += result.size() > 1 ? QStringView(u",\"") : QStringView(u"\"");
-        result += member.key();
-        result += QStringView(u"\":");
-        appendValue(result, member.value());
+std::string JSONEncoder::createJSONStrFromDict(const Dictionary &dictionary) {
+    std::string result = "{";
+    for (const auto &[key, value] : dictionary) {
+        result += result.size() > 1 ? ",\"" : "\"";
+        result += key;
+        result += "\":";
+        appendValue(result, value);
     }
-    result += u'}';
+    result += '}';
     return result;
 }
 
-std::optional<QVariantMap> JSONEncoder::createObjFromJSONStr(QStringView text) { return Reader(text).object(); }
+std::optional<Dictionary> JSONEncoder::createObjFromJSONStr(std::string_view text) {
+    return createObjFromJSONStr(utf16(text));
+}
 
-std::optional<QString> JSONEncoder::jsonStringForStr(QStringView text, quint64 &at, bool &error) {
-    QVarLengthArray<QChar, 256> result; // which most texts fit in: they are copied once, when their length is known
-    while (at < lengthOf(text)) {
-        QChar character = characterAt(text, at++);
+std::optional<Dictionary> JSONEncoder::createObjFromJSONStr(std::u16string_view text) { return Reader(text).object(); }
+
+std::optional<std::string> JSONEncoder::jsonStringForStr(std::u16string_view text, std::uint64_t &at, bool &error) {
+    std::string result;
+    while (at < text.size()) {
+        char16_t character = text[at++];
         if (character == u'"') {
-            return QString(result.constData(), result.size());
+            return result;
         }
         if (character == kBackslash) {
-            if (at == lengthOf(text)) {
+            if (at == text.size()) {
                 error = true;
                 break;
             }
-            character = unescaped(characterAt(text, at++));
+            character = unescaped(text[at++]);
         }
-        result.append(QLatin1Char(static_cast<char>(character.cell()))); // deliberate: the lower byte alone
+        appendLowerByte(result, character); // deliberate: the upper one is lost
     }
     return std::nullopt;
 }
 
-QVariant JSONEncoder::jsonNumberForStr(QStringView text, quint64 &at, bool &error) {
-    quint64 integer = 0;
+Value JSONEncoder::jsonNumberForStr(std::u16string_view text, std::uint64_t &at, bool &error) {
+    std::uint64_t integer = 0;
     double number = 0;
     int place = 0;
     bool hasPoint = false;
     bool isNegative = false;
-    for (; at < lengthOf(text); ++at) {
-        const QChar character = characterAt(text, at);
+    for (; at < text.size(); ++at) {
+        const char16_t character = text[at];
         if (isDigit(character) && hasPoint) {
-            number += (character.unicode() - u'0') / powerOfTen(++place);
+            number += (character - u'0') / powerOfTen(++place);
         } else if (isDigit(character)) {
-            integer = integer * 10 + (character.unicode() - u'0');
+            integer = integer * 10 + static_cast<std::uint64_t>(character - u'0');
         } else if (character == u'.') {
             error = error || hasPoint;
             hasPoint = true;
-            number = static_cast<double>(static_cast<qint64>(integer));
+            number = static_cast<double>(static_cast<std::int64_t>(integer));
         } else if (character == u'-') {
             isNegative = true;          // deliberate: wherever it stands
         } else if (character != u'e') { // deliberate: an exponent's digits are the number's own
@@ -285,22 +285,20 @@ QVariant JSONEncoder::jsonNumberForStr(QStringView text, quint64 &at, bool &erro
     if (hasPoint) {
         return isNegative ? -number : number;
     }
-    return QVariant::fromValue(static_cast<qlonglong>(isNegative ? 0 - integer : integer));
+    return static_cast<std::int64_t>(isNegative ? 0 - integer : integer);
 }
 
-QString JSONEncoder::stringByAddingJSONEscape(QStringView text) {
-    QString result;
+std::string JSONEncoder::stringByAddingJSONEscape(std::string_view text) {
+    std::string result;
     result.reserve(text.size());
     appendEscaped(result, text);
     return result;
 }
 
-QString JSONEncoder::stringByReplacingJSONEscape(const QString &text) {
-    QString result = text;
+std::string JSONEncoder::stringByReplacingJSONEscape(std::string_view text) {
+    std::string result(text);
     for (const Escape &escape : kEscapes) {
-        const std::array sequence{QChar(kBackslash), QChar(escape.letter)};
-        const QChar character(escape.character);
-        result.replace(sequence.data(), sequence.size(), &character, 1);
+        replaceAll(result, std::string{kBackslash, escape.letter}, std::string{escape.character});
     }
     return result;
 }

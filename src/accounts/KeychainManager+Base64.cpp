@@ -1,50 +1,45 @@
 #include "accounts/KeychainManager.h"
+#include "platform/Base64.h"
 #include "utils/Utf8Text.h"
+
+#include <algorithm>
 
 namespace quillmark {
 
 namespace {
 
 /// Blanks around a piece don't count; behind it neither do line ends and the dash that ends some texts.
-QByteArray withoutMargins(const QByteArray &piece) {
-    const auto isAmong = [](char character, QByteArrayView characters) { return characters.contains(character); };
-    qsizetype begin = 0;
-    qsizetype end = piece.size();
-    while (begin < end && isAmong(piece[begin], " \t")) {
-        ++begin;
-    }
-    while (end > begin && isAmong(piece[end - 1], " \t\r\n-")) {
-        --end;
-    }
-    return piece.mid(begin, end - begin);
+std::string_view withoutMargins(std::string_view piece) {
+    piece.remove_prefix(std::min(piece.find_first_not_of(" \t"), piece.size()));
+    return piece.substr(0, piece.find_last_not_of(" \t\r\n-") + 1);
 }
 
 /// The bytes of whole groups of four characters; none when a character is wrong. Only at the very end does "=" shorten
 /// the result, elsewhere it stands for six zero bits.
-QByteArray decoded(const QByteArray &piece) {
-    const qsizetype padding = piece.endsWith("==") ? 2 : piece.endsWith('=') ? 1 : 0;
-    const QByteArray characters = withoutMargins(piece).replace('=', 'A');
-    const auto result = QByteArray::fromBase64Encoding(characters, QByteArray::AbortOnBase64DecodingErrors);
-    return result && characters.size() % 4 == 0 ? result.decoded.chopped(padding) : QByteArray();
+std::string decoded(std::string_view piece) {
+    const size_t padding = piece.ends_with("==") ? 2 : piece.ends_with('=') ? 1 : 0;
+    std::string characters(withoutMargins(piece));
+    std::replace(characters.begin(), characters.end(), '=', 'A');
+    const auto bytes = characters.size() % 4 == 0 ? bytesOfBase64(characters) : std::nullopt;
+    return bytes ? bytes->substr(0, bytes->size() - std::min(padding, bytes->size())) : std::string();
 }
 
 } // namespace
 
-QString KeychainManager::encryptString(const QString &string) {
-    return string.isEmpty() ? string : QString::fromLatin1(string.toUtf8().toBase64());
+std::optional<std::string> KeychainManager::encryptString(OptionalText string) {
+    return string ? std::optional(base64(*string)) : std::nullopt;
 }
 
-QString KeychainManager::decryptString(const QString &string) {
-    if (string.isEmpty()) {
-        return string;
+std::optional<std::string> KeychainManager::decryptString(OptionalText string) {
+    if (!string) {
+        return std::nullopt;
     }
-    constexpr qsizetype kPiece = 1024;
-    const QByteArray text = string.toUtf8();
-    QByteArray bytes;
-    for (qsizetype at = 0; at < text.size(); at += kPiece) {
-        const QByteArray piece = text.mid(at, kPiece);
-        const QByteArray decodedPiece = decoded(piece.chopped(piece.size() % 4));
-        if (decodedPiece.isEmpty()) {
+    constexpr size_t kPiece = 1024;
+    std::string bytes;
+    for (size_t at = 0; at < string->size(); at += kPiece) {
+        const std::string_view piece = string->substr(at, kPiece);
+        const std::string decodedPiece = decoded(piece.substr(0, piece.size() - piece.size() % 4));
+        if (decodedPiece.empty()) {
             break;
         }
         bytes += decodedPiece;

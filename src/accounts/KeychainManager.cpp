@@ -1,10 +1,11 @@
 #include "accounts/KeychainManager.h"
 
 #include "accounts/JSONEncoder.h"
-#include "accounts/Key.h"
 #include "branding/LocalizedStrings.h"
+#include "platform/Key.h"
 #include "platform/Keychain.h"
 #include "platform/Platform.h"
+#include "platform/ScalarText.h"
 #include "utils/Assert.h"
 #include "utils/BooleanValue.h"
 #include "utils/Log.h"
@@ -17,17 +18,21 @@ namespace quillmark {
 namespace {
 
 /// The service of the items of earlier versions, whatever the product's name was.
-constexpr Key kLegacyServiceName{u"Quillmark"};
+constexpr Key kLegacyServiceName{"Quillmark"};
 
-constexpr Key kPassword{u"password"};
-constexpr Key kKeepSignedIn{u"keepSignedIn"};
-constexpr Key kSkipAuth{u"skipAuth"};
-constexpr Key kEncryptionKey{u"encryptionKey"};
+constexpr Key kPassword{"password"};
+constexpr Key kKeepSignedIn{"keepSignedIn"};
+constexpr Key kSkipAuth{"skipAuth"};
+constexpr Key kEncryptionKey{"encryptionKey"};
+
+using OptionalText = KeychainManager::OptionalText;
+
+bool isEmpty(OptionalText text) { return text.value_or("").empty(); }
 
 /// The item is as it was, behind a keychain that can't be asked now. Cleaning up would destroy what is in order.
-bool isOutOfReach(qint32 status) {
-    constexpr qint32 kStatuses[] = {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kKeychainNoDefaultKeychain,
-                                    kKeychainUserCanceled, kKeychainAuthFailed};
+bool isOutOfReach(std::int32_t status) {
+    constexpr std::int32_t kStatuses[] = {kKeychainInteractionNotAllowed, kKeychainNotAvailable,
+                                          kKeychainNoDefaultKeychain, kKeychainUserCanceled, kKeychainAuthFailed};
     return std::find(std::begin(kStatuses), std::end(kStatuses), status) != std::end(kStatuses);
 }
 
@@ -42,21 +47,21 @@ KeychainManager &KeychainManager::sharedManager() {
 KeychainManager::KeychainManager(Keychain &keychain, LocalizedStrings &strings)
     : m_keychain(keychain), m_strings(strings) {}
 
-QString KeychainManager::serviceName() const { return m_strings.localisedString(QStringLiteral("ProductName")); }
+std::string KeychainManager::serviceName() const { return m_strings.localisedString("ProductName"); }
 
 // Items
 
-KeychainManager::Reading KeychainManager::read(const QString &userName, const QString &serviceName) {
-    if (userName.isNull()) {
+KeychainManager::Reading KeychainManager::read(OptionalText userName, const std::string &serviceName) {
+    if (!userName) {
         return {};
     }
     std::unique_ptr<Keychain::Item> item;
-    if (const qint32 status = m_keychain.findGenericPassword(serviceName.toStdString(), userName.toStdString(), item);
+    if (const std::int32_t status = m_keychain.findGenericPassword(serviceName, std::string(*userName), item);
         status != 0) {
         return {status, status == kKeychainItemNotFound, {}};
     }
     std::string data;
-    const qint32 status = item->copyContent(data);
+    const std::int32_t status = item->copyContent(data);
     if (status == 0) {
         return {0, true, utf8Text(data)};
     }
@@ -68,120 +73,116 @@ KeychainManager::Reading KeychainManager::read(const QString &userName, const QS
     return {status, isDamaged, {}};
 }
 
-qint32 KeychainManager::secKeychainFindGenericPassword(QString *text, const QString &userName) {
+std::int32_t KeychainManager::secKeychainFindGenericPassword(std::optional<std::string> *text, OptionalText userName) {
     return secKeychainFindGenericPassword(text, userName, serviceName());
 }
 
-qint32 KeychainManager::secKeychainFindGenericPassword(QString *text, const QString &userName,
-                                                       const QString &serviceName) {
+std::int32_t KeychainManager::secKeychainFindGenericPassword(std::optional<std::string> *text, OptionalText userName,
+                                                             const std::string &serviceName) {
     const Reading reading = read(userName, serviceName);
-    if (text != nullptr && text->isNull()) {
+    if (text != nullptr && !*text) {
         *text = reading.text;
     }
     return reading.status;
 }
 
-qint32 KeychainManager::secKeychainModifyOrAddGenericPassword(const QVariant &value, const QString &userName) {
+std::int32_t KeychainManager::secKeychainModifyOrAddGenericPassword(const Value &value, OptionalText userName) {
     return secKeychainModifyOrAddGenericPassword(value, userName, serviceName());
 }
 
-qint32 KeychainManager::secKeychainModifyOrAddGenericPassword(const QVariant &value, const QString &userName,
-                                                              const QString &serviceName) {
-    if (!value.isValid() || userName.isNull()) {
+std::int32_t KeychainManager::secKeychainModifyOrAddGenericPassword(const Value &value, OptionalText userName,
+                                                                    const std::string &serviceName) {
+    if (value.isNothing() || !userName) {
         return 0;
     }
-    const bool isText = value.userType() == QMetaType::QString;
-    QUILLMARK_ASSERT(isText || value.userType() == QMetaType::QByteArray, "[value isKindOfClass:[NSString class]]",
-                     "KeychainManager");
-    const QByteArray data = isText ? value.toString().toUtf8() : value.toByteArray();
-    if (data.isNull()) {
-        return 0;
-    }
+    const auto *const text = value.as<std::string>();
+    const auto *const bytes = value.as<Bytes>();
+    QUILLMARK_ASSERT(text != nullptr || bytes != nullptr, "[value isKindOfClass:[NSString class]]", "KeychainManager");
+    const std::string &data = text != nullptr ? *text : bytes->data;
     std::unique_ptr<Keychain::Item> item;
-    qint32 status = m_keychain.findGenericPassword(serviceName.toStdString(), userName.toStdString(), item);
+    std::int32_t status = m_keychain.findGenericPassword(serviceName, std::string(*userName), item);
     if (status == 0) {
-        status = item->modifyContent(data.toStdString());
+        status = item->modifyContent(data);
     }
     // Another program may have deleted it since it was found.
-    return status == kKeychainItemNotFound
-               ? m_keychain.addGenericPassword(serviceName.toStdString(), userName.toStdString(), data.toStdString())
-               : status;
+    return status == kKeychainItemNotFound ? m_keychain.addGenericPassword(serviceName, std::string(*userName), data)
+                                           : status;
 }
 
-bool KeychainManager::secKeychainRemoveAllItemsWithUserName(const QString &userName) {
+bool KeychainManager::secKeychainRemoveAllItemsWithUserName(OptionalText userName) {
     return secKeychainRemoveAllItemsWithUserName(userName, serviceName());
 }
 
-bool KeychainManager::secKeychainRemoveAllItemsWithUserName(const QString &userName, const QString &serviceName) {
+bool KeychainManager::secKeychainRemoveAllItemsWithUserName(OptionalText userName, const std::string &serviceName) {
     std::unique_ptr<Keychain::Item> item;
-    return !userName.isNull() &&
-           m_keychain.findGenericPassword(serviceName.toStdString(), userName.toStdString(), item) == 0 &&
+    return userName && m_keychain.findGenericPassword(serviceName, std::string(*userName), item) == 0 &&
            item->remove() == 0;
 }
 
 // Documents
 
-KeychainManager::Stored KeychainManager::storedFor(const QString &user) {
+KeychainManager::Stored KeychainManager::storedFor(OptionalText user) {
     const Reading reading = read(user, serviceName());
     return {reading.status, reading.isWritable,
-            JSONEncoder::createObjFromJSONStr(reading.text).value_or(QVariantMap())};
+            JSONEncoder::createObjFromJSONStr(reading.text.value_or("")).value_or(Dictionary())};
 }
 
-qint32 KeychainManager::write(const QVariantMap &document, const QString &user) {
+std::int32_t KeychainManager::write(const Dictionary &document, OptionalText user) {
     return secKeychainModifyOrAddGenericPassword(JSONEncoder::createJSONStrFromDict(document), user);
 }
 
-QVariant KeychainManager::member(const QString &name, const QString &user) {
-    return storedFor(user).document.value(name);
+Value KeychainManager::member(std::string_view name, OptionalText user) {
+    return valueOf(storedFor(user).document, name);
 }
 
-void KeychainManager::setMember(const QString &name, bool value, const QString &user) {
-    QVariantMap document = storedFor(user).document;
-    if (!document.isEmpty()) { // a preference belongs to an account that is stored
-        document.insert(name, value);
+void KeychainManager::setMember(std::string_view name, bool value, OptionalText user) {
+    Dictionary document = storedFor(user).document;
+    if (!document.empty()) { // a preference belongs to an account that is stored
+        document.insert_or_assign(std::string(name), value);
         write(document, user);
     }
 }
 
-void KeychainManager::removeMember(const QString &name, const QString &user) {
-    QVariantMap document = storedFor(user).document;
-    if (document.remove(name) > 0) {
+void KeychainManager::removeMember(std::string_view name, OptionalText user) {
+    Dictionary document = storedFor(user).document;
+    if (const auto member = document.find(name); member != document.end()) {
+        document.erase(member);
         write(document, user);
     }
 }
 
 // Account operations
 
-QString KeychainManager::getPasswordForUser(const QString &user, bool *keepLoggedin) {
-    const QString service = serviceName();
-    QString text;
-    const qint32 status = secKeychainFindGenericPassword(&text, user, service);
-    if (status == kKeychainItemNotFound && kLegacyServiceName != service &&
-        secKeychainFindGenericPassword(&text, user, kLegacyServiceName) == 0 && !text.isNull()) {
+std::optional<std::string> KeychainManager::getPasswordForUser(OptionalText user, bool *keepLoggedin) {
+    const std::string service = serviceName();
+    std::optional<std::string> text;
+    const std::int32_t status = secKeychainFindGenericPassword(&text, user, service);
+    if (status == kKeychainItemNotFound && service != kLegacyServiceName &&
+        secKeychainFindGenericPassword(&text, user, kLegacyServiceName) == 0 && text) {
         // Deliberate: whatever becomes of one step, the other one is taken.
         secKeychainRemoveAllItemsWithUserName(user, kLegacyServiceName);
-        secKeychainModifyOrAddGenericPassword(text, user, service);
+        secKeychainModifyOrAddGenericPassword(*text, user, service);
     }
-    if (text.isEmpty()) {
+    if (!text || text->empty()) {
         return text;
     }
-    auto document = JSONEncoder::createObjFromJSONStr(text);
+    auto document = JSONEncoder::createObjFromJSONStr(*text);
     if (!document) { // the bare password of an earlier version
-        document = QVariantMap{{kPassword, text}, {kKeepSignedIn, true}};
+        document = Dictionary{{kPassword, *text}, {kKeepSignedIn, true}};
         write(*document, user);
     }
-    QString password = document->value(kPassword).toString();
-    if (password.isEmpty()) {
+    const std::string password = scalarText(valueOf(*document, kPassword)).value_or("");
+    if (password.empty()) {
         return text; // deliberate
     }
-    if (keepLoggedin != nullptr && document->contains(kKeepSignedIn)) {
-        *keepLoggedin = booleanValueOf(document->value(kKeepSignedIn));
+    if (const Value &choice = valueOf(*document, kKeepSignedIn); keepLoggedin != nullptr && !choice.isNothing()) {
+        *keepLoggedin = booleanValueOf(choice);
     }
     return password;
 }
 
-bool KeychainManager::savePassword(const QString &password, const QString &user, std::optional<bool> keepLoggedin) {
-    if (user.isEmpty() || (password.isEmpty() && !keepLoggedin)) {
+bool KeychainManager::savePassword(OptionalText password, OptionalText user, std::optional<bool> keepLoggedin) {
+    if (isEmpty(user) || (isEmpty(password) && !keepLoggedin)) {
         return false;
     }
     constexpr const char *kFailure = "Failed to write keychain item ( error = %d )";
@@ -191,12 +192,12 @@ bool KeychainManager::savePassword(const QString &password, const QString &user,
         return false;
     }
     if (keepLoggedin) {
-        stored.document.insert(kKeepSignedIn, *keepLoggedin);
+        stored.document.insert_or_assign(kKeepSignedIn, *keepLoggedin);
     }
-    if (!password.isNull()) {
-        stored.document.insert(kPassword, password);
+    if (password) {
+        stored.document.insert_or_assign(kPassword, *password);
     }
-    const qint32 status = write(stored.document, user);
+    const std::int32_t status = write(stored.document, user);
     if (status != 0) {
         logNormal(kFailure, status);
         if (!isOutOfReach(status)) {
@@ -206,43 +207,43 @@ bool KeychainManager::savePassword(const QString &password, const QString &user,
     return status == 0;
 }
 
-bool KeychainManager::removePassword(const QString &user) { return secKeychainRemoveAllItemsWithUserName(user); }
+bool KeychainManager::removePassword(OptionalText user) { return secKeychainRemoveAllItemsWithUserName(user); }
 
-bool KeychainManager::skipAuthForUser(const QString &user) { return booleanValueOf(member(kSkipAuth, user)); }
-void KeychainManager::setSkipAuth(bool skipAuth, const QString &user) { setMember(kSkipAuth, skipAuth, user); }
-void KeychainManager::removeSkipAuthForUser(const QString &user) { removeMember(kSkipAuth, user); }
+bool KeychainManager::skipAuthForUser(OptionalText user) { return booleanValueOf(member(kSkipAuth, user)); }
+void KeychainManager::setSkipAuth(bool skipAuth, OptionalText user) { setMember(kSkipAuth, skipAuth, user); }
+void KeychainManager::removeSkipAuthForUser(OptionalText user) { removeMember(kSkipAuth, user); }
 
-bool KeychainManager::flagExistsForKey(const QString &flag, const QString &user) {
-    return !flag.isEmpty() && !user.isEmpty() && storedFor(user).document.contains(flag);
+bool KeychainManager::flagExistsForKey(OptionalText flag, OptionalText user) {
+    return !isEmpty(flag) && !isEmpty(user) && storedFor(user).document.contains(*flag);
 }
 
-bool KeychainManager::flagForKey(const QString &flag, const QString &user) {
-    return !flag.isEmpty() && !user.isEmpty() && booleanValueOf(member(flag, user));
+bool KeychainManager::flagForKey(OptionalText flag, OptionalText user) {
+    return !isEmpty(flag) && !isEmpty(user) && booleanValueOf(member(*flag, user));
 }
 
-void KeychainManager::setFlag(bool value, const QString &flag, const QString &user) {
-    if (!flag.isEmpty() && !user.isEmpty()) {
-        setMember(flag, value, user);
+void KeychainManager::setFlag(bool value, OptionalText flag, OptionalText user) {
+    if (!isEmpty(flag) && !isEmpty(user)) {
+        setMember(*flag, value, user);
     }
 }
 
-void KeychainManager::removeFlagForKey(const QString &flag, const QString &user) {
-    if (!flag.isEmpty() && !user.isEmpty()) {
-        removeMember(flag, user);
+void KeychainManager::removeFlagForKey(OptionalText flag, OptionalText user) {
+    if (!isEmpty(flag) && !isEmpty(user)) {
+        removeMember(*flag, user);
     }
 }
 
-bool KeychainManager::saveEncryptionKey(const QString &key, const QString &user) {
-    if (key.isNull() || user.isNull()) {
+bool KeychainManager::saveEncryptionKey(OptionalText key, OptionalText user) {
+    if (!key || !user) {
         return false;
     }
     Stored stored = storedFor(user);
-    stored.document.insert(kEncryptionKey, key);
+    stored.document.insert_or_assign(kEncryptionKey, *key);
     return stored.isWritable && write(stored.document, user) == 0;
 }
 
-QString KeychainManager::getEncryptionKeyForUser(const QString &user) {
-    return member(kEncryptionKey, user).toString();
+std::optional<std::string> KeychainManager::getEncryptionKeyForUser(OptionalText user) {
+    return scalarText(member(kEncryptionKey, user));
 }
 
 } // namespace quillmark

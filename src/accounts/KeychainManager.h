@@ -1,8 +1,11 @@
 #pragma once
 
-#include <QString>
-#include <QVariantMap>
+#include "platform/Value.h"
+
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -19,6 +22,9 @@ class LocalizedStrings;
 /// wins.
 class KeychainManager {
 public:
+    /// A user's name, which may be absent, or another text of that kind.
+    using OptionalText = std::optional<std::string_view>;
+
     static KeychainManager &sharedManager();
     /// The service's name is a text of `strings`.
     KeychainManager(Keychain &keychain, LocalizedStrings &strings);
@@ -26,79 +32,79 @@ public:
     /// \name Account operations
     /// Without a change to make, or an item to make it in, nothing is written.
 
-    /// The account's password, null when there is none. A document without a password gives its own text.
+    /// The account's password, absent when there is none. A document without a password gives its own text.
     /// \param keepLoggedin receives the choice when it is stored beside the password.
-    QString getPasswordForUser(const QString &user, bool *keepLoggedin = nullptr);
-    /// Stores the password unless it is null, and the keep-signed-in choice when it is given; other members survive.
+    std::optional<std::string> getPasswordForUser(OptionalText user, bool *keepLoggedin = nullptr);
+    /// Stores the password unless it is absent, and the keep-signed-in choice when it is given; other members survive.
     /// \returns false when the user name is empty, when there is nothing to store, or when the write fails (logged).
-    bool savePassword(const QString &password, const QString &user, std::optional<bool> keepLoggedin = std::nullopt);
+    bool savePassword(OptionalText password, OptionalText user, std::optional<bool> keepLoggedin = std::nullopt);
     /// Deletes the account's whole item. \returns false when there was none.
-    bool removePassword(const QString &user);
+    bool removePassword(OptionalText user);
 
     /// False when it is not stored.
-    bool skipAuthForUser(const QString &user);
+    bool skipAuthForUser(OptionalText user);
     /// Changes what an account's document holds; an account without one gets none.
-    void setSkipAuth(bool skipAuth, const QString &user);
-    void removeSkipAuthForUser(const QString &user);
+    void setSkipAuth(bool skipAuth, OptionalText user);
+    void removeSkipAuthForUser(OptionalText user);
 
-    bool flagExistsForKey(const QString &flag, const QString &user);
-    bool flagForKey(const QString &flag, const QString &user);
+    bool flagExistsForKey(OptionalText flag, OptionalText user);
+    bool flagForKey(OptionalText flag, OptionalText user);
     /// Like setSkipAuth().
-    void setFlag(bool value, const QString &flag, const QString &user);
-    void removeFlagForKey(const QString &flag, const QString &user);
+    void setFlag(bool value, OptionalText flag, OptionalText user);
+    void removeFlagForKey(OptionalText flag, OptionalText user);
 
-    /// \returns false when the key or the user is null, or when the write fails.
-    bool saveEncryptionKey(const QString &key, const QString &user);
-    /// Null when there is none.
-    QString getEncryptionKeyForUser(const QString &user);
+    /// \returns false when the key or the user is absent, or when the write fails.
+    bool saveEncryptionKey(OptionalText key, OptionalText user);
+    /// Absent when there is none.
+    std::optional<std::string> getEncryptionKeyForUser(OptionalText user);
 
     /// \name Items
-    /// With the platform's statuses. A null user name gives 0 or false, and nothing is done.
+    /// With the platform's statuses. An absent user name gives 0 or false, and nothing is done.
 
-    /// \param text receives the item's data, if it is not null and the text is; it stays null when the data is no
-    /// UTF-8.
-    qint32 secKeychainFindGenericPassword(QString *text, const QString &userName);
-    qint32 secKeychainFindGenericPassword(QString *text, const QString &userName, const QString &serviceName);
-    /// \param value a QByteArray or a QString; a null one is not written, and gives 0. Any other kind is asserted
-    /// against.
-    qint32 secKeychainModifyOrAddGenericPassword(const QVariant &value, const QString &userName);
-    qint32 secKeychainModifyOrAddGenericPassword(const QVariant &value, const QString &userName,
-                                                 const QString &serviceName);
+    /// \param text receives the item's data, if it is not null and the text is absent; which it stays when the data is
+    /// no UTF-8.
+    std::int32_t secKeychainFindGenericPassword(std::optional<std::string> *text, OptionalText userName);
+    std::int32_t secKeychainFindGenericPassword(std::optional<std::string> *text, OptionalText userName,
+                                                const std::string &serviceName);
+    /// \param value bytes or a text; nothing is not written, and gives 0. Any other kind is asserted against.
+    std::int32_t secKeychainModifyOrAddGenericPassword(const Value &value, OptionalText userName);
+    std::int32_t secKeychainModifyOrAddGenericPassword(const Value &value, OptionalText userName,
+                                                       const std::string &serviceName);
     /// Deletes the first item with these names. \returns false when there is none, or when it can't be deleted.
-    bool secKeychainRemoveAllItemsWithUserName(const QString &userName);
-    bool secKeychainRemoveAllItemsWithUserName(const QString &userName, const QString &serviceName);
+    bool secKeychainRemoveAllItemsWithUserName(OptionalText userName);
+    bool secKeychainRemoveAllItemsWithUserName(OptionalText userName, const std::string &serviceName);
 
     /// The product's name in the user's language.
-    QString serviceName() const;
+    std::string serviceName() const;
 
     /// \name Base64
     /// No encryption, whatever the names say.
 
-    static QString encryptString(const QString &string);
+    static std::optional<std::string> encryptString(OptionalText string);
     /// Reads whole groups of four characters in pieces of 1024; the first piece with a wrong character ends the text.
-    /// \returns null when the bytes are no UTF-8.
-    static QString decryptString(const QString &string);
+    /// \returns nothing when the bytes are no UTF-8.
+    static std::optional<std::string> decryptString(OptionalText string);
 
 private:
     /// What came of reading an account's item.
     struct Reading {
-        qint32 status = 0;
+        std::int32_t status = 0;
         bool isWritable = true; ///< to write the item anew loses nothing
-        QString text;
+        std::optional<std::string> text;
     };
-    Reading read(const QString &userName, const QString &serviceName);
+    Reading read(OptionalText userName, const std::string &serviceName);
 
     struct Stored {
-        qint32 status = 0;
+        std::int32_t status = 0;
         bool isWritable = true;
-        QVariantMap document; ///< empty when there is none, or none that can be parsed
+        Dictionary document; ///< empty when there is none, or none that can be parsed
     };
-    Stored storedFor(const QString &user);
+    Stored storedFor(OptionalText user);
 
-    QVariant member(const QString &name, const QString &user);
-    void setMember(const QString &name, bool value, const QString &user);
-    void removeMember(const QString &name, const QString &user);
-    qint32 write(const QVariantMap &document, const QString &user);
+    Value member(std::string_view name, OptionalText user);
+    void setMember(std::string_view name, bool value, OptionalText user);
+    void removeMember(std::string_view name, OptionalText user);
+    std::int32_t write(const Dictionary &document, OptionalText user);
 
     Keychain &m_keychain;
     LocalizedStrings &m_strings;

@@ -4,14 +4,13 @@
 
 namespace quillmark {
 
-QString userNameOf(const QVariant &entry) {
-    const QVariant name = entry.toMap().value(kUserUserName);
-    return name.typeId() == QMetaType::QString ? name.toString() : QString();
+const std::string *userNameOf(const Value &entry) {
+    return valueOf(entry.dictionary(), kUserUserName).as<std::string>();
 }
 
-bool isRecordOf(const QString &userName, const QVariant &entry) {
-    const QString name = userNameOf(entry);
-    return !userName.isNull() && !name.isNull() && userName == name; // a null text and an empty one are equal
+bool isRecordOf(std::string_view userName, const Value &entry) {
+    const std::string *name = userNameOf(entry);
+    return name != nullptr && *name == userName;
 }
 
 UserListIndex &UserListIndex::sharedIndex() {
@@ -19,19 +18,19 @@ UserListIndex &UserListIndex::sharedIndex() {
     return instance;
 }
 
-std::optional<QVariantMap> UserListIndex::recordOf(const QString &userName, const QVariantList &list) {
+Value UserListIndex::recordOf(std::string_view userName, const Value &list) {
     const std::scoped_lock lock(m_mutex);
-    if (list.constData() != m_list.constData() || list.size() != m_list.size()) {
+    if (list.as<List>() != m_list.as<List>()) {
+        m_places.clear(); // its names lie in the former list
         m_list = list;
-        m_places.clear();
-        for (qsizetype place = list.size() - 1; place >= 0; --place) { // so that the first of a name wins
-            if (const QString name = userNameOf(list[place]); !name.isNull()) {
-                m_places.insert(name, place);
+        for (size_t place = 0; place < list.list().size(); ++place) {
+            if (const std::string *name = userNameOf(list.list()[place])) {
+                m_places.emplace(*name, place); // the first of a name stays
             }
         }
     }
-    const auto place = m_places.constFind(userName);
-    return !userName.isNull() && place != m_places.cend() ? std::optional(list[*place].toMap()) : std::nullopt;
+    const auto place = m_places.find(userName);
+    return place != m_places.end() ? m_list.list()[place->second] : Value();
 }
 
 } // namespace quillmark

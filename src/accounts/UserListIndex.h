@@ -1,19 +1,18 @@
 #pragma once
 
-#include <QHash>
-#include <QString>
-#include <QVariantList>
-#include <QVariantMap>
+#include "platform/Value.h"
+
 #include <mutex>
-#include <optional>
+#include <string>
+#include <unordered_map>
 
 namespace quillmark {
 
 /// The "UserName" of an entry of the user list; null when the entry is no record, or its name no text.
-QString userNameOf(const QVariant &entry);
+const std::string *userNameOf(const Value &entry);
 
-/// Whether the entry is a record of that name; a null name is nobody's.
-bool isRecordOf(const QString &userName, const QVariant &entry);
+/// Whether the entry is a record of that name.
+bool isRecordOf(std::string_view userName, const Value &entry);
 
 /// Finds records by user name without a walk over the list. It keeps the places in the list that it was last asked
 /// about, and a share of that list: while that is so, no other list can lie at the same place in memory.
@@ -23,13 +22,13 @@ class UserListIndex {
 public:
     static UserListIndex &sharedIndex();
 
-    /// The list's first record of that name.
-    std::optional<QVariantMap> recordOf(const QString &userName, const QVariantList &list);
+    /// The list's first record of that name; nothing when there is none, or what is given is no list.
+    Value recordOf(std::string_view userName, const Value &list);
 
 private:
     std::mutex m_mutex;
-    QVariantList m_list;
-    QHash<QString, qsizetype> m_places;
+    Value m_list;
+    std::unordered_map<std::string_view, size_t> m_places; ///< by names that lie in the list
 };
 
 } // namespace quillmark

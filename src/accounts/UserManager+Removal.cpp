@@ -3,14 +3,14 @@
 #include "accounts/UserManager.h"
 #include "platform/MainThread.h"
 #include "platform/Path.h"
+#include "platform/Pieces.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
 #include "utils/ErrorText.h"
 #include "utils/FileManager.h"
 #include "utils/Log.h"
 
-#include <QFile>
-#include <QFileInfo>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,107 +19,115 @@ namespace quillmark {
 namespace {
 
 /// The folder of all caches at a location.
-QString cachesFolderOf(const QString &location) { return appendingPathComponent(location, QStringLiteral(".QM")); }
+std::string cachesFolderOf(std::string_view location) { return appendingPathComponent(location, ".QM"); }
 
-/// A cache may have been moved to a bigger disk, with a link in its place.
-bool leadsToFolderOfUser(const QString &link) {
-    struct stat target {};
-    return ::stat(QFile::encodeName(link).constData(), &target) == 0 && S_ISDIR(target.st_mode) &&
-           target.st_uid == ::geteuid();
+bool isLink(const std::string &path) {
+    std::error_code error;
+    return std::filesystem::is_symlink(path, error);
 }
 
-/// Why a cache at that place must not be deleted; null when it may be. Whatever the record says, nothing but a folder
+/// Where a link leads to, as an absolute path; an empty text for what is no link.
+std::string targetOfLink(const std::filesystem::path &path) {
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::read_symlink(path, error);
+    return error ? std::string() : normalPath(path.parent_path() / target);
+}
+
+/// A cache may have been moved to a bigger disk, with a link in its place.
+bool leadsToFolderOfUser(const std::string &link) {
+    struct stat target {};
+    return ::stat(link.c_str(), &target) == 0 && S_ISDIR(target.st_mode) && target.st_uid == ::geteuid();
+}
+
+/// Why a cache at that place must not be deleted; absent when it may be. Whatever the record says, nothing but a folder
 /// below LOCATION/.QM ever is.
-QString obstacleToRemoval(const QString &location, const QString &name) {
-    if (!location.startsWith(u'/')) {
-        return QStringLiteral("its location is no absolute path");
+std::optional<std::string> obstacleToRemoval(const std::string &location, const std::string &name) {
+    if (!location.starts_with('/')) {
+        return "its location is no absolute path";
     }
-    QString folder = cachesFolderOf(location);
-    if (QFileInfo(folder).isSymLink() && !leadsToFolderOfUser(folder)) {
-        return QStringLiteral("the link \"%1\" leads to no folder of the user's").arg(folder);
+    const std::string folder = cachesFolderOf(location);
+    if (isLink(folder) && !leadsToFolderOfUser(folder)) {
+        return "the link \"" + folder + "\" leads to no folder of the user's";
     }
-    const QStringList components = withoutNeedlessSlashes(name).split(u'/');
-    for (const QString &component : components) {
-        if (component.isEmpty() || component == u"." || component == u"..") {
-            return QStringLiteral("its name is no name of a folder");
+    const std::string path = withoutNeedlessSlashes(name);
+    for (const std::string_view component : pieces(path, '/')) {
+        if (component.empty() || component == "." || component == "..") {
+            return "its name is no name of a folder";
         }
     }
-    for (const QString &component : components.first(components.size() - 1)) {
-        folder = appendingPathComponent(folder, component);
-        if (QFileInfo(folder).isSymLink()) {
-            return QStringLiteral("a link lies in its way");
+    for (size_t end = 0; (end = path.find('/', end)) != std::string::npos; ++end) {
+        if (isLink(appendingPathComponent(folder, path.substr(0, end)))) {
+            return "a link lies in its way";
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 } // namespace
 
-QString UserManager::userCachePath(const QString &userName) const {
-    const QString location = recordText(kCacheLocation, userName);
-    const QString name = recordText(kUserCacheName, userName);
-    return location.isNull() || name.isNull() ? QString() : appendingPathComponent(cachesFolderOf(location), name);
+std::optional<std::string> UserManager::userCachePath(std::string_view userName) const {
+    const auto location = recordText(kCacheLocation, userName);
+    const auto name = recordText(kUserCacheName, userName);
+    return location && name ? std::optional(appendingPathComponent(cachesFolderOf(*location), *name)) : std::nullopt;
 }
 
-void UserManager::removeUser(const QString &userName, bool removeCache, RemovalObserver *sender) const {
-    m_platform->mainThread.detachNewThread(QStringLiteral("removeUser"),
-                                           [manager = *this, userName, removeCache, sender]() mutable {
-                                               const auto remainder = manager.removeUserAsync(userName, removeCache);
-                                               if (sender != nullptr) {
-                                                   manager.m_platform->mainThread.post([sender, remainder] {
-                                                       if (remainder) {
-                                                           sender->cacheStays(remainder->path, remainder->reason);
-                                                       }
-                                                       sender->removeUserFinished();
-                                                   });
-                                               }
-                                           });
+void UserManager::removeUser(const std::string &userName, bool removeCache, RemovalObserver *sender) const {
+    m_platform->mainThread.detachNewThread("removeUser", [manager = *this, userName, removeCache, sender]() mutable {
+        const auto remainder = manager.removeUserAsync(userName, removeCache);
+        if (sender != nullptr) {
+            manager.m_platform->mainThread.post([sender, remainder] {
+                if (remainder) {
+                    sender->cacheStays(remainder->path, remainder->reason);
+                }
+                sender->removeUserFinished();
+            });
+        }
+    });
 }
 
-std::optional<UserManager::Remainder> UserManager::removeUserAsync(const QString &userName, bool removeCache) {
+std::optional<UserManager::Remainder> UserManager::removeUserAsync(const std::string &userName, bool removeCache) {
     // The cache's place is part of the record.
     auto remainder = removeCache ? removeCacheOf(userName) : std::nullopt;
     if (remainder) {
         logError(R"(The cache "%@" of "%@" is not removed: %@)", remainder->path, userName, remainder->reason);
     }
-    removeEntries([&userName](const QVariant &entry) { return isRecordOf(userName, entry); }, userName);
+    removeEntries([&userName](const Value &entry) { return isRecordOf(userName, entry); }, userName);
     return remainder;
 }
 
-std::optional<UserManager::Remainder> UserManager::removeCacheOf(const QString &userName) const {
-    const QString path = userCachePath(userName);
-    if (path.isNull()) {
+std::optional<UserManager::Remainder> UserManager::removeCacheOf(const std::string &userName) const {
+    const auto location = recordText(kCacheLocation, userName);
+    const auto name = recordText(kUserCacheName, userName);
+    if (!location || !name) {
         return std::nullopt;
     }
-    const QString obstacle =
-        obstacleToRemoval(recordText(kCacheLocation, userName), recordText(kUserCacheName, userName));
-    if (!obstacle.isNull()) {
-        return Remainder{path, obstacle};
+    const std::string path = appendingPathComponent(cachesFolderOf(*location), *name);
+    if (auto obstacle = obstacleToRemoval(*location, *name)) {
+        return Remainder{path, *std::move(obstacle)};
     }
-    const QString target = QFileInfo(path).symLinkTarget();
+    const std::string target = targetOfLink(path);
     if (const int error = __QMCurrentThreadFileManager().removeItem(path); error != 0) {
         return Remainder{path, posixErrorToString(error)};
     }
-    return target.isEmpty()
-               ? std::nullopt
-               : std::optional(Remainder{target, QStringLiteral("only a link to it was the user's cache")});
+    return target.empty() ? std::nullopt : std::optional(Remainder{target, "only a link to it was the user's cache"});
 }
 
-bool UserManager::removeIncompleteUser(const QString &userName) {
+bool UserManager::removeIncompleteUser(std::optional<std::string_view> userName) {
     return removeEntries(
-        [&userName](const QVariant &entry) {
-            return !entry.toMap().contains(kUserUserName) || isRecordOf(userName, entry);
+        [&userName](const Value &entry) {
+            return !entry.dictionary().contains(kUserUserName) || (userName && isRecordOf(*userName, entry));
         },
         userName);
 }
 
-bool UserManager::removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName) {
+bool UserManager::removeEntries(const std::function<bool(const Value &entry)> &isToGo,
+                                std::optional<std::string_view> userName) {
     return change([&](UserDefaults &defaults) {
-        QVariantList list = userList();
-        list.removeIf(isToGo);
-        defaults.setObject(kUserList, list);
-        if (!userName.isNull() && userName == lastUsedUserName()) {
-            setLastUsedUserName(QString());
+        List list = userList();
+        std::erase_if(list, isToGo);
+        defaults.setObject(kUserList, std::move(list));
+        if (userName == lastUsedUserName()) {
+            setLastUsedUserName(std::nullopt);
         }
     });
 }

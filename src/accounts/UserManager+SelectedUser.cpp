@@ -7,43 +7,38 @@ namespace quillmark {
 
 namespace {
 
-constexpr qint32 kConsumerAccount = 10;
-constexpr qint32 kBusinessAccount = 9;
+constexpr std::int32_t kConsumerAccount = 10;
+constexpr std::int32_t kBusinessAccount = 9;
 
-QString textOrNull(const QVariant &value) {
-    return value.typeId() == QMetaType::QString ? value.toString() : QString();
-}
-
-QVariant valueOrRemoval(const QString &text) { return text.isNull() ? QVariant() : QVariant(text); }
+Value valueOrRemoval(std::optional<std::string_view> text) { return text ? Value(*text) : Value(); }
 
 } // namespace
 
-QString UserManager::lastUsedUserName() const {
-    const QString name = textOrNull(m_platform->userDefaults.objectForKey(kLastUsedUserName));
-    return name.isNull() ? QStringLiteral("") : name;
+std::string UserManager::lastUsedUserName() const {
+    return m_platform->userDefaults.objectForKey(kLastUsedUserName).text().value_or("");
 }
 
-void UserManager::setLastUsedUserName(const QString &userName) {
+void UserManager::setLastUsedUserName(std::optional<std::string_view> userName) {
     m_platform->userDefaults.setObject(kLastUsedUserName, valueOrRemoval(userName));
 }
 
-QString UserManager::previousAddUserName() const {
-    return textOrNull(m_platform->userDefaults.objectForKey(kPreviousAddUserName));
+std::optional<std::string> UserManager::previousAddUserName() const {
+    return m_platform->userDefaults.objectForKey(kPreviousAddUserName).text();
 }
 
-void UserManager::setPreviousAddUserName(const QString &userName) {
+void UserManager::setPreviousAddUserName(std::optional<std::string_view> userName) {
     m_platform->userDefaults.setObject(kPreviousAddUserName, valueOrRemoval(userName));
 }
 
-qint32 UserManager::selectedInt(const QString &key, qint32 defaultValue) const {
+std::int32_t UserManager::selectedInt(std::string_view key, std::int32_t defaultValue) const {
     return objectForKeyAsInt(key, lastUsedUserName(), defaultValue);
 }
 
-QString UserManager::recordText(const QString &key, const QString &userName) const {
-    return textOrNull(recordValue(key, userName));
+std::optional<std::string> UserManager::recordText(std::string_view key, std::string_view userName) const {
+    return recordValue(key, userName).text();
 }
 
-qint32 UserManager::selectedUserAccountType() const { return selectedInt(kUserAccountType, kConsumerAccount); }
+std::int32_t UserManager::selectedUserAccountType() const { return selectedInt(kUserAccountType, kConsumerAccount); }
 bool UserManager::isBusinessUser() const { return selectedUserAccountType() == kBusinessAccount; }
 bool UserManager::isShowingTeamFolders() const { return selectedInt(kUserShowTeamFolders, 0) != 0; }
 // Deliberate: any number shows team folders above, only 1 does here.
@@ -64,10 +59,16 @@ bool UserManager::selectedUserAllowSharing() const { return selectedInt(kUserAll
 bool UserManager::selectedUserEncryptTransfers() const { return selectedInt(kUserEncryptTransfers, 0) == 1; }
 bool UserManager::selectedUserEncryptNewFiles() const { return selectedInt(kUserEncryptNewFiles, 0) == 1; }
 bool UserManager::ignoreServerExclusions() const { return selectedInt(kIgnoreServerExclusions, 0) != 0; }
-bool UserManager::selectedUserHaveClientIdent() const { return !selectedUserClientIdent().isEmpty(); }
-QString UserManager::selectedUserClientIdent() const { return recordText(kUserClientIdent, lastUsedUserName()); }
-QString UserManager::selectedUserCacheLocation() const { return recordText(kCacheLocation, lastUsedUserName()); }
-QString UserManager::selectedUserCacheName() const { return recordText(kUserCacheName, lastUsedUserName()); }
-QString UserManager::selectedUserCachePath() const { return userCachePath(lastUsedUserName()); }
+bool UserManager::selectedUserHaveClientIdent() const { return !selectedUserClientIdent().value_or("").empty(); }
+std::optional<std::string> UserManager::selectedUserClientIdent() const {
+    return recordText(kUserClientIdent, lastUsedUserName());
+}
+std::optional<std::string> UserManager::selectedUserCacheLocation() const {
+    return recordText(kCacheLocation, lastUsedUserName());
+}
+std::optional<std::string> UserManager::selectedUserCacheName() const {
+    return recordText(kUserCacheName, lastUsedUserName());
+}
+std::optional<std::string> UserManager::selectedUserCachePath() const { return userCachePath(lastUsedUserName()); }
 
 } // namespace quillmark

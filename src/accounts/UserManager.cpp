@@ -4,75 +4,61 @@
 #include "accounts/KeychainManager.h"
 #include "accounts/UserListIndex.h"
 #include "platform/Platform.h"
+#include "platform/ScalarText.h"
 #include "platform/UserDefaults.h"
 #include "utils/IntegerValue.h"
 #include "utils/Log.h"
 
-#include <QSet>
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <set>
 
 namespace quillmark {
 
 namespace {
 
-constexpr qint32 kConnectionCount = 1; // deliberate: whatever a record holds, every reader sees one connection
+constexpr std::int32_t kConnectionCount = 1; // deliberate: whatever a record holds, every reader sees one connection
 
-bool offersInteger(const QVariant &value) {
-    switch (value.typeId()) {
-    case QMetaType::QString:
-    case QMetaType::Bool:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::ULong:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Float:
-    case QMetaType::Double:
-        return true;
-    default:
-        return false;
-    }
-}
-
-UserRecord recordIn(const QVariantList &list, const QString &userName) {
-    return UserListIndex::sharedIndex().recordOf(userName, list).value_or(UserManager::setupUserDefaults());
+bool offersInteger(const Value &value) {
+    return value.is<std::string>() || value.is<bool>() || value.is<std::int64_t>() || value.is<std::uint64_t>() ||
+           value.is<float>() || value.is<double>();
 }
 
 /// Puts the record at the end, in the place of all of that name.
-void putRecord(QVariantList &list, const UserRecord &record, const QString &userName) {
-    list.removeIf([&userName](const QVariant &entry) { return isRecordOf(userName, entry); });
-    list.append(record);
+void putRecord(List &list, UserRecord record, std::string_view userName) {
+    std::erase_if(list, [&userName](const Value &entry) { return isRecordOf(userName, entry); });
+    list.emplace_back(std::move(record));
 }
 
 /// The list when every record of that account has the new name; nothing when there is no such record.
-std::optional<QVariantList> listAfterRenaming(const QVariantList &list, const QString &newName, qint64 account) {
-    QSet<QString> oldNames;
-    QVariantList renamed;
-    for (const QVariant &entry : list) {
-        UserRecord record = entry.toMap();
-        if (!record.contains(kAccountId) || integerValueOf(record.value(kAccountId)) != account) {
+std::optional<List> listAfterRenaming(const List &list, const std::string &newName, std::int64_t account) {
+    std::set<std::string> oldNames;
+    List renamed;
+    for (const Value &entry : list) {
+        UserRecord record = entry.dictionary();
+        if (!record.contains(kAccountId) || integerValueOf(valueOf(record, kAccountId)) != account) {
             continue;
         }
-        if (const QString oldName = userNameOf(entry); !oldName.isNull()) {
-            if (oldName == newName) {
+        if (const std::string *oldName = userNameOf(entry)) {
+            if (*oldName == newName) {
                 renamed.clear(); // this one takes the place of those that got its name before
             }
-            oldNames.insert(oldName);
+            oldNames.insert(*oldName);
         }
-        record.insert(kUserUserName, newName);
-        renamed.append(record);
+        record.insert_or_assign(kUserUserName, newName);
+        renamed.emplace_back(std::move(record));
     }
-    if (renamed.isEmpty()) {
+    if (renamed.empty()) {
         return std::nullopt;
     }
-    QVariantList others;
-    std::copy_if(list.cbegin(), list.cend(), std::back_inserter(others), [&oldNames](const QVariant &entry) {
-        const QString name = userNameOf(entry);
-        return name.isNull() || !oldNames.contains(name);
+    List result;
+    std::copy_if(list.begin(), list.end(), std::back_inserter(result), [&oldNames](const Value &entry) {
+        const std::string *name = userNameOf(entry);
+        return name == nullptr || !oldNames.contains(*name);
     });
-    return others + renamed;
+    result.insert(result.end(), renamed.begin(), renamed.end());
+    return result;
 }
 
 constexpr const char *kIsKept = "what was set is kept until this program ends";
@@ -85,15 +71,22 @@ void logProblem(const UserDefaults &defaults, const char *consequence) {
 
 UserManager::UserManager() : UserManager(platform(), KeychainManager::sharedManager()) {}
 
-UserRecord UserManager::userWithUserName(const QString &userName) const { return recordIn(userList(), userName); }
-
-QVariantList UserManager::userList() const {
-    const QVariant list = m_platform->userDefaults.objectForKey(kUserList);
-    return list.typeId() == QMetaType::QVariantList ? list.toList() : QVariantList(); // a text would become characters
+Value UserManager::recordOf(std::string_view userName) const {
+    Value record = UserListIndex::sharedIndex().recordOf(userName, storedList());
+    return record.isNothing() ? setupUserDefaults() : record;
 }
 
-bool UserManager::doesUserKeyExists(const QString &userName) const {
-    return UserListIndex::sharedIndex().recordOf(userName, userList()).has_value();
+UserRecord UserManager::userWithUserName(std::string_view userName) const { return recordOf(userName).dictionary(); }
+
+Value UserManager::storedList() const {
+    Value list = m_platform->userDefaults.objectForKey(kUserList);
+    return list.is<List>() ? list : Value();
+}
+
+List UserManager::userList() const { return storedList().list(); }
+
+bool UserManager::doesUserKeyExists(std::optional<std::string_view> userName) const {
+    return userName && !UserListIndex::sharedIndex().recordOf(*userName, storedList()).isNothing();
 }
 
 UserRecord UserManager::setupUserDefaults() {
@@ -101,84 +94,88 @@ UserRecord UserManager::setupUserDefaults() {
             {kUserDownloadBandwidth, 100},   {kUserUploadBandwidth, 100},  {kUserEncryptTransfers, 1}};
 }
 
-QVariant UserManager::recordValue(const QString &key, const QString &userName) const {
-    return userWithUserName(userName).value(key);
+Value UserManager::recordValue(std::string_view key, std::string_view userName) const {
+    return valueOf(recordOf(userName).dictionary(), key);
 }
 
-QVariant UserManager::objectForKey(const QString &key, const QString &userName) const {
-    const auto unlessNull = [](const QString &text) { return text.isNull() ? QVariant() : QVariant(text); };
-    if (kUserPassword == key) {
-        return unlessNull(m_keychain->getPasswordForUser(userName));
+Value UserManager::objectForKey(std::string_view key, std::string_view userName) const {
+    const auto orNothing = [](std::optional<std::string> text) { return text ? Value(*std::move(text)) : Value(); };
+    if (key == kUserPassword) {
+        return orNothing(m_keychain->getPasswordForUser(userName));
     }
-    if (kUserEncryptionKey == key) {
-        return unlessNull(m_keychain->getEncryptionKeyForUser(userName));
+    if (key == kUserEncryptionKey) {
+        return orNothing(m_keychain->getEncryptionKeyForUser(userName));
     }
-    return kUserConnectionCount == key ? QVariant(kConnectionCount) : recordValue(key, userName);
+    return key == kUserConnectionCount ? Value(kConnectionCount) : recordValue(key, userName);
 }
 
-QVariant UserManager::objectForKeyAsString(const QString &key, const QString &userName) const {
-    return kUserConnectionCount == key ? QVariant(QString::number(kConnectionCount)) : objectForKey(key, userName);
+Value UserManager::objectForKeyAsString(std::string_view key, std::string_view userName) const {
+    return key == kUserConnectionCount ? Value(std::to_string(kConnectionCount)) : objectForKey(key, userName);
 }
 
-qint32 UserManager::objectForKeyAsInt(const QString &key, const QString &userName, qint32 defaultValue) const {
-    using Limits = std::numeric_limits<qint32>;
-    const qint64 value = objectForKeyAsLong(key, userName, defaultValue);
-    return static_cast<qint32>(std::clamp<qint64>(value, Limits::min(), Limits::max()));
+std::int32_t UserManager::objectForKeyAsInt(std::string_view key, std::string_view userName,
+                                            std::int32_t defaultValue) const {
+    using Limits = std::numeric_limits<std::int32_t>;
+    const std::int64_t value = objectForKeyAsLong(key, userName, defaultValue);
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
 }
 
-qint64 UserManager::objectForKeyAsLong(const QString &key, const QString &userName, qint64 defaultValue) const {
-    if (kUserConnectionCount == key) {
+std::int64_t UserManager::objectForKeyAsLong(std::string_view key, std::string_view userName,
+                                             std::int64_t defaultValue) const {
+    if (key == kUserConnectionCount) {
         return kConnectionCount;
     }
-    const QVariant value = recordValue(key, userName);
+    const Value value = recordValue(key, userName);
     return offersInteger(value) ? integerValueOf(value) : defaultValue;
 }
 
-QVariant UserManager::objectForKeyAsArray(const QString &key, const QString &userName) const {
+Value UserManager::objectForKeyAsArray(std::string_view key, std::string_view userName) const {
     return recordValue(key, userName);
 }
 
-bool UserManager::setObject(const QVariant &value, const QString &key, const QString &userName, bool /*updateMono*/) {
-    if (!value.isValid()) {
+bool UserManager::setObject(const Value &value, std::string_view key, std::string_view userName, bool /*updateMono*/) {
+    if (value.isNothing()) {
         return false;
     }
-    if (kUserPassword == key) {
-        return m_keychain->savePassword(value.toString(), userName);
+    if (key == kUserPassword) {
+        return m_keychain->savePassword(scalarText(value), userName);
     }
-    if (kUserEncryptionKey == key) {
-        return m_keychain->saveEncryptionKey(value.toString(), userName);
+    if (key == kUserEncryptionKey) {
+        return m_keychain->saveEncryptionKey(scalarText(value), userName);
     }
-    return changeList([&](QVariantList &list) {
-        UserRecord record = recordIn(list, userName);
-        record.insert(key, value);
-        record.insert(kUserUserName, userName);
-        putRecord(list, record, userName);
+    return changeList([&](List &list) {
+        UserRecord record = userWithUserName(userName);
+        record.insert_or_assign(std::string(key), value);
+        record.insert_or_assign(kUserUserName, userName);
+        putRecord(list, std::move(record), userName);
     });
 }
 
-bool UserManager::removeObjectForKey(const QString &key, const QString &userName, bool /*updateMono*/) {
-    return changeList([&](QVariantList &list) {
-        UserRecord record = recordIn(list, userName);
-        record.remove(key);
-        putRecord(list, record, userName);
+bool UserManager::removeObjectForKey(std::string_view key, std::string_view userName, bool /*updateMono*/) {
+    return changeList([&](List &list) {
+        UserRecord record = userWithUserName(userName);
+        if (const auto entry = record.find(key); entry != record.end()) {
+            record.erase(entry);
+        }
+        putRecord(list, std::move(record), userName);
     });
 }
 
-bool UserManager::saveUser(const UserRecord &record, const QString &userName, bool /*updateMono*/) {
-    return changeList([&](QVariantList &list) { putRecord(list, record, userName); });
+bool UserManager::saveUser(const UserRecord &record, std::string_view userName, bool /*updateMono*/) {
+    return changeList([&](List &list) { putRecord(list, record, userName); });
 }
 
-bool UserManager::updateUserWithUsername(const QString &newName, qint64 account) {
+bool UserManager::updateUserWithUsername(std::string_view newName, std::int64_t account) {
     return change([&](UserDefaults &defaults) {
-        if (const auto list = listAfterRenaming(userList(), newName, account)) {
+        if (const auto list = listAfterRenaming(userList(), std::string(newName), account)) {
             defaults.setObject(kUserList, *list);
         }
     });
 }
 
-bool UserManager::changeList(const std::function<void(QVariantList &list)> &changeOfList) const {
+bool UserManager::changeList(const std::function<void(List &list)> &changeOfList) const {
     return change([&](UserDefaults &defaults) {
-        QVariantList list = userList();
+        List list = userList();
         changeOfList(list);
         defaults.setObject(kUserList, list);
     });

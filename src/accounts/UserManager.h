@@ -1,10 +1,12 @@
 #pragma once
 
-#include <QString>
-#include <QVariantList>
-#include <QVariantMap>
+#include "platform/Value.h"
+
+#include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -13,7 +15,7 @@ class UserDefaults;
 struct Platform;
 
 /// The settings of one account, by the keys of its family in the key list.
-using UserRecord = QVariantMap;
+using UserRecord = Dictionary;
 
 /// The accounts that are known here and the settings of each, kept in the preferences; their secrets are kept in the
 /// keychain and never reach a record. Objects hold nothing of their own, so any number may exist, and a copy is as
@@ -32,7 +34,7 @@ public:
         virtual ~RemovalObserver() = default;
         virtual void removeUserFinished() = 0;
         /// Told before it when something of a cache that was to go is still there.
-        virtual void cacheStays(const QString & /*path*/, const QString & /*reason*/) {}
+        virtual void cacheStays(const std::string & /*path*/, const std::string & /*reason*/) {}
     };
 
     /// Over the installed platform and the keychain of this process.
@@ -42,47 +44,47 @@ public:
     /// \name Records
 
     /// The first record of that name; for an unknown user a new one, which holds the defaults and is not stored.
-    UserRecord userWithUserName(const QString &userName) const;
+    UserRecord userWithUserName(std::string_view userName) const;
     /// In the order in which they were last saved. Empty, too, when what is stored is no list.
-    QVariantList userList() const;
-    bool doesUserKeyExists(const QString &userName) const;
+    List userList() const;
+    bool doesUserKeyExists(std::optional<std::string_view> userName) const;
     /// The six defaults of a new record.
     static UserRecord setupUserDefaults();
 
-    /// The record's value; invalid when it is absent. "Password" and "State" come from the keychain, and
+    /// The record's value; nothing when it is absent. "Password" and "State" come from the keychain, and
     /// "ConnectionCount" is always 1, whatever the record holds.
-    QVariant objectForKey(const QString &key, const QString &userName) const;
+    Value objectForKey(std::string_view key, std::string_view userName) const;
     /// The same, but for the text "1" for "ConnectionCount". Nothing is converted.
-    QVariant objectForKeyAsString(const QString &key, const QString &userName) const;
+    Value objectForKeyAsString(std::string_view key, std::string_view userName) const;
     /// A number, or the number that a text begins with, else 0; the nearest one when it is too large. The default when
     /// the value is absent or of another kind.
-    qint32 objectForKeyAsInt(const QString &key, const QString &userName, qint32 defaultValue) const;
-    qint64 objectForKeyAsLong(const QString &key, const QString &userName, qint64 defaultValue) const;
+    std::int32_t objectForKeyAsInt(std::string_view key, std::string_view userName, std::int32_t defaultValue) const;
+    std::int64_t objectForKeyAsLong(std::string_view key, std::string_view userName, std::int64_t defaultValue) const;
     /// The record's value. Nothing is converted.
-    QVariant objectForKeyAsArray(const QString &key, const QString &userName) const;
+    Value objectForKeyAsArray(std::string_view key, std::string_view userName) const;
 
     /// Sets a value of the user's record, of a new one for an unknown user, and saves it; "Password" and "State" go to
-    /// the keychain alone. An invalid value changes nothing.
+    /// the keychain alone. Nothing, as a value, changes nothing.
     ///
     /// \param updateMono means something to the core program, and nothing here; as in the operations below.
     /// \returns false when it could not be stored, as the operations below do.
-    bool setObject(const QVariant &value, const QString &key, const QString &userName, bool updateMono = true);
+    bool setObject(const Value &value, std::string_view key, std::string_view userName, bool updateMono = true);
     /// Leaves the keychain alone.
-    bool removeObjectForKey(const QString &key, const QString &userName, bool updateMono = true);
+    bool removeObjectForKey(std::string_view key, std::string_view userName, bool updateMono = true);
     /// Puts the record at the end of the list, in the place of all of that name, and saves the preferences.
-    bool saveUser(const UserRecord &record, const QString &userName, bool updateMono = true);
+    bool saveUser(const UserRecord &record, std::string_view userName, bool updateMono = true);
     /// Gives every record of that account a new name.
-    bool updateUserWithUsername(const QString &newName, qint64 account);
+    bool updateUserWithUsername(std::string_view newName, std::int64_t account);
 
     /// \name The selected user
     /// Who signed in last.
 
-    QString lastUsedUserName() const;                     ///< empty when there is none
-    void setLastUsedUserName(const QString &userName);    ///< null for none
-    QString previousAddUserName() const;                  ///< null when there is none
-    void setPreviousAddUserName(const QString &userName); ///< null for none
+    std::string lastUsedUserName() const; ///< empty when there is none
+    void setLastUsedUserName(std::optional<std::string_view> userName);
+    std::optional<std::string> previousAddUserName() const;
+    void setPreviousAddUserName(std::optional<std::string_view> userName);
 
-    qint32 selectedUserAccountType() const;
+    std::int32_t selectedUserAccountType() const;
     bool isBusinessUser() const;
     bool isShowingTeamFolders() const;
     bool selectedUserShowTeamFolders() const;
@@ -99,43 +101,46 @@ public:
     bool selectedUserEncryptNewFiles() const;
     bool ignoreServerExclusions() const;
     bool selectedUserHaveClientIdent() const;
-    // Null when absent.
-    QString selectedUserClientIdent() const;
-    QString selectedUserCacheLocation() const;
-    QString selectedUserCacheName() const;
-    QString selectedUserCachePath() const;
+    // Absent where the record holds no text.
+    std::optional<std::string> selectedUserClientIdent() const;
+    std::optional<std::string> selectedUserCacheLocation() const;
+    std::optional<std::string> selectedUserCacheName() const;
+    std::optional<std::string> selectedUserCachePath() const;
 
-    /// LOCATION/.QM/NAME; null when the record lacks one of both.
-    QString userCachePath(const QString &userName) const;
+    /// LOCATION/.QM/NAME; absent when the record lacks one of both.
+    std::optional<std::string> userCachePath(std::string_view userName) const;
 
     /// \name Removal and housekeeping
 
     /// Removes all records of the name on a thread of its own, and deletes the user's cache before if that is wished.
     /// The keychain's item stays. So does a cache that no folder of the user's below LOCATION/.QM holds.
-    void removeUser(const QString &userName, bool removeCache, RemovalObserver *sender = nullptr) const;
-    /// Removes the records that have no "UserName" and, unless the name is null, those of that name.
-    bool removeIncompleteUser(const QString &userName);
-    bool load() { return removeIncompleteUser(QString()); }
+    void removeUser(const std::string &userName, bool removeCache, RemovalObserver *sender = nullptr) const;
+    /// Removes the records that have no "UserName" and, when a name is given, those of that name.
+    bool removeIncompleteUser(std::optional<std::string_view> userName);
+    bool load() { return removeIncompleteUser(std::nullopt); }
     /// Writes the preferences to disk. What can't be written (logged) stays as it was set in this process.
     bool save();
 
 private:
-    QVariant recordValue(const QString &key, const QString &userName) const;
-    QString recordText(const QString &key, const QString &userName) const;
-    qint32 selectedInt(const QString &key, qint32 defaultValue) const;
+    /// What is stored as the user list; nothing when that is no list.
+    Value storedList() const;
+    Value recordOf(std::string_view userName) const;
+    Value recordValue(std::string_view key, std::string_view userName) const;
+    std::optional<std::string> recordText(std::string_view key, std::string_view userName) const;
+    std::int32_t selectedInt(std::string_view key, std::int32_t defaultValue) const;
     /// What could not be removed, and why.
     struct Remainder {
-        QString path;
-        QString reason;
+        std::string path;
+        std::string reason;
     };
-    std::optional<Remainder> removeUserAsync(const QString &userName, bool removeCache);
-    std::optional<Remainder> removeCacheOf(const QString &userName) const;
+    std::optional<Remainder> removeUserAsync(const std::string &userName, bool removeCache);
+    std::optional<Remainder> removeCacheOf(const std::string &userName) const;
     /// Runs a change while nobody else makes one, and saves the preferences. \returns false, logged, as save() does,
     /// and when what is stored can't be read: then the change is not run.
     bool change(const std::function<void(UserDefaults &defaults)> &changeOfValues) const;
-    bool changeList(const std::function<void(QVariantList &list)> &changeOfList) const;
+    bool changeList(const std::function<void(List &list)> &changeOfList) const;
     /// Removes those entries, and unselects the user if the name is his.
-    bool removeEntries(const std::function<bool(const QVariant &entry)> &isToGo, const QString &userName);
+    bool removeEntries(const std::function<bool(const Value &entry)> &isToGo, std::optional<std::string_view> userName);
 
     const Platform *m_platform;
     KeychainManager *m_keychain;

@@ -5,27 +5,27 @@
 #include "platform/Bundle.h"
 #include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "utils/FileManager.h"
 #include "utils/Log.h"
 
-#include <QFile>
 #include <utility>
 
 namespace quillmark {
 
 namespace {
 
-constexpr qint32 kNoBrand = -1;
+constexpr std::int32_t kNoBrand = -1;
 
-qint32 brandOfSelectedUser() {
+std::int32_t brandOfSelectedUser() {
     const UserManager users;
     return users.objectForKeyAsInt(kUserBrandID, users.lastUsedUserName(), kNoBrand);
 }
 
-constexpr qint32 kLargestOwnBrand = 10000;
+constexpr std::int32_t kLargestOwnBrand = 10000;
 /// The only brand whose logo ships with the application.
-constexpr qint32 kBrandWithShippedLogo = 15;
+constexpr std::int32_t kBrandWithShippedLogo = 15;
 
-QString logoName(qint32 brandID) { return formatted("logo-%d.bmp", brandID); }
+std::string logoName(std::int32_t brandID) { return formatted("logo-%d.bmp", brandID); }
 
 } // namespace
 
@@ -42,20 +42,20 @@ BrandingManager::BrandingManager(const Bundle &bundle, const Images &images, Loc
 
 bool BrandingManager::isReseller() const { return getBrandingID() > kLargestOwnBrand; }
 
-std::optional<Image> BrandingManager::resourceImage(const QString &name) const {
-    auto image = m_images.load(m_bundle.pathForResource(name, QString()));
+std::optional<Image> BrandingManager::resourceImage(const std::string &name) const {
+    auto image = m_images.load(m_bundle.pathForResource(name, "").value_or(""));
     if (image) {
         image->name = name;
     }
     return image;
 }
 
-std::optional<Image> BrandingManager::getBrandedLogoImageForBrandID(qint32 brandID) const {
-    const QString defaultName = logoName(1);
-    const QString name = logoName(brandID);
-    const QString path = expandingTilde(formatted("~/Library/Application Support/Quillmark/%@", name));
+std::optional<Image> BrandingManager::getBrandedLogoImageForBrandID(std::int32_t brandID) const {
+    const std::string defaultName = logoName(1);
+    const std::string name = logoName(brandID);
+    const std::string path = expandingTilde(formatted("~/Library/Application Support/Quillmark/%@", name));
     std::optional<Image> image;
-    if (QFile::exists(path)) {
+    if (__QMCurrentThreadFileManager().fileExists(path)) {
         image = m_images.load(path);
         if (!image && std::exchange(m_unreadableLogo, path) != path) { // a header asks each time it is drawn
             logError("The logo \"%@\" can't be read: it is damaged, or of a kind that isn't supported", path);

@@ -3,7 +3,11 @@
 #include "branding/LocalizedStrings.h"
 #include "platform/Images.h"
 
+#include <cstdint>
 #include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -27,23 +31,23 @@ public:
 class BrandingManager {
 public:
     /// Answers the brand id of the user who signed in last, -1 without one.
-    using BrandProvider = std::function<qint32()>;
+    using BrandProvider = std::function<std::int32_t()>;
 
     static BrandingManager &sharedManager();
     BrandingManager(const Bundle &bundle, const Images &images, LocalizedStrings &strings, BrandProvider brandProvider);
 
-    QString localisedString(const QString &key) { return m_strings.localisedString(key); }
-    QString localisedStringStrippingBrandingSection(const QString &section, const QString &key) {
+    std::string localisedString(std::string_view key) { return m_strings.localisedString(key); }
+    std::string localisedStringStrippingBrandingSection(std::string_view section, std::string_view key) {
         return m_strings.localisedStringStrippingBrandingSection(section, key);
     }
 
-    qint32 getBrandingID() const { return m_brandProvider(); }
+    std::int32_t getBrandingID() const { return m_brandProvider(); }
     /// True for brand ids above 10000.
     bool isReseller() const;
 
     /// The logo of a brand: the downloaded one, the one shipped for brand 15, else the product's own. Nothing when that
     /// can't be read either. The image is named by its path when it was downloaded, else by its resource.
-    std::optional<Image> getBrandedLogoImageForBrandID(qint32 brandID) const;
+    std::optional<Image> getBrandedLogoImageForBrandID(std::int32_t brandID) const;
     std::optional<Image> getBrandedLogoImage() const { return getBrandedLogoImageForBrandID(getBrandingID()); }
 
     /// Hand the logo to a view; without a logo the view stays as it is.
@@ -51,13 +55,13 @@ public:
     void setBrandedLogoImage(ImageView &imageView) const;
 
 private:
-    std::optional<Image> resourceImage(const QString &name) const;
+    std::optional<Image> resourceImage(const std::string &name) const;
 
     const Bundle &m_bundle;
     const Images &m_images;
     LocalizedStrings &m_strings;
     BrandProvider m_brandProvider;
-    mutable QString m_unreadableLogo; ///< the last one that the log was told of
+    mutable std::string m_unreadableLogo; ///< the last one that the log was told of
 };
 
 } // namespace quillmark

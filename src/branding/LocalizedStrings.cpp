@@ -2,6 +2,7 @@
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
+#include "utils/ReplaceAll.h"
 
 namespace quillmark {
 
@@ -12,57 +13,55 @@ LocalizedStrings &LocalizedStrings::sharedManager() {
 }
 
 LocalizedStrings::LocalizedStrings(const Bundle &bundle)
-    : m_bundle(bundle), productName(bundle.localizedString(QStringLiteral("ProductName"))),
-      carryfoldProduct(bundle.localizedString(QStringLiteral("CarryfoldProduct"))),
-      backupProduct(bundle.localizedString(QStringLiteral("BackupProduct"))),
-      teamFolderProduct(bundle.localizedString(QStringLiteral("TeamFolderProduct"))),
-      teamFoldersProduct(bundle.localizedString(QStringLiteral("TeamFoldersProduct"))) {}
+    : m_bundle(bundle), productName(bundle.localizedString("ProductName")),
+      carryfoldProduct(bundle.localizedString("CarryfoldProduct")),
+      backupProduct(bundle.localizedString("BackupProduct")),
+      teamFolderProduct(bundle.localizedString("TeamFolderProduct")),
+      teamFoldersProduct(bundle.localizedString("TeamFoldersProduct")) {}
 
-QString LocalizedStrings::localisedString(const QString &key) {
-    if (key.isNull()) {
-        return {};
-    }
+std::string LocalizedStrings::localisedString(std::string_view key) {
     const std::scoped_lock lock(m_mutex);
-    if (const auto cached = localisedStrings.constFind(key); cached != localisedStrings.constEnd()) {
-        return *cached;
+    if (const auto cached = localisedStrings.find(key); cached != localisedStrings.end()) {
+        return cached->second;
     }
-    QString text = m_bundle.localizedString(key);
-    text.replace(QLatin1StringView("{#ProductName#}"), productName);
-    text.replace(QLatin1StringView("{#CarryfoldProduct#}"), carryfoldProduct);
-    text.replace(QLatin1StringView("{#BackupProduct#}"), backupProduct);
-    text.replace(QLatin1StringView("{#TeamFolderProduct#}"), teamFolderProduct);
-    text.replace(QLatin1StringView("{#TeamFoldersProduct#}"), teamFoldersProduct);
-    localisedStrings.insert(key, text);
-    return text;
+    std::string text = m_bundle.localizedString(key);
+    replaceAll(text, "{#ProductName#}", productName);
+    replaceAll(text, "{#CarryfoldProduct#}", carryfoldProduct);
+    replaceAll(text, "{#BackupProduct#}", backupProduct);
+    replaceAll(text, "{#TeamFolderProduct#}", teamFolderProduct);
+    replaceAll(text, "{#TeamFoldersProduct#}", teamFoldersProduct);
+    return localisedStrings.emplace(key, text).first->second;
 }
 
-QString LocalizedStrings::localisedStringForSection(const QString &section, const QString &key) {
-    const QString composite = formatted("%@_%@", section, key);
-    const QString text = localisedString(composite);
+std::string LocalizedStrings::localisedStringForSection(std::string_view section, std::string_view key) {
+    const std::string composite = formatted("%@_%@", section, key);
+    const std::string text = localisedString(composite);
     return text != composite ? text : localisedString(key);
 }
 
-QString LocalizedStrings::localisedStringStrippingBrandingSection(const QString &section, const QString &key) {
-    QString stripped = formatted("%@_%@", section, key);
+std::string LocalizedStrings::localisedStringStrippingBrandingSection(std::string_view section, std::string_view key) {
+    std::string stripped = formatted("%@_%@", section, key);
     // The order is deliberate: of a plural that contains its singular the rest stays. So are "/n" and "/r", which are
     // two characters each and no line ends.
-    for (const QString &piece : {productName, carryfoldProduct, backupProduct, teamFolderProduct, teamFoldersProduct,
-                                 QStringLiteral(" "), QStringLiteral("/n"), QStringLiteral("/r")}) {
-        if (!piece.isEmpty()) {
-            stripped.remove(piece);
+    for (const std::string_view piece :
+         {std::string_view(productName), std::string_view(carryfoldProduct), std::string_view(backupProduct),
+          std::string_view(teamFolderProduct), std::string_view(teamFoldersProduct), std::string_view(" "),
+          std::string_view("/n"), std::string_view("/r")}) {
+        if (!piece.empty()) {
+            replaceAll(stripped, piece, "");
         }
     }
-    const QString text = localisedString(stripped);
+    const std::string text = localisedString(stripped);
     return text != stripped ? text : localisedString(key);
 }
 
-QString QMLocalizedString(const QString &key) { return LocalizedStrings::sharedManager().localisedString(key); }
+std::string QMLocalizedString(std::string_view key) { return LocalizedStrings::sharedManager().localisedString(key); }
 
-QString QMLocalizedMonoString(const QString &section, const QString &key) {
+std::string QMLocalizedMonoString(std::string_view section, std::string_view key) {
     return LocalizedStrings::sharedManager().localisedStringForSection(section, key);
 }
 
-QString QMLocalizedMonoStringStripProduct(const QString &section, const QString &key) {
+std::string QMLocalizedMonoStringStripProduct(std::string_view section, std::string_view key) {
     return LocalizedStrings::sharedManager().localisedStringStrippingBrandingSection(section, key);
 }
 

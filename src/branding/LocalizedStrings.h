@@ -2,9 +2,10 @@
 
 #include "utils/FormattedText.h"
 
-#include <QHash>
-#include <QString>
+#include <map>
 #include <mutex>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -19,34 +20,34 @@ public:
     /// Reads the five product names; they never change afterwards.
     explicit LocalizedStrings(const Bundle &bundle);
 
-    /// The text of a key; the key itself, with its tokens replaced, when the table lacks it. Null for a null key.
-    QString localisedString(const QString &key);
+    /// The text of a key; the key itself, with its tokens replaced, when the table lacks it.
+    std::string localisedString(std::string_view key);
     /// The text of SECTION_KEY without product names and blanks, when the table has it, else that of the plain key.
-    QString localisedStringStrippingBrandingSection(const QString &section, const QString &key);
+    std::string localisedStringStrippingBrandingSection(std::string_view section, std::string_view key);
     /// The text of SECTION_KEY, when the table has it, else that of the plain key.
-    QString localisedStringForSection(const QString &section, const QString &key);
+    std::string localisedStringForSection(std::string_view section, std::string_view key);
 
 private:
     const Bundle &m_bundle;
-    const QString productName;
-    const QString carryfoldProduct;
-    const QString backupProduct;
-    const QString teamFolderProduct;
-    const QString teamFoldersProduct;
+    const std::string productName;
+    const std::string carryfoldProduct;
+    const std::string backupProduct;
+    const std::string teamFolderProduct;
+    const std::string teamFoldersProduct;
 
     std::mutex m_mutex;
-    QHash<QString, QString> localisedStrings;
+    std::map<std::string, std::string, std::less<>> localisedStrings;
 };
 
 /// LocalizedStrings::localisedString() of the main bundle's strings.
-QString QMLocalizedString(const QString &key);
+std::string QMLocalizedString(std::string_view key);
 
-QString QMLocalizedMonoString(const QString &section, const QString &key);
-QString QMLocalizedMonoStringStripProduct(const QString &section, const QString &key);
+std::string QMLocalizedMonoString(std::string_view section, std::string_view key);
+std::string QMLocalizedMonoStringStripProduct(std::string_view section, std::string_view key);
 
-/// The text of a key as a printf-style format over the arguments; null for a null key.
+/// The text of a key as a printf-style format over the arguments.
 template <class... Arguments>
-QString QMLocalizedStringWithArguments(const QString &key, const Arguments &...arguments) {
+std::string QMLocalizedStringWithArguments(std::string_view key, const Arguments &...arguments) {
     return formatted(QMLocalizedString(key), arguments...);
 }
 

@@ -2,46 +2,42 @@
 
 #include "utils/FormattedText.h"
 
-#include <QStringList>
+#include <fmt/format.h>
 
 namespace quillmark {
 
 namespace {
 
-/// Lines, each behind tabs and blanks, without a line end behind the last.
-QString sourceOf(const QString &indentation, const QStringList &lines) {
-    return indentation + lines.join(u'\n' + indentation);
-}
-
 /// What both scripts end with.
-QStringList linesThatReadTheSelection() {
-    return {
-        QStringLiteral("set alist to selection as alias list"),
-        QStringLiteral("set plist to {}"),
-        QStringLiteral("repeat with afile in alist"),
-        QStringLiteral("set end of plist to (POSIX path of (afile as text))"),
-        QStringLiteral("end repeat"),
-        QStringLiteral("end tell"),
-        QStringLiteral("return plist"),
-    };
+constexpr const char *kLinesThatReadTheSelection[] = {
+    "set alist to selection as alias list",
+    "set plist to {}",
+    "repeat with afile in alist",
+    "set end of plist to (POSIX path of (afile as text))",
+    "end repeat",
+    "end tell",
+    "return plist",
+};
+
+/// A script: the lines and those that read the selection, each behind tabs and blanks, without a line end behind the
+/// last.
+std::string sourceOf(const std::string &indentation, std::vector<std::string> lines) {
+    for (const char *const line : kLinesThatReadTheSelection) {
+        lines.emplace_back(line);
+    }
+    return fmt::format("{}{}", indentation, fmt::join(lines, '\n' + indentation));
 }
 
-QString selectionSource() {
-    const QStringList head = {QStringLiteral("tell application \"Finder\"")};
-    return sourceOf(QStringLiteral("\t\t\t "), head + linesThatReadTheSelection());
-}
+std::string selectionSource() { return sourceOf("\t\t\t ", {"tell application \"Finder\""}); }
 
-QString retrySource(const QString &productName) {
-    const QStringList head = {
-        formatted("tell application \"%@Core\"", productName), QStringLiteral("activate"), QStringLiteral("end tell"),
-        QStringLiteral("tell application \"Finder\""),         QStringLiteral("activate"),
-    };
-    return sourceOf(QStringLiteral("\t\t\t\t\t\t\t\t\t  "), head + linesThatReadTheSelection());
+std::string retrySource(const std::string &productName) {
+    return sourceOf("\t\t\t\t\t\t\t\t\t  ", {formatted("tell application \"%@Core\"", productName), "activate",
+                                             "end tell", "tell application \"Finder\"", "activate"});
 }
 
 } // namespace
 
-FinderScripts::FinderScripts(Scripts &scripts, const QString &productName)
+FinderScripts::FinderScripts(Scripts &scripts, const std::string &productName)
     : m_selection(scripts.scriptWithSource(selectionSource())),
       m_retry(scripts.scriptWithSource(retrySource(productName))) {
     m_selection->compile();

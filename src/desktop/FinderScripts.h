@@ -2,6 +2,9 @@
 
 #include "platform/Scripts.h"
 
+#include <optional>
+#include <string>
+
 namespace quillmark {
 
 /// The two scripts that read the Finder's selection: a list of POSIX paths. The retry brings the core application and
@@ -9,7 +12,7 @@ namespace quillmark {
 class FinderScripts {
 public:
     /// Makes and compiles them.
-    FinderScripts(Scripts &scripts, const QString &productName);
+    FinderScripts(Scripts &scripts, const std::string &productName);
 
     /// Runs one of them on the calling thread. \returns nothing when that failed.
     std::optional<ScriptDescriptor> run(bool isRetry) { return (isRetry ? m_retry : m_selection)->execute(); }

@@ -8,6 +8,7 @@
 #include "platform/Workspace.h"
 #include "tools/ProcessUtilities.h"
 #include "utils/FormattedText.h"
+#include "utils/IntegerValue.h"
 
 #include <csignal>
 
@@ -25,7 +26,7 @@ double secondsSinceReferenceDate(Clock::Time time) {
 
 /// Made at the first use and never destroyed, as they are shared by all.
 FinderScripts &sharedScripts() {
-    static auto &scripts = *new FinderScripts(platform().scripts, QMLocalizedString(QStringLiteral("ProductName")));
+    static auto &scripts = *new FinderScripts(platform().scripts, QMLocalizedString("ProductName"));
     return scripts;
 }
 
@@ -36,7 +37,7 @@ FinderSupport &FinderSupport::sharedManager() {
     return instance;
 }
 
-const QStringList &FinderSupport::getSelectedFinderItemsIsRetry(bool isRetry) {
+const std::vector<std::string> &FinderSupport::getSelectedFinderItemsIsRetry(bool isRetry) {
     const double now = secondsSinceReferenceDate(m_clock.now());
     if (!isRetry && now - _lastRequestTimeInterval <= kCacheLifetime) {
         return _fileList;
@@ -48,29 +49,29 @@ const QStringList &FinderSupport::getSelectedFinderItemsIsRetry(bool isRetry) {
     return _fileList;
 }
 
-QStringList FinderSupport::getSelectedFinderItemsNoCacheIsRetry(bool isRetry) {
+std::vector<std::string> FinderSupport::getSelectedFinderItemsNoCacheIsRetry(bool isRetry) {
     return createSelectedFinderItemsArrayNoCacheIsRetry(isRetry);
 }
 
-QStringList FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(bool isRetry) {
-    QStringList items;
+std::vector<std::string> FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(bool isRetry) {
+    std::vector<std::string> items;
     appendSelectedFinderItemsToArray(items, isRetry);
     return items;
 }
 
-void FinderSupport::appendSelectedFinderItemsToArray(QStringList &array, bool isRetry) {
+void FinderSupport::appendSelectedFinderItemsToArray(std::vector<std::string> &array, bool isRetry) {
     const auto result = sharedScripts().run(isRetry);
-    if (!result || result->type != ScriptDescriptor::Type::List) {
+    if (!result || result->type != ScriptDescriptor::Type::Items) {
         return;
     }
     for (const ScriptDescriptor &item : result->items) {
-        if (!item.stringValue.isNull()) {
-            array.append(item.stringValue);
+        if (item.stringValue) {
+            array.push_back(*item.stringValue);
         }
     }
 }
 
-void FinderSupport::updateFileAtPath(const QString &path) {
+void FinderSupport::updateFileAtPath(const std::string &path) {
     const auto script = platform().scripts.scriptWithSource(
         formatted("tell application \"Finder\"\nset fileAlias to POSIX file \"%@\"\nupdate fileAlias\nend tell", path));
     script->compile();
@@ -79,8 +80,8 @@ void FinderSupport::updateFileAtPath(const QString &path) {
 
 bool FinderSupport::showConnectedServersOnDesktop() {
     const auto script = platform().scripts.scriptWithSource(
-        QStringLiteral("on run argv\ntell application \"Finder\"\nreturn desktop shows connected servers of Finder "
-                       "preferences\nend tell\nend run\n"));
+        "on run argv\ntell application \"Finder\"\nreturn desktop shows connected servers of Finder "
+        "preferences\nend tell\nend run\n");
     const auto result = script->execute();
     return !result || result->booleanValue; // deliberate: a failure counts as shown
 }
@@ -95,21 +96,21 @@ void FinderSupport::setShowConnectedServersOnDesktop(bool isShown) {
 
 void FinderSupport::quitiTunes() {
     const auto record = ProcessUtilities::getRunningiTunesInfo();
-    const int process = record ? record->value(kApplicationProcessIdentifier).toInt() : 0;
+    const std::int64_t process = record ? integerValueOf(valueOf(*record, kApplicationProcessIdentifier)) : 0;
     if (process > 0) { // 0 and less are groups of processes, ours among them
-        ::kill(process, SIGTERM);
+        ::kill(static_cast<pid_t>(process), SIGTERM);
     }
 }
 
-qint32 FinderSupport::sendAppleEventToSystemProcess(quint32 eventIdentifier) {
+std::int32_t FinderSupport::sendAppleEventToSystemProcess(std::uint32_t eventIdentifier) {
     constexpr AppleEvents::ProcessSerialNumber kSystemProcess{0, 1};
     AppleEvents &events = platform().appleEvents;
     std::unique_ptr<AppleEvents::Address> address;
-    if (const qint32 status = events.createProcessAddress(kSystemProcess, address); status != 0) {
+    if (const std::int32_t status = events.createProcessAddress(kSystemProcess, address); status != 0) {
         return status;
     }
     std::unique_ptr<AppleEvents::Event> event;
-    const qint32 status = events.createEvent(fourCharacterCode("aevt"), eventIdentifier, *address, event);
+    const std::int32_t status = events.createEvent(fourCharacterCode("aevt"), eventIdentifier, *address, event);
     address.reset(); // the event has its own
     return status != 0 ? status : events.sendMessage(*event);
 }

@@ -1,8 +1,10 @@
 #pragma once
 
-#include <QStringList>
 #include <atomic>
+#include <cstdint>
 #include <mutex>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
@@ -25,16 +27,16 @@ public:
     /// A list that is kept for 2.5 seconds, counted from the call that filled it; a retry always fills it anew. Every
     /// caller gets the same list, and filling it anew changes it in the hands of all. Nobody who finds it fresh waits
     /// for a thread that fills it.
-    const QStringList &getSelectedFinderItemsIsRetry(bool isRetry);
+    const std::vector<std::string> &getSelectedFinderItemsIsRetry(bool isRetry);
     /// New lists, which leave the kept one alone.
-    static QStringList getSelectedFinderItemsNoCacheIsRetry(bool isRetry);
-    static QStringList createSelectedFinderItemsArrayNoCacheIsRetry(bool isRetry);
-    static void appendSelectedFinderItemsToArray(QStringList &array, bool isRetry);
+    static std::vector<std::string> getSelectedFinderItemsNoCacheIsRetry(bool isRetry);
+    static std::vector<std::string> createSelectedFinderItemsArrayNoCacheIsRetry(bool isRetry);
+    static void appendSelectedFinderItemsToArray(std::vector<std::string> &array, bool isRetry);
 
     /// \name Other requests
 
     /// Has the Finder draw a file anew. The path stands in a script between double quotes, unescaped.
-    static void updateFileAtPath(const QString &path);
+    static void updateFileAtPath(const std::string &path);
 
     /// Whether the Finder shows connected servers on the desktop.
     static bool showConnectedServersOnDesktop();
@@ -45,12 +47,12 @@ public:
 
     /// Sends the system process a bare event of the class "aevt", without waiting for an answer.
     /// \param eventIdentifier a four-character code. \returns a status of the Apple Event Manager, 0 for success.
-    static qint32 sendAppleEventToSystemProcess(quint32 eventIdentifier);
+    static std::int32_t sendAppleEventToSystemProcess(std::uint32_t eventIdentifier);
 
 private:
     const Clock &m_clock;
     std::mutex m_mutex; ///< held while the list is filled
-    QStringList _fileList;
+    std::vector<std::string> _fileList;
     std::atomic<double> _lastRequestTimeInterval = 0; ///< seconds since the reference date
 };
 

@@ -28,56 +28,55 @@ constexpr WindowLibraryAbilities kAbilities[] = {
 };
 
 /// Whether the path begins with one of the texts; that "/ApplicationsOld" begins with "/Applications" is deliberate.
-bool startsWithAny(const QString &path, const QStringList &beginnings) {
+bool startsWithAny(const std::string &path, const std::vector<std::string> &beginnings) {
     return std::any_of(beginnings.begin(), beginnings.end(),
-                       [&path](const QString &beginning) { return path.startsWith(beginning); });
+                       [&path](const std::string &beginning) { return path.starts_with(beginning); });
 }
 
-QString sourceOfMove(const Platform &platform) {
-    return gAltSrcBundlePath.isNull() ? platform.mainBundle.path() : gAltSrcBundlePath;
-}
+std::string sourceOfMove(const Platform &platform) { return gAltSrcBundlePath.value_or(platform.mainBundle.path()); }
 
-bool isOnVolume(const QString &source, const Platform &platform) {
+bool isOnVolume(const std::string &source, const Platform &platform) {
     return startsWithAny(source, platform.workspace.volumesFolders());
 }
 
 /// Where the volume of a disk image is mounted, which holds the bundle itself.
-QString volumeOf(const MovePlan &plan) { return deletingLastPathComponent(plan.source); }
+std::string volumeOf(const MovePlan &plan) { return deletingLastPathComponent(plan.source); }
 
-QString obstacleTo(const MovePlan &plan, const Platform &platform) {
+bool holds(const std::string &path, char character) { return path.find(character) != std::string::npos; }
+
+std::optional<std::string> obstacleTo(const MovePlan &plan, const Platform &platform) {
     const FileManager &files = __QMCurrentThreadFileManager();
     if (!files.isWritable(plan.source) && !isOnVolume(plan.source, platform)) {
-        return QStringLiteral("No access to delete the app. Not offering to move it.");
+        return "No access to delete the app. Not offering to move it.";
     }
     // These two stand between single quotes in the shells' texts.
-    if (plan.destination.contains(u'\'') || (plan.isOnDiskImage && volumeOf(plan).contains(u'\''))) {
-        return QStringLiteral("The path \"%1\" holds a single quote. Not offering to move it.").arg(plan.source);
+    if (holds(plan.destination, '\'') || (plan.isOnDiskImage && holds(volumeOf(plan), '\''))) {
+        return "The path \"" + plan.source + "\" holds a single quote. Not offering to move it.";
     }
     // The shells' search path begins with a folder of the moved bundle.
-    if (plan.destination.contains(u':')) {
-        return QStringLiteral("The path \"%1\" holds a colon. Not offering to move it.").arg(plan.destination);
+    if (holds(plan.destination, ':')) {
+        return "The path \"" + plan.destination + "\" holds a colon. Not offering to move it.";
     }
     // A link may have led from one to the other; what is removed to make room would be the application itself. A link
     // in the very place of the destination is just what makes room.
     if (files.isWithin(plan.source, plan.destination) ||
         files.isWithin(deletingLastPathComponent(plan.destination), plan.source)) {
-        return QStringLiteral(R"("%1" and "%2" are the same place. Not offering to move it.)")
-            .arg(plan.source, plan.destination);
+        return '"' + plan.source + "\" and \"" + plan.destination + "\" are the same place. Not offering to move it.";
     }
-    return {};
+    return std::nullopt;
 }
 
-bool liesInDownloads(const QString &source, const Platform &platform) {
+bool liesInDownloads(const std::string &source, const Platform &platform) {
     if (abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).findsDownloads) {
         return startsWithAny(source, platform.workspace.downloadsFolders());
     }
-    return lastPathComponent(deletingLastPathComponent(source)) == u"Downloads";
+    return lastPathComponent(deletingLastPathComponent(source)) == "Downloads";
 }
 
-bool needsAuthorisation(const QString &folder, const QString &destination) {
+bool needsAuthorisation(const std::string &folder, const std::string &destination) {
     const FileManager &files = __QMCurrentThreadFileManager();
-    const auto isInTheWay = [&files](const QString &entry) {
-        const QString path = expandingTilde(entry);
+    const auto isInTheWay = [&files](const std::string &entry) {
+        const std::string path = expandingTilde(entry);
         return files.fileExists(path) && !files.isWritable(path);
     };
     // Deliberate: a destination that is not there yet is not writable either, so a first move asks for a password.
@@ -85,16 +84,13 @@ bool needsAuthorisation(const QString &folder, const QString &destination) {
            std::any_of(gAlsoRemoveBundlePaths.begin(), gAlsoRemoveBundlePaths.end(), isInTheWay);
 }
 
-QString informativeText(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
-    QString offer =
-        strings.localisedString(QStringLiteral("I can move myself to the Applications folder if you'd like."));
+std::string informativeText(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
+    std::string offer = strings.localisedString("I can move myself to the Applications folder if you'd like.");
     if (plan.needsAuthorisation) {
-        return offer + u' ' +
-               strings.localisedString(QStringLiteral("Note that this will require an administrator password."));
+        return offer + ' ' + strings.localisedString("Note that this will require an administrator password.");
     }
     if (liesInDownloads(plan.source, platform)) {
-        return offer + u' ' +
-               strings.localisedString(QStringLiteral("This will keep your Downloads folder uncluttered."));
+        return offer + ' ' + strings.localisedString("This will keep your Downloads folder uncluttered.");
     }
     return offer;
 }
@@ -107,24 +103,23 @@ const WindowLibraryAbilities &abilitiesOfWindowLibrary(double version) {
     });
 }
 
-QString reasonToStay(const Platform &platform) {
-    const QString source = sourceOfMove(platform);
+std::optional<std::string> reasonToStay(const Platform &platform) {
+    const std::string source = sourceOfMove(platform);
     if (booleanValueOf(platform.userDefaults.objectForKey(kMoveAlertSuppress))) {
-        return QStringLiteral("The user asked not to be asked again");
+        return "The user asked not to be asked again";
     }
     if (startsWithAny(source, platform.workspace.applicationsFolders(Workspace::Domain::All))) {
-        return QStringLiteral("\"%1\" lies in an Applications folder").arg(source);
+        return '"' + source + "\" lies in an Applications folder";
     }
-    if (source.split(u'/').contains(u"Applications")) {
-        return QStringLiteral("A folder of \"%1\" is called Applications").arg(source);
+    if (('/' + source + '/').find("/Applications/") != std::string::npos) {
+        return "A folder of \"" + source + "\" is called Applications";
     }
-    return {};
+    return std::nullopt;
 }
 
 MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
-    const QStringList folders = platform.workspace.applicationsFolders(Workspace::Domain::Local);
-    const QString folder =
-        gAltDstBundleParentPath.isNull() ? folders.value(folders.size() - 1) : gAltDstBundleParentPath;
+    const std::vector<std::string> folders = platform.workspace.applicationsFolders(Workspace::Domain::Local);
+    const std::string folder = gAltDstBundleParentPath.value_or(folders.empty() ? "" : folders.back());
 
     MovePlan plan;
     plan.source = sourceOfMove(platform);
@@ -134,7 +129,7 @@ MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
     plan.needsAuthorisation = needsAuthorisation(folder, plan.destination);
     plan.informativeText = informativeText(plan, platform, strings);
 
-    const QString quarantine =
+    const std::string quarantine =
         formatted(abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).quarantineFormat, plan.destination);
     plan.relaunchCommand = formatted("(while [ `ps -p %d | wc -l` -gt 1 ]; do sleep 0.1; done; %@ open '%@') &",
                                      platform.systemInfo.processIdentifier(), quarantine, plan.destination);

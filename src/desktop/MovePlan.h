@@ -1,7 +1,9 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace quillmark {
 
@@ -10,13 +12,14 @@ struct Platform;
 
 /// \name The settings of a move
 /// Process-wide and absent at first; the functions of MoveToApplications.h store them.
-inline QStringList gAlsoRemoveBundlePaths; ///< bundles that go when the application moves; may start with a tilde
-inline QString gAltDstBundleName;          ///< deliberately read by nobody: a moved bundle keeps its name
-inline QString gAltDstBundleParentPath;    ///< where to move to, in place of the Applications folder
-inline QString gAltSrcBundlePath;          ///< what to move, in place of the running application's bundle
+inline std::vector<std::string>
+    gAlsoRemoveBundlePaths; ///< bundles that go when the application moves; may start with a tilde
+inline std::optional<std::string> gAltDstBundleName; ///< deliberately read by nobody: a moved bundle keeps its name
+inline std::optional<std::string> gAltDstBundleParentPath; ///< where to move to, in place of the Applications folder
+inline std::optional<std::string> gAltSrcBundlePath; ///< what to move, in place of the running application's bundle
 
 /// The key of the setting that the user wants no further question.
-inline constexpr QLatin1StringView kMoveAlertSuppress("moveToApplicationsFolderAlertSuppress");
+inline constexpr std::string_view kMoveAlertSuppress = "moveToApplicationsFolderAlertSuppress";
 
 /// What a move needs of the system's window library. Each version has all that its predecessors have.
 struct WindowLibraryAbilities {
@@ -33,21 +36,22 @@ const WindowLibraryAbilities &abilitiesOfWindowLibrary(double version);
 
 /// What a move of the application would do, found without changing anything.
 struct MovePlan {
-    QString source;             ///< the bundle to move
-    QString destination;        ///< where it is to be
+    std::string source;         ///< the bundle to move
+    std::string destination;    ///< where it is to be
     bool isOnDiskImage = false; ///< the source can't be removed, and its volume is let go
     bool needsAuthorisation = false;
-    QString informativeText; ///< of the question to the user
-    QString relaunchCommand; ///< shell text that starts the moved bundle as soon as this process has ended
-    QString detachCommand;   ///< shell text that lets go of the source's volume; null unless on a disk image
-    QString obstacle;        ///< why it can't be offered, as a sentence; null when it can
+    std::string informativeText; ///< of the question to the user
+    std::string relaunchCommand; ///< shell text that starts the moved bundle as soon as this process has ended
+    std::optional<std::string>
+        detachCommand; ///< shell text that lets go of the source's volume; absent unless on a disk image
+    std::optional<std::string> obstacle; ///< why it can't be offered, as a sentence; absent when it can
 };
 
 /// The plan for the source and the destination of the settings.
 MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings);
 
-/// Why nobody even thinks of a move, as a sentence: what the user said earlier, or the application's place. Null when
+/// Why nobody even thinks of a move, as a sentence: what the user said earlier, or the application's place. Absent when
 /// nothing speaks against it.
-QString reasonToStay(const Platform &platform);
+std::optional<std::string> reasonToStay(const Platform &platform);
 
 } // namespace quillmark

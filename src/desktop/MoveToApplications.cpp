@@ -10,13 +10,13 @@
 #include "platform/SystemInfo.h"
 #include "platform/Tasks.h"
 #include "platform/UserDefaults.h"
+#include "platform/WhiteSpace.h"
 #include "platform/Workspace.h"
 #include "utils/Error.h"
 #include "utils/ErrorText.h"
 #include "utils/FileManager.h"
 #include "utils/Log.h"
 
-#include <QFile>
 #include <algorithm>
 #include <functional>
 #include <sys/wait.h>
@@ -31,14 +31,13 @@ enum class Outcome { Moved, Canceled, Failed };
 bool askUser(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
     const bool hasSuppression = abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).hasSuppression;
     AlertDescription alert;
-    alert.windowTitle = strings.localisedString(QStringLiteral("ProductName"));
-    alert.messageText = strings.localisedString(QStringLiteral("Move to Applications folder?"));
+    alert.windowTitle = strings.localisedString("ProductName");
+    alert.messageText = strings.localisedString("Move to Applications folder?");
     alert.informativeText = plan.informativeText;
-    alert.buttons = QStringList{strings.localisedString(QStringLiteral("Move to Applications Folder")),
-                                strings.localisedString(QStringLiteral("Do Not Move"))};
+    alert.buttons = {strings.localisedString("Move to Applications Folder"), strings.localisedString("Do Not Move")};
     alert.escapeButton = 1;
     if (hasSuppression) {
-        alert.suppressionText = strings.localisedString(QStringLiteral("Do not show this message again"));
+        alert.suppressionText = strings.localisedString("Do not show this message again");
     }
     if (!platform.application.isActive()) {
         platform.application.activateIgnoringOtherApps();
@@ -59,7 +58,7 @@ bool askUser(const MovePlan &plan, const Platform &platform, LocalizedStrings &s
 }
 
 /// What holds the application itself, or is to hold it, is no older copy, whatever the list says.
-bool mayBeRemoved(const QString &path, const MovePlan &plan) {
+bool mayBeRemoved(const std::string &path, const MovePlan &plan) {
     const FileManager &files = __QMCurrentThreadFileManager();
     const bool holdsApplication =
         files.isWithin(plan.source, path) || files.isWithin(deletingLastPathComponent(plan.destination), path);
@@ -70,9 +69,9 @@ bool mayBeRemoved(const QString &path, const MovePlan &plan) {
 }
 
 /// Hands on each of the other bundles that is there when its turn has come, until one is not removed.
-bool forEachOtherBundle(const MovePlan &plan, const std::function<bool(const QString &)> &remove) {
-    return std::all_of(gAlsoRemoveBundlePaths.begin(), gAlsoRemoveBundlePaths.end(), [&](const QString &entry) {
-        const QString path = expandingTilde(entry);
+bool forEachOtherBundle(const MovePlan &plan, const std::function<bool(const std::string &)> &remove) {
+    return std::all_of(gAlsoRemoveBundlePaths.begin(), gAlsoRemoveBundlePaths.end(), [&](const std::string &entry) {
+        const std::string path = expandingTilde(entry);
         return !__QMCurrentThreadFileManager().fileExists(path) || !mayBeRemoved(path, plan) || remove(path);
     });
 }
@@ -82,7 +81,7 @@ Outcome moveWithoutAuthorisation(const MovePlan &plan, const Platform &platform)
     if (files.fileExists(plan.destination) && !Trash(plan.destination, platform)) {
         return Outcome::Failed;
     }
-    forEachOtherBundle(plan, [&platform](const QString &path) {
+    forEachOtherBundle(plan, [&platform](const std::string &path) {
         if (!Trash(path, platform)) {
             logVerbose("Failed to trash \"%@\"", path);
         }
@@ -104,25 +103,22 @@ Outcome moveWithoutAuthorisation(const MovePlan &plan, const Platform &platform)
 /// Runs a program as the administrator to its end. \returns its status as waitpid gives it; nothing when it could not
 /// be started or waited for.
 std::optional<int> runWithPrivileges(Authorization::Reference &reference, const char *program,
-                                     const QStringList &arguments) {
-    std::vector<std::string> bytes;
-    for (const QString &argument : arguments) {
-        bytes.push_back(argument.toStdString());
-    }
-    if (reference.executeWithPrivileges(program, bytes, nullptr) != 0) {
+                                     const std::vector<std::string> &arguments) {
+    if (reference.executeWithPrivileges(program, arguments, nullptr) != 0) {
         return std::nullopt;
     }
     return reference.waitForChild();
 }
 
 /// The same; true when it ended with status 0.
-bool succeedsWithPrivileges(Authorization::Reference &reference, const char *program, const QStringList &arguments) {
+bool succeedsWithPrivileges(Authorization::Reference &reference, const char *program,
+                            const std::vector<std::string> &arguments) {
     const auto status = runWithPrivileges(reference, program, arguments);
     return status && WIFEXITED(*status) && WEXITSTATUS(*status) == 0;
 }
 
 /// With the administrator's rights a path is not touched where others could make it lead to something else meanwhile.
-bool isOutOfReach(const QString &path) {
+bool isOutOfReach(const std::string &path) {
     const auto folder = __QMCurrentThreadFileManager().folderOfOthers(path);
     if (folder) {
         logError(R"(Leaving "%@" alone: others can change what is in "%@")", path, *folder);
@@ -132,32 +128,31 @@ bool isOutOfReach(const QString &path) {
 
 /// Removes what is in the way and copies the bundle, as the administrator. \returns false when a step fails.
 bool replaceWithPrivileges(const MovePlan &plan, Authorization::Reference &reference) {
-    const auto remove = [&reference](const QString &path) {
+    const auto remove = [&reference](const std::string &path) {
         logVerbose("Removing \"%@\"", path);
-        const auto status = runWithPrivileges(reference, "/bin/rm", {QStringLiteral("-rf"), path});
+        const auto status = runWithPrivileges(reference, "/bin/rm", {"-rf", path});
         return status && !WIFSIGNALED(*status); // deliberate: the exit code is not looked at
     };
-    const QString destination = expandingTilde(plan.destination);
+    const std::string destination = expandingTilde(plan.destination);
     if (!isOutOfReach(destination) ||
         (__QMCurrentThreadFileManager().fileExists(destination) && !remove(destination)) ||
-        !forEachOtherBundle(plan, [&remove](const QString &path) { return !isOutOfReach(path) || remove(path); })) {
+        !forEachOtherBundle(plan, [&remove](const std::string &path) { return !isOutOfReach(path) || remove(path); })) {
         return false;
     }
-    const QString folder = deletingLastPathComponent(destination);
+    const std::string folder = deletingLastPathComponent(destination);
     if (!__QMCurrentThreadFileManager().fileExists(folder)) { // as on systems that know no such folder
         logVerbose("Making \"%@\"", folder);
-        if (!succeedsWithPrivileges(reference, "/bin/mkdir", {QStringLiteral("-p"), folder})) {
+        if (!succeedsWithPrivileges(reference, "/bin/mkdir", {"-p", folder})) {
             return false;
         }
     }
     logVerbose(R"(Copying "%@" to "%@")", plan.source, plan.destination);
-    return succeedsWithPrivileges(reference, "/bin/cp", {QStringLiteral("-pR"), plan.source, plan.destination});
+    return succeedsWithPrivileges(reference, "/bin/cp", {"-pR", plan.source, plan.destination});
 }
 
 Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
     const auto outcome = [&plan, &platform] {
-        if (!plan.destination.endsWith(u".app") || plan.destination.trimmed().isEmpty() ||
-            plan.source.trimmed().isEmpty()) {
+        if (!plan.destination.ends_with(".app") || trimmed(plan.destination).empty() || trimmed(plan.source).empty()) {
             return Outcome::Failed;
         }
         logVerbose("Asking for authorisation...");
@@ -165,9 +160,9 @@ Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
         if (platform.authorization.create(reference) != 0) {
             return Outcome::Failed;
         }
-        const qint32 status = reference->copyRights(kAuthorizationRightAdmin, kAuthorizationInteractionAllowed |
-                                                                                  kAuthorizationExtendRights |
-                                                                                  kAuthorizationPreAuthorize);
+        const std::int32_t status = reference->copyRights(kAuthorizationRightAdmin, kAuthorizationInteractionAllowed |
+                                                                                        kAuthorizationExtendRights |
+                                                                                        kAuthorizationPreAuthorize);
         if (status != 0) {
             logVerbose("Authorisation denied");
             return status == kAuthorizationCanceled ? Outcome::Canceled : Outcome::Failed;
@@ -184,39 +179,39 @@ Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
 
 void tellFailure(const Platform &platform, LocalizedStrings &strings) {
     AlertDescription alert;
-    alert.windowTitle = strings.localisedString(QStringLiteral("ProductName"));
-    alert.messageText = strings.localisedString(QStringLiteral("Could not move to Applications folder"));
-    alert.buttons = QStringList{strings.localisedString(QStringLiteral("OK"))};
+    alert.windowTitle = strings.localisedString("ProductName");
+    alert.messageText = strings.localisedString("Could not move to Applications folder");
+    alert.buttons = {strings.localisedString("OK")};
     _flushLog();
     platform.alerts.runModal(alert);
 }
 
 /// Starts a shell that outlives this process. It finds the moved bundle's own programs first.
-void startShell(const QString &command, const MovePlan &plan, const Platform &platform) {
-    const QString shell = QStringLiteral("/bin/sh");
-    if (!platform.tasks.start(shell, {QStringLiteral("-c"), command}, helpersFolder(plan.destination))) {
+void startShell(const std::string &command, const MovePlan &plan, const Platform &platform) {
+    const std::string shell = "/bin/sh";
+    if (!platform.tasks.start(shell, {"-c", command}, helpersFolder(plan.destination))) {
         logError(R"("%@" can't be started; open "%@" by hand)", shell, plan.destination);
     }
 }
 
 } // namespace
 
-void PFAlsoRemoveBundles(const QStringList &paths) { gAlsoRemoveBundlePaths = paths; }
-void PFAltDstBundleName(const QString &name) { gAltDstBundleName = name; }
-void PFAltDstBundleParentPath(const QString &path) { gAltDstBundleParentPath = path; }
-void PFAltSrcBundlePath(const QString &path) { gAltSrcBundlePath = path; }
+void PFAlsoRemoveBundles(const std::vector<std::string> &paths) { gAlsoRemoveBundlePaths = paths; }
+void PFAltDstBundleName(const std::optional<std::string> &name) { gAltDstBundleName = name; }
+void PFAltDstBundleParentPath(const std::optional<std::string> &path) { gAltDstBundleParentPath = path; }
+void PFAltSrcBundlePath(const std::optional<std::string> &path) { gAltSrcBundlePath = path; }
 
 void PFMoveToApplicationsFolderIfNecessary(const Platform &platform, LocalizedStrings &strings) {
-    gAltSrcBundlePath = QString();
-    gAltDstBundleParentPath = QString();
-    if (reasonToStay(platform).isNull()) {
+    gAltSrcBundlePath.reset();
+    gAltDstBundleParentPath.reset();
+    if (!reasonToStay(platform)) {
         PFMove(platform, strings);
     }
 }
 
 void PFMove(const Platform &platform, LocalizedStrings &strings) {
     const MovePlan plan = planOfMove(platform, strings);
-    if (!plan.obstacle.isNull()) {
+    if (plan.obstacle) {
         logNormal("%@", plan.obstacle);
         return;
     }
@@ -238,13 +233,13 @@ void PFMove(const Platform &platform, LocalizedStrings &strings) {
         logNormal("Warning! Could not delete application after moving it to Applications folder");
     }
     startShell(plan.relaunchCommand, plan, platform);
-    if (plan.isOnDiskImage) {
-        startShell(plan.detachCommand, plan, platform);
+    if (plan.detachCommand) {
+        startShell(*plan.detachCommand, plan, platform);
     }
     platform.application.terminate();
 }
 
-bool Trash(const QString &path, const Platform &platform) {
+bool Trash(const std::string &path, const Platform &platform) {
     logVerbose("Trashing \"%@\"...", path);
     const bool isTrashed = platform.workspace.recycle(lastPathComponent(path), deletingLastPathComponent(path));
     if (isTrashed) {

@@ -3,8 +3,9 @@
 #include "branding/LocalizedStrings.h"
 #include "platform/Platform.h"
 
-#include <QString>
-#include <QStringList>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
@@ -15,10 +16,10 @@ namespace quillmark {
 
 /// \name Settings of the next move
 /// What each one means stands beside its variable in MovePlan.h.
-void PFAlsoRemoveBundles(const QStringList &paths);
-void PFAltDstBundleName(const QString &name);
-void PFAltDstBundleParentPath(const QString &path);
-void PFAltSrcBundlePath(const QString &path);
+void PFAlsoRemoveBundles(const std::vector<std::string> &paths);
+void PFAltDstBundleName(const std::optional<std::string> &name);
+void PFAltDstBundleParentPath(const std::optional<std::string> &path);
+void PFAltSrcBundlePath(const std::optional<std::string> &path);
 
 /// Offers the move unless the application lies in an Applications folder or the user asked not to be asked again. It
 /// begins by taking back the alternative source and folder: deliberately, these count for a call of PFMove() alone.
@@ -30,6 +31,6 @@ void PFMove(const Platform &platform = quillmark::platform(),
             LocalizedStrings &strings = LocalizedStrings::sharedManager());
 
 /// Moves one item to the Trash. \returns false when it stays in its place.
-bool Trash(const QString &path, const Platform &platform = quillmark::platform());
+bool Trash(const std::string &path, const Platform &platform = quillmark::platform());
 
 } // namespace quillmark

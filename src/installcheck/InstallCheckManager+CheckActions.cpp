@@ -37,13 +37,12 @@ private:
 
 bool InstallCheckManager::loadWindow() {
     if (!std::exchange(m_isWindowLoaded, true)) {
-        const QString file =
-            m_platform.mainBundle.pathForResource(QStringLiteral("InstallCheck"), QStringLiteral("ui"));
-        const HeaderBranding branding{m_platform.mainBundle.resourcePath(),
-                                      m_strings.localisedString(QStringLiteral("ProductName")),
-                                      [this] { return m_branding.getBrandingID(); },
-                                      [this] { return m_delegate != nullptr ? m_delegate->brandId() : 0; },
-                                      [this](qint32 brand) { return m_branding.getBrandedLogoImageForBrandID(brand); }};
+        const std::string file = m_platform.mainBundle.pathForResource("InstallCheck", "ui").value_or("");
+        const HeaderBranding branding{
+            m_platform.mainBundle.resourcePath(), m_strings.localisedString("ProductName"),
+            [this] { return m_branding.getBrandingID(); },
+            [this] { return m_delegate != nullptr ? m_delegate->brandId() : 0; },
+            [this](std::int32_t brand) { return m_branding.getBrandedLogoImageForBrandID(brand); }};
         m_window = m_platform.checkWindows.load(file, branding, *this);
         if (m_window != nullptr) {
             awakeFromNib();
@@ -59,73 +58,73 @@ void InstallCheckManager::loadWindowWhile(const std::function<void()> &call) {
     }
     m_platform.checkWindows.prepare();
     std::future<void> done = std::async(std::launch::async, call);
-    m_problemsInAdvance = qtTexts(problemsOf([this] { loadWindow(); }));
+    m_problemsInAdvance = problemsOf([this] { loadWindow(); });
     done.get();
 }
 
 void InstallCheckManager::awakeFromNib() {
-    const auto setText = [this](Outlet outlet, const QString &key) {
+    const auto setText = [this](Outlet outlet, std::string_view key) {
         m_window->setText(outlet, m_strings.localisedString(key));
     };
-    setText(Outlet::Header, QStringLiteral("Installing Quillmark"));
+    setText(Outlet::Header, "Installing Quillmark");
     m_window->useWelcomeBranding();
     HeaderLogo header(*m_window);
     m_branding.setHeaderViewBrandedLogoImage(header);
-    setText(Outlet::InstallButton, QStringLiteral("Continue"));
-    setText(Outlet::DontInstallButton, QStringLiteral("QuillmarkLauncher_DontInstall"));
-    setText(Outlet::Window, QStringLiteral("ProductName"));
-    setText(Outlet::Progress, QStringLiteral("QuillmarkLauncher_Installing"));
-    setText(Outlet::DetailsButton, QStringLiteral("QuillmarkLauncher_Details"));
-    setText(Outlet::FaultsList, QStringLiteral("QuillmarkLauncher_FaultyComponents"));
-    setText(Outlet::NameColumn, QStringLiteral("QuillmarkLauncher_Component"));
-    setText(Outlet::StatusColumn, QStringLiteral("QuillmarkLauncher_Status"));
+    setText(Outlet::InstallButton, "Continue");
+    setText(Outlet::DontInstallButton, "QuillmarkLauncher_DontInstall");
+    setText(Outlet::Window, "ProductName");
+    setText(Outlet::Progress, "QuillmarkLauncher_Installing");
+    setText(Outlet::DetailsButton, "QuillmarkLauncher_Details");
+    setText(Outlet::FaultsList, "QuillmarkLauncher_FaultyComponents");
+    setText(Outlet::NameColumn, "QuillmarkLauncher_Component");
+    setText(Outlet::StatusColumn, "QuillmarkLauncher_Status");
     m_window->makeInstallButtonDefault();
 }
 
 void InstallCheckManager::runSelfRepair() {
-    for (const QString &problem : std::exchange(m_problemsInAdvance, {})) {
+    for (const std::string &problem : std::exchange(m_problemsInAdvance, {})) {
         reportProblem(problem);
     }
     if (!loadWindow()) {
         return;
     }
-    QString text = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_RepairInfo"));
+    std::string text = m_strings.localisedString("QuillmarkLauncher_RepairInfo");
     if (m_macFuseRepairRequired || m_helperRepairRequired) {
-        text += m_strings.localisedString(QStringLiteral("QuillmarkLauncher_Components"));
+        text += m_strings.localisedString("QuillmarkLauncher_Components");
         if (m_macFuseRepairRequired) {
-            text += m_strings.localisedString(QStringLiteral("QuillmarkLauncher_FileSystem"));
+            text += m_strings.localisedString("QuillmarkLauncher_FileSystem");
         }
         if (m_helperRepairRequired) {
-            text += m_strings.localisedString(QStringLiteral("QuillmarkLauncher_Helpers"));
+            text += m_strings.localisedString("QuillmarkLauncher_Helpers");
         }
-        text += u'\n';
+        text += '\n';
     }
     m_window->setText(Outlet::Explanation, text);
     m_window->setFaults(faults());
     m_window->bringToFront();
 }
 
-QList<CheckWindowView::Fault> InstallCheckManager::faults() const {
-    QList<CheckWindowView::Fault> list;
-    for (qsizetype index = 0; index < m_requiredItemsList.size(); ++index) {
-        const QString &key = m_requiredItemsStatusKeys[index];
-        if (key != u"OK" && key != u"Not Required") {
-            list.append({textOf(m_requiredItemsList[index].toMap(), kName), m_requiredItemsStatusList[index]});
+std::vector<CheckWindowView::Fault> InstallCheckManager::faults() const {
+    std::vector<CheckWindowView::Fault> list;
+    for (size_t index = 0; index < m_requiredItemsList.size(); ++index) {
+        const std::string &key = m_requiredItemsStatusKeys[index];
+        if (key != "OK" && key != "Not Required") {
+            list.push_back({textOf(m_requiredItemsList[index].dictionary(), kName).value_or(""),
+                            m_requiredItemsStatusList[index]});
         }
     }
     return list;
 }
 
 void InstallCheckManager::runFaultsAlert() {
-    QStringList lines;
-    for (const CheckWindowView::Fault &fault : faults()) {
-        lines << formatted("%@ (%@)", fault.name, fault.status);
-    }
     AlertDescription alert;
-    alert.windowTitle = m_strings.localisedString(QStringLiteral("ProductName"));
-    alert.messageText = m_strings.localisedString(QStringLiteral("RunFailedTitle"));
-    alert.informativeText = lines.join(u'\n');
-    alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("Quit"))};
+    alert.windowTitle = m_strings.localisedString("ProductName");
+    alert.messageText = m_strings.localisedString("RunFailedTitle");
+    for (const CheckWindowView::Fault &fault : faults()) {
+        alert.informativeText += alert.informativeText.empty() ? "" : "\n";
+        alert.informativeText += fault.name + " (" + fault.status + ')';
+    }
+    alert.buttons = {m_strings.localisedString("Quit")};
     m_platform.alerts.runModal(alert);
 }
 
@@ -136,7 +135,7 @@ void InstallCheckManager::installButtonClick() {
     if (m_window != nullptr) {
         m_window->beginProgressSheet();
     }
-    m_platform.mainThread.detachNewThread(QStringLiteral("repair"), [this] { runSelfRepairThread(); });
+    m_platform.mainThread.detachNewThread("repair", [this] { runSelfRepairThread(); });
 }
 
 void InstallCheckManager::dontInstallButtonClick() {
@@ -145,8 +144,8 @@ void InstallCheckManager::dontInstallButtonClick() {
 }
 
 void InstallCheckManager::detailsButtonClick() {
-    if (const QString log = getLogFilePath(); !log.isNull()) {
-        m_platform.workspace.openFolder(deletingLastPathComponent(log));
+    if (const auto log = getLogFilePath()) {
+        m_platform.workspace.openFolder(deletingLastPathComponent(*log));
     }
 }
 
@@ -185,7 +184,7 @@ void InstallCheckManager::runQuillmark() {
         if (m_window != nullptr) {
             m_window->setFaults(faults()); // "Continue" repairs these now, and not what the window came up with
         }
-        beginFailureSheet(QStringLiteral("RunFailedTitle"));
+        beginFailureSheet("RunFailedTitle");
     }
 }
 
@@ -209,15 +208,15 @@ void InstallCheckManager::_repairFailed() {
 
 void InstallCheckManager::repairFailed() {
     repairDidEnd();
-    beginFailureSheet(QStringLiteral("RepairFailedTitle"));
+    beginFailureSheet("RepairFailedTitle");
 }
 
-void InstallCheckManager::beginFailureSheet(const QString &titleKey) {
+void InstallCheckManager::beginFailureSheet(std::string_view titleKey) {
     AlertDescription alert;
-    alert.windowTitle = m_strings.localisedString(QStringLiteral("ProductName"));
+    alert.windowTitle = m_strings.localisedString("ProductName");
     alert.messageText = m_strings.localisedString(titleKey);
-    alert.informativeText = formatted(m_strings.localisedString(QStringLiteral("RepairFailed")));
-    alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("OK"))};
+    alert.informativeText = formatted(m_strings.localisedString("RepairFailed"));
+    alert.buttons = {m_strings.localisedString("OK")};
     _flushLog();
     if (m_window != nullptr) {
         m_window->beginAlertSheet(alert);

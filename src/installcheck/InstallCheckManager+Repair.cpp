@@ -5,24 +5,28 @@
 #include "tools/UpdateToolManager.h"
 #include "utils/Log.h"
 
+#include <algorithm>
+
 namespace quillmark {
 
 namespace {
 
-constexpr QStringView kUpdateTool = u"updateqm";
+constexpr std::string_view kUpdateTool = "updateqm";
 
-bool isMissingOrOld(const QString &status) { return status == u"Missing" || status == u"Old Version"; }
+bool isMissingOrOld(const std::string &status) { return status == "Missing" || status == "Old Version"; }
 
-bool hasWrongPermissions(const QString &status) { return status == u"Wrong Permissions"; }
+bool hasWrongPermissions(const std::string &status) { return status == "Wrong Permissions"; }
+
+std::string nameOf(const RequiredItem &item) { return textOf(item, kName).value_or(""); }
 
 /// What the update tool itself says of it goes to standard error.
 void logFailure(const RequiredItem &item) { logError("\"%@\" could not be repaired", textOf(item, kName)); }
 
-bool isSuccess(qint32 result) { return result == UpdateToolManager::kSucceeded; }
+bool isSuccess(std::int32_t result) { return result == UpdateToolManager::kSucceeded; }
 
 /// How the second pass treats the items of a type.
 struct RepairRule {
-    QStringView type;
+    std::string_view type;
     bool (InstallCheckManager::*repair)(const RequiredItem &item) = nullptr;
     bool isNotRequiredRepaired = false; ///< such a status does not keep the item from being repaired
     bool isUpdateToolLeftOut = false;   ///< the first pass has seen to it
@@ -32,21 +36,21 @@ struct RepairRule {
 using Manager = InstallCheckManager;
 
 constexpr RepairRule kRepairRules[] = {
-    {u"CoreApp", &Manager::repairCoreApp, true, false, false},
-    {u"QMTool", &Manager::repairQMTool, true, true, false},
-    {u"FinderCM", &Manager::repairZIPArchiveItem, false, false, false},
-    {u"QMToolRoot", &Manager::repairQMToolRoot, false, true, false},
-    {u"Framework", &Manager::repairFramework, false, false, true},
-    {u"Bundle", &Manager::repairBundle, false, false, true},
-    {u"FinderOverlayInsert", &Manager::repairZIPArchiveItem, false, false, false},
+    {"CoreApp", &Manager::repairCoreApp, true, false, false},
+    {"QMTool", &Manager::repairQMTool, true, true, false},
+    {"FinderCM", &Manager::repairZIPArchiveItem, false, false, false},
+    {"QMToolRoot", &Manager::repairQMToolRoot, false, true, false},
+    {"Framework", &Manager::repairFramework, false, false, true},
+    {"Bundle", &Manager::repairBundle, false, false, true},
+    {"FinderOverlayInsert", &Manager::repairZIPArchiveItem, false, false, false},
 };
 
 const RepairRule *ruleFor(const RequiredItem &item) {
-    const QString type = textOf(item, kInstallType);
+    const auto type = textOf(item, kInstallType);
     for (const RepairRule &rule : kRepairRules) {
         const bool isLeftOut = (rule.isUpdateToolLeftOut && textOf(item, kName) == kUpdateTool) ||
-                               (rule.isInstallerNeeded && textOf(item, kInstaller).isNull());
-        if (rule.type == type) {
+                               (rule.isInstallerNeeded && !textOf(item, kInstaller));
+        if (type == rule.type) {
             return isLeftOut ? nullptr : &rule;
         }
     }
@@ -57,15 +61,15 @@ const RepairRule *ruleFor(const RequiredItem &item) {
 
 bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
     constexpr std::chrono::seconds kPause(2);
-    const auto tell = [&onStep](const QString &name, const QString &step) {
+    const auto tell = [&onStep](const std::string &name, const std::string &step) {
         if (onStep) {
             onStep(name, step);
         }
     };
-    for (const QVariant &value : m_requiredItemsList) {
-        const RequiredItem item = value.toMap();
+    for (const Value &value : m_requiredItemsList) {
+        const RequiredItem &item = value.dictionary();
         if (textOf(item, kName) == kUpdateTool) {
-            tell(textOf(item, kName), QStringLiteral("installing the update tool"));
+            tell(nameOf(item), "installing the update tool");
             if (!repairUpdateQM(item)) {
                 logFailure(item);
                 return false;
@@ -73,11 +77,11 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
         }
     }
     m_platform.clock.sleep(kPause);
-    for (const QVariant &value : m_requiredItemsList) {
-        const RequiredItem item = value.toMap();
+    for (const Value &value : m_requiredItemsList) {
+        const RequiredItem &item = value.dictionary();
         const RepairRule *const rule = ruleFor(item);
         if (rule != nullptr && isToBeRepaired(item, rule->isNotRequiredRepaired)) {
-            tell(textOf(item, kName), QStringLiteral("repairing what is \"%1\"").arg(statusKeyOf(item)));
+            tell(nameOf(item), "repairing what is \"" + statusKeyOf(item) + '"');
             if (!(this->*rule->repair)(item)) {
                 logFailure(item);
                 return false;
@@ -93,7 +97,7 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
 }
 
 bool InstallCheckManager::repairUpdateQM(const RequiredItem &item) {
-    m_updateTool.verifyUpdateTool(textOf(item, kName)); // deliberate: installed anew whatever the answer is
+    m_updateTool.verifyUpdateTool(nameOf(item)); // deliberate: installed anew whatever the answer is
     return isSuccess(m_updateTool.repairUpdateTool(pathToRequiredItemInResources(item),
                                                    pathToRequiredItemSignatureInResources(item)));
 }
@@ -104,21 +108,21 @@ bool InstallCheckManager::repairCoreApp(const RequiredItem &item) {
 }
 
 bool InstallCheckManager::repairQMTool(const RequiredItem &item) {
-    const QString status = statusKeyOf(item);
+    const std::string status = statusKeyOf(item);
     if (isMissingOrOld(status)) {
         return isSuccess(m_updateTool.repairQMTool(pathToRequiredItemInResources(item),
                                                    pathToRequiredItemSignatureInResources(item)));
     }
-    return hasWrongPermissions(status) && isSuccess(m_updateTool.repairQMToolPermissions(textOf(item, kName)));
+    return hasWrongPermissions(status) && isSuccess(m_updateTool.repairQMToolPermissions(nameOf(item)));
 }
 
 bool InstallCheckManager::repairQMToolRoot(const RequiredItem &item) {
-    const QString status = statusKeyOf(item);
+    const std::string status = statusKeyOf(item);
     if (isMissingOrOld(status)) {
         return isSuccess(m_updateTool.repairQMToolRoot(pathToRequiredItemInResources(item),
                                                        pathToRequiredItemSignatureInResources(item)));
     }
-    return hasWrongPermissions(status) && isSuccess(m_updateTool.repairQMToolRootPermissions(textOf(item, kName)));
+    return hasWrongPermissions(status) && isSuccess(m_updateTool.repairQMToolRootPermissions(nameOf(item)));
 }
 
 bool InstallCheckManager::repairFramework(const RequiredItem &item) {
@@ -133,23 +137,25 @@ bool InstallCheckManager::repairZIPArchiveItem(const RequiredItem &item) {
     return !isMissingOrOld(statusKeyOf(item)) ||
            isSuccess(m_updateTool.repairZIPArchive(pathToRequiredItemInResources(item),
                                                    pathToRequiredItemSignatureInResources(item),
-                                                   textOf(item, kInstallPath)));
+                                                   textOf(item, kInstallPath).value_or("")));
 }
 
 /// A bundle whose version can't be read has no repair, and fails.
 bool InstallCheckManager::repairUsingPackage(const RequiredItem &item,
-                                             qint32 (UpdateToolManager::*repair)(const QString &)) {
+                                             std::int32_t (UpdateToolManager::*repair)(const std::string &)) {
     return isMissingOrOld(statusKeyOf(item)) &&
            isSuccess((m_updateTool.*repair)(pathToRequiredItemInstallerInResources(item)));
 }
 
 bool InstallCheckManager::isToBeRepaired(const RequiredItem &item, bool isNotRequiredRepaired) const {
-    const QString status = statusKeyOf(item);
-    return status != u"OK" && (isNotRequiredRepaired || status != u"Not Required");
+    const std::string status = statusKeyOf(item);
+    return status != "OK" && (isNotRequiredRepaired || status != "Not Required");
 }
 
-QString InstallCheckManager::statusKeyOf(const RequiredItem &item) const {
-    return m_requiredItemsStatusKeys.value(m_requiredItemsList.indexOf(item));
+std::string InstallCheckManager::statusKeyOf(const RequiredItem &item) const {
+    const auto place = std::find(m_requiredItemsList.begin(), m_requiredItemsList.end(), Value(item));
+    const auto index = static_cast<size_t>(place - m_requiredItemsList.begin());
+    return index < m_requiredItemsStatusKeys.size() ? m_requiredItemsStatusKeys[index] : "";
 }
 
 } // namespace quillmark

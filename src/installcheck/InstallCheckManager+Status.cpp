@@ -13,18 +13,18 @@ namespace quillmark {
 
 namespace {
 
-constexpr QStringView kCoreApp = u"CoreApp";
-constexpr QStringView kFramework = u"Framework";
-constexpr QStringView kBundle = u"Bundle";
-constexpr QStringView kTool = u"QMTool";
-constexpr QStringView kToolRoot = u"QMToolRoot";
-constexpr QStringView kFinderCM = u"FinderCM";
-constexpr QStringView kFinderOverlayInsert = u"FinderOverlayInsert";
+constexpr std::string_view kCoreApp = "CoreApp";
+constexpr std::string_view kFramework = "Framework";
+constexpr std::string_view kBundle = "Bundle";
+constexpr std::string_view kTool = "QMTool";
+constexpr std::string_view kToolRoot = "QMToolRoot";
+constexpr std::string_view kFinderCM = "FinderCM";
+constexpr std::string_view kFinderOverlayInsert = "FinderOverlayInsert";
 
 /// The operation that examines the items of a type.
 struct ItemType {
-    QStringView name;
-    void (InstallCheckManager::*examine)(const RequiredItem &item, qint32 index) = nullptr;
+    std::string_view name;
+    void (InstallCheckManager::*examine)(const RequiredItem &item, std::int32_t index) = nullptr;
 };
 
 constexpr ItemType kItemTypes[] = {
@@ -46,47 +46,47 @@ bool hasModeOfAProgram(const std::optional<FileAttributes> &attributes) {
 std::span<const InstallCheckManager::StatusRule> InstallCheckManager::statusRules() {
     using Manager = InstallCheckManager;
     static constexpr StatusRule kRules[] = {
-        {kCoreApp, &Manager::hasWrongCoreAppPermissions, u"Wrong Permissions", Fault::Helper},
+        {kCoreApp, &Manager::hasWrongCoreAppPermissions, "Wrong Permissions", Fault::Helper},
 
-        {kBundle, &Manager::isAbsent, u"Missing", Fault::Bundle},
-        {kBundle, &Manager::hasNoVersion, u"Invalid", Fault::Bundle},
-        {kBundle, &Manager::isOldBundle, u"Old Version", Fault::Bundle},
+        {kBundle, &Manager::isAbsent, "Missing", Fault::Bundle},
+        {kBundle, &Manager::hasNoVersion, "Invalid", Fault::Bundle},
+        {kBundle, &Manager::isOldBundle, "Old Version", Fault::Bundle},
 
-        {kTool, &Manager::isAbsent, u"Missing", Fault::Helper},
-        {kTool, &Manager::isOldTool, u"Old Version", Fault::Helper},
-        {kTool, &Manager::hasWrongToolPermissions, u"Wrong Permissions", Fault::Helper},
+        {kTool, &Manager::isAbsent, "Missing", Fault::Helper},
+        {kTool, &Manager::isOldTool, "Old Version", Fault::Helper},
+        {kTool, &Manager::hasWrongToolPermissions, "Wrong Permissions", Fault::Helper},
 
-        {kToolRoot, &Manager::isNotRequiredYet, u"Not Required", Fault::None},
-        {kToolRoot, &Manager::isAbsent, u"Missing", Fault::Helper},
-        {kToolRoot, &Manager::isOldTool, u"Old Version", Fault::Helper},
-        {kToolRoot, &Manager::hasWrongToolRootPermissions, u"Wrong Permissions", Fault::Helper},
+        {kToolRoot, &Manager::isNotRequiredYet, "Not Required", Fault::None},
+        {kToolRoot, &Manager::isAbsent, "Missing", Fault::Helper},
+        {kToolRoot, &Manager::isOldTool, "Old Version", Fault::Helper},
+        {kToolRoot, &Manager::hasWrongToolRootPermissions, "Wrong Permissions", Fault::Helper},
 
-        {kFinderCM, &Manager::isNotRequiredAnyMore, u"Not Required", Fault::None},
-        {kFinderCM, &Manager::isAbsent, u"Missing", Fault::Helper},
-        {kFinderCM, &Manager::doesBundleNeedUpdate, u"Old Version", Fault::Helper},
+        {kFinderCM, &Manager::isNotRequiredAnyMore, "Not Required", Fault::None},
+        {kFinderCM, &Manager::isAbsent, "Missing", Fault::Helper},
+        {kFinderCM, &Manager::doesBundleNeedUpdate, "Old Version", Fault::Helper},
 
-        {kFinderOverlayInsert, &Manager::isNotRequiredYet, u"Not Required", Fault::None},
-        {kFinderOverlayInsert, &Manager::isAbsent, u"Missing", Fault::Helper},
-        {kFinderOverlayInsert, &Manager::doesBundleNeedUpdate, u"Old Version", Fault::HelperToRestart},
+        {kFinderOverlayInsert, &Manager::isNotRequiredYet, "Not Required", Fault::None},
+        {kFinderOverlayInsert, &Manager::isAbsent, "Missing", Fault::Helper},
+        {kFinderOverlayInsert, &Manager::doesBundleNeedUpdate, "Old Version", Fault::HelperToRestart},
     };
     return kRules;
 }
 
 bool InstallCheckManager::isAnythingMissing() const {
     return std::any_of(m_requiredItemsList.cbegin(), m_requiredItemsList.cend(),
-                       [this](const QVariant &item) { return isMissing(item.toMap()); });
+                       [this](const Value &item) { return isMissing(item.dictionary()); });
 }
 
 bool InstallCheckManager::isMissing(const RequiredItem &item) const {
-    const QString type = textOf(item, kInstallType);
+    const auto type = textOf(item, kInstallType);
     const auto rules = statusRules();
     const auto absence = std::find_if(rules.begin(), rules.end(), [&type](const StatusRule &rule) {
-        return rule.type == type && rule.holds == &InstallCheckManager::isAbsent;
+        return type == rule.type && rule.holds == &InstallCheckManager::isAbsent;
     });
     // The rules before it say that the item is not required.
     return absence != rules.end() && isAbsent(item) &&
            std::none_of(rules.begin(), absence, [this, &type, &item](const StatusRule &rule) {
-               return rule.type == type && (this->*rule.holds)(item);
+               return type == rule.type && (this->*rule.holds)(item);
            });
 }
 
@@ -94,22 +94,22 @@ void InstallCheckManager::updateStatus() {
     logDetail("Updating status...");
     if (!m_isCatalogueReadable) {
         logError("The catalogue of required items (\"%@\") can't be read: no component is checked",
-                 resourcePath(QStringLiteral("RequiredItems.plist")));
+                 resourcePath("RequiredItems.plist"));
     }
-    m_requiredItemsStatusKeys.fill(QStringLiteral("OK"), m_requiredItemsList.size());
-    m_requiredItemsStatusList.fill(m_strings.localisedString(QStringLiteral("OK")), m_requiredItemsList.size());
+    m_requiredItemsStatusKeys.assign(m_requiredItemsList.size(), "OK");
+    m_requiredItemsStatusList.assign(m_requiredItemsList.size(), m_strings.localisedString("OK"));
     m_numberRepairsRequired = 0;
     m_numberItemsMissing = 0;
     m_helperRepairRequired = false;
     m_macFuseRepairRequired = false;
-    for (qint32 index = 0; index < m_requiredItemsList.size(); ++index) {
-        const RequiredItem item = m_requiredItemsList[index].toMap();
-        const QString type = textOf(item, kInstallType);
-        const QString name = textOf(item, kName);
+    for (size_t index = 0; index < m_requiredItemsList.size(); ++index) {
+        const RequiredItem &item = m_requiredItemsList[index].dictionary();
+        const auto type = textOf(item, kInstallType);
+        const auto name = textOf(item, kName);
         logDetail("Checking %@ \"%@\"...", type, name);
         for (const ItemType &itemType : kItemTypes) {
             if (type == itemType.name) {
-                (this->*itemType.examine)(item, index);
+                (this->*itemType.examine)(item, static_cast<std::int32_t>(index));
             }
         }
         logVerbose(R"(Install check: %@ "%@" is "%@")", type, name, m_requiredItemsStatusList[index]);
@@ -117,72 +117,72 @@ void InstallCheckManager::updateStatus() {
     logDetail("Updated status");
 }
 
-void InstallCheckManager::updateRequiredItemStatusCoreApp(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusCoreApp(const RequiredItem &item, std::int32_t index) {
     logDetail("Examining \"%@\"", pathToRequiredItemInResources(item));
     applyStatusRules(kCoreApp, item, index);
 }
 
-void InstallCheckManager::updateRequiredItemStatusFramework(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusFramework(const RequiredItem &item, std::int32_t index) {
     examine(kFramework, item, index); // deliberate: there is no rule
 }
 
-void InstallCheckManager::updateRequiredItemStatusBundle(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusBundle(const RequiredItem &item, std::int32_t index) {
     examine(kBundle, item, index);
 }
 
-void InstallCheckManager::updateRequiredItemStatusTool(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusTool(const RequiredItem &item, std::int32_t index) {
     examine(kTool, item, index);
 }
 
-void InstallCheckManager::updateRequiredItemStatusToolRoot(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusToolRoot(const RequiredItem &item, std::int32_t index) {
     examine(kToolRoot, item, index);
 }
 
-void InstallCheckManager::updateRequiredItemStatusFinderCM(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusFinderCM(const RequiredItem &item, std::int32_t index) {
     examine(kFinderCM, item, index);
 }
 
-void InstallCheckManager::updateRequiredItemStatusFinderOverlayInsert(const RequiredItem &item, qint32 index) {
+void InstallCheckManager::updateRequiredItemStatusFinderOverlayInsert(const RequiredItem &item, std::int32_t index) {
     examine(kFinderOverlayInsert, item, index);
 }
 
 bool InstallCheckManager::verifyQMToolPermissions(const RequiredItem &item) const {
-    const QString path = textOf(item, kInstallPath);
+    const std::string path = textOf(item, kInstallPath).value_or("");
     logDetail("Examining installed \"%@\"", path);
     const auto attributes = __QMCurrentThreadFileManager().attributes(path);
-    return hasModeOfAProgram(attributes) && attributes->ownerAccountName == u"root";
+    return hasModeOfAProgram(attributes) && attributes->ownerAccountName == "root";
 }
 
 bool InstallCheckManager::verifyCoreAppPermissions(const RequiredItem &item) const {
-    const QString path = pathToRequiredItemInResources(item);
+    const std::string path = pathToRequiredItemInResources(item);
     logDetail("Examining \"%@\"", path);
     return hasModeOfAProgram(__QMCurrentThreadFileManager().attributes(path));
 }
 
-void InstallCheckManager::examine(QStringView type, const RequiredItem &item, qint32 index) {
+void InstallCheckManager::examine(std::string_view type, const RequiredItem &item, std::int32_t index) {
     logDetail("Examining installed \"%@\"", textOf(item, kInstallPath));
     applyStatusRules(type, item, index);
 }
 
-void InstallCheckManager::applyStatusRules(QStringView type, const RequiredItem &item, qint32 index) {
+void InstallCheckManager::applyStatusRules(std::string_view type, const RequiredItem &item, std::int32_t index) {
     for (const StatusRule &rule : statusRules()) {
         if (rule.type == type && (this->*rule.holds)(item)) {
-            m_requiredItemsStatusKeys[index] = QString::fromUtf16(rule.status);
-            m_requiredItemsStatusList[index] = m_strings.localisedString(m_requiredItemsStatusKeys[index]);
+            m_requiredItemsStatusKeys[static_cast<size_t>(index)] = rule.status;
+            m_requiredItemsStatusList[static_cast<size_t>(index)] = m_strings.localisedString(rule.status);
             count(rule.fault, item, index);
             return;
         }
     }
 }
 
-void InstallCheckManager::count(Fault fault, const RequiredItem &item, qint32 index) {
+void InstallCheckManager::count(Fault fault, const RequiredItem &item, std::int32_t index) {
     if (fault == Fault::None) {
         return;
     }
     ++m_numberItemsMissing;
     if (fault == Fault::Bundle) {
         // Deliberate: the last bundle at fault decides, whatever those before it were.
-        m_macFuseRepairRequired = textOf(item, kName) == u"QuillmarkFS";
+        m_macFuseRepairRequired = textOf(item, kName) == "QuillmarkFS";
         return;
     }
     ++m_numberRepairsRequired;
@@ -193,7 +193,7 @@ void InstallCheckManager::count(Fault fault, const RequiredItem &item, qint32 in
 }
 
 bool InstallCheckManager::isAbsent(const RequiredItem &item) const {
-    return !__QMCurrentThreadFileManager().fileExists(textOf(item, kInstallPath));
+    return !__QMCurrentThreadFileManager().fileExists(textOf(item, kInstallPath).value_or(""));
 }
 
 bool InstallCheckManager::hasWrongCoreAppPermissions(const RequiredItem &item) const {
@@ -205,7 +205,8 @@ bool InstallCheckManager::hasWrongToolPermissions(const RequiredItem &item) cons
 }
 
 bool InstallCheckManager::hasWrongToolRootPermissions(const RequiredItem &item) const {
-    return m_updateTool.verifyUpdateTool(textOf(item, kName)) == UpdateToolManager::kToolHasWrongPermissions;
+    return m_updateTool.verifyUpdateTool(textOf(item, kName).value_or("")) ==
+           UpdateToolManager::kToolHasWrongPermissions;
 }
 
 bool InstallCheckManager::hasNoVersion(const RequiredItem &item) const { return !getBundleVersion(item); }

@@ -17,49 +17,50 @@ namespace {
 
 /// The parts of a version that decide whether a component fits this application.
 struct Generation {
-    qint32 major;
-    qint32 minor;
+    std::int32_t major;
+    std::int32_t minor;
 
     auto operator<=>(const Generation &) const = default; // NOLINT(modernize-use-nullptr): takes the 0 inside for one
 };
 
 Generation generationOf(const MicrosoftStyleVersion &version) {
-    return {static_cast<qint32>(version.major), static_cast<qint32>(version.minor)};
+    return {static_cast<std::int32_t>(version.major), static_cast<std::int32_t>(version.minor)};
 }
 
-bool needsUpdate(const QString &path, const QString &versionText, Generation installed) {
-    const QString applicationVersion = InstallCheckManager::getMacClientVersionAsString();
+bool needsUpdate(const std::string &path, const std::optional<std::string> &version, Generation installed) {
+    const std::string applicationVersion = InstallCheckManager::getMacClientVersionAsString();
+    const auto versionText = version ? std::optional(onOneLine(*version)) : std::nullopt;
     const bool isOlder = installed < generationOf(InstallCheckManager::getMacClientVersion());
     if (isOlder) {
-        logVerbose("\"%@\" needs to update from %@ to %@", path, onOneLine(versionText), applicationVersion);
+        logVerbose("\"%@\" needs to update from %@ to %@", path, versionText, applicationVersion);
     } else {
-        logVerbose("\"%@\" does not need to update from %@", path, onOneLine(versionText));
+        logVerbose("\"%@\" does not need to update from %@", path, versionText);
     }
     return isOlder;
 }
 
-QString informationPathOfBundle(const QString &installPath) {
-    return installPath.isEmpty() ? QString() : installPath + QStringLiteral("/Contents/Info.plist");
+std::string informationPathOfBundle(const std::string &installPath) {
+    return installPath.empty() ? "" : installPath + "/Contents/Info.plist";
 }
 
 } // namespace
 
-std::optional<ComponentVersion> InstallCheckManager::parseVersionString(const QString &text) {
+std::optional<ComponentVersion> InstallCheckManager::parseVersionString(std::string_view text) {
     return quillmark::parseVersionString(text);
 }
 
 std::optional<ComponentVersion> InstallCheckManager::getFrameworkVersion(const RequiredItem &item) const {
-    const QString folder = textOf(item, kInstallPath);
-    return installedVersion(folder + QStringLiteral("/Versions/Current/Resources/Info.plist"));
+    const std::string folder = textOf(item, kInstallPath).value_or("");
+    return installedVersion(folder + "/Versions/Current/Resources/Info.plist");
 }
 
 std::optional<ComponentVersion> InstallCheckManager::getBundleVersion(const RequiredItem &item) const {
-    return installedVersion(informationPathOfBundle(textOf(item, kInstallPath)));
+    return installedVersion(informationPathOfBundle(textOf(item, kInstallPath).value_or("")));
 }
 
 bool InstallCheckManager::checkFrameworkVersion(const RequiredItem &item, const ComponentVersion &installed) {
-    const QString text = textOf(item, kVersion);
-    const auto required = text.isEmpty() ? std::nullopt : parseVersionString(text);
+    const auto text = textOf(item, kVersion);
+    const auto required = text ? parseVersionString(*text) : std::nullopt;
     if (!required) {
         logDetail("Failed to parse version string \"%@\"", text);
         return false;
@@ -76,19 +77,19 @@ bool InstallCheckManager::checkFrameworkVersion(const RequiredItem &item, const 
 }
 
 bool InstallCheckManager::doesToolNeedUpdate(const RequiredItem &item) const {
-    const QString path = textOf(item, kInstallPath);
-    const QString version = versionPrintedBy(path, m_platform.tasks);
-    return needsUpdate(path, version, generationOf(getVersionFromString(version)));
+    const std::string path = textOf(item, kInstallPath).value_or("");
+    const auto version = versionPrintedBy(path, m_platform.tasks);
+    return needsUpdate(path, version, generationOf(getVersionFromString(version.value_or(""))));
 }
 
 bool InstallCheckManager::doesBundleNeedUpdate(const RequiredItem &item) const {
-    const QString path = textOf(item, kInstallPath);
-    const QString text = shortVersionIn(informationPathOfBundle(path));
-    const auto version = text.isEmpty() ? std::nullopt : parseVersionString(text);
+    const std::string path = textOf(item, kInstallPath).value_or("");
+    const auto text = shortVersionIn(informationPathOfBundle(path));
+    const auto version = text ? parseVersionString(*text) : std::nullopt;
     return !version || needsUpdate(path, text, {version->major, version->minor});
 }
 
-bool InstallCheckManager::getMacOSXVersion(qint32 &major, qint32 &minor, qint32 &bugfix) const {
+bool InstallCheckManager::getMacOSXVersion(std::int32_t &major, std::int32_t &minor, std::int32_t &bugfix) const {
     const SystemVersion version = m_platform.systemInfo.systemVersion();
     major = version.major.value_or(major);
     minor = version.minor.value_or(minor);
@@ -97,33 +98,33 @@ bool InstallCheckManager::getMacOSXVersion(qint32 &major, qint32 &minor, qint32 
 }
 
 bool InstallCheckManager::checkMinMacOSXVersion(const RequiredItem &item) const {
-    const QString limit = textOf(item, kMinMacOSXVersion);
-    qint32 major = 0;
-    qint32 minor = 0;
-    qint32 bugfix = 0;
-    if (limit.isNull() || !getMacOSXVersion(major, minor, bugfix)) {
+    const auto limit = textOf(item, kMinMacOSXVersion);
+    std::int32_t major = 0;
+    std::int32_t minor = 0;
+    std::int32_t bugfix = 0;
+    if (!limit || !getMacOSXVersion(major, minor, bugfix)) {
         return true;
     }
     // Deliberate: "10.4" is never met, and "10.5" is not by systems after 10.
-    return (limit == u"10.5" && major == 10 && minor > 4) || (limit == u"10.6" && major > 10);
+    return (limit == "10.5" && major == 10 && minor > 4) || (limit == "10.6" && major > 10);
 }
 
 bool InstallCheckManager::checkMaxMacOSXVersion(const RequiredItem &item) const {
-    const QString limit = textOf(item, kMaxMacOSXVersion);
-    qint32 major = 0;
-    qint32 minor = 0;
-    qint32 bugfix = 0;
-    if (limit.isNull() || !getMacOSXVersion(major, minor, bugfix)) {
+    const auto limit = textOf(item, kMaxMacOSXVersion);
+    std::int32_t major = 0;
+    std::int32_t minor = 0;
+    std::int32_t bugfix = 0;
+    if (!limit || !getMacOSXVersion(major, minor, bugfix)) {
         return true;
     }
     // Deliberate: "10.4" is met by 10.4 alone, the others by everything before them too.
     return major == 10 &&
-           ((limit == u"10.4" && minor == 4) || (limit == u"10.5" && minor < 6) || (limit == u"10.6" && minor < 7));
+           ((limit == "10.4" && minor == 4) || (limit == "10.5" && minor < 6) || (limit == "10.6" && minor < 7));
 }
 
-QString InstallCheckManager::getMacClientVersionAsString() { return versionOfThisAppAsString(true); }
+std::string InstallCheckManager::getMacClientVersionAsString() { return versionOfThisAppAsString(true); }
 
-MicrosoftStyleVersion InstallCheckManager::getVersionFromString(const QString &text) {
+MicrosoftStyleVersion InstallCheckManager::getVersionFromString(std::string_view text) {
     return microsoftStyleVersionFromString(text);
 }
 
@@ -131,15 +132,13 @@ MicrosoftStyleVersion InstallCheckManager::getMacClientVersion() {
     return getVersionFromString(getMacClientVersionAsString());
 }
 
-QString InstallCheckManager::shortVersionIn(const QString &informationPath) const {
-    return informationPath.isEmpty() ? QString()
-                                     : textOf(m_platform.propertyList.readDictionary(informationPath),
-                                              QStringLiteral("CFBundleShortVersionString"));
+std::optional<std::string> InstallCheckManager::shortVersionIn(const std::string &informationPath) const {
+    return textOf(m_platform.propertyList.readDictionary(informationPath), "CFBundleShortVersionString");
 }
 
-std::optional<ComponentVersion> InstallCheckManager::installedVersion(const QString &informationPath) const {
-    const QString text = shortVersionIn(informationPath);
-    return text.isEmpty() ? std::nullopt : parseVersionString(text);
+std::optional<ComponentVersion> InstallCheckManager::installedVersion(const std::string &informationPath) const {
+    const auto text = shortVersionIn(informationPath);
+    return text ? parseVersionString(*text) : std::nullopt;
 }
 
 } // namespace quillmark

@@ -13,11 +13,10 @@ namespace quillmark {
 
 namespace {
 
-/// Invalid when it can't be read.
-QVariant readCatalogue(const Platform &platform) {
-    const QString path = platform.mainBundle.pathForResource(QStringLiteral("RequiredItems"), QStringLiteral("plist"));
-    const QVariant items = platform.propertyList.readDictionary(path).value(QStringLiteral("RequiredItems"));
-    return items.typeId() == QMetaType::QVariantList ? items : QVariant(); // others can be taken for a list too
+/// Nothing when it can't be read.
+Value readCatalogue(const Platform &platform) {
+    const auto path = platform.mainBundle.pathForResource("RequiredItems", "plist");
+    return path ? valueOf(platform.propertyList.readDictionary(*path), "RequiredItems") : Value();
 }
 
 } // namespace
@@ -36,9 +35,9 @@ InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStri
 
 InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
                                          const BrandingManager &branding, UpdateToolManager &updateTool,
-                                         const QVariant &catalogue)
+                                         const Value &catalogue)
     : m_platform(platform), m_strings(strings), m_branding(branding), m_updateTool(updateTool),
-      m_isCatalogueReadable(catalogue.isValid()), m_requiredItemsList(catalogue.toList()) {}
+      m_isCatalogueReadable(catalogue.is<List>()), m_requiredItemsList(catalogue.list()) {}
 
 bool InstallCheckManager::checkForRequiredItems() {
     updateStatus();
@@ -49,26 +48,23 @@ bool InstallCheckManager::checkForRequiredItems() {
     return false;
 }
 
-QString InstallCheckManager::pathToRequiredItemInResources(const RequiredItem &item) const {
-    return resourcePath(textOf(item, kResource));
+std::string InstallCheckManager::pathToRequiredItemInResources(const RequiredItem &item) const {
+    return resourcePath(textOf(item, kResource).value_or(""));
 }
 
-QString InstallCheckManager::pathToRequiredItemInstallerInResources(const RequiredItem &item) const {
-    return resourcePath(textOf(item, kInstaller));
+std::string InstallCheckManager::pathToRequiredItemInstallerInResources(const RequiredItem &item) const {
+    return resourcePath(textOf(item, kInstaller).value_or(""));
 }
 
-QString InstallCheckManager::pathToRequiredItemSignatureInResources(const RequiredItem &item) const {
-    return resourcePath(textOf(item, kSignature));
+std::string InstallCheckManager::pathToRequiredItemSignatureInResources(const RequiredItem &item) const {
+    return resourcePath(textOf(item, kSignature).value_or(""));
 }
 
-QString InstallCheckManager::resourcePath(const QString &fileName) const {
-    const QString folder = m_platform.mainBundle.resourcePath();
-    return fileName.isEmpty() ? folder : folder + u'/' + fileName;
+std::string InstallCheckManager::resourcePath(const std::string &fileName) const {
+    const std::string folder = m_platform.mainBundle.resourcePath();
+    return fileName.empty() ? folder : folder + '/' + fileName;
 }
 
-QString textOf(const RequiredItem &item, const QString &key) {
-    const QVariant value = item.value(key);
-    return value.typeId() == QMetaType::QString ? value.toString() : QString();
-}
+std::optional<std::string> textOf(const RequiredItem &item, std::string_view key) { return valueOf(item, key).text(); }
 
 } // namespace quillmark

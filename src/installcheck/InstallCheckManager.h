@@ -1,15 +1,16 @@
 #pragma once
 
 #include "platform/CheckWindowView.h"
+#include "platform/Value.h"
 #include "utils/VersionText.h"
 
-#include <QString>
-#include <QStringList>
-#include <QVariantList>
-#include <QVariantMap>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace quillmark {
 
@@ -19,13 +20,13 @@ class UpdateToolManager;
 struct Platform;
 
 /// One component of the catalogue, by the keys of its family in the key list. A value that is no text counts as absent.
-using RequiredItem = QVariantMap;
+using RequiredItem = Dictionary;
 
 /// What the install check needs of the application that it belongs to.
 class ApplicationDelegate {
 public:
     virtual ~ApplicationDelegate() = default;
-    virtual qint32 brandId() const = 0;
+    virtual std::int32_t brandId() const = 0;
     virtual void launchCore() = 0;
 };
 
@@ -58,33 +59,33 @@ public:
 
     // What the last evaluation found.
 
-    const QVariantList &requiredItemsList() const { return m_requiredItemsList; }
+    const List &requiredItemsList() const { return m_requiredItemsList; }
     /// The status of each item, as the localised text of its key.
-    const QStringList &requiredItemsStatusList() const { return m_requiredItemsStatusList; }
+    const std::vector<std::string> &requiredItemsStatusList() const { return m_requiredItemsStatusList; }
     /// The same as keys: "OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not Required". What depends
     /// on a status compares these, and so no translation can change what is repaired; as no two of a language's texts
     /// are the same, comparing those would decide likewise.
-    const QStringList &requiredItemsStatusKeys() const { return m_requiredItemsStatusKeys; }
+    const std::vector<std::string> &requiredItemsStatusKeys() const { return m_requiredItemsStatusKeys; }
     /// How many items of the kinds that the update tool repairs one by one are not in order: all but bundles.
-    qint32 numberRepairsRequired() const { return m_numberRepairsRequired; }
+    std::int32_t numberRepairsRequired() const { return m_numberRepairsRequired; }
     /// How many items are not in order, for whatever reason.
-    qint32 numberItemsMissing() const { return m_numberItemsMissing; }
+    std::int32_t numberItemsMissing() const { return m_numberItemsMissing; }
     bool isHelperRepairRequired() const { return m_helperRepairRequired; }
     /// Whether the last bundle that is not in order was the file system.
     bool isMacFuseRepairRequired() const { return m_macFuseRepairRequired; }
     /// The item whose plug-in was last found out of date in the life of this object, else -1. A record only.
-    qint32 restartIndex() const { return m_restartIndex; }
+    std::int32_t restartIndex() const { return m_restartIndex; }
 
     // Examining one item: its status and what it counts for.
 
-    void updateRequiredItemStatusCoreApp(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusCoreApp(const RequiredItem &item, std::int32_t index);
     /// Finds no fault, ever.
-    void updateRequiredItemStatusFramework(const RequiredItem &item, qint32 index);
-    void updateRequiredItemStatusBundle(const RequiredItem &item, qint32 index);
-    void updateRequiredItemStatusTool(const RequiredItem &item, qint32 index);
-    void updateRequiredItemStatusToolRoot(const RequiredItem &item, qint32 index);
-    void updateRequiredItemStatusFinderCM(const RequiredItem &item, qint32 index);
-    void updateRequiredItemStatusFinderOverlayInsert(const RequiredItem &item, qint32 index);
+    void updateRequiredItemStatusFramework(const RequiredItem &item, std::int32_t index);
+    void updateRequiredItemStatusBundle(const RequiredItem &item, std::int32_t index);
+    void updateRequiredItemStatusTool(const RequiredItem &item, std::int32_t index);
+    void updateRequiredItemStatusToolRoot(const RequiredItem &item, std::int32_t index);
+    void updateRequiredItemStatusFinderCM(const RequiredItem &item, std::int32_t index);
+    void updateRequiredItemStatusFinderOverlayInsert(const RequiredItem &item, std::int32_t index);
 
     /// Whether the installed tool is the administrator's, with mode 0755.
     bool verifyQMToolPermissions(const RequiredItem &item) const;
@@ -93,13 +94,13 @@ public:
 
     // Where an item's files are among the resources; the resource folder itself for an item without the key.
 
-    QString pathToRequiredItemInResources(const RequiredItem &item) const;
-    QString pathToRequiredItemInstallerInResources(const RequiredItem &item) const;
-    QString pathToRequiredItemSignatureInResources(const RequiredItem &item) const;
+    std::string pathToRequiredItemInResources(const RequiredItem &item) const;
+    std::string pathToRequiredItemInstallerInResources(const RequiredItem &item) const;
+    std::string pathToRequiredItemSignatureInResources(const RequiredItem &item) const;
 
     // The rules for versions.
 
-    static std::optional<ComponentVersion> parseVersionString(const QString &text);
+    static std::optional<ComponentVersion> parseVersionString(std::string_view text);
     std::optional<ComponentVersion> getFrameworkVersion(const RequiredItem &item) const;
     std::optional<ComponentVersion> getBundleVersion(const RequiredItem &item) const;
     /// Whether the installed version satisfies the item's "Version".
@@ -109,20 +110,20 @@ public:
     /// Whether the installed bundle has an older major or minor version than this application, or none.
     bool doesBundleNeedUpdate(const RequiredItem &item) const;
     /// \param major … stay untouched from the first number on that can't be read. \returns whether all could.
-    bool getMacOSXVersion(qint32 &major, qint32 &minor, qint32 &bugfix) const;
+    bool getMacOSXVersion(std::int32_t &major, std::int32_t &minor, std::int32_t &bugfix) const;
     /// Whether the item is required on this system by its lowest system version.
     bool checkMinMacOSXVersion(const RequiredItem &item) const;
     /// Whether the item is required on this system by its highest system version.
     bool checkMaxMacOSXVersion(const RequiredItem &item) const;
-    static QString getMacClientVersionAsString();
-    static MicrosoftStyleVersion getVersionFromString(const QString &text);
+    static std::string getMacClientVersionAsString();
+    static MicrosoftStyleVersion getVersionFromString(std::string_view text);
     static MicrosoftStyleVersion getMacClientVersion();
     bool areIntel_10_5FixesRequired() const;
 
     // Repairing what the last evaluation found. Each returns true on success, and asks the update tool.
 
     /// Told before each request: the item's name, and what is done about it.
-    using OnRepairStep = std::function<void(const QString &name, const QString &step)>;
+    using OnRepairStep = std::function<void(const std::string &name, const std::string &step)>;
 
     /// One pass: the update tool itself, whatever its status; two seconds later all other items in the catalogue's
     /// order, and what an old system needs. The first failure ends it; what was repaired before stays repaired. It
@@ -166,38 +167,38 @@ public:
 
 private:
     InstallCheckManager(const Platform &platform, LocalizedStrings &strings, const BrandingManager &branding,
-                        UpdateToolManager &updateTool, const QVariant &catalogue);
+                        UpdateToolManager &updateTool, const Value &catalogue);
 
     /// What an item that is not in order counts for.
     enum class Fault { None, Helper, HelperToRestart, Bundle };
 
     /// The first rule of an item's type that holds gives its status; when none does, the item is in order.
     struct StatusRule {
-        QStringView type;
+        std::string_view type;
         bool (InstallCheckManager::*holds)(const RequiredItem &item) const = nullptr;
-        const char16_t *status = nullptr;
+        const char *status = nullptr;
         Fault fault = Fault::None;
     };
     static std::span<const StatusRule> statusRules();
 
-    void examine(QStringView type, const RequiredItem &item, qint32 index);
-    void applyStatusRules(QStringView type, const RequiredItem &item, qint32 index);
-    void count(Fault fault, const RequiredItem &item, qint32 index);
-    QString resourcePath(const QString &fileName) const;
+    void examine(std::string_view type, const RequiredItem &item, std::int32_t index);
+    void applyStatusRules(std::string_view type, const RequiredItem &item, std::int32_t index);
+    void count(Fault fault, const RequiredItem &item, std::int32_t index);
+    std::string resourcePath(const std::string &fileName) const;
     /// The status of the first item that is equal to this one.
-    QString statusKeyOf(const RequiredItem &item) const;
+    std::string statusKeyOf(const RequiredItem &item) const;
     bool isToBeRepaired(const RequiredItem &item, bool isNotRequiredRepaired) const;
-    bool repairUsingPackage(const RequiredItem &item, qint32 (UpdateToolManager::*repair)(const QString &));
-    /// The short version of the bundle whose property list that is; null when it has none.
-    QString shortVersionIn(const QString &informationPath) const;
-    std::optional<ComponentVersion> installedVersion(const QString &informationPath) const;
+    bool repairUsingPackage(const RequiredItem &item, std::int32_t (UpdateToolManager::*repair)(const std::string &));
+    /// The short version of the bundle whose property list that is; absent when it has none.
+    std::optional<std::string> shortVersionIn(const std::string &informationPath) const;
+    std::optional<ComponentVersion> installedVersion(const std::string &informationPath) const;
 
     bool loadWindow();
     void awakeFromNib();
-    QList<CheckWindowView::Fault> faults() const;
+    std::vector<CheckWindowView::Fault> faults() const;
     void repairDidEnd();
     void _repairFailed();
-    void beginFailureSheet(const QString &titleKey);
+    void beginFailureSheet(std::string_view titleKey);
 
     bool isMissing(const RequiredItem &item) const;
     bool isAbsent(const RequiredItem &item) const;
@@ -216,21 +217,21 @@ private:
     UpdateToolManager &m_updateTool;
     ApplicationDelegate *m_delegate = nullptr;
     CheckWindowView *m_window = nullptr;
-    bool m_isWindowLoaded = false;   // or known to be impossible
-    QStringList m_problemsInAdvance; ///< of a window that was loaded before anybody wanted it
-    bool m_isRepairing = false;      // from the click to what the main thread makes of its end
+    bool m_isWindowLoaded = false;                // or known to be impossible
+    std::vector<std::string> m_problemsInAdvance; ///< of a window that was loaded before anybody wanted it
+    bool m_isRepairing = false;                   // from the click to what the main thread makes of its end
     const bool m_isCatalogueReadable;
-    const QVariantList m_requiredItemsList;
-    QStringList m_requiredItemsStatusKeys;
-    QStringList m_requiredItemsStatusList;
+    const List m_requiredItemsList;
+    std::vector<std::string> m_requiredItemsStatusKeys;
+    std::vector<std::string> m_requiredItemsStatusList;
     bool m_macFuseRepairRequired = false;
     bool m_helperRepairRequired = false;
-    qint32 m_numberRepairsRequired = 0;
-    qint32 m_numberItemsMissing = 0;
-    qint32 m_restartIndex = -1;
+    std::int32_t m_numberRepairsRequired = 0;
+    std::int32_t m_numberItemsMissing = 0;
+    std::int32_t m_restartIndex = -1;
 };
 
-/// An item's value of a key; null when it is no text.
-QString textOf(const RequiredItem &item, const QString &key);
+/// An item's value of a key; absent when it is no text.
+std::optional<std::string> textOf(const RequiredItem &item, std::string_view key);
 
 } // namespace quillmark

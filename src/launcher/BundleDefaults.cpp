@@ -8,8 +8,8 @@
 namespace quillmark {
 
 void registerBundleDefaults(const Platform &platform) {
-    const QString file = platform.mainBundle.pathForResource(QStringLiteral("Defaults"), QStringLiteral("plist"));
-    platform.userDefaults.registerDefaults(platform.propertyList.readDictionary(file));
+    const auto file = platform.mainBundle.pathForResource("Defaults", "plist");
+    platform.userDefaults.registerDefaults(platform.propertyList.readDictionary(file.value_or("")));
 }
 
 } // namespace quillmark

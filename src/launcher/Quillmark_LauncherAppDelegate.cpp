@@ -23,7 +23,7 @@ namespace quillmark {
 Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
                                                              std::function<InstallCheckManager &()> installCheck)
     : m_platform(platform), m_strings(strings), m_installCheck(std::move(installCheck)),
-      m_productName(strings.localisedString(QStringLiteral("ProductName"))) {}
+      m_productName(strings.localisedString("ProductName")) {}
 
 bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     readConfiguration();
@@ -52,48 +52,48 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
 }
 
 void Quillmark_LauncherAppDelegate::readConfiguration() {
-    config = m_platform.propertyList.readDictionary(
-        m_platform.mainBundle.pathForResource(QStringLiteral("Config"), QStringLiteral("plist")));
+    config =
+        m_platform.propertyList.readDictionary(m_platform.mainBundle.pathForResource("Config", "plist").value_or(""));
     registerBundleDefaults(m_platform);
 }
 
 void Quillmark_LauncherAppDelegate::setUpLogging() {
     UserDefaults &defaults = m_platform.userDefaults;
-    const QString fileLevel = defaults.stringForKey(QStringLiteral("FileLogging"));
-    const QString stdioLevel = defaults.stringForKey(QStringLiteral("StdioLogging"));
+    const auto fileLevel = defaults.stringForKey("FileLogging");
+    const auto stdioLevel = defaults.stringForKey("StdioLogging");
     try {
-        initLogging3(fileLevel, stdioLevel, QString(), m_productName, m_productName);
+        initLogging3(fileLevel, stdioLevel, std::nullopt, m_productName, m_productName);
     } catch (const Exception &exception) {
         // Wrong levels are raised again; a log whose place can't be used costs the log, and not the start.
-        initLogging2(fileLevel, stdioLevel, QString());
+        initLogging2(fileLevel, stdioLevel, std::nullopt);
         logError("There is no log file: %@", exception.reason());
     }
-    if (const QString damaged = defaults.damagedFile(); !damaged.isNull()) {
+    if (const auto damaged = defaults.damagedFile()) {
         logError("The preferences were damaged and start anew; the old file is \"%@\"", damaged);
     }
-    if (const QString problem = defaults.problem(); !problem.isNull()) {
+    if (const auto problem = defaults.problem()) {
         logError("The preferences \"%@\" %@", defaults.file(), problem);
     }
 }
 
 void Quillmark_LauncherAppDelegate::logFaults(const InstallCheckManager &installCheck) const {
-    for (qsizetype index = 0; index < installCheck.requiredItemsList().size(); ++index) {
-        const QString &key = installCheck.requiredItemsStatusKeys()[index];
-        if (key != u"OK" && key != u"Not Required") {
-            const RequiredItem item = installCheck.requiredItemsList()[index].toMap();
-            const QString installPath = textOf(item, kInstallPath);
+    for (size_t index = 0; index < installCheck.requiredItemsList().size(); ++index) {
+        const std::string &key = installCheck.requiredItemsStatusKeys()[index];
+        if (key != "OK" && key != "Not Required") {
+            const RequiredItem &item = installCheck.requiredItemsList()[index].dictionary();
+            const std::string installPath = textOf(item, kInstallPath).value_or("");
             logError(R"("%@" is not in order: %@ ("%@"))", textOf(item, kName),
                      installCheck.requiredItemsStatusList()[index],
-                     installPath.isEmpty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
+                     installPath.empty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
         }
     }
 }
 
-qint32 Quillmark_LauncherAppDelegate::brandId() const {
-    return static_cast<qint32>(integerValueOf(config.value(QStringLiteral("Brand"))));
+std::int32_t Quillmark_LauncherAppDelegate::brandId() const {
+    return static_cast<std::int32_t>(integerValueOf(valueOf(config, "Brand")));
 }
 
-QString Quillmark_LauncherAppDelegate::coreName() const { return formatted("%@Core", m_productName); }
+std::string Quillmark_LauncherAppDelegate::coreName() const { return m_productName + "Core"; }
 
 void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
     bool isCoreRunning = false;
@@ -105,9 +105,9 @@ void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
     }
     AlertDescription alert;
     alert.windowTitle = m_productName;
-    alert.messageText = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_AlreadyRunning"));
-    alert.informativeText = m_strings.localisedString(QStringLiteral("QuillmarkLauncher_YouMustQuit"));
-    alert.buttons = QStringList{m_strings.localisedString(QStringLiteral("Quit"))};
+    alert.messageText = m_strings.localisedString("QuillmarkLauncher_AlreadyRunning");
+    alert.informativeText = m_strings.localisedString("QuillmarkLauncher_YouMustQuit");
+    alert.buttons = {m_strings.localisedString("Quit")};
     logNormal("Letting other copy run, we will terminate");
     _flushLog();
     m_platform.alerts.runModal(alert);
@@ -116,11 +116,11 @@ void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
 }
 
 void Quillmark_LauncherAppDelegate::launchCore() {
-    const QString name = coreName();
-    const QString bundle = m_platform.mainBundle.pathForResource(name, QStringLiteral("app"));
-    const QString executable = bundle.isNull() ? QString() : formatted("%@/Contents/MacOS/%@", bundle, name);
+    const std::string name = coreName();
+    const auto bundle = m_platform.mainBundle.pathForResource(name, "app");
+    const auto executable = bundle ? std::optional(*bundle + "/Contents/MacOS/" + name) : std::nullopt;
     logNormal("Launching \"%@\"...", executable);
-    m_platform.workspace.launchApplication(executable);
+    m_platform.workspace.launchApplication(executable.value_or(""));
     logNormal("Launched \"%@\"", executable);
     logNormal("Will terminate now");
     m_platform.application.terminate();

@@ -2,9 +2,9 @@
 
 #include "installcheck/InstallCheckManager.h"
 
-#include <QString>
-#include <QVariantMap>
+#include <cstdint>
 #include <functional>
+#include <string>
 
 namespace quillmark {
 
@@ -27,7 +27,7 @@ public:
     bool applicationDidFinishLaunching();
 
     /// The "Brand" of the configuration; 0 when absent.
-    qint32 brandId() const override;
+    std::int32_t brandId() const override;
 
     /// Returns only when no core application runs; else tells the user so, and ends the process.
     void ensureCoreNotRunning();
@@ -41,13 +41,13 @@ private:
     void logFaults(const InstallCheckManager &installCheck) const;
 
     /// The core application's name: the product's with "Core" behind it.
-    QString coreName() const;
+    std::string coreName() const;
 
     const Platform &m_platform;
     LocalizedStrings &m_strings;
     const std::function<InstallCheckManager &()> m_installCheck;
-    const QString m_productName;
-    QVariantMap config;
+    const std::string m_productName;
+    Dictionary config;
 };
 
 } // namespace quillmark

@@ -9,7 +9,7 @@ namespace quillmark {
 namespace {
 
 /// The identifier of the client before it had a launcher.
-constexpr QLatin1StringView kClientIdentifier("com.quillmark.quillmarkclient");
+constexpr const char *kClientIdentifier = "com.quillmark.quillmarkclient";
 
 constexpr const char *kFixedPaths[] = {
     "~/Applications/%@.app",          "~/Applications/%@-1.app",        "~/Applications/%@-2.app",
@@ -24,19 +24,20 @@ constexpr const char *kFixedPaths[] = {
 
 } // namespace
 
-QStringList staleClientBundles(const QString &productName, const Workspace &workspace,
-                               const PropertyList &propertyList) {
-    std::optional<QStringList> paths(std::in_place);
+std::vector<std::string> staleClientBundles(const std::string &productName, const Workspace &workspace,
+                                            const PropertyList &propertyList) {
+    std::optional<std::vector<std::string>> found;
     for (const auto domain : {Workspace::Domain::User, Workspace::Domain::Local}) {
-        const QStringList folders = workspace.applicationsFolders(domain);
-        if (!folders.isEmpty()) {
-            pathsForIdent(kClientIdentifier, folders.last(), &paths, propertyList);
+        const std::vector<std::string> folders = workspace.applicationsFolders(domain);
+        if (!folders.empty()) {
+            pathsForIdent(kClientIdentifier, folders.back(), &found, propertyList);
         }
     }
+    std::vector<std::string> paths = found.value_or(std::vector<std::string>());
     for (const char *path : kFixedPaths) {
-        paths->append(formatted(path, productName));
+        paths.push_back(formatted(path, productName));
     }
-    return *paths;
+    return paths;
 }
 
 } // namespace quillmark

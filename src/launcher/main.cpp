@@ -36,9 +36,9 @@ extern "C" void endAfterAssertion(int /*signal*/) {
     ::_exit(kUnhandledFault);
 }
 
-QString productName() { return quillmark::QMLocalizedString(QStringLiteral("ProductName")); }
+std::string productName() { return quillmark::QMLocalizedString("ProductName"); }
 
-int endAfterFault(const QString &reason) {
+int endAfterFault(const std::string &reason) {
     quillmark::NSPrintErrf("%@: could not start: %@", productName(), reason);
     return kUnhandledFault;
 }
@@ -70,8 +70,7 @@ int start(int count, char **arguments) {
     if (answersQuestion(count, arguments)) {
         return EXIT_SUCCESS;
     }
-    assertionMessage() =
-        productName().toStdString() + ": could not start: an internal check failed, see the line above\n";
+    assertionMessage() = productName() + ": could not start: an internal check failed, see the line above\n";
     std::signal(SIGABRT, endAfterAssertion);
     quillmark::logReportedProblems();
     try {
@@ -86,7 +85,7 @@ int start(int count, char **arguments) {
         return endAfterFault(exception.reason());
     } catch (const std::exception &exception) {
         quillmark::logError("%s", exception.what());
-        return endAfterFault(QString::fromLocal8Bit(exception.what()));
+        return endAfterFault(exception.what());
     }
     return EXIT_FAILURE; // components are at fault, and the log says which
 }

@@ -1,25 +1,25 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
 /// What an alert says. All texts are plain, in the user's language.
 struct AlertDescription {
-    QString windowTitle;     ///< the product's name
-    QString messageText;     ///< what is the matter, in one sentence
-    QString informativeText; ///< what it means and what can be done; may be empty
+    std::string windowTitle;     ///< the product's name
+    std::string messageText;     ///< what is the matter, in one sentence
+    std::string informativeText; ///< what it means and what can be done; may be empty
     /// The first is the default button, which Return presses; the last is the harmless one. None stands for one "OK".
-    QStringList buttons;
+    std::vector<std::string> buttons;
     /// The button that Escape and the close box press; absent: the last one.
     std::optional<int> escapeButton;
     /// What stands beside a small check box under the texts, which is off at first; empty: there is none.
-    QString suppressionText;
+    std::string suppressionText;
 
     /// The index of the harmless button.
-    int lastButton() const { return buttons.isEmpty() ? 0 : static_cast<int>(buttons.size()) - 1; }
+    int lastButton() const { return buttons.empty() ? 0 : static_cast<int>(buttons.size()) - 1; }
 };
 
 /// What the user did with an alert.

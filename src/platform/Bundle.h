@@ -1,7 +1,10 @@
 #pragma once
 
-#include <QString>
-#include <QVariantMap>
+#include "platform/Value.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -11,18 +14,18 @@ public:
     virtual ~Bundle() = default;
 
     /// The bundle's folder, absolute, without a trailing slash.
-    virtual QString path() const = 0;
+    virtual std::string path() const = 0;
     /// The folder that holds the bundle's resources.
-    virtual QString resourcePath() const = 0;
-    /// The path of the resource `name.type`, or a null string when there is none. An empty type means none.
-    virtual QString pathForResource(const QString &name, const QString &type) const = 0;
+    virtual std::string resourcePath() const = 0;
+    /// The path of the resource `name.type`, absent when there is none. An empty type means none.
+    virtual std::optional<std::string> pathForResource(std::string_view name, std::string_view type) const = 0;
     /// The bundle's Info.plist; empty when it is missing or unreadable.
-    virtual QVariantMap infoDictionary() const = 0;
+    virtual Dictionary infoDictionary() const = 0;
     /// The text of `key` in the default string table of the user's language; the key itself when the table lacks it.
-    virtual QString localizedString(const QString &key) const = 0;
+    virtual std::string localizedString(std::string_view key) const = 0;
 };
 
 /// The folder of a bundle's programs that are for its own use, at the bundle's path.
-inline QString helpersFolder(const QString &bundlePath) { return bundlePath + QStringLiteral("/Contents/Helpers"); }
+inline std::string helpersFolder(const std::string &bundlePath) { return bundlePath + "/Contents/Helpers"; }
 
 } // namespace quillmark

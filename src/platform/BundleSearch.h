@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
@@ -12,7 +12,7 @@ class PropertyList;
 /// order of the names. Links to folders are followed; bundles are not looked into. What can't be read is passed over.
 /// \param foundPaths receives the paths; a list is made for the first one when there is none. Null: nothing is
 /// recorded.
-void pathsForIdent(const QString &identifier, const QString &fromPath, std::optional<QStringList> *foundPaths,
-                   const PropertyList &propertyList);
+void pathsForIdent(const std::string &identifier, const std::string &fromPath,
+                   std::optional<std::vector<std::string>> *foundPaths, const PropertyList &propertyList);
 
 } // namespace quillmark

@@ -2,8 +2,8 @@
 
 #include "platform/Images.h"
 
-#include <QList>
-#include <QString>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
@@ -43,19 +43,19 @@ public:
 
     /// A component that is not in order, in the user's words.
     struct Fault {
-        QString name;
-        QString status;
+        std::string name;
+        std::string status;
     };
 
     virtual ~CheckWindowView() = default;
 
-    virtual void setText(Outlet outlet, const QString &text) = 0;
+    virtual void setText(Outlet outlet, const std::string &text) = 0;
     /// The header shows the brand of the configuration, not that of the account.
     virtual void useWelcomeBranding() = 0;
     virtual void setHeaderLogo(const Image &image) = 0;
     /// Return presses it.
     virtual void makeInstallButtonDefault() = 0;
-    virtual void setFaults(const QList<Fault> &faults) = 0;
+    virtual void setFaults(const std::vector<Fault> &faults) = 0;
 
     /// Centres the window, activates the application, and puts the window in front of all others, to stay there.
     virtual void bringToFront() = 0;
@@ -82,7 +82,7 @@ public:
 
     /// Loads the window from its interface file. It lives as long as the process.
     /// \returns null where no window can be shown, which is reported.
-    virtual CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
+    virtual CheckWindowView *load(const std::string &interfaceFile, const HeaderBranding &branding,
                                   CheckWindowView::Owner &owner) = 0;
 };
 

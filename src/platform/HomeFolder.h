@@ -1,8 +1,5 @@
 #pragma once
 
-#include "platform/QtText.h"
-
-#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -13,11 +10,5 @@ std::string homeFolder();
 
 /// The path with a leading "~" or "~/" replaced by the home folder; any other path as it is.
 std::string expandingTilde(std::string_view path);
-
-// The same for Qt's texts.
-template <std::same_as<QString> Text>
-Text expandingTilde(const Text &path) {
-    return qtText(expandingTilde(path.toStdString()));
-}
 
 } // namespace quillmark

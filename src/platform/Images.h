@@ -1,17 +1,16 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
 #include <optional>
+#include <string>
 
 namespace quillmark {
 
 /// A decoded picture: rows from the top, four bytes a pixel (red, green, blue, alpha; not premultiplied).
 struct Image {
-    QString name; ///< the file it came from, or the name of the resource
+    std::string name; ///< the file it came from, or the name of the resource
     int width = 0;
     int height = 0;
-    QByteArray rgba;
+    std::string rgba;
 };
 
 /// Decodes pictures.
@@ -20,7 +19,7 @@ public:
     virtual ~Images() = default;
 
     /// The picture in the file, or nothing when it is missing, is no picture, or is more than 4096 pixels wide or high.
-    virtual std::optional<Image> load(const QString &path) const = 0;
+    virtual std::optional<Image> load(const std::string &path) const = 0;
 };
 
 } // namespace quillmark

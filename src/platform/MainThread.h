@@ -2,8 +2,8 @@
 
 #include "platform/Input.h"
 
-#include <QString>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace quillmark {
@@ -24,7 +24,7 @@ public:
     virtual void serve(std::vector<Input> inputs) = 0;
 
     /// Starts a thread of that name, which its log lines show, too, and that nobody waits for.
-    virtual void detachNewThread(const QString &name, std::function<void()> body) = 0;
+    virtual void detachNewThread(const std::string &name, std::function<void()> body) = 0;
 };
 
 } // namespace quillmark

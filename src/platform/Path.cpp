@@ -1,5 +1,7 @@
 #include "platform/Path.h"
 
+#include <filesystem>
+
 namespace quillmark {
 
 std::string withoutNeedlessSlashes(std::string_view path) {
@@ -14,6 +16,10 @@ std::string withoutNeedlessSlashes(std::string_view path) {
         result.pop_back();
     }
     return result;
+}
+
+std::string normalPath(const std::string &path) {
+    return withoutNeedlessSlashes(std::filesystem::path(path).lexically_normal().native());
 }
 
 std::string lastPathComponent(std::string_view path) {

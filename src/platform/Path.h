@@ -1,8 +1,5 @@
 #pragma once
 
-#include "platform/QtText.h"
-
-#include <concepts>
 #include <string>
 #include <string_view>
 
@@ -13,6 +10,9 @@ namespace quillmark {
 /// The path with none of these: "/a/b" of "/a//b/"; "/" stays.
 std::string withoutNeedlessSlashes(std::string_view path);
 
+/// The same without "." and without ".." and the name before it, whatever is on the disk: "/a/c" of "/a/./b/../c".
+std::string normalPath(const std::string &path);
+
 /// What stands behind a path's last slash: "c" of "/a/b/c" and of "/a/b/c/"; "/" of the root.
 std::string lastPathComponent(std::string_view path);
 
@@ -21,23 +21,5 @@ std::string deletingLastPathComponent(std::string_view path);
 
 /// A name, or a path, in a folder; in the current one when the folder is an empty text.
 std::string appendingPathComponent(std::string_view folder, std::string_view name);
-
-// The same for Qt's texts.
-template <std::same_as<QString> Text>
-Text withoutNeedlessSlashes(const Text &path) {
-    return qtText(withoutNeedlessSlashes(path.toStdString()));
-}
-template <std::same_as<QString> Text>
-Text lastPathComponent(const Text &path) {
-    return qtText(lastPathComponent(path.toStdString()));
-}
-template <std::same_as<QString> Text>
-Text deletingLastPathComponent(const Text &path) {
-    return qtText(deletingLastPathComponent(path.toStdString()));
-}
-template <std::same_as<QString> Text>
-Text appendingPathComponent(const Text &folder, const Text &name) {
-    return qtText(appendingPathComponent(folder.toStdString(), name.toStdString()));
-}
 
 } // namespace quillmark

@@ -1,8 +1,7 @@
 #pragma once
 
 #include <memory>
-
-class QString;
+#include <string>
 
 namespace quillmark {
 
@@ -60,6 +59,6 @@ void installPlatform(const Platform *replacement);
 const Platform &nativePlatform();
 
 /// The bundle at a path, whether or not there is one, with texts in the user's language.
-std::unique_ptr<Bundle> nativeBundle(const QString &path);
+std::unique_ptr<Bundle> nativeBundle(const std::string &path);
 
 } // namespace quillmark

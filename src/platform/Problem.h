@@ -1,8 +1,5 @@
 #pragma once
 
-#include "platform/QtText.h"
-
-#include <concepts>
 #include <functional>
 #include <string>
 #include <vector>
@@ -18,11 +15,5 @@ void setProblemReporter(void (*report)(const std::string &sentence));
 /// Makes the call. What it reports on this thread is not told, but handed back, in order: for what is done in advance,
 /// and may never be wanted.
 std::vector<std::string> problemsOf(const std::function<void()> &call);
-
-// The same for Qt's texts.
-template <std::same_as<QString> Text>
-void reportProblem(const Text &sentence) {
-    reportProblem(sentence.toStdString());
-}
 
 } // namespace quillmark

@@ -4,10 +4,10 @@
 
 namespace quillmark {
 
-QVariant PropertyList::read(const QString &path) const {
+Value PropertyList::read(const std::string &path) const {
     auto contents = readRegularFile(path, kMaximumMemory);
-    auto *document = std::get_if<QByteArray>(&contents);
-    return document != nullptr ? parse(std::move(*document)) : QVariant();
+    auto *document = std::get_if<std::string>(&contents);
+    return document != nullptr ? parse(std::move(*document)) : Value();
 }
 
 } // namespace quillmark

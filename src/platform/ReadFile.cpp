@@ -2,7 +2,6 @@
 
 #include "platform/Descriptor.h"
 
-#include <QFile>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,7 +9,7 @@
 
 namespace quillmark {
 
-std::variant<QByteArray, ReadError> readRegularFileAt(int folder, const char *path, qint64 maximumSize) {
+std::variant<std::string, ReadError> readRegularFileAt(int folder, const char *path, std::int64_t maximumSize) {
     const Descriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat attributes {};
     if (!file.isOpen() || ::fstat(file.get(), &attributes) != 0) {
@@ -22,27 +21,26 @@ std::variant<QByteArray, ReadError> readRegularFileAt(int folder, const char *pa
     if (attributes.st_size > maximumSize) {
         return ReadError{EFBIG};
     }
-    QByteArray contents(attributes.st_size, Qt::Uninitialized);
-    qsizetype filled = 0;
+    std::string contents(static_cast<size_t>(attributes.st_size), '\0');
+    size_t filled = 0;
     while (filled < contents.size()) {
-        const ssize_t count =
-            ::read(file.get(), contents.data() + filled, static_cast<size_t>(contents.size() - filled));
+        const ssize_t count = ::read(file.get(), contents.data() + filled, contents.size() - filled);
         if (count < 0 && errno != EINTR) {
             return ReadError{errno};
         }
         if (count == 0) { // shortened meanwhile
-            contents.truncate(filled);
+            contents.resize(filled);
         }
-        filled += count > 0 ? count : 0;
+        filled += count > 0 ? static_cast<size_t>(count) : 0;
     }
     return contents;
 }
 
-std::variant<QByteArray, ReadError> readRegularFile(const QString &path, qint64 maximumSize) {
-    if (path.isEmpty() || path.contains(QChar(0))) {
+std::variant<std::string, ReadError> readRegularFile(const std::string &path, std::int64_t maximumSize) {
+    if (path.empty() || path.find('\0') != std::string::npos) {
         return ReadError{ENOENT};
     }
-    return readRegularFileAt(AT_FDCWD, QFile::encodeName(path).constData(), maximumSize);
+    return readRegularFileAt(AT_FDCWD, path.c_str(), maximumSize);
 }
 
 } // namespace quillmark

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
+#include <cstdint>
+#include <string>
 #include <variant>
 
 namespace quillmark {
@@ -13,8 +13,8 @@ struct ReadError {
 
 /// Reads a whole regular file of at most `maximumSize` bytes; EFBIG when it is larger, EINVAL when it is no regular
 /// file. Never waits for a writer, as opening a named pipe would.
-std::variant<QByteArray, ReadError> readRegularFile(const QString &path, qint64 maximumSize);
+std::variant<std::string, ReadError> readRegularFile(const std::string &path, std::int64_t maximumSize);
 /// The same below an open folder; `folder` may be AT_FDCWD.
-std::variant<QByteArray, ReadError> readRegularFileAt(int folder, const char *path, qint64 maximumSize);
+std::variant<std::string, ReadError> readRegularFileAt(int folder, const char *path, std::int64_t maximumSize);
 
 } // namespace quillmark

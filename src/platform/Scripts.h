@@ -1,20 +1,20 @@
 #pragma once
 
-#include <QString>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace quillmark {
 
 /// What a script gives back.
 struct ScriptDescriptor {
-    enum class Type { Null, List, Boolean, Text, Other };
+    enum class Type { Null, Items, Boolean, Text, Other };
 
     Type type = Type::Null;
-    QString stringValue;                 ///< as text; null when it can't be one
-    bool booleanValue = false;           ///< as a truth value; false when it can't be one
-    std::vector<ScriptDescriptor> items; ///< of a list, in order
+    std::optional<std::string> stringValue; ///< as text; absent when it can't be one
+    bool booleanValue = false;              ///< as a truth value; false when it can't be one
+    std::vector<ScriptDescriptor> items;    ///< of a list, in order
 };
 
 /// Scripts that steer other applications, in the system's own script language.
@@ -38,7 +38,7 @@ public:
     virtual ~Scripts() = default;
 
     /// A script of that source, neither compiled nor looked at. Never null.
-    virtual std::unique_ptr<Script> scriptWithSource(const QString &source) = 0;
+    virtual std::unique_ptr<Script> scriptWithSource(const std::string &source) = 0;
 };
 
 } // namespace quillmark

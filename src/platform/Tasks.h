@@ -2,21 +2,22 @@
 
 #include "platform/Descriptor.h"
 
-#include <QString>
-#include <QStringList>
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
 /// A program that is to run.
 struct Task {
-    QString launchPath;
-    QStringList arguments;
+    std::string launchPath;
+    std::vector<std::string> arguments;
 };
 
 /// A child process whose standard output and standard error are pipes to this one.
 struct PipedTask {
-    qint32 processIdentifier = 0;
+    std::int32_t processIdentifier = 0;
     Descriptor standardOutput; ///< the reading ends; reading never blocks
     Descriptor standardError;  ///< closed when the child has inherited this process's
     Descriptor termination;    ///< becomes readable when the child has ended
@@ -31,20 +32,22 @@ public:
     virtual ~Tasks() = default;
 
     /// Runs a program, given by its path, to its end. \param programFolder where it looks for programs by their names
-    /// before anywhere else; may be null. \returns its exit status, 128 and the signal's number when a signal ended it;
-    /// nothing when it could not be started, or when its end could not be learned.
-    virtual std::optional<int> run(const QString &path, const QStringList &arguments, const QString &programFolder) = 0;
+    /// before anywhere else; may be absent. \returns its exit status, 128 and the signal's number when a signal ended
+    /// it; nothing when it could not be started, or when its end could not be learned.
+    virtual std::optional<int> run(const std::string &path, const std::vector<std::string> &arguments,
+                                   const std::optional<std::string> &programFolder) = 0;
 
     /// Starts a program as run() does, and comes back at once. Nobody learns what becomes of it. \returns false when it
     /// could not be started.
-    virtual bool runUnwaited(const QString &path, const QStringList &arguments) = 0;
+    virtual bool runUnwaited(const std::string &path, const std::vector<std::string> &arguments) = 0;
 
     /// Starts a program, given by its path, and leaves it to itself, without this process's streams, session and
     /// current folder. \param programFolder as for run(). \returns false when it could not be started.
-    virtual bool start(const QString &path, const QStringList &arguments, const QString &programFolder) = 0;
+    virtual bool start(const std::string &path, const std::vector<std::string> &arguments,
+                       const std::optional<std::string> &programFolder) = 0;
 
     /// Starts a program, given by its path, with pipes. \returns nothing when it could not be started.
-    virtual std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
+    virtual std::optional<PipedTask> launch(const std::string &path, const std::vector<std::string> &arguments,
                                             StandardError standardError) = 0;
     /// Waits for a launched program's end. To be called once. \returns its exit status, or the number of the signal
     /// that ended it; -1 when that could not be learned.

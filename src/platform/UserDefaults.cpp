@@ -1,19 +1,12 @@
 #include "platform/UserDefaults.h"
 
+#include "platform/ScalarText.h"
+
 namespace quillmark {
 
-QString UserDefaults::stringForKey(const QString &key) {
-    const QVariant value = objectForKey(key);
-    switch (value.typeId()) {
-    case QMetaType::QString:
-    case QMetaType::LongLong:
-    case QMetaType::ULongLong:
-    case QMetaType::Int:
-    case QMetaType::Double:
-        return value.toString();
-    default:
-        return {};
-    }
+std::optional<std::string> UserDefaults::stringForKey(std::string_view key) {
+    const Value value = objectForKey(key);
+    return value.is<bool>() ? std::nullopt : scalarText(value);
 }
 
 } // namespace quillmark

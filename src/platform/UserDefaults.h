@@ -1,8 +1,11 @@
 #pragma once
 
-#include <QString>
-#include <QVariantMap>
+#include "platform/Value.h"
+
 #include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
@@ -12,13 +15,13 @@ public:
     virtual ~UserDefaults() = default;
 
     /// Values that answer where nothing is stored. They are never written.
-    virtual void registerDefaults(const QVariantMap &values) = 0;
-    /// The stored value, else the registered one, else an invalid QVariant.
-    virtual QVariant objectForKey(const QString &key) = 0;
-    /// The value when it is a text or a number (as text), else a null string.
-    QString stringForKey(const QString &key);
-    /// Stores a value; an invalid QVariant removes the key.
-    virtual void setObject(const QString &key, const QVariant &value) = 0;
+    virtual void registerDefaults(const Dictionary &values) = 0;
+    /// The stored value, else the registered one, else nothing.
+    virtual Value objectForKey(std::string_view key) = 0;
+    /// The value when it is a text or a number (as text), else absent.
+    std::optional<std::string> stringForKey(std::string_view key);
+    /// Stores a value; nothing removes the key.
+    virtual void setObject(std::string_view key, const Value &value) = 0;
     /// Writes what was set to disk.
     /// \returns false when the file could not be written; the values stay set and a later call tries again.
     virtual bool synchronize() = 0;
@@ -27,12 +30,12 @@ public:
     /// false when the file could not be read, and then `change` was not run, or when it could not be written, as above.
     virtual bool change(const std::function<void()> &change) = 0;
     /// What kept the file from being read or written when that was last tried, such as "can't be written (No space left
-    /// on device)"; a null string when nothing did. A file that is not there reads as empty.
-    virtual QString problem() const = 0;
+    /// on device)"; absent when nothing did. A file that is not there reads as empty.
+    virtual std::optional<std::string> problem() const = 0;
     /// The file that they are kept in.
-    virtual QString file() const = 0;
-    /// The place where a damaged preference file was put aside by this process; a null string when none was.
-    virtual QString damagedFile() const = 0;
+    virtual std::string file() const = 0;
+    /// The place where a damaged preference file was put aside by this process; absent when none was.
+    virtual std::optional<std::string> damagedFile() const = 0;
 };
 
 } // namespace quillmark

@@ -13,29 +13,26 @@ namespace quillmark {
 
 namespace {
 
-Error errorOf(qint32 code, const char *failureReason, const QString &description) {
-    return {
-        kErrorDomain,
-        code,
-        {{kLocalizedFailureReasonKey, QString::fromLatin1(failureReason)}, {kLocalizedDescriptionKey, description}}};
+Error errorOf(std::int32_t code, const char *failureReason, const std::string &description) {
+    return {kErrorDomain, code, {{kLocalizedFailureReasonKey, failureReason}, {kLocalizedDescriptionKey, description}}};
 }
 
 /// Logs why a request failed, and makes the error of it.
-Error quitError(qint32 code, const QString &description) {
+Error quitError(std::int32_t code, const std::string &description) {
     logVerbose("%@", description);
     return errorOf(code, "quitApplication failed", description);
 }
 
 /// The "wth" is part of the texts.
-std::optional<Error> requestQuit(const QString &bundleIdentifier) {
+std::optional<Error> requestQuit(const std::string &bundleIdentifier) {
     AppleEvents &events = platform().appleEvents;
     std::unique_ptr<AppleEvents::Event> event;
-    if (const qint32 status = events.buildQuitEvent(bundleIdentifier.toStdString(), event); status != 0) {
+    if (const std::int32_t status = events.buildQuitEvent(bundleIdentifier, event); status != 0) {
         return quitError(kQuitEventNotBuilt,
                          formatted("Request to quit app wth id \"%@\" failed (AEBuildAppleEvent failed with error %d)",
                                    bundleIdentifier, status));
     }
-    if (const qint32 status = events.sendMessage(*event); status != 0) {
+    if (const std::int32_t status = events.sendMessage(*event); status != 0) {
         return quitError(kQuitEventNotSent,
                          formatted("Request to quit app wth id \"%@\" failed (AESendMessage failed with error %d)",
                                    bundleIdentifier, status));
@@ -43,7 +40,7 @@ std::optional<Error> requestQuit(const QString &bundleIdentifier) {
     return std::nullopt;
 }
 
-std::optional<Error> waitUntilQuit(const QString &bundleIdentifier, double timeOut) {
+std::optional<Error> waitUntilQuit(const std::string &bundleIdentifier, double timeOut) {
     constexpr double kFirstInterval = 0.25;
     constexpr double kGrowth = 1.5;
     constexpr double kLongestInterval = 2.0;
@@ -51,12 +48,12 @@ std::optional<Error> waitUntilQuit(const QString &bundleIdentifier, double timeO
     double elapsed = 0;
     while (isApplicationRunning(bundleIdentifier)) {
         // Deliberate: the first intervals are cut to no sleep at all, and still count.
-        platform().clock.sleep(std::chrono::seconds(static_cast<qint64>(interval)));
+        platform().clock.sleep(std::chrono::seconds(static_cast<std::int64_t>(interval)));
         elapsed += interval;
         if (elapsed >= timeOut) {
             return errorOf(kQuitTimedOut, "quitApplication failed",
                            formatted("Timed out waiting for app with id \"%@\" to quit after %lds", bundleIdentifier,
-                                     static_cast<qint64>(timeOut)));
+                                     static_cast<std::int64_t>(timeOut)));
         }
         logVerbose("Waiting for app with id \"%@\" to quit", bundleIdentifier);
         interval = std::min(kLongestInterval, interval * kGrowth);
@@ -67,36 +64,37 @@ std::optional<Error> waitUntilQuit(const QString &bundleIdentifier, double timeO
 
 } // namespace
 
-std::optional<QVariantMap> launchedApplication(const QString &bundleIdentifier) {
-    for (const QVariantMap &record : platform().workspace.launchedApplications()) {
-        const QVariant identifier = record.value(kApplicationBundleIdentifier); // absent is not empty
-        if (identifier.isValid() && identifier.toString() == bundleIdentifier) {
-            return record;
+std::optional<Dictionary> launchedApplication(const std::string &bundleIdentifier) {
+    for (Dictionary &record : platform().workspace.launchedApplications()) {
+        if (valueOf(record, kApplicationBundleIdentifier) == bundleIdentifier) {
+            return std::optional(std::move(record));
         }
     }
     return std::nullopt;
 }
 
-bool isApplicationRunning(const QString &bundleIdentifier) { return launchedApplication(bundleIdentifier).has_value(); }
+bool isApplicationRunning(const std::string &bundleIdentifier) {
+    return launchedApplication(bundleIdentifier).has_value();
+}
 
-Error launchFailed(const QString &path) {
+Error launchFailed(const std::string &path) {
     return errorOf(kLaunchFailed, "launchApplication failed", formatted("launchApplication \"%@\" failed", path));
 }
 
-std::optional<Error> launchApplication(const QString &bundleIdentifier) {
+std::optional<Error> launchApplication(const std::string &bundleIdentifier) {
     Workspace &workspace = platform().workspace;
-    const QString bundle = workspace.bundleWithIdentifier(bundleIdentifier);
-    if (bundle.isNull()) {
+    const auto bundle = workspace.bundleWithIdentifier(bundleIdentifier);
+    if (!bundle) {
         return errorOf(kLaunchFailed, "launchApplication failed",
                        formatted("bundleWithIdentifier \"%@\" failed", bundleIdentifier));
     }
-    if (!workspace.launchApplication(bundle)) {
-        return launchFailed(bundle);
+    if (!workspace.launchApplication(*bundle)) {
+        return launchFailed(*bundle);
     }
     return std::nullopt;
 }
 
-std::optional<Error> quitApplication(const QString &bundleIdentifier, bool wait, double timeOut) {
+std::optional<Error> quitApplication(const std::string &bundleIdentifier, bool wait, double timeOut) {
     if (!isApplicationRunning(bundleIdentifier)) {
         logVerbose("Not requesting app with id \"%@\" to quit because it isn't running", bundleIdentifier);
         return std::nullopt;
@@ -109,6 +107,6 @@ std::optional<Error> quitApplication(const QString &bundleIdentifier, bool wait,
     return wait ? waitUntilQuit(bundleIdentifier, timeOut) : std::nullopt;
 }
 
-std::optional<QStringList> pathsToApplication() { return std::nullopt; }
+std::optional<std::vector<std::string>> pathsToApplication() { return std::nullopt; }
 
 } // namespace quillmark

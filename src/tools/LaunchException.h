@@ -5,8 +5,6 @@
 namespace quillmark {
 
 /// What the platform raises for a program that can't be started.
-inline Exception launchException() {
-    return {QStringLiteral("NSInvalidArgumentException"), QStringLiteral("launch path not accessible")};
-}
+inline Exception launchException() { return {"NSInvalidArgumentException", "launch path not accessible"}; }
 
 } // namespace quillmark

@@ -8,30 +8,26 @@
 
 namespace quillmark {
 
-QString ProcessUtilities::currentLanguage() { return QStringLiteral("en"); }
+std::string ProcessUtilities::currentLanguage() { return "en"; }
 
-bool ProcessUtilities::quillmarkCoreAlreadyRunning(const QString &processName) {
+bool ProcessUtilities::quillmarkCoreAlreadyRunning(const std::string &processName) {
     // The blanks before the redirections differ, and stay so.
-    const QString pipelines[] = {
+    const std::string pipelines[] = {
         formatted("ps ax -o comm | fgrep '%@' | grep -v grep | grep -v relaunchqm > /dev/null", processName),
         formatted("ps ax -o comm | grep '%@ %@' | grep -v grep >/dev/null", "Quillmark", "Mac"),
         formatted("ps ax -o comm | grep '%@%@' | grep -v grep >/dev/null", "Quillmark", "Core"),
     };
-    const QString helpers = helpersFolder(platform().mainBundle.path());
+    const std::string helpers = helpersFolder(platform().mainBundle.path());
     bool isRunning = false;
-    for (const QString &pipeline : pipelines) {
-        const auto status = platform().tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), pipeline}, helpers);
+    for (const std::string &pipeline : pipelines) {
+        const auto status = platform().tasks.run("/bin/sh", {"-c", pipeline}, helpers);
         isRunning = status == 0 || isRunning;
     }
     return isRunning;
 }
 
-std::optional<QVariantMap> ProcessUtilities::getRunningiTunesInfo() {
-    return launchedApplication(QStringLiteral("com.apple.iTunes"));
-}
+std::optional<Dictionary> ProcessUtilities::getRunningiTunesInfo() { return launchedApplication("com.apple.iTunes"); }
 
-std::optional<QVariantMap> ProcessUtilities::getRunningFinder() {
-    return launchedApplication(QStringLiteral("com.apple.finder"));
-}
+std::optional<Dictionary> ProcessUtilities::getRunningFinder() { return launchedApplication("com.apple.finder"); }
 
 } // namespace quillmark

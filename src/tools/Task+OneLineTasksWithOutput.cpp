@@ -4,10 +4,8 @@
 #include "platform/Platform.h"
 #include "tools/TaskOutputReader.h"
 #include "utils/Exception.h"
-#include "utils/FormattedText.h"
 #include "utils/Utf8Text.h"
 
-#include <QStringDecoder>
 #include <array>
 
 namespace quillmark {
@@ -21,11 +19,12 @@ void store(std::optional<Error> *target, std::optional<Error> error) {
 }
 
 /// The user info ends at its first missing value, which is the standard error of a program that did not run.
-QVariantMap failureInfo(const QString &standardError, const Exception &exception, int terminationStatus) {
-    if (standardError.isNull()) {
+Dictionary failureInfo(const std::optional<std::string> &standardError, const Exception &exception,
+                       int terminationStatus) {
+    if (!standardError) {
         return {};
     }
-    return {{kTaskStandardErrorKey, standardError},
+    return {{kTaskStandardErrorKey, *standardError},
             {kLocalizedFailureReasonKey, exception.name()},
             {kLocalizedDescriptionKey, exception.reason()},
             {kTaskTerminationStatusKey, terminationStatus}};
@@ -33,54 +32,49 @@ QVariantMap failureInfo(const QString &standardError, const Exception &exception
 
 } // namespace
 
-QString stringByLaunchingPath(const QString &path, const QStringList &arguments, const OnCreatedBlock &onCreatedDoBlock,
-                              std::optional<Error> *error) {
+std::optional<std::string> stringByLaunchingPath(const std::string &path, const std::vector<std::string> &arguments,
+                                                 const OnCreatedBlock &onCreatedDoBlock, std::optional<Error> *error) {
     TaskOutputReader reader(platform().tasks, platform().mainThread, {path, arguments});
-    QString output;
-    QString standardError;
+    std::optional<std::string> output;
+    std::optional<std::string> standardError;
     try {
         reader.launchTaskAndRunSynchronous(onCreatedDoBlock);
         output = utf8Text(reader.standardOutputData());
         standardError = utf8Text(reader.standardErrorData());
         if (const int status = reader.terminationStatus(); status != 0) {
-            throw Exception(QStringLiteral("Process Failed"), formatted("Task terminationStatus was %d", status));
+            throw Exception("Process Failed", "Task terminationStatus was " + std::to_string(status));
         }
     } catch (const Exception &exception) {
         store(error,
               Error{kTaskErrorDomain, kTaskFailed, failureInfo(standardError, exception, reader.terminationStatus())});
         return output;
     }
-    if (standardError.isEmpty()) {
+    if (!standardError || standardError->empty()) {
         store(error, std::nullopt);
     } else {
         store(error, Error{kTaskErrorDomain,
                            kTaskWroteToStandardError,
-                           {{kTaskStandardErrorKey, standardError}, {kTaskTerminationStatusKey, 0}}});
+                           {{kTaskStandardErrorKey, *standardError}, {kTaskTerminationStatusKey, 0}}});
     }
     return output;
 }
 
-QString stringByLaunchingPath(const QString &path, const QStringList &arguments,
-                              Authorization::Reference &authorization, const OnCreatedBlock & /*onCreatedDoBlock*/,
-                              std::optional<Error> *error) {
-    std::vector<std::string> vector;
-    for (const QString &argument : arguments) {
-        vector.push_back(argument.toStdString());
-    }
+std::optional<std::string> stringByLaunchingPath(const std::string &path, const std::vector<std::string> &arguments,
+                                                 Authorization::Reference &authorization,
+                                                 const OnCreatedBlock & /*onCreatedDoBlock*/,
+                                                 std::optional<Error> *error) {
     std::unique_ptr<CommunicationsPipe> pipe;
-    if (const qint32 status = authorization.executeWithPrivileges(path.toStdString(), vector, &pipe); status != 0) {
+    if (const std::int32_t status = authorization.executeWithPrivileges(path, arguments, &pipe); status != 0) {
         store(error, Error{kTaskErrorDomain, status, {}});
-        return {};
+        return std::nullopt;
     }
     store(error, std::nullopt);
-    QString output = QStringLiteral("");
-    // Keeps a character's bytes from one piece to the next, and a byte order mark as printed.
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    std::string output;
     std::array<char, 64> piece{};
     for (std::int64_t count = 0; (count = pipe->read(piece.data(), piece.size())) > 0;) {
-        output += decoder.decode(QByteArrayView(piece.data(), count));
+        output.append(piece.data(), static_cast<size_t>(count));
     }
-    return output;
+    return validText(output);
 }
 
 } // namespace quillmark

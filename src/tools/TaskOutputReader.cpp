@@ -1,10 +1,11 @@
 #include "tools/TaskOutputReader.h"
 
+#include "platform/AtEnd.h"
 #include "tools/LaunchException.h"
 #include "utils/Assert.h"
 #include "utils/Log.h"
 
-#include <QScopeGuard>
+#include <algorithm>
 #include <cerrno>
 #include <unistd.h>
 
@@ -13,18 +14,18 @@ namespace quillmark {
 namespace {
 
 /// Appends what the pipe holds. \returns false at its end.
-bool readAvailable(int pipe, QByteArray &data) {
-    constexpr qsizetype kPiece = qsizetype{64} * 1024;
+bool readAvailable(int pipe, std::string &data) {
+    constexpr size_t kPiece = size_t{64} * 1024;
     constexpr int kPiecesATurn = 16; // then other events have their turn
     for (int piece = 0; piece < kPiecesATurn; ++piece) {
-        const qsizetype before = data.size();
+        const size_t before = data.size();
         if (data.capacity() - before < kPiece) {
-            data.reserve(qMax(before * 2, before + kPiece)); // resize() alone would grow by the piece each time
+            data.reserve(std::max(before * 2, before + kPiece)); // resize() alone may grow by the piece each time
         }
         data.resize(before + kPiece);
-        const ssize_t count = ::read(pipe, data.data() + before, static_cast<size_t>(kPiece));
+        const ssize_t count = ::read(pipe, data.data() + before, kPiece);
         const int error = errno;
-        data.resize(before + qMax<ssize_t>(count, 0));
+        data.resize(before + static_cast<size_t>(std::max<ssize_t>(count, 0)));
         if (count == 0) {
             return false;
         }
@@ -40,17 +41,17 @@ bool readAvailable(int pipe, QByteArray &data) {
 TaskOutputReader::TaskOutputReader(Tasks &tasks, MainThread &mainThread, Task task)
     : m_tasks(tasks), m_mainThread(mainThread), m_task(std::move(task)) {}
 
-void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(qint32)> &onCreated) {
+void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(std::int32_t)> &onCreated) {
     const auto task = m_tasks.launch(m_task.launchPath, m_task.arguments, Tasks::StandardError::Piped);
     if (!task) {
         throw launchException();
     }
-    const qint32 pid = task->processIdentifier;
+    const std::int32_t pid = task->processIdentifier;
     logDetail("Launched process %d", pid);
     if (pid == 0) {
         __assert2("pid", "NSTask+OneLineTasksWithOutput", 183);
     }
-    auto abandoned = qScopeGuard([&] { m_tasks.abandon(*task); });
+    AtEnd abandoned([&] { m_tasks.abandon(*task); });
     if (onCreated) {
         onCreated(pid);
     }

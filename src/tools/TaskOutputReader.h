@@ -3,8 +3,9 @@
 #include "platform/MainThread.h"
 #include "platform/Tasks.h"
 
-#include <QByteArray>
+#include <cstdint>
 #include <functional>
+#include <string>
 
 namespace quillmark {
 
@@ -19,10 +20,10 @@ public:
     /// Launches the program and returns when it has ended and both pipes are closed, by it and by everyone it gave them
     /// to. \param onCreated is told the process identifier before any output is awaited; may be empty. Raises an
     /// exception when the program could not be launched. What the callback raises ends the wait, not the program.
-    void launchTaskAndRunSynchronous(const std::function<void(qint32)> &onCreated);
+    void launchTaskAndRunSynchronous(const std::function<void(std::int32_t)> &onCreated);
 
-    const QByteArray &standardOutputData() const { return standardOutput; }
-    const QByteArray &standardErrorData() const { return standardError; }
+    const std::string &standardOutputData() const { return standardOutput; }
+    const std::string &standardErrorData() const { return standardError; }
     /// The program's exit status, or the number of the signal that ended it; 0 before it has ended.
     int terminationStatus() const { return m_terminationStatus; }
 
@@ -36,8 +37,8 @@ private:
     Tasks &m_tasks;
     MainThread &m_mainThread;
     const Task m_task;
-    QByteArray standardOutput;
-    QByteArray standardError;
+    std::string standardOutput;
+    std::string standardError;
     bool taskComplete = false;
     bool outputClosed = false;
     bool errorClosed = false;

@@ -3,12 +3,12 @@
 
 namespace quillmark {
 
-qint32 UpdateToolManager::insertFinderOverlayBundle() {
-    return begin([this] { return runFinderOverlayTool({QStringLiteral("insertfinderoverlay")}, true); });
+std::int32_t UpdateToolManager::insertFinderOverlayBundle() {
+    return begin([this] { return runFinderOverlayTool({"insertfinderoverlay"}, true); });
 }
 
-qint32 UpdateToolManager::runFinderOverlayTool(const QStringList &arguments, bool waitUntilExit) {
-    const QString path = installedTool(QStringLiteral("finderoverlaytool"));
+std::int32_t UpdateToolManager::runFinderOverlayTool(const std::vector<std::string> &arguments, bool waitUntilExit) {
+    const std::string path = installedTool("finderoverlaytool");
     logVerbose("Running FinderOverlayTool \"%@\"...", path);
     // Deliberate: a run that is not waited for counts as succeeded, unlike those of the update tool.
     if (launch(path, arguments, waitUntilExit).value_or(0) != 0) {

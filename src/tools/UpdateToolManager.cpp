@@ -16,17 +16,16 @@
 #include "utils/Log.h"
 #include "utils/String+Substring.h"
 
-#include <QFile>
 #include <memory>
 
 namespace quillmark {
 
 namespace {
 
-constexpr QLatin1StringView kUpdateTool("updateqm");
+constexpr const char *kUpdateTool = "updateqm";
 
 /// The mode of a tool that acts as root: set-user-ID, and executable by everybody.
-constexpr quint32 kToolMode = 04755;
+constexpr std::uint32_t kToolMode = 04755;
 
 } // namespace
 
@@ -35,31 +34,31 @@ UpdateToolManager &UpdateToolManager::sharedManager() {
     return manager;
 }
 
-UpdateToolManager::UpdateToolManager(const Platform &platform) : UpdateToolManager(platform, QString(kToolPath)) {}
+UpdateToolManager::UpdateToolManager(const Platform &platform) : UpdateToolManager(platform, std::string(kToolPath)) {}
 
-UpdateToolManager::UpdateToolManager(const Platform &platform, QString toolPathFormat, QString macFuseLog)
+UpdateToolManager::UpdateToolManager(const Platform &platform, std::string toolPathFormat, std::string macFuseLog)
     : m_platform(platform), m_toolPathFormat(std::move(toolPathFormat)), m_macFuseLog(std::move(macFuseLog)) {}
 
-qint32 UpdateToolManager::repairCoreAppPermissions(const QString &path) {
-    return runCommand({QStringLiteral("repaircore"), path});
+std::int32_t UpdateToolManager::repairCoreAppPermissions(const std::string &path) {
+    return runCommand({"repaircore", path});
 }
 
-qint32 UpdateToolManager::repairQMTool(const QString &path, const QString &signaturePath) {
-    return runCommand({QStringLiteral("repairother"), path, signaturePath});
+std::int32_t UpdateToolManager::repairQMTool(const std::string &path, const std::string &signaturePath) {
+    return runCommand({"repairother", path, signaturePath});
 }
 
-qint32 UpdateToolManager::repairQMToolPermissions(const QString &name) {
-    return runCommand({QStringLiteral("repairpermissionsother"), name});
+std::int32_t UpdateToolManager::repairQMToolPermissions(const std::string &name) {
+    return runCommand({"repairpermissionsother", name});
 }
 
-qint32 UpdateToolManager::repairBundleUsingPackage(const QString &packagePath) {
-    return runCommand({QStringLiteral("repairpackage"), packagePath});
+std::int32_t UpdateToolManager::repairBundleUsingPackage(const std::string &packagePath) {
+    return runCommand({"repairpackage", packagePath});
 }
 
-qint32 UpdateToolManager::repairFrameworkUsingPackage(const QString &packagePath) {
+std::int32_t UpdateToolManager::repairFrameworkUsingPackage(const std::string &packagePath) {
     m_status = kCommandBegun;
-    const qint32 result = runUpdateTool({QStringLiteral("repairpackage"), packagePath}, true);
-    if (hasCaseInsensitiveSubstring(packagePath, u"MacFUSE")) {
+    const std::int32_t result = runUpdateTool({"repairpackage", packagePath}, true);
+    if (hasCaseInsensitiveSubstring(packagePath, "MacFUSE")) {
         try {
             keepMacFuseLog();
         } catch (const Exception &exception) {
@@ -72,43 +71,43 @@ qint32 UpdateToolManager::repairFrameworkUsingPackage(const QString &packagePath
     return result;
 }
 
-qint32 UpdateToolManager::repairQMToolRootPermissions(const QString &name) {
-    return runCommand({QStringLiteral("repairpermissionsotherroot"), name});
+std::int32_t UpdateToolManager::repairQMToolRootPermissions(const std::string &name) {
+    return runCommand({"repairpermissionsotherroot", name});
 }
 
-qint32 UpdateToolManager::repairZIPArchive(const QString &archivePath, const QString &signaturePath,
-                                           const QString &installPath) {
-    return runCommand({QStringLiteral("repairzipitem"), archivePath, signaturePath, installPath});
+std::int32_t UpdateToolManager::repairZIPArchive(const std::string &archivePath, const std::string &signaturePath,
+                                                 const std::string &installPath) {
+    return runCommand({"repairzipitem", archivePath, signaturePath, installPath});
 }
 
-qint32 UpdateToolManager::repairIntel10_5(const QString &path, const QString &signaturePath) {
-    return runCommand({QStringLiteral("repairintel10_5"), path, signaturePath});
+std::int32_t UpdateToolManager::repairIntel10_5(const std::string &path, const std::string &signaturePath) {
+    return runCommand({"repairintel10_5", path, signaturePath});
 }
 
-qint32 UpdateToolManager::installClientUpdate(const QString &packagePath, const QString &signaturePath,
-                                              const QString &installPath) {
-    return runCommand({QStringLiteral("applyfullupdate"), packagePath, signaturePath, installPath});
+std::int32_t UpdateToolManager::installClientUpdate(const std::string &packagePath, const std::string &signaturePath,
+                                                    const std::string &installPath) {
+    return runCommand({"applyfullupdate", packagePath, signaturePath, installPath});
 }
 
-qint32 UpdateToolManager::repairMonoKeypairPermissions() {
-    return runCommand({QStringLiteral("fixmonokeypairs"),
-                       appendingPathComponent(qtText(homeFolder()), QStringLiteral(".config/.mono/keypairs"))});
+std::int32_t UpdateToolManager::repairMonoKeypairPermissions() {
+    return runCommand({"fixmonokeypairs", appendingPathComponent(homeFolder(), ".config/.mono/keypairs")});
 }
 
-qint32 UpdateToolManager::repairPermissions() {
+std::int32_t UpdateToolManager::repairPermissions() {
     return begin([this] { return runUpdateToolAsAdmin({"repairpermissions"}); });
 }
 
-qint32 UpdateToolManager::repairUpdateTool(const QString &toolPath, const QString &updateQMSignaturePath) {
+std::int32_t UpdateToolManager::repairUpdateTool(const std::string &toolPath,
+                                                 const std::string &updateQMSignaturePath) {
     return begin([&] {
         logDetail("updateQMSignaturePath is %@", updateQMSignaturePath);
-        return runUninstalledUpdateToolAsAdmin(toolPath, {"repair", updateQMSignaturePath.toStdString()});
+        return runUninstalledUpdateToolAsAdmin(toolPath, {"repair", updateQMSignaturePath});
     });
 }
 
-qint32 UpdateToolManager::repairQMToolRoot(const QString &path, const QString &signaturePath) {
+std::int32_t UpdateToolManager::repairQMToolRoot(const std::string &path, const std::string &signaturePath) {
     m_status = kCommandBegun;
-    const qint32 result = runUpdateTool({QStringLiteral("repairotherroot"), path, signaturePath}, true);
+    const std::int32_t result = runUpdateTool({"repairotherroot", path, signaturePath}, true);
     if (result != kSucceeded) {
         return result;
     }
@@ -121,8 +120,8 @@ qint32 UpdateToolManager::repairQMToolRoot(const QString &path, const QString &s
     return result;
 }
 
-qint32 UpdateToolManager::verifyUpdateTool(const QString &name) {
-    const QString path = installedTool(name);
+std::int32_t UpdateToolManager::verifyUpdateTool(const std::string &name) {
+    const std::string path = installedTool(name);
     const FileManager &files = __QMCurrentThreadFileManager();
     if (!files.fileExists(path)) {
         m_status = kToolMissing;
@@ -130,16 +129,17 @@ qint32 UpdateToolManager::verifyUpdateTool(const QString &name) {
     }
     const auto attributes = files.attributes(path);
     const bool mayActAsRoot =
-        attributes && attributes->ownerAccountName == u"root" && attributes->posixPermissions == kToolMode;
+        attributes && attributes->ownerAccountName == "root" && attributes->posixPermissions == kToolMode;
     m_status = mayActAsRoot ? kSucceeded : kToolHasWrongPermissions;
     return m_status;
 }
 
-qint32 UpdateToolManager::runUpdateTool(const QStringList &arguments, bool waitUntilExit) {
+std::int32_t UpdateToolManager::runUpdateTool(const std::vector<std::string> &arguments, bool waitUntilExit) {
     return runExe(installedTool(kUpdateTool), arguments, waitUntilExit);
 }
 
-qint32 UpdateToolManager::runExe(const QString &path, const QStringList &arguments, bool waitUntilExit) {
+std::int32_t UpdateToolManager::runExe(const std::string &path, const std::vector<std::string> &arguments,
+                                       bool waitUntilExit) {
     logVerbose("UpdateToolManager:runExe: Running \"%@\"...", path);
     bool isSuccess = false;
     try {
@@ -157,31 +157,31 @@ qint32 UpdateToolManager::runExe(const QString &path, const QStringList &argumen
         logError("UpdateToolManager:runExe: Failed running \"%@\"", path);
         return kRunFailed;
     }
-    m_failureReason.clear();
+    m_failureReason.reset();
     logVerbose("UpdateToolManager:runExe: Succeeded running \"%@\"", path);
     return kSucceeded;
 }
 
-qint32 UpdateToolManager::runUpdateToolAsAdmin(const std::vector<std::string> &arguments) {
-    return runAsAdmin(QStringLiteral("runUpdateToolAsAdmin"), installedTool(kUpdateTool), arguments, false);
+std::int32_t UpdateToolManager::runUpdateToolAsAdmin(const std::vector<std::string> &arguments) {
+    return runAsAdmin("runUpdateToolAsAdmin", installedTool(kUpdateTool), arguments, false);
 }
 
-qint32 UpdateToolManager::runUninstalledUpdateToolAsAdmin(const QString &toolPath,
-                                                          const std::vector<std::string> &arguments) {
-    return runAsAdmin(QStringLiteral("runUninstalledUpdateToolAsAdmin"), toolPath, arguments, true);
+std::int32_t UpdateToolManager::runUninstalledUpdateToolAsAdmin(const std::string &toolPath,
+                                                                const std::vector<std::string> &arguments) {
+    return runAsAdmin("runUninstalledUpdateToolAsAdmin", toolPath, arguments, true);
 }
 
-qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &toolPath,
-                                     const std::vector<std::string> &arguments, bool isPathLogged) {
+std::int32_t UpdateToolManager::runAsAdmin(const std::string &operation, const std::string &toolPath,
+                                           const std::vector<std::string> &arguments, bool isPathLogged) {
     logNormal("UpdateToolManager:%@: Starting...", operation);
     std::unique_ptr<Authorization::Reference> reference;
     if (m_platform.authorization.create(reference) != 0) {
-        m_failureReason = QStringLiteral("there can be no administrator rights here");
+        m_failureReason = "there can be no administrator rights here";
         return kRunFailed;
     }
-    constexpr quint32 kFlags =
+    constexpr std::uint32_t kFlags =
         kAuthorizationInteractionAllowed | kAuthorizationExtendRights | kAuthorizationPreAuthorize;
-    if (const qint32 status = reference->copyRights(kAuthorizationRightAdmin, kFlags); status != 0) {
+    if (const std::int32_t status = reference->copyRights(kAuthorizationRightAdmin, kFlags); status != 0) {
         m_failureReason = formatted("administrator rights were not given (status %d)", status);
         logError("UpdateToolManager:%@: AuthorizationCopyRights failed (OSStatus %d)", operation, status);
         return kRunFailed;
@@ -189,7 +189,7 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
     if (isPathLogged) {
         logDetail("Running %@", toolPath);
     }
-    const qint32 status = reference->executeWithPrivileges(toolPath.toStdString(), arguments, nullptr);
+    const std::int32_t status = reference->executeWithPrivileges(toolPath, arguments, nullptr);
     reference.reset();
     if (status != 0) {
         m_status = kRunFailed;
@@ -197,7 +197,7 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
         logError("UpdateToolManager:%@: AuthorizationExecuteWithPrivileges failed (OSStatus %d)", operation, status);
     } else {
         m_status = kSucceeded;
-        m_failureReason.clear();
+        m_failureReason.reset();
         logNormal("UpdateToolManager:%@: Succeeded", operation);
     }
     return m_status;
@@ -205,14 +205,14 @@ qint32 UpdateToolManager::runAsAdmin(const QString &operation, const QString &to
 
 std::optional<Error> UpdateToolManager::restartFinder() {
     constexpr double kPatience = 4.0; // seconds
-    auto error = quitApplication(QStringLiteral("com.apple.finder"), true, kPatience);
+    auto error = quitApplication("com.apple.finder", true, kPatience);
     if (error && error->code != kQuitTimedOut) {
         return error;
     }
     if (error) {
         logVerbose("Didn't see Finder restart - continue anyway");
     }
-    const QString finder = QStringLiteral("/System/Library/CoreServices/Finder.app");
+    const std::string finder = "/System/Library/CoreServices/Finder.app";
     logVerbose("Launching \"%@\"...", finder);
     const bool isLaunched = m_platform.workspace.launchApplication(finder);
     logVerbose("Launched \"%@\"", finder); // deliberate: also when it was not
@@ -220,8 +220,8 @@ std::optional<Error> UpdateToolManager::restartFinder() {
 }
 
 void UpdateToolManager::keepMacFuseLog() {
-    const QString folder = expandingTilde(QStringLiteral("~/Library/Logs/Quillmark/MacFUSE"));
-    const QString target = folder + QStringLiteral("/macfuse-install.log");
+    const std::string folder = expandingTilde("~/Library/Logs/Quillmark/MacFUSE");
+    const std::string target = folder + "/macfuse-install.log";
     const FileManager &files = __QMCurrentThreadFileManager();
     if (!files.fileExists(m_macFuseLog)) {
         logVerbose("\"%@\" doesn't exists - no MacFUSE log will be available", m_macFuseLog);
@@ -230,12 +230,12 @@ void UpdateToolManager::keepMacFuseLog() {
     ensureFolderPathExists(folder);
     logVerbose(R"(Copying "%@" to "%@"...)", m_macFuseLog, target);
     // Anybody may have put it there.
-    constexpr qint64 kLargestLog = qint64{16} << 20U; // bytes
+    constexpr std::int64_t kLargestLog = std::int64_t{16} << 20U; // bytes
     const auto error = files.isTrustedFile(m_macFuseLog, kLargestLog)
                            ? files.copyItem(m_macFuseLog, target)
                            : Error{kPosixErrorDomain,
                                    EACCES,
-                                   {{kLocalizedFailureReasonKey, QStringLiteral("It is no file of a trusted user's")},
+                                   {{kLocalizedFailureReasonKey, "It is no file of a trusted user's"},
                                     {kLocalizedDescriptionKey, posixErrorToString(EACCES)}}};
     if (error) {
         logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(*error));
@@ -244,29 +244,32 @@ void UpdateToolManager::keepMacFuseLog() {
     }
 }
 
-std::optional<int> UpdateToolManager::launch(const QString &path, const QStringList &arguments, bool waitUntilExit) {
+std::optional<int> UpdateToolManager::launch(const std::string &path, const std::vector<std::string> &arguments,
+                                             bool waitUntilExit) {
     if (!waitUntilExit && m_platform.tasks.runUnwaited(path, arguments)) {
         return std::nullopt;
     }
-    const auto status = waitUntilExit ? m_platform.tasks.run(path, arguments, QString()) : std::nullopt;
+    const auto status = waitUntilExit ? m_platform.tasks.run(path, arguments, std::nullopt) : std::nullopt;
     if (!status) {
         throw launchException();
     }
     return status;
 }
 
-QString UpdateToolManager::installedTool(const QString &name) const { return formatted(m_toolPathFormat, name); }
+std::string UpdateToolManager::installedTool(const std::string &name) const {
+    return formatted(m_toolPathFormat, name);
+}
 
-qint32 UpdateToolManager::begin(const std::function<qint32()> &run) {
+std::int32_t UpdateToolManager::begin(const std::function<std::int32_t()> &run) {
     m_status = kCommandBegun;
-    const qint32 result = run();
+    const std::int32_t result = run();
     if (result == kSucceeded) {
         m_status = kSucceeded;
     }
     return result;
 }
 
-qint32 UpdateToolManager::runCommand(const QStringList &arguments) {
+std::int32_t UpdateToolManager::runCommand(const std::vector<std::string> &arguments) {
     return begin([&] { return runUpdateTool(arguments, true); });
 }
 

@@ -3,55 +3,84 @@
 #include "platform/Tasks.h"
 #include "tools/LaunchException.h"
 
-#include <QStringDecoder>
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <poll.h>
 #include <unistd.h>
+#include <utf8.h>
 
 namespace quillmark {
 
 namespace {
 
-constexpr QLatin1StringView kMarker("Limited ");
-constexpr qsizetype kLongestVersion = 1 << 20; // characters; whoever prints more than that tells no version
+constexpr std::string_view kMarker = "Limited ";
+constexpr size_t kLongestVersion = 1 << 20; // bytes; whoever prints more than that tells no version
 
 /// The text that is being looked for, while the output passes by.
 class VersionText {
 public:
-    void append(const QString &piece) {
+    void append(std::string_view piece) {
         m_rest += piece;
-        if (const qsizetype last = m_rest.lastIndexOf(kMarker); last >= 0) {
-            m_rest.remove(0, last + kMarker.size());
+        if (const size_t last = m_rest.rfind(kMarker); last != std::string::npos) {
+            m_rest.erase(0, last + kMarker.size());
             m_text.clear();
         }
         // What may be the beginning of a marker waits for the next piece.
-        const qsizetype passed = std::max<qsizetype>(m_rest.size() - (kMarker.size() - 1), 0);
-        take(m_rest.left(passed));
-        m_rest.remove(0, passed);
+        const size_t passed = m_rest.size() - std::min(m_rest.size(), kMarker.size() - 1);
+        take(std::string_view(m_rest).substr(0, passed));
+        m_rest.erase(0, passed);
     }
 
-    QString atEnd() {
-        take(std::exchange(m_rest, QString()));
-        return m_text.isNull() ? QStringLiteral("") : m_text; // nothing printed is a text all the same
+    std::string atEnd() {
+        take(m_rest);
+        m_text.erase(utf8::find_invalid(m_text.begin(), m_text.end()), m_text.end()); // a character that was cut
+        return m_text;
     }
 
 private:
-    void take(const QString &text) {
-        m_text += text;
-        m_text.truncate(kLongestVersion);
+    void take(std::string_view text) { m_text += text.substr(0, kLongestVersion - m_text.size()); }
+
+    std::string m_text;
+    std::string m_rest;
+};
+
+/// Whether bytes that pass by are UTF-8.
+class Utf8Check {
+public:
+    void append(std::string_view piece) {
+        m_rest += piece;
+        const auto fault = utf8::find_invalid(m_rest.begin(), m_rest.end());
+        m_isFaulty = m_isFaulty || !isBeginningOfCharacter(fault);
+        m_rest.erase(m_rest.begin(), fault);
+    }
+    bool isPassed() const { return !m_isFaulty && m_rest.empty(); }
+
+private:
+    /// True at the end as well.
+    bool isBeginningOfCharacter(std::string::const_iterator at) const {
+        try {
+            if (at != m_rest.end()) {
+                utf8::next(at, m_rest.cend());
+            }
+        } catch (const utf8::not_enough_room &) {
+            return true;
+        } catch (const utf8::exception &) {
+            return false;
+        }
+        return true;
     }
 
-    QString m_text;
-    QString m_rest;
+    std::string m_rest; ///< what may be the beginning of a character
+    bool m_isFaulty = false;
 };
 
 /// Waits for the next piece. \returns nothing at the end.
-QByteArrayView nextPiece(int pipe, std::array<char, 65536> &buffer) {
+std::string_view nextPiece(int pipe, std::array<char, 65536> &buffer) {
     while (true) {
         const ssize_t count = ::read(pipe, buffer.data(), buffer.size());
         if (count >= 0) {
-            return {buffer.data(), count};
+            return {buffer.data(), static_cast<size_t>(count)};
         }
         if (errno == EAGAIN) {
             pollfd wait{pipe, POLLIN, 0};
@@ -64,25 +93,20 @@ QByteArrayView nextPiece(int pipe, std::array<char, 65536> &buffer) {
 
 } // namespace
 
-QString versionPrintedBy(const QString &path, Tasks &tasks) {
+std::optional<std::string> versionPrintedBy(const std::string &path, Tasks &tasks) {
     const auto task = tasks.launch(path, {}, Tasks::StandardError::Inherited);
     if (!task) {
         throw launchException();
     }
     VersionText version;
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    Utf8Check check;
     auto buffer = std::make_unique<std::array<char, 65536>>();
-    while (true) {
-        const QByteArrayView piece = nextPiece(task->standardOutput.get(), *buffer);
-        if (piece.isEmpty()) {
-            break;
-        }
-        version.append(decoder.decode(piece));
+    for (std::string_view piece; !(piece = nextPiece(task->standardOutput.get(), *buffer)).empty();) {
+        version.append(piece);
+        check.append(piece);
     }
     tasks.terminationStatus(*task);
-    [[maybe_unused]] const QString end =
-        decoder.decode("."); // a character that is cut off shows when another one follows
-    return decoder.hasError() ? QString() : version.atEnd();
+    return check.isPassed() ? std::optional(version.atEnd()) : std::nullopt;
 }
 
 } // namespace quillmark

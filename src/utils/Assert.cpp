@@ -7,7 +7,7 @@
 
 namespace quillmark {
 
-void __assert2(const char *expression, const char *file, qint32 line) {
+void __assert2(const char *expression, const char *file, std::int32_t line) {
     logError("ASSERTION ERROR: %s (file \"%s\", line %d)", expression, file, line);
     _flushLog(); // abort() writes nothing out
     if (IsDebuggerPresent()) {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QtGlobal>
+#include <cstdint>
 
 namespace quillmark {
 
 /// Logs "ASSERTION ERROR: …" and ends the process: at a trap under a debugger, else by abort.
-[[noreturn]] void __assert2(const char *expression, const char *file, qint32 line);
+[[noreturn]] void __assert2(const char *expression, const char *file, std::int32_t line);
 
 } // namespace quillmark
 

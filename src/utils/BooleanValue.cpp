@@ -1,17 +1,28 @@
 #include "utils/BooleanValue.h"
 
-#include <algorithm>
+#include "platform/Value.h"
+#include "platform/WhiteSpace.h"
 
 namespace quillmark {
 
-bool booleanValueOf(const QVariant &value) {
-    if (value.typeId() == QMetaType::QString) {
-        const QString text = value.toString().trimmed();
-        const auto *const first = std::find_if(text.begin(), text.end(), [](QChar c) { return c != u'0'; });
-        return first != text.end() && QStringView(u"YyTt123456789").contains(*first);
+bool booleanValueOf(const Value &value) {
+    if (const auto *text = value.as<std::string>()) {
+        const std::string_view digits = trimmed(*text);
+        const size_t first = digits.find_first_not_of('0');
+        return first != std::string_view::npos &&
+               std::string_view("YyTt123456789").find(digits[first]) != std::string_view::npos;
     }
-    // A list or bytes that somebody put there are no answer.
-    return value.typeId() != QMetaType::QByteArray && value.toBool();
+    if (const auto *boolean = value.as<bool>()) {
+        return *boolean;
+    }
+    if (const auto *single = value.as<float>()) {
+        return *single != 0;
+    }
+    if (const auto *real = value.as<double>()) {
+        return *real != 0;
+    }
+    const auto *integer = value.as<std::int64_t>();
+    return integer != nullptr ? *integer != 0 : value.is<std::uint64_t>(); // which is larger than any of those
 }
 
 } // namespace quillmark

@@ -1,29 +1,33 @@
 #pragma once
 
-#include <QString>
-#include <QVariantMap>
+#include "platform/Key.h"
+#include "platform/Value.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
 
 namespace quillmark {
 
 /// The domain of the errors that this program makes itself.
-inline constexpr QLatin1StringView kErrorDomain("com.quillmark.Quillmark.Quillmark-Client");
+inline constexpr const char *kErrorDomain = "com.quillmark.Quillmark.Quillmark-Client";
 
 /// The domain of the system's own errors; their codes are those of `errno`.
-inline constexpr QLatin1StringView kPosixErrorDomain("NSPOSIXErrorDomain");
+inline constexpr const char *kPosixErrorDomain = "NSPOSIXErrorDomain";
 
 /// Keys of Error::userInfo, with the texts that the platform gives them.
-inline constexpr QLatin1StringView kLocalizedDescriptionKey("NSLocalizedDescription");
-inline constexpr QLatin1StringView kLocalizedFailureReasonKey("NSLocalizedFailureReason");
+inline constexpr Key kLocalizedDescriptionKey{"NSLocalizedDescription"};
+inline constexpr Key kLocalizedFailureReasonKey{"NSLocalizedFailureReason"};
 
 /// A failure handed back as a result.
 struct Error {
-    QString domain;
-    qint32 code = 0;
-    QVariantMap userInfo;
+    std::string domain;
+    std::int32_t code = 0;
+    Dictionary userInfo;
 
-    /// Null when the error carries none.
-    QString failureReason() const { return userInfo.value(kLocalizedFailureReasonKey).toString(); }
-    QString description() const { return userInfo.value(kLocalizedDescriptionKey).toString(); }
+    /// Absent when the error carries none.
+    std::optional<std::string> failureReason() const { return valueOf(userInfo, kLocalizedFailureReasonKey).text(); }
+    std::optional<std::string> description() const { return valueOf(userInfo, kLocalizedDescriptionKey).text(); }
 };
 
 } // namespace quillmark

@@ -1,30 +1,25 @@
 #include "utils/ErrorText.h"
 
 #include "platform/Platform.h"
-#include "platform/QtText.h"
 #include "platform/SystemInfo.h"
 #include "utils/Error.h"
 #include "utils/Exception.h"
 
+#include <vector>
+
 namespace quillmark {
 
-namespace {
-
-QString orNull(const QString &text) { return text.isNull() ? QStringLiteral("(null)") : text; }
-
-} // namespace
-
-QString errorExceptionToString(const Exception &exception) {
-    QString text = exception.name() + QStringLiteral(" (") + _removeNewLinesInString(exception.reason()) + u')';
+std::string errorExceptionToString(const Exception &exception) {
+    std::string text = exception.name() + " (" + _removeNewLinesInString(exception.reason()) + ')';
     const ExceptionStack stack = exception.stack();
     if (!stack) {
         return text;
     }
-    QString indent;
-    const QStringList newestFirst(stack->crbegin(), stack->crend());
-    for (const QString &cause : newestFirst) {
-        indent += QStringLiteral("  ");
-        text += u'\n' + indent + QStringLiteral("Because:\n") + indent + cause;
+    std::string indent;
+    const std::vector<std::string> newestFirst(stack->crbegin(), stack->crend());
+    for (const std::string &cause : newestFirst) {
+        indent += "  ";
+        text.append("\n").append(indent).append("Because:\n").append(indent).append(cause);
     }
     return text;
 }
@@ -35,21 +30,20 @@ Error errorFromException(const Exception &exception) {
             {{kLocalizedDescriptionKey, exception.reason()}, {kLocalizedFailureReasonKey, exception.name()}}};
 }
 
-QString nserrorToString(const Error &error) {
-    return u'"' + orNull(error.failureReason()) + QStringLiteral("\" because \"") + orNull(error.description()) + u'"';
+std::string nserrorToString(const Error &error) {
+    return '"' + error.failureReason().value_or("(null)") + "\" because \"" + error.description().value_or("(null)") +
+           '"';
 }
 
-QString posixErrorToString(int errnum) {
+std::string posixErrorToString(int errnum) {
     const auto text = platform().systemInfo.posixErrorText(errnum);
-    if (!text) {
-        return QStringLiteral("Unknown Posix error");
-    }
-    return QStringLiteral("Posix error ") + QString::number(errnum) + QStringLiteral(" (") + qtText(*text) + u')';
+    return text ? "Posix error " + std::to_string(errnum) + " (" + *text + ')' : "Unknown Posix error";
 }
 
-QString _removeNewLinesInString(const QString &string) {
-    QString text = string;
-    return text.remove(u'\r');
+std::string _removeNewLinesInString(std::string_view string) {
+    std::string text(string);
+    std::erase(text, '\r');
+    return text;
 }
 
 } // namespace quillmark

@@ -1,10 +1,9 @@
 #include "utils/FileManager.h"
 
+#include "platform/Path.h"
 #include "platform/Tree.h"
 #include "utils/ErrorText.h"
 
-#include <QDir>
-#include <QFile>
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
@@ -17,30 +16,30 @@ namespace quillmark {
 
 namespace {
 
-bool exists(const QByteArray &path) { return ::access(path.constData(), F_OK) == 0; }
+bool exists(const std::string &path) { return ::access(path.c_str(), F_OK) == 0; }
 
-int makeFolder(const QByteArray &path, mode_t mode) {
+int makeFolder(const std::string &path, mode_t mode) {
     // Somebody else may have made it meanwhile.
-    return ::mkdir(path.constData(), mode) == 0 || (errno == EEXIST && exists(path)) ? 0 : errno;
+    return ::mkdir(path.c_str(), mode) == 0 || (errno == EEXIST && exists(path)) ? 0 : errno;
 }
 
-int makeFolders(const QByteArray &path, mode_t mode) {
-    const qsizetype slash = path.lastIndexOf('/');
-    if (slash > 0 && !exists(path.left(slash))) {
-        if (const int error = makeFolders(path.left(slash), mode); error != 0) {
+int makeFolders(const std::string &path, mode_t mode) {
+    const size_t slash = path.rfind('/');
+    if (slash != std::string::npos && slash > 0 && !exists(path.substr(0, slash))) {
+        if (const int error = makeFolders(path.substr(0, slash), mode); error != 0) {
             return error;
         }
     }
     return makeFolder(path, mode);
 }
 
-QString accountName(uid_t account) {
+std::string accountName(uid_t account) {
     constexpr size_t kRecordSize = 16384; // more than any system asks for
     std::vector<char> buffer(kRecordSize);
     passwd record{};
     passwd *found = nullptr;
     ::getpwuid_r(account, &record, buffer.data(), buffer.size(), &found);
-    return found != nullptr ? QString::fromLocal8Bit(found->pw_name) : QString();
+    return found != nullptr ? found->pw_name : std::string();
 }
 
 bool isTrusted(uid_t owner) { return owner == 0 || owner == ::geteuid(); }
@@ -62,53 +61,51 @@ bool isOpenToOthers(const struct stat &folder, const struct stat &next) {
 
 } // namespace
 
-bool FileManager::fileExists(const QString &path) const { return exists(QFile::encodeName(path)); }
+bool FileManager::fileExists(const std::string &path) const { return exists(path); }
 
-bool FileManager::isWritable(const QString &path) const {
-    return ::access(QFile::encodeName(path).constData(), W_OK) == 0;
-}
+bool FileManager::isWritable(const std::string &path) const { return ::access(path.c_str(), W_OK) == 0; }
 
-bool FileManager::isWithin(const QString &path, const QString &folder) const {
+bool FileManager::isWithin(const std::string &path, const std::string &folder) const {
     namespace fs = std::filesystem;
-    const auto location = [](const QString &text) -> fs::path {
+    const auto location = [](const std::string &text) -> fs::path {
         std::error_code error;
-        const fs::path whole = fs::absolute(QFile::encodeName(QDir::cleanPath(text)).constData(), error);
+        const fs::path whole = fs::absolute(normalPath(text), error);
         return fs::weakly_canonical(whole.parent_path(), error) / whole.filename();
     };
     const auto isBelow = [outer = location(folder)](const fs::path &inner) {
         return std::mismatch(outer.begin(), outer.end(), inner.begin(), inner.end()).first == outer.end();
     };
     std::error_code error;
-    return isBelow(location(path)) || isBelow(fs::weakly_canonical(QFile::encodeName(path).constData(), error));
+    return isBelow(location(path)) || isBelow(fs::weakly_canonical(path.c_str(), error));
 }
 
-std::optional<FileAttributes> FileManager::attributes(const QString &path) const {
+std::optional<FileAttributes> FileManager::attributes(const std::string &path) const {
     struct stat status {};
-    if (::lstat(QFile::encodeName(path).constData(), &status) != 0) {
+    if (::lstat(path.c_str(), &status) != 0) {
         return std::nullopt;
     }
     return FileAttributes{accountName(status.st_uid), status.st_mode & 07777U};
 }
 
-bool FileManager::isTrustedFile(const QString &path, qint64 largest) const {
+bool FileManager::isTrustedFile(const std::string &path, std::int64_t largest) const {
     struct stat status {};
-    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode) &&
-           isTrusted(status.st_uid) && status.st_size <= largest;
+    return ::lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && isTrusted(status.st_uid) &&
+           status.st_size <= largest;
 }
 
-std::optional<QString> FileManager::folderOfOthers(const QString &path) const {
-    const QByteArray name = QFile::encodeName(QDir::cleanPath(path));
+std::optional<std::string> FileManager::folderOfOthers(const std::string &path) const {
+    const std::string name = normalPath(path);
     struct stat folder {};
     ::lstat("/", &folder);
-    for (qsizetype begin = 0; begin >= 0;) {
-        const qsizetype end = name.indexOf('/', begin + 1);
+    for (size_t begin = 0; begin != std::string::npos;) {
+        const size_t end = name.find('/', begin + 1);
         struct stat next {};
-        const bool isThere = ::lstat((end < 0 ? name : name.left(end)).constData(), &next) == 0;
+        const bool isThere = ::lstat(name.substr(0, end).c_str(), &next) == 0;
         if (!isThere) {
             next.st_uid = static_cast<uid_t>(-1); // anybody may make it
         }
         if (isOpenToOthers(folder, next)) {
-            return begin == 0 ? QStringLiteral("/") : QFile::decodeName(name.left(begin));
+            return begin == 0 ? "/" : name.substr(0, begin);
         }
         if (!isThere) {
             return std::nullopt;
@@ -119,30 +116,25 @@ std::optional<QString> FileManager::folderOfOthers(const QString &path) const {
     return std::nullopt;
 }
 
-std::optional<Error> FileManager::copyItem(const QString &source, const QString &target) const {
-    const auto failure = copyTree(source.toStdString(), target.toStdString());
+std::optional<Error> FileManager::copyItem(const std::string &source, const std::string &target) const {
+    const auto failure = copyTree(source, target);
     if (!failure) {
         return std::nullopt;
     }
     return Error{kPosixErrorDomain,
                  failure->error,
-                 {{kLocalizedFailureReasonKey,
-                   QStringLiteral("Copying stopped at '%1'").arg(QString::fromStdString(failure->path))},
+                 {{kLocalizedFailureReasonKey, "Copying stopped at '" + failure->path + "'"},
                   {kLocalizedDescriptionKey, posixErrorToString(failure->error)}}};
 }
 
-int FileManager::removeItem(const QString &path) const {
+int FileManager::removeItem(const std::string &path) const {
     std::error_code error;
-    std::filesystem::remove_all(QFile::encodeName(path).constData(), error);
+    std::filesystem::remove_all(path.c_str(), error);
     return error.value();
 }
 
-int FileManager::createFolder(const QString &path, mode_t mode) const {
-    QByteArray folder = QFile::encodeName(path);
-    while (folder.size() > 1 && folder.endsWith('/')) {
-        folder.chop(1);
-    }
-    return makeFolders(folder, mode);
+int FileManager::createFolder(const std::string &path, mode_t mode) const {
+    return makeFolders(path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1)), mode);
 }
 
 FileManager &__QMCurrentThreadFileManager() {

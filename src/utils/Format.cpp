@@ -103,8 +103,8 @@ PrintfArgument printfArgument(const Value &value) {
 }
 
 bool isFieldWidth(const FormatArgument &argument) {
-    const auto *width = std::get_if<qlonglong>(&argument.value());
-    constexpr qlonglong kWidest = kWidestField;
+    const auto *width = std::get_if<long long>(&argument.value());
+    constexpr long long kWidest = kWidestField;
     return width != nullptr && *width >= -kWidest && *width <= kWidest;
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
 #include <array>
 #include <concepts>
 #include <optional>
@@ -13,40 +11,32 @@
 
 namespace quillmark {
 
-/// A printf-style format, as UTF-8. It may be absent, as a null pointer or a null QString is.
+/// A printf-style format, as UTF-8. It may be absent, as a null pointer is.
 class FormatText {
 public:
     FormatText(const char *text) : m_view(text == nullptr ? std::string_view() : text), m_isAbsent(text == nullptr) {}
     FormatText(std::string_view text) : m_view(text) {}
     FormatText(const std::string &text) : m_view(text) {}
-    FormatText(const QString &text)
-        : m_storage(text.toUtf8()), m_view(m_storage.constData(), static_cast<size_t>(m_storage.size())),
-          m_isAbsent(text.isNull()) {}
 
     std::string_view view() const { return m_view; }
     bool isAbsent() const { return m_isAbsent; }
 
 private:
-    QByteArray m_storage;
     std::string_view m_view;
     bool m_isAbsent = false;
 };
 
-/// One argument of a format: a number or a text. An absent text (a null pointer, a null QString, an empty optional)
+/// One argument of a format: a number or a text. An absent text (a null pointer, an empty optional)
 /// prints as "(null)".
 class FormatArgument {
 public:
-    using Value = std::variant<qlonglong, qulonglong, double, char, std::string_view>;
+    using Value = std::variant<long long, unsigned long long, double, char, std::string_view>;
 
     FormatArgument(const char *text) : m_value(text == nullptr ? kAbsent : std::string_view(text)) {}
     FormatArgument(std::string_view text) : m_value(text) {}
     FormatArgument(const std::string &text) : m_value(std::string_view(text)) {}
-    FormatArgument(const QString &text) : m_storage(text.toUtf8()) {
-        m_value =
-            text.isNull() ? kAbsent : std::string_view(m_storage.constData(), static_cast<size_t>(m_storage.size()));
-    }
     FormatArgument(const std::optional<std::string> &text) : m_value(text ? std::string_view(*text) : kAbsent) {}
-    FormatArgument(const std::optional<QString> &text) : FormatArgument(text.value_or(QString())) {}
+    FormatArgument(const std::optional<std::string_view> &text) : m_value(text.value_or(kAbsent)) {}
     FormatArgument(char character) : m_value(character) {}
     template <std::floating_point Number>
     FormatArgument(Number number) : m_value(static_cast<double>(number)) {}
@@ -54,9 +44,9 @@ public:
     FormatArgument(Number number)
         : m_value([number]() -> Value {
               if constexpr (std::is_signed_v<Number> || std::is_same_v<Number, bool>) {
-                  return static_cast<qlonglong>(number);
+                  return static_cast<long long>(number);
               } else {
-                  return static_cast<qulonglong>(number);
+                  return static_cast<unsigned long long>(number);
               }
           }()) {}
 
@@ -65,7 +55,6 @@ public:
 private:
     static constexpr std::string_view kAbsent = "(null)";
 
-    QByteArray m_storage;
     Value m_value;
 };
 

@@ -4,16 +4,15 @@
 
 namespace quillmark {
 
-QString _formatted(const FormatText &format, FormatArguments arguments) {
+std::optional<std::string> _formatted(const FormatText &format, FormatArguments arguments) {
     if (format.isAbsent()) {
-        return {};
+        return std::nullopt;
     }
     const auto text = tryFormat(format, arguments);
     if (!text) {
         logError("The text \"%s\" does not match its %d arguments", format.view(), arguments.size());
     }
-    const std::string_view result = text ? std::string_view(*text) : format.view();
-    return QString::fromUtf8(result.data(), static_cast<qsizetype>(result.size()));
+    return text ? *text : std::string(format.view());
 }
 
 } // namespace quillmark

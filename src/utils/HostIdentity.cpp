@@ -2,8 +2,8 @@
 
 #include "platform/Platform.h"
 #include "platform/SystemInfo.h"
-#include "utils/Assert.h"
 #include "utils/Log.h"
+#include "utils/Utf8Text.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -11,42 +11,42 @@
 
 namespace quillmark {
 
-QString getThisMachinesHostname() {
+std::string getThisMachinesHostname() {
     std::array<char, 256> buffer{};
     if (!platform().systemInfo.readHostName(buffer.data(), buffer.size() - 1)) {
         logError("gethostname() failed");
     }
-    QString name = QString::fromUtf8(buffer.data());
-    return name.endsWith(u".local") ? name + u'.' : name;
+    const std::string name = validText(buffer.data());
+    return name.ends_with(".local") ? name + '.' : name;
 }
 
-QString getThisMachinesName() {
-    const QStringList hostnameComponents = getThisMachinesHostname().split(u'.');
-    QUILLMARK_ASSERT(!hostnameComponents.isEmpty(), "[hostnameComponents count] >= 1", "utils");
-    return hostnameComponents.first();
+std::string getThisMachinesName() {
+    const std::string hostname = getThisMachinesHostname();
+    return hostname.substr(0, hostname.find('.'));
 }
 
-QStringList ipAddressesFromHostname(const QString &hostname) {
-    QStringList addresses;
-    for (const quint32 address : platform().systemInfo.ipv4Addresses(hostname.toStdString())) {
-        addresses.append(_stringFromIPAddress(address));
+std::vector<std::string> ipAddressesFromHostname(const std::string &hostname) {
+    std::vector<std::string> addresses;
+    for (const std::uint32_t address : platform().systemInfo.ipv4Addresses(hostname)) {
+        addresses.push_back(_stringFromIPAddress(address));
     }
     return addresses;
 }
 
-QString _stringFromIPAddress(quint32 address) {
+std::string _stringFromIPAddress(std::uint32_t address) {
     std::array<char, 64> text{};
-    return QString::fromLatin1(::inet_ntop(AF_INET, &address, text.data(), text.size()));
+    return ::inet_ntop(AF_INET, &address, text.data(), text.size());
 }
 
-bool areHostnamesSameMachine(const QString &hostnameA, const QString &hostnameB) {
+bool areHostnamesSameMachine(const std::string &hostnameA, const std::string &hostnameB) {
     if (hostnameA == hostnameB) {
         return true;
     }
-    const QStringList addressesA = ipAddressesFromHostname(hostnameA);
-    return std::any_of(addressesA.begin(), addressesA.end(), [&hostnameB](const QString &addressA) {
+    const std::vector<std::string> addressesA = ipAddressesFromHostname(hostnameA);
+    return std::any_of(addressesA.begin(), addressesA.end(), [&hostnameB](const std::string &addressA) {
         // Deliberately asked again for each address: hosts have one or two.
-        return ipAddressesFromHostname(hostnameB).contains(addressA);
+        const std::vector<std::string> addressesB = ipAddressesFromHostname(hostnameB);
+        return std::find(addressesB.begin(), addressesB.end(), addressA) != addressesB.end();
     });
 }
 

@@ -1,23 +1,24 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
 /// This computer's host name. One that ends in ".local" gets a dot at its end, other names come as they are.
-QString getThisMachinesHostname();
+std::string getThisMachinesHostname();
 
 /// The host name up to its first dot.
-QString getThisMachinesName();
+std::string getThisMachinesName();
 
 /// The IPv4 addresses of a host in dotted decimal form, in the resolver's order; none for a name that it doesn't know.
-QStringList ipAddressesFromHostname(const QString &hostname);
+std::vector<std::string> ipAddressesFromHostname(const std::string &hostname);
 
 /// An IPv4 address, given in network byte order, in dotted decimal form.
-QString _stringFromIPAddress(quint32 address);
+std::string _stringFromIPAddress(std::uint32_t address);
 
 /// True when the names are equal, letter by letter, or when the hosts share an IPv4 address.
-bool areHostnamesSameMachine(const QString &hostnameA, const QString &hostnameB);
+bool areHostnamesSameMachine(const std::string &hostnameA, const std::string &hostnameB);
 
 } // namespace quillmark

@@ -1,49 +1,57 @@
 #include "utils/IntegerValue.h"
 
+#include "platform/Value.h"
+#include "platform/WhiteSpace.h"
+
 #include <limits>
 
 namespace quillmark {
 
-qint64 integerValue(QStringView text) {
-    constexpr quint64 kLargest = std::numeric_limits<qint64>::max();
-    const QStringView trimmed = text.trimmed();
-    const bool isNegative = trimmed.startsWith(u'-');
-    qsizetype at = isNegative || trimmed.startsWith(u'+') ? 1 : 0;
-    const quint64 limit = isNegative ? kLargest + 1 : kLargest;
-    quint64 magnitude = 0;
-    for (; at < trimmed.size() && trimmed[at] >= u'0' && trimmed[at] <= u'9'; ++at) {
-        const auto digit = static_cast<quint64>(trimmed[at].unicode() - u'0');
-        magnitude = magnitude > (limit - digit) / 10 ? limit : magnitude * 10 + digit;
+namespace {
+
+using Limits = std::numeric_limits<std::int64_t>;
+
+std::int64_t integerValue(double number) {
+    constexpr double kBound = 9223372036854775808.0; // 2^63
+    if (!(number > -kBound)) {                       // not a number included
+        return number <= -kBound ? Limits::min() : 0;
     }
-    return static_cast<qint64>(isNegative ? 0 - magnitude : magnitude);
+    return number < kBound ? static_cast<std::int64_t>(number) : Limits::max();
 }
 
-qint64 integerValueOf(const QVariant &value) {
-    switch (value.typeId()) {
-    case QMetaType::QString:
-        return integerValue(value.toString());
-    case QMetaType::Float:
-    case QMetaType::Double: {
-        constexpr double kBound = 9223372036854775808.0; // 2^63
-        const double number = value.toDouble();
-        if (!(number > -kBound)) { // not a number included
-            return number <= -kBound ? std::numeric_limits<qint64>::min() : 0;
-        }
-        return number < kBound ? static_cast<qint64>(number) : std::numeric_limits<qint64>::max();
+} // namespace
+
+std::int64_t integerValue(std::string_view text) {
+    constexpr std::uint64_t kLargest = Limits::max();
+    std::string_view digits = trimmed(text);
+    const bool isNegative = digits.starts_with('-');
+    if (isNegative || digits.starts_with('+')) {
+        digits.remove_prefix(1);
     }
-    case QMetaType::ULong:
-    case QMetaType::ULongLong:
-        return static_cast<qint64>(
-            qMin(value.toULongLong(), static_cast<qulonglong>(std::numeric_limits<qint64>::max())));
-    case QMetaType::Bool:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::Long:
-    case QMetaType::LongLong:
-        return value.toLongLong();
-    default:
-        return 0;
+    const std::uint64_t limit = isNegative ? kLargest + 1 : kLargest;
+    std::uint64_t magnitude = 0;
+    for (; !digits.empty() && digits.front() >= '0' && digits.front() <= '9'; digits.remove_prefix(1)) {
+        const auto digit = static_cast<std::uint64_t>(digits.front() - '0');
+        magnitude = magnitude > (limit - digit) / 10 ? limit : magnitude * 10 + digit;
     }
+    return static_cast<std::int64_t>(isNegative ? 0 - magnitude : magnitude);
+}
+
+std::int64_t integerValueOf(const Value &value) {
+    if (const auto *text = value.as<std::string>()) {
+        return integerValue(*text);
+    }
+    if (const auto *single = value.as<float>()) {
+        return integerValue(static_cast<double>(*single));
+    }
+    if (const auto *real = value.as<double>()) {
+        return integerValue(*real);
+    }
+    if (const auto *boolean = value.as<bool>()) {
+        return *boolean ? 1 : 0;
+    }
+    const auto *integer = value.as<std::int64_t>();
+    return integer != nullptr ? *integer : value.is<std::uint64_t>() ? Limits::max() : 0;
 }
 
 } // namespace quillmark

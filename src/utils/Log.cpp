@@ -1,5 +1,6 @@
 #include "utils/Log.h"
 
+#include "platform/AtEnd.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "platform/Problem.h"
@@ -11,8 +12,6 @@
 #include "utils/PublishedValue.h"
 #include "utils/Raise.h"
 
-#include <QFile>
-#include <QScopeGuard>
 #include <array>
 #include <ctime>
 #include <fmt/format.h>
@@ -24,11 +23,11 @@ namespace {
 constexpr std::array<const char *, 4> kLevelNames = {"error", "normal", "verbose", "detailed"};
 
 constinit LogFile logFile;
-constinit PublishedValue<QString> logFilePath;
+constinit PublishedValue<std::optional<std::string>> logFilePath;
 /// "NAME[PID] "
 constinit PublishedValue<std::string> identity;
-constinit std::atomic<qint64> examineLengthInNLines{0};
-constinit std::atomic<QString (*)()> logPathMaker{nullptr};
+constinit std::atomic<std::int64_t> examineLengthInNLines{0};
+constinit std::atomic<std::optional<std::string> (*)()> logPathMaker{nullptr};
 std::atomic<FILE *> errorStream{stderr};
 std::atomic<FILE *> otherStream{stdout};
 
@@ -77,11 +76,11 @@ const std::string &processIdentity() {
 }
 
 void replaceGrownFile(FILE *stream) {
-    if (_fileLength(stream) <= static_cast<quint32>(kMaxLogFileLength)) {
+    if (_fileLength(stream) <= static_cast<std::uint32_t>(kMaxLogFileLength)) {
         return;
     }
     if (const auto makePath = logPathMaker.load(std::memory_order_acquire)) {
-        if (const QString path = makePath(); !path.isNull()) {
+        if (const auto path = makePath()) {
             _initLogging(path);
         }
     }
@@ -95,7 +94,7 @@ void writeToFile(const char *line) {
     std::fputs(line, stream);
     // Only the thread that takes the count from 0 measures; it counts from the start again when it is done.
     if (examineLengthInNLines.fetch_sub(1, std::memory_order_relaxed) == 0) {
-        const auto restart = qScopeGuard(
+        const AtEnd restart(
             [] { examineLengthInNLines.store(kExamineLogFileLengthEveryNLines, std::memory_order_relaxed); });
         replaceGrownFile(stream);
     }
@@ -125,15 +124,15 @@ void writeLine(LoggingLevel level, std::string_view message, bool endLine) {
 
 } // namespace
 
-QString _loggingLevelToString(LoggingLevel level) {
+std::string _loggingLevelToString(LoggingLevel level) {
     if (level >= kLevelNames.size()) {
         __raiseException1(kConfigurationFault, "Invalid logging level %d", level);
     }
-    return QString::fromLatin1(kLevelNames[level]);
+    return kLevelNames[level];
 }
 
-QString loggingLevelStrFile() { return _loggingLevelToString(_fileLoggingLevel); }
-QString loggingLevelStrStdio() { return _loggingLevelToString(_stdioLoggingLevel); }
+std::string loggingLevelStrFile() { return _loggingLevelToString(_fileLoggingLevel); }
+std::string loggingLevelStrStdio() { return _loggingLevelToString(_stdioLoggingLevel); }
 
 void _log(LoggingLevel level, const FormatText &format, FormatArguments arguments) {
     if (!_isLogLevelVisible(level) || format.isAbsent()) {
@@ -169,14 +168,14 @@ void _printLine(bool toStandardError, const FormatText &format, FormatArguments 
     std::fputs(message.c_str(), toStandardError ? stderr : stdout);
 }
 
-QString getLogFilePath() { return logFilePath.get() != nullptr ? *logFilePath.get() : QString(); }
+std::optional<std::string> getLogFilePath() { return logFilePath.get() != nullptr ? *logFilePath.get() : std::nullopt; }
 
-QString _initLogging(const QString &path) {
+std::optional<std::string> _initLogging(const std::optional<std::string> &path) {
     _recordLogIdentity();
     logFilePath.publish(path);
-    if (path.isNull()) {
+    if (!path) {
         logFile.close();
-    } else if (!logFile.open(QFile::encodeName(path))) {
+    } else if (!logFile.open(*path)) {
         __raiseException1(kConfigurationFault, "Failed to open log file \"%@\" for writing", path);
     }
     return path;
@@ -187,7 +186,9 @@ void _recordLogIdentity() {
     identity.publish(system.processName() + '[' + std::to_string(system.processIdentifier()) + "] ");
 }
 
-void _setLogPathMaker(QString (*makePath)()) { logPathMaker.store(makePath, std::memory_order_release); }
+void _setLogPathMaker(std::optional<std::string> (*makePath)()) {
+    logPathMaker.store(makePath, std::memory_order_release);
+}
 
 void _setStandardStreams(FILE *error, FILE *other) {
     errorStream.store(error, std::memory_order_relaxed);

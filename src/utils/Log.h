@@ -2,9 +2,11 @@
 
 #include "utils/Format.h"
 
-#include <QString>
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
+#include <optional>
+#include <string>
 
 namespace quillmark {
 
@@ -15,7 +17,7 @@ struct Error;
 // level is not above its own. Any thread may log; nothing here takes a lock.
 
 /// 0 "error", 1 "normal", 2 "verbose", 3 "detailed".
-using LoggingLevel = quint32;
+using LoggingLevel = std::uint32_t;
 
 inline constexpr LoggingLevel kLogLevelError = 0;
 inline constexpr LoggingLevel kLogLevelNormal = 1;
@@ -35,9 +37,9 @@ inline bool isLogVerboseVisible() { return _isLogLevelVisible(kLogLevelVerbose);
 inline bool isLogDetailVisible() { return _isLogLevelVisible(kLogLevelDetailed); }
 
 /// The configuration's name of a level. Raises a "Configuration Fault" for any other number.
-QString _loggingLevelToString(LoggingLevel level);
-QString loggingLevelStrFile();
-QString loggingLevelStrStdio();
+std::string _loggingLevelToString(LoggingLevel level);
+std::string loggingLevelStrFile();
+std::string loggingLevelStrStdio();
 
 /// The common writer; the four below test the level before anything is evaluated.
 void _log(LoggingLevel level, const FormatText &format, FormatArguments arguments);
@@ -87,24 +89,24 @@ void NSPrintErrf(const Format &format, const Arguments &...arguments) {
     _printLine(true, format, FormatArgumentArray<Arguments...>{FormatArgument(arguments)...});
 }
 
-/// The path of the current log file; null before one was opened.
-QString getLogFilePath();
+/// The path of the current log file; absent before one was opened.
+std::optional<std::string> getLogFilePath();
 
-/// Sends the log to another file, appending to it; with a null path to none. The old file is closed first.
+/// Sends the log to another file, appending to it; with an absent path to none. The old file is closed first.
 /// Raises a "Configuration Fault" when the file can't be opened; the path is recorded all the same.
 /// \returns the current path.
-QString _initLogging(const QString &path);
+std::optional<std::string> _initLogging(const std::optional<std::string> &path);
 
 /// Takes the process's name and id anew, for the lines to come.
 void _recordLogIdentity();
 
 /// A file that is longer is left, and a new one begun. (50 MiB)
-inline constexpr qint64 kMaxLogFileLength = 52428800;
+inline constexpr std::int64_t kMaxLogFileLength = 52428800;
 /// Lines between two looks at the file's length: it is measured at the first line, then at every 501st.
-inline constexpr qint64 kExamineLogFileLengthEveryNLines = 500;
+inline constexpr std::int64_t kExamineLogFileLengthEveryNLines = 500;
 
-/// What makes the path of the file that replaces one which has grown too long; a null path keeps the old file.
-void _setLogPathMaker(QString (*makePath)());
+/// What makes the path of the file that replaces one which has grown too long; an absent path keeps the old file.
+void _setLogPathMaker(std::optional<std::string> (*makePath)());
 
 /// Where the second sink writes: lines of the error level, and all others. Null leaves them out. Standard error and
 /// standard output at first; for programs whose standard output carries results.

@@ -9,12 +9,12 @@
 
 namespace quillmark {
 
-bool LogFile::open(const QByteArray &path) {
+bool LogFile::open(const std::string &path) {
     constexpr mode_t kMode = 0666; // less the user's mask
     // Whoever can write to the folder may have put something else in the file's place: a link, or a pipe that nobody
     // reads.
-    Descriptor file(::open(path.constData(),
-                           O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK, kMode));
+    Descriptor file(
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW | O_NONBLOCK, kMode));
     struct stat status {};
     if (file.isOpen() && ::fstat(file.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
         file.close();
@@ -58,7 +58,7 @@ bool LogFile::replaceDescriptor(int descriptor) {
     return isReplaced;
 }
 
-quint32 _fileLength(FILE *stream) {
+std::uint32_t _fileLength(FILE *stream) {
     if (stream == nullptr) {
         return 0xFFFFFFFF;
     }
@@ -66,9 +66,9 @@ quint32 _fileLength(FILE *stream) {
     const off_t position = ::ftello(stream);
     ::fseeko(stream, 0, SEEK_END);
     const off_t length = ::ftello(stream);
-    ::fseeko(stream, static_cast<quint32>(position), SEEK_SET);
+    ::fseeko(stream, static_cast<std::uint32_t>(position), SEEK_SET);
     ::funlockfile(stream);
-    return static_cast<quint32>(length);
+    return static_cast<std::uint32_t>(length);
 }
 
 } // namespace quillmark

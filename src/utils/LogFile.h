@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QByteArray>
-#include <QtGlobal>
 #include <atomic>
+#include <cstdint>
 #include <cstdio>
+#include <string>
 
 namespace quillmark {
 
@@ -22,7 +22,7 @@ public:
     /// Closes the current file and opens another one for appending, which is made when it is missing. A link is not
     /// followed, and nothing but a regular file is written to.
     /// \returns false when that fails; then no file is open, and errno says why.
-    bool open(const QByteArray &path);
+    bool open(const std::string &path);
     void close();
 
     /// The stream to write to; null while no file is open.
@@ -36,6 +36,6 @@ private:
 };
 
 /// The length of the stream's file, of which only the lower 32 bits are told; 0xFFFFFFFF for a null stream.
-quint32 _fileLength(FILE *stream);
+std::uint32_t _fileLength(FILE *stream);
 
 } // namespace quillmark

@@ -21,22 +21,22 @@ namespace {
 constexpr const char *kUnit = "utils";
 
 struct LogFileName {
-    QString folder;
-    QString productName;
+    std::optional<std::string> folder;
+    std::optional<std::string> productName;
 };
 constinit PublishedValue<LogFileName> logFileName;
 
 /// The local time as "yyyy-MM-dd-HHmmss".
-QString fileTimeStamp() {
+std::string fileTimeStamp() {
     const time_t second = std::chrono::floor<std::chrono::seconds>(platform().clock.now()).time_since_epoch().count();
     struct tm local {};
     ::localtime_r(&second, &local);
     std::array<char, 32> text{};
     std::strftime(text.data(), text.size(), "%Y-%m-%d-%H%M%S", &local);
-    return QString::fromLatin1(text.data());
+    return text.data();
 }
 
-std::optional<LoggingLevel> levelNamed(const QString &name) {
+std::optional<LoggingLevel> levelNamed(const std::string &name) {
     for (const LoggingLevel level : {kLogLevelError, kLogLevelNormal, kLogLevelVerbose, kLogLevelDetailed}) {
         if (name == _loggingLevelToString(level)) {
             return level;
@@ -45,7 +45,7 @@ std::optional<LoggingLevel> levelNamed(const QString &name) {
     return std::nullopt;
 }
 
-LoggingLevel levelOrFault(const QString &name, const char *fault) {
+LoggingLevel levelOrFault(const std::string &name, const char *fault) {
     const auto level = levelNamed(name);
     if (!level) {
         __raiseException1(kConfigurationFault, fault, name);
@@ -53,45 +53,51 @@ LoggingLevel levelOrFault(const QString &name, const char *fault) {
     return *level;
 }
 
-/// The path of the file that follows one which has grown too long; null when its folder is lost.
-QString pathOfNextLogFile() {
+/// The path of the file that follows one which has grown too long; absent when its folder is lost.
+std::optional<std::string> pathOfNextLogFile() {
     try {
         return __createStringByRegeneratingLogFilePath();
     } catch (const Exception &) {
-        return {};
+        return std::nullopt;
     }
 }
 
 } // namespace
 
-QString initLogging3(const QString &fileLevel, const QString &stdoutLevel, const QString &logFolder,
-                     const QString &productFamilyName, const QString &productName) {
-    QUILLMARK_ASSERT(!fileLevel.isNull(), "fileLevel", kUnit);
-    QUILLMARK_ASSERT(!fileLevel.isEmpty(), "[fileLevel length]", kUnit);
-    QUILLMARK_ASSERT(!stdoutLevel.isNull(), "stdoutLevel", kUnit);
-    QUILLMARK_ASSERT(!stdoutLevel.isEmpty(), "[stdoutLevel length]", kUnit);
-    QUILLMARK_ASSERT(!productFamilyName.isNull(), "productFamilyName", kUnit);
-    QUILLMARK_ASSERT(!productFamilyName.isEmpty(), "[productFamilyName length]", kUnit);
-    QUILLMARK_ASSERT(!productName.isNull(), "productName", kUnit);
-    QUILLMARK_ASSERT(!productName.isEmpty(), "[productName length]", kUnit);
+std::string initLogging3(const std::optional<std::string> &fileLevel, const std::optional<std::string> &stdoutLevel,
+                         const std::optional<std::string> &logFolder,
+                         const std::optional<std::string> &productFamilyName,
+                         const std::optional<std::string> &productName) {
+    QUILLMARK_ASSERT(fileLevel, "fileLevel", kUnit);
+    QUILLMARK_ASSERT(!fileLevel->empty(), "[fileLevel length]", kUnit);
+    QUILLMARK_ASSERT(stdoutLevel, "stdoutLevel", kUnit);
+    QUILLMARK_ASSERT(!stdoutLevel->empty(), "[stdoutLevel length]", kUnit);
+    QUILLMARK_ASSERT(productFamilyName, "productFamilyName", kUnit);
+    QUILLMARK_ASSERT(!productFamilyName->empty(), "[productFamilyName length]", kUnit);
+    QUILLMARK_ASSERT(productName, "productName", kUnit);
+    QUILLMARK_ASSERT(!productName->empty(), "[productName length]", kUnit);
 
-    const QString folder =
-        logFolder.isNull() ? formatted("~/Library/Logs/%@/%@", productFamilyName, productName) : logFolder;
-    return initLogging2(fileLevel, stdoutLevel, __createLogFilePath(expandingTilde(folder), productName));
+    const std::string folder = logFolder.value_or("~/Library/Logs/" + *productFamilyName + '/' + *productName);
+    std::string file = __createLogFilePath(expandingTilde(folder), productName);
+    initLogging2(fileLevel, stdoutLevel, file);
+    return file;
 }
 
-QString initLogging2(const QString &fileLevelStr, const QString &stdoutLevelStr, const QString &logFilePath) {
-    QUILLMARK_ASSERT(!fileLevelStr.isNull(), "fileLevelStr", kUnit);
-    QUILLMARK_ASSERT(!fileLevelStr.isEmpty(), "[fileLevelStr length]", kUnit);
-    QUILLMARK_ASSERT(!stdoutLevelStr.isNull(), "stdoutLevelStr", kUnit);
-    QUILLMARK_ASSERT(!stdoutLevelStr.isEmpty(), "[stdoutLevelStr length]", kUnit);
+std::optional<std::string> initLogging2(const std::optional<std::string> &fileLevelStr,
+                                        const std::optional<std::string> &stdoutLevelStr,
+                                        const std::optional<std::string> &logFilePath) {
+    QUILLMARK_ASSERT(fileLevelStr, "fileLevelStr", kUnit);
+    QUILLMARK_ASSERT(!fileLevelStr->empty(), "[fileLevelStr length]", kUnit);
+    QUILLMARK_ASSERT(stdoutLevelStr, "stdoutLevelStr", kUnit);
+    QUILLMARK_ASSERT(!stdoutLevelStr->empty(), "[stdoutLevelStr length]", kUnit);
 
-    const LoggingLevel fileLevel = levelOrFault(fileLevelStr, "Invalid file logging level \"%@\"");
-    const LoggingLevel stdioLevel = levelOrFault(stdoutLevelStr, "Invalid stdout logging level \"%@\"");
+    const LoggingLevel fileLevel = levelOrFault(*fileLevelStr, "Invalid file logging level \"%@\"");
+    const LoggingLevel stdioLevel = levelOrFault(*stdoutLevelStr, "Invalid stdout logging level \"%@\"");
     return initLogging(fileLevel, stdioLevel, logFilePath);
 }
 
-QString initLogging(LoggingLevel fileLevel, LoggingLevel stdioLevel, const QString &logFilePath) {
+std::optional<std::string> initLogging(LoggingLevel fileLevel, LoggingLevel stdioLevel,
+                                       const std::optional<std::string> &logFilePath) {
     _recordLogIdentity();
     _fileLoggingLevel = fileLevel;
     _stdioLoggingLevel = stdioLevel;
@@ -102,14 +108,15 @@ QString initLogging(LoggingLevel fileLevel, LoggingLevel stdioLevel, const QStri
 
 void setLoggingHasDateTimeStamp(bool /*flag*/) {}
 
-QString __createLogFilePath(const QString &folder, const QString &productName) {
+std::string __createLogFilePath(const std::optional<std::string> &folder,
+                                const std::optional<std::string> &productName) {
     logFileName.publish({folder, productName});
     _setLogPathMaker(pathOfNextLogFile);
     ensureFolderPathExists(folder);
     return formatted("%@/%@-%@.log", folder, productName, fileTimeStamp());
 }
 
-QString __createStringByRegeneratingLogFilePath() {
+std::string __createStringByRegeneratingLogFilePath() {
     const LogFileName name = logFileName.get() != nullptr ? *logFileName.get() : LogFileName();
     return __createLogFilePath(name.folder, name.productName);
 }

@@ -1,12 +1,15 @@
 #pragma once
 
-#include <QString>
+#include "utils/ReplaceAll.h"
 
 namespace quillmark {
 
 /// What a program has printed, for a log line: line ends are escaped, as "\n" and "\r", and nothing is left out.
-inline QString onOneLine(QString text) {
-    return text.replace(u'\r', QStringLiteral("\\r")).replace(u'\n', QStringLiteral("\\n"));
+inline std::string onOneLine(std::string_view printed) {
+    std::string text(printed);
+    replaceAll(text, "\r", "\\r");
+    replaceAll(text, "\n", "\\n");
+    return text;
 }
 
 } // namespace quillmark

@@ -16,12 +16,12 @@ void trapIntoDebugger() {
     std::abort(); // the debugger went on
 }
 
-void __raiseException1(const QString &name, const FormatText &format, const FormatArgument &argument) {
+void __raiseException1(const std::string &name, const FormatText &format, const FormatArgument &argument) {
     if (IsDebuggerPresent()) {
         trapIntoDebugger();
     }
     const auto reason = tryFormat(format, FormatArguments(&argument, 1));
-    throw Exception(name, QString::fromStdString(reason.value_or(std::string(format.view()))));
+    throw Exception(name, reason.value_or(std::string(format.view())));
 }
 
 } // namespace quillmark

@@ -9,7 +9,7 @@ bool IsDebuggerPresent();
 
 /// Raises an Exception of that name, its reason formatted from the one argument. Under a debugger it stops at a trap
 /// instead. Never returns.
-[[noreturn]] void __raiseException1(const QString &name, const FormatText &format, const FormatArgument &argument);
+[[noreturn]] void __raiseException1(const std::string &name, const FormatText &format, const FormatArgument &argument);
 
 /// Stops in the attached debugger; ends the process when nothing stops it.
 [[noreturn]] void trapIntoDebugger();

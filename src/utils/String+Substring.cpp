@@ -1,9 +1,11 @@
 #include "utils/String+Substring.h"
 
+#include "utils/FoldedCase.h"
+
 namespace quillmark {
 
-bool hasCaseInsensitiveSubstring(QStringView text, QStringView other) {
-    return !other.isEmpty() && text.contains(other, Qt::CaseInsensitive);
+bool hasCaseInsensitiveSubstring(std::string_view text, std::string_view other) {
+    return !other.empty() && foldedCase(text).find(foldedCase(other)) != std::u32string::npos;
 }
 
 } // namespace quillmark

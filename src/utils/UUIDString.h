@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QString>
+#include <string>
 
 namespace quillmark {
 
 /// A new random UUID as 36 characters, in upper case.
-QString UUIDString();
+std::string UUIDString();
 
 } // namespace quillmark

@@ -1,12 +1,15 @@
 #pragma once
 
-#include <QByteArrayView>
-#include <QString>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark {
 
-/// The text of UTF-8 bytes, a byte order mark included; null when they are no UTF-8, where Qt would put replacement
-/// characters.
-QString utf8Text(QByteArrayView bytes);
+/// The text of UTF-8 bytes; absent when they are none.
+std::optional<std::string> utf8Text(std::string_view bytes);
+
+/// The same with U+FFFD in the place of each byte that is no part of UTF-8: for what has to be shown whatever it is.
+std::string validText(std::string_view bytes);
 
 } // namespace quillmark

@@ -2,28 +2,29 @@
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
+#include "platform/ScalarText.h"
 #include "utils/FormattedText.h"
 #include "utils/IntegerValue.h"
 
 namespace quillmark {
 
-extern const char Quillmark_ClientVersionString[] __attribute__((used)) =
+extern const char Quillmark_ClientVersionString[] __attribute__((used, retain)) =
     "@(#)PROGRAM:Quillmark Client  PROJECT:QuillmarkLauncher-1303";
 
-QString versionOfBundleAsString(const Bundle &bundle, qint32 defaultBuild, bool withBuild) {
-    const QVariantMap information = bundle.infoDictionary();
-    const QVariant version = information.value(QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.14.4"));
-    const QVariant build = information.value(QStringLiteral("CFBundleVersion"), defaultBuild);
+std::string versionOfBundleAsString(const Bundle &bundle, std::int32_t defaultBuild, bool withBuild) {
+    Dictionary information = bundle.infoDictionary();
+    const Value version = information.try_emplace("CFBundleShortVersionString", "1.14.4").first->second;
+    const Value build = information.try_emplace("CFBundleVersion", defaultBuild).first->second;
     if (!withBuild) {
-        return formatted("%@", version.toString());
+        return formatted("%@", scalarText(version));
     }
-    return formatted("%@ (%d)", version.toString(), static_cast<qint32>(integerValueOf(build)));
+    return formatted("%@ (%d)", scalarText(version), static_cast<std::int32_t>(integerValueOf(build)));
 }
 
-QString versionOfThisAppAsString(bool withBuild) {
-    constexpr auto kBuild = static_cast<qint32>(Quillmark_ClientVersionNumber);
-    static const QString sVersionOfThisAppWithBuild = versionOfBundleAsString(platform().mainBundle, kBuild, true);
-    static const QString sVersionOfThisApp = versionOfBundleAsString(platform().mainBundle, kBuild, false);
+std::string versionOfThisAppAsString(bool withBuild) {
+    constexpr auto kBuild = static_cast<std::int32_t>(Quillmark_ClientVersionNumber);
+    static const std::string sVersionOfThisAppWithBuild = versionOfBundleAsString(platform().mainBundle, kBuild, true);
+    static const std::string sVersionOfThisApp = versionOfBundleAsString(platform().mainBundle, kBuild, false);
     return withBuild ? sVersionOfThisAppWithBuild : sVersionOfThisApp;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QString>
+#include <cstdint>
+#include <string>
 
 namespace quillmark {
 
@@ -13,9 +14,9 @@ extern const char Quillmark_ClientVersionString[];
 
 /// The bundle's short version, "1.14.4", or with its build, "1.14.4 (1303)". What the bundle does not tell is 1.14.4
 /// and the default build.
-QString versionOfBundleAsString(const Bundle &bundle, qint32 defaultBuild, bool withBuild);
+std::string versionOfBundleAsString(const Bundle &bundle, std::int32_t defaultBuild, bool withBuild);
 
 /// The same for the running application, as it was at the first call.
-QString versionOfThisAppAsString(bool withBuild);
+std::string versionOfThisAppAsString(bool withBuild);
 
 } // namespace quillmark

@@ -1,11 +1,12 @@
 #include "utils/VersionText.h"
 
+#include "platform/Pieces.h"
 #include "utils/Assert.h"
 #include "utils/IntegerValue.h"
 #include "utils/Log.h"
 #include "utils/OneLine.h"
+#include "utils/ReplaceAll.h"
 
-#include <QStringList>
 #include <algorithm>
 #include <limits>
 
@@ -15,56 +16,50 @@ namespace {
 
 /// The number that a text begins with, or the nearest one of the type.
 template <class Number>
-Number numberIn(const QString &text) {
-    const qint64 least = std::numeric_limits<Number>::min();
-    const qint64 most = std::numeric_limits<Number>::max();
+Number numberIn(std::string_view text) {
+    const std::int64_t least = std::numeric_limits<Number>::min();
+    const std::int64_t most = std::numeric_limits<Number>::max();
     return static_cast<Number>(std::clamp(integerValue(text), least, most));
 }
 
-QString withoutParentheses(QString text) {
-    const auto isParenthesis = [](QChar character) { return character == u'(' || character == u')'; };
-    while (!text.isEmpty() && isParenthesis(text.back())) {
-        text.chop(1);
-    }
-    while (!text.isEmpty() && isParenthesis(text.front())) {
-        text.remove(0, 1);
-    }
-    return text;
+std::string_view withoutParentheses(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of("()"), text.size()));
+    return text.substr(0, text.find_last_not_of("()") + 1);
 }
 
 } // namespace
 
-MicrosoftStyleVersion microsoftStyleVersionFromString(const QString &text) {
-    QString line = text.section(u'\n', 0, 0);
-    line.remove(QStringLiteral("version "));
-    for (const QChar dropped : {u'a', u'b', u'(', u')'}) {
-        line.remove(dropped);
-    }
-    line.replace(u' ', u'.');
-    const QStringList parts = line.split(u'.');
+MicrosoftStyleVersion microsoftStyleVersionFromString(std::string_view text) {
+    std::string line(text.substr(0, text.find('\n')));
+    replaceAll(line, "version ", "");
+    std::erase_if(line,
+                  [](char character) { return std::string_view("ab()").find(character) != std::string_view::npos; });
+    std::replace(line.begin(), line.end(), ' ', '.');
+    const auto parts = pieces(line, '.');
     if (parts.size() == 1) {
-        return {numberIn<quint32>(parts[0]), 0, 0, 0};
+        return {numberIn<std::uint32_t>(parts[0]), 0, 0, 0};
     }
     if (parts.size() == 4) {
-        return {numberIn<quint32>(parts[0]), numberIn<quint32>(parts[1]), numberIn<quint32>(parts[2]),
-                numberIn<quint32>(parts[3])};
+        return {numberIn<std::uint32_t>(parts[0]), numberIn<std::uint32_t>(parts[1]), numberIn<std::uint32_t>(parts[2]),
+                numberIn<std::uint32_t>(parts[3])};
     }
     logError("Failed to extract version from string \"%@\"", onOneLine(text));
     return {};
 }
 
-qint32 buildNumberFromVersionStr(const QString &text) {
-    const QStringList vAndB = text.split(u' ');
+std::int32_t buildNumberFromVersionStr(std::string_view text) {
+    const auto vAndB = pieces(text, ' ');
     QUILLMARK_ASSERT(vAndB.size() == 2, "[vAndB count] == 2", "utils");
-    return numberIn<qint32>(withoutParentheses(vAndB[1]));
+    return numberIn<std::int32_t>(withoutParentheses(vAndB[1]));
 }
 
-std::optional<ComponentVersion> parseVersionString(const QString &text) {
-    const QStringList parts = text.split(u'.');
+std::optional<ComponentVersion> parseVersionString(std::string_view text) {
+    const auto parts = pieces(text, '.');
     if (parts.size() != 3) {
         return std::nullopt;
     }
-    return ComponentVersion{numberIn<qint32>(parts[0]), numberIn<qint32>(parts[1]), numberIn<qint32>(parts[2])};
+    return ComponentVersion{numberIn<std::int32_t>(parts[0]), numberIn<std::int32_t>(parts[1]),
+                            numberIn<std::int32_t>(parts[2])};
 }
 
 } // namespace quillmark

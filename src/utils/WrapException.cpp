@@ -6,13 +6,13 @@
 namespace quillmark {
 
 Exception _prepareException(Exception &innerException, const FormatText &format, FormatArguments arguments) {
-    const QString reason = _formatted(format, arguments);
+    const std::string reason = _formatted(format, arguments).value_or("");
     ExceptionStack stack = innerException.stack();
     if (!stack) {
-        stack = std::make_shared<QStringList>();
+        stack = std::make_shared<std::vector<std::string>>();
     }
-    stack->append(formatted("%@ (%@)", innerException.name(), innerException.reason()));
-    Exception wrapped(innerException.name(), reason, {{kExceptionStackKey, QVariant::fromValue(stack)}});
+    stack->push_back(innerException.what());
+    Exception wrapped(innerException.name(), reason, {{kExceptionStackKey, stack}});
     logDetail("Preparing exception %@ (%@)", wrapped.name(), wrapped.reason());
     return wrapped;
 }

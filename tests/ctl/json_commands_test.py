@@ -71,7 +71,7 @@ class Json(ToolTest):
 
     def test_input_that_is_no_object_is_a_failure_that_says_why(self):
         self.assertIn("is no JSON object", self.with_input("encode", "[1]", status=3))
-        self.assertIn("illegal number at byte 5", self.with_input("encode", '{"a":x}', status=3))
+        self.assertIn("is no JSON at byte 5", self.with_input("encode", '{"a":x}', status=3))
         for text in ("", "1", '{"a":1', '{"a":1}}', b'{"a":"\xff"}'):
             self.with_input("encode", text, status=3)
 

@@ -92,9 +92,9 @@ class Rules(ToolTest):
                                   env={"HOME": str(self.home), "LD_DEBUG": "files", "PATH": os.environ["PATH"]},
                                   stdin=subprocess.DEVNULL)
             libraries = set(re.findall(r"calling init: (\S+)", done.stderr))
-            self.assertTrue(any("libQt6Core" in library for library in libraries))
+            self.assertTrue(any("libc.so" in library for library in libraries))
             # Without a session bus there is nobody to ask about a secret.
-            self.assertFalse([library for library in libraries if re.search(r"Qt6(?!Core)|libsecret|dbus", library)], command)
+            self.assertFalse([library for library in libraries if re.search(r"Qt6|libsecret|dbus", library)], command)
 
 
 if __name__ == "__main__":

@@ -16,10 +16,9 @@ public:
     std::deque<AlertAnswer> answers; ///< in order; when they run out, the last button is pressed
 
     AlertAnswer runModal(const AlertDescription &alert) override {
-        m_transcript.record(
-            QStringLiteral("runModal [%1] %2 | %3 | %4%5")
-                .arg(alert.windowTitle, alert.messageText, alert.informativeText, alert.buttons.join(u", "),
-                     alert.suppressionText.isEmpty() ? QString() : QStringLiteral(" | ") + alert.suppressionText));
+        m_transcript.record("runModal [" + alert.windowTitle + "] " + alert.messageText + " | " +
+                            alert.informativeText + " | " + joined(alert.buttons, ", ") +
+                            (alert.suppressionText.empty() ? "" : " | ") + alert.suppressionText);
         last = alert;
         if (answers.empty()) {
             return {alert.lastButton(), false};

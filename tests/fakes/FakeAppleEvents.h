@@ -18,13 +18,12 @@ public:
     std::function<void()> onSend = [] {};
 
     std::int32_t buildQuitEvent(const std::string &bundleIdentifier, std::unique_ptr<Event> &event) override {
-        m_transcript.record(QString::fromStdString("buildQuitEvent " + bundleIdentifier));
+        m_transcript.record("buildQuitEvent " + bundleIdentifier);
         event = std::make_unique<Event>();
         return buildStatus;
     }
     std::int32_t createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override {
-        m_transcript.record(QString::fromStdString("createProcessAddress " + std::to_string(process.high) + ' ' +
-                                                   std::to_string(process.low)));
+        m_transcript.record("createProcessAddress " + std::to_string(process.high) + ' ' + std::to_string(process.low));
         if (addressStatus == 0) {
             address = std::make_unique<RecordedAddress>(m_transcript);
         }
@@ -32,15 +31,14 @@ public:
     }
     std::int32_t createEvent(std::uint32_t eventClass, std::uint32_t eventIdentifier, const Address & /*address*/,
                              std::unique_ptr<Event> &event) override {
-        m_transcript.record(
-            QString::fromStdString("createEvent " + textOf(eventClass) + ' ' + textOf(eventIdentifier)));
+        m_transcript.record("createEvent " + textOf(eventClass) + ' ' + textOf(eventIdentifier));
         if (createStatus == 0) {
             event = std::make_unique<RecordedEvent>(m_transcript);
         }
         return createStatus;
     }
     std::int32_t sendMessage(const Event & /*event*/) override {
-        m_transcript.record(QStringLiteral("sendMessage"));
+        m_transcript.record("sendMessage");
         onSend();
         return sendStatus;
     }
@@ -50,7 +48,7 @@ private:
     class RecordedAddress final : public Address {
     public:
         explicit RecordedAddress(Transcript &transcript) : m_transcript(transcript) {}
-        ~RecordedAddress() override { m_transcript.record(QStringLiteral("dispose address")); }
+        ~RecordedAddress() override { m_transcript.record("dispose address"); }
 
     private:
         Transcript &m_transcript;
@@ -58,7 +56,7 @@ private:
     class RecordedEvent final : public Event {
     public:
         explicit RecordedEvent(Transcript &transcript) : m_transcript(transcript) {}
-        ~RecordedEvent() override { m_transcript.record(QStringLiteral("dispose event")); }
+        ~RecordedEvent() override { m_transcript.record("dispose event"); }
 
     private:
         Transcript &m_transcript;

@@ -14,18 +14,18 @@ public:
     bool isActiveNow = true;
 
     bool isActive() const override { return isActiveNow; }
-    void activateIgnoringOtherApps() override { m_transcript.record(QStringLiteral("activateIgnoringOtherApps")); }
+    void activateIgnoringOtherApps() override { m_transcript.record("activateIgnoringOtherApps"); }
 
     [[noreturn]] void terminate() override {
-        m_transcript.record(QStringLiteral("terminate"));
+        m_transcript.record("terminate");
         throw Terminated();
     }
 
     [[noreturn]] void exitAtOnce() override {
-        m_transcript.record(QStringLiteral("exitAtOnce"));
+        m_transcript.record("exitAtOnce");
         throw Terminated();
     }
-    void run() override { m_transcript.record(QStringLiteral("run")); }
+    void run() override { m_transcript.record("run"); }
 
 private:
     Transcript &m_transcript;

@@ -2,9 +2,9 @@
 
 #include "fakes/Transcript.h"
 #include "platform/Authorization.h"
+#include "utils/FormattedText.h"
 
 #include <deque>
-#include <iterator>
 
 namespace quillmark::test {
 
@@ -21,7 +21,7 @@ public:
     std::vector<std::int64_t> reads;              ///< how much each read asked for
 
     std::int32_t create(std::unique_ptr<Reference> &reference) override {
-        m_transcript.record(QStringLiteral("AuthorizationCreate"));
+        m_transcript.record("AuthorizationCreate");
         if (createStatus == 0) {
             reference = std::make_unique<FakeReference>(*this);
         }
@@ -48,22 +48,17 @@ private:
         explicit FakeReference(FakeAuthorization &owner) : m_owner(owner) {}
         FakeReference(const FakeReference &) = delete;
         FakeReference &operator=(const FakeReference &) = delete;
-        ~FakeReference() override { m_owner.m_transcript.record(QStringLiteral("AuthorizationFree")); }
+        ~FakeReference() override { m_owner.m_transcript.record("AuthorizationFree"); }
 
         std::int32_t copyRights(std::string_view right, std::uint32_t flags) override {
-            m_owner.m_transcript.record(QStringLiteral("AuthorizationCopyRights %1 %2")
-                                            .arg(QString::fromUtf8(right.data(), std::ssize(right)))
-                                            .arg(flags, 0, 16));
+            m_owner.m_transcript.record(formatted("AuthorizationCopyRights %@ %x", right, flags));
             return m_owner.rightsStatus;
         }
         std::int32_t executeWithPrivileges(const std::string &path, const std::vector<std::string> &arguments,
                                            std::unique_ptr<CommunicationsPipe> *pipe) override {
-            std::string call = "AuthorizationExecuteWithPrivileges " + path;
-            for (const std::string &argument : arguments) {
-                call += ' ' + argument;
-            }
-            if (m_owner.m_transcript.recordOrFail(QString::fromStdString(call),
-                                                  QStringLiteral("AuthorizationExecuteWithPrivileges"))) {
+            const std::string operation = "AuthorizationExecuteWithPrivileges";
+            if (m_owner.m_transcript.recordOrFail(
+                    operation + ' ' + path + (arguments.empty() ? "" : " ") + joined(arguments, " "), operation)) {
                 return kAuthorizationToolExecuteFailure;
             }
             if (pipe != nullptr) {
@@ -72,7 +67,7 @@ private:
             return m_owner.executeStatus;
         }
         std::optional<int> waitForChild() override {
-            m_owner.m_transcript.record(QStringLiteral("wait"));
+            m_owner.m_transcript.record("wait");
             return m_owner.nextChildStatus();
         }
 

@@ -2,30 +2,33 @@
 
 #include "platform/Bundle.h"
 
-#include <QHash>
-#include <QMap>
+#include <algorithm>
+#include <map>
+#include <vector>
 
 namespace quillmark::test {
 
 /// A bundle in memory. A resource exists when it is in `resources`; its path is below the resource path.
 class FakeBundle final : public Bundle {
 public:
-    QString bundlePath = QStringLiteral("/Applications/Quillmark.app");
-    QStringList resources;
-    QVariantMap information;
-    QMap<QString, QString> strings = {{QStringLiteral("ProductName"), QStringLiteral("Quillmark")}};
-    mutable QHash<QString, int> lookups; ///< how often each key was asked for
+    std::string bundlePath = "/Applications/Quillmark.app";
+    std::vector<std::string> resources;
+    Dictionary information;
+    std::map<std::string, std::string, std::less<>> strings = {{"ProductName", "Quillmark"}};
+    mutable std::map<std::string, int> lookups; ///< how often each key was asked for
 
-    QString path() const override { return bundlePath; }
-    QString resourcePath() const override { return bundlePath + QStringLiteral("/Contents/Resources"); }
-    QString pathForResource(const QString &name, const QString &type) const override {
-        const QString file = type.isEmpty() ? name : name + u'.' + type;
-        return resources.contains(file) ? resourcePath() + u'/' + file : QString();
+    std::string path() const override { return bundlePath; }
+    std::string resourcePath() const override { return bundlePath + "/Contents/Resources"; }
+    std::optional<std::string> pathForResource(std::string_view name, std::string_view type) const override {
+        const std::string file = std::string(name) + (type.empty() ? "" : ".") + std::string(type);
+        const bool isThere = std::find(resources.begin(), resources.end(), file) != resources.end();
+        return isThere ? std::optional(resourcePath() + '/' + file) : std::nullopt;
     }
-    QVariantMap infoDictionary() const override { return information; }
-    QString localizedString(const QString &key) const override {
-        ++lookups[key];
-        return strings.value(key, key);
+    Dictionary infoDictionary() const override { return information; }
+    std::string localizedString(std::string_view key) const override {
+        ++lookups[std::string(key)];
+        const auto text = strings.find(key);
+        return text != strings.end() ? text->second : std::string(key);
     }
 };
 

@@ -4,8 +4,9 @@
 #include "platform/Alerts.h"
 #include "platform/CheckWindowView.h"
 #include "platform/HeaderBranding.h"
+#include "platform/Path.h"
 
-#include <QMap>
+#include <map>
 #include <optional>
 
 namespace quillmark::test {
@@ -15,47 +16,41 @@ class FakeCheckWindow final : public CheckWindowView {
 public:
     explicit FakeCheckWindow(Transcript &transcript) : m_transcript(transcript) {}
 
-    QMap<Outlet, QString> texts;
-    QStringList faults; ///< "NAME is STATUS"
+    std::map<Outlet, std::string> texts;
+    std::vector<std::string> faults; ///< "NAME is STATUS"
     std::optional<HeaderBranding> branding;
     Owner *owner = nullptr;
 
-    void setText(Outlet outlet, const QString &text) override {
-        static const QMap<Outlet, QString> names{{Outlet::Header, QStringLiteral("header")},
-                                                 {Outlet::Explanation, QStringLiteral("explanation")},
-                                                 {Outlet::InstallButton, QStringLiteral("install")},
-                                                 {Outlet::DontInstallButton, QStringLiteral("don't install")},
-                                                 {Outlet::DetailsButton, QStringLiteral("details")},
-                                                 {Outlet::FaultsList, QStringLiteral("list")},
-                                                 {Outlet::NameColumn, QStringLiteral("name column")},
-                                                 {Outlet::StatusColumn, QStringLiteral("status column")},
-                                                 {Outlet::Window, QStringLiteral("window")},
-                                                 {Outlet::Progress, QStringLiteral("progress")}};
-        texts.insert(outlet, text);
-        m_transcript.record(QStringLiteral("setText ") + names.value(outlet));
+    void setText(Outlet outlet, const std::string &text) override {
+        static const std::map<Outlet, std::string> names{
+            {Outlet::Header, "header"},          {Outlet::Explanation, "explanation"},
+            {Outlet::InstallButton, "install"},  {Outlet::DontInstallButton, "don't install"},
+            {Outlet::DetailsButton, "details"},  {Outlet::FaultsList, "list"},
+            {Outlet::NameColumn, "name column"}, {Outlet::StatusColumn, "status column"},
+            {Outlet::Window, "window"},          {Outlet::Progress, "progress"}};
+        texts[outlet] = text;
+        m_transcript.record("setText " + names.at(outlet));
     }
-    void useWelcomeBranding() override { m_transcript.record(QStringLiteral("useWelcomeBranding")); }
-    void setHeaderLogo(const Image &image) override {
-        m_transcript.record(QStringLiteral("setHeaderLogo ") + image.name);
-    }
-    void makeInstallButtonDefault() override { m_transcript.record(QStringLiteral("makeInstallButtonDefault")); }
-    void setFaults(const QList<Fault> &list) override {
+    void useWelcomeBranding() override { m_transcript.record("useWelcomeBranding"); }
+    void setHeaderLogo(const Image &image) override { m_transcript.record("setHeaderLogo " + image.name); }
+    void makeInstallButtonDefault() override { m_transcript.record("makeInstallButtonDefault"); }
+    void setFaults(const std::vector<Fault> &list) override {
         faults.clear();
         for (const Fault &fault : list) {
-            faults << fault.name + QStringLiteral(" is ") + fault.status;
+            faults.push_back(fault.name + " is " + fault.status);
         }
-        m_transcript.record(QStringLiteral("setFaults"));
+        m_transcript.record("setFaults");
     }
-    void bringToFront() override { m_transcript.record(QStringLiteral("bringToFront")); }
-    void beginProgressSheet() override { m_transcript.record(QStringLiteral("beginProgressSheet")); }
+    void bringToFront() override { m_transcript.record("bringToFront"); }
+    void beginProgressSheet() override { m_transcript.record("beginProgressSheet"); }
     void endProgressSheet() override {
-        m_transcript.record(QStringLiteral("endProgressSheet"));
+        m_transcript.record("endProgressSheet");
         owner->sheetDidEnd();
     }
-    void orderOutProgressSheet() override { m_transcript.record(QStringLiteral("orderOutProgressSheet")); }
+    void orderOutProgressSheet() override { m_transcript.record("orderOutProgressSheet"); }
     void beginAlertSheet(const AlertDescription &alert) override {
-        m_transcript.record(QStringLiteral("beginAlertSheet %1 | %2 | %3")
-                                .arg(alert.messageText, alert.informativeText, alert.buttons.join(u", ")));
+        m_transcript.record("beginAlertSheet " + alert.messageText + " | " + alert.informativeText + " | " +
+                            joined(alert.buttons, ", "));
     }
 
 private:
@@ -70,10 +65,10 @@ public:
     FakeCheckWindow window;
     CheckWindowView *windowInItsPlace = nullptr; ///< is handed out instead
 
-    void prepare() override { m_transcript.record(QStringLiteral("prepare")); }
-    CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
+    void prepare() override { m_transcript.record("prepare"); }
+    CheckWindowView *load(const std::string &interfaceFile, const HeaderBranding &branding,
                           CheckWindowView::Owner &owner) override {
-        m_transcript.record(QStringLiteral("load ") + interfaceFile.mid(interfaceFile.lastIndexOf(u'/') + 1));
+        m_transcript.record("load " + lastPathComponent(interfaceFile));
         window.branding = branding;
         window.owner = &owner;
         CheckWindowView *const shown = windowInItsPlace != nullptr ? windowInItsPlace : &window;

@@ -2,18 +2,18 @@
 
 #include "platform/Images.h"
 
-#include <QMap>
+#include <map>
 
 namespace quillmark::test {
 
 /// Pictures by path; every other file is none.
 class FakeImages final : public Images {
 public:
-    QMap<QString, Image> pictures;
+    std::map<std::string, Image> pictures;
 
-    std::optional<Image> load(const QString &path) const override {
-        const auto found = pictures.constFind(path);
-        return found != pictures.constEnd() ? std::optional(*found) : std::nullopt;
+    std::optional<Image> load(const std::string &path) const override {
+        const auto found = pictures.find(path);
+        return found != pictures.end() ? std::optional(found->second) : std::nullopt;
     }
 };
 

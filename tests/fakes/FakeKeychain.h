@@ -79,7 +79,7 @@ private:
 
     std::int32_t faultOf(const char *operation, const Names &names) {
         const std::string call = std::string(operation) + ' ' + names.first + ' ' + names.second;
-        const bool isFailing = m_transcript.recordOrFail(QString::fromStdString(call), QString::fromLatin1(operation));
+        const bool isFailing = m_transcript.recordOrFail(call, operation);
         return isFailing ? failure : status;
     }
 

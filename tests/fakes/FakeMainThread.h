@@ -2,9 +2,9 @@
 
 #include "platform/MainThread.h"
 
-#include <QStringList>
 #include <deque>
 #include <mutex>
+#include <string>
 #include <vector>
 
 namespace quillmark::test {
@@ -18,11 +18,11 @@ public:
     }
     void runOnce() override { next()(); }
     void serve(std::vector<Input> inputs) override { serveAlone(std::move(inputs)); }
-    void detachNewThread(const QString &name, std::function<void()> body) override {
-        threadNames << name;
+    void detachNewThread(const std::string &name, std::function<void()> body) override {
+        threadNames.push_back(name);
         threads.push_back(std::move(body));
     }
-    QStringList threadNames;
+    std::vector<std::string> threadNames;
     std::vector<std::function<void()>> threads; ///< their bodies, for the test to run
 
     /// Makes the queued calls, those included that they queue themselves. \returns how many there were.

@@ -2,19 +2,26 @@
 
 #include "platform/PropertyList.h"
 
-#include <QMap>
+#include <map>
 
 namespace quillmark::test {
 
 /// Documents by their bytes; all others are malformed.
 class FakePropertyList final : public PropertyList {
 public:
-    QMap<QByteArray, QVariant> documents;
+    std::map<std::string, Value> documents;
 
-    QVariant parse(QByteArray document) const override { return documents.value(document); }
-    std::optional<QByteArray> toXml(const QVariant &value) const override {
-        const auto key = documents.key(value);
-        return key.isEmpty() ? std::nullopt : std::optional(key);
+    Value parse(std::string document) const override {
+        const auto found = documents.find(document);
+        return found != documents.end() ? found->second : Value();
+    }
+    std::optional<std::string> toXml(const Value &value) const override {
+        for (const auto &[document, root] : documents) {
+            if (root == value) {
+                return document;
+            }
+        }
+        return std::nullopt;
     }
 };
 

@@ -3,10 +3,10 @@
 #include "fakes/Transcript.h"
 #include "platform/Tasks.h"
 
-#include <QMap>
-#include <QStringList>
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
+#include <map>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -18,64 +18,70 @@ class FakeTasks final : public Tasks {
 public:
     explicit FakeTasks(Transcript &transcript) : m_transcript(transcript) {}
 
-    QMap<QString, int> statuses;
+    std::map<std::string, int> statuses;
     int usualStatus = 1;
-    QMap<QString, QByteArray> outputs; ///< by path
-    QStringList unstartable;           ///< paths
-    std::function<void()> onLaunch;    ///< called before each launch
-    QStringList programFolders;        ///< of the runs
+    std::map<std::string, std::string> outputs; ///< by path
+    std::vector<std::string> unstartable;       ///< paths
+    std::function<void()> onLaunch;             ///< called before each launch
+    std::vector<std::string> programFolders;    ///< of the runs
     bool canStart = true;
 
-    std::optional<int> run(const QString &path, const QStringList &arguments, const QString &programFolder) override {
-        if (!programFolder.isNull()) {
-            programFolders << programFolder;
+    std::optional<int> run(const std::string &path, const std::vector<std::string> &arguments,
+                           const std::optional<std::string> &programFolder) override {
+        if (programFolder) {
+            programFolders.push_back(*programFolder);
         }
         constexpr int kFailure = 4;
-        if (m_transcript.recordOrFail(QStringLiteral("run ") + path + u' ' + arguments.join(u' '),
-                                      QStringLiteral("run"))) {
+        if (m_transcript.recordOrFail(callOf("run", path, arguments), "run")) {
             return kFailure;
         }
-        return canStart ? std::optional(statuses.value(arguments.value(arguments.size() - 1), usualStatus))
-                        : std::nullopt;
+        const auto status = statuses.find(arguments.empty() ? "" : arguments.back());
+        return canStart ? std::optional(status != statuses.end() ? status->second : usualStatus) : std::nullopt;
     }
 
-    bool start(const QString &path, const QStringList &arguments, const QString &programFolder) override {
-        m_transcript.record(QStringLiteral("start ") + path + u' ' + arguments.join(u' '));
-        if (!programFolder.isNull()) {
-            m_transcript.record(QStringLiteral("  with programs of ") + programFolder);
+    bool start(const std::string &path, const std::vector<std::string> &arguments,
+               const std::optional<std::string> &programFolder) override {
+        m_transcript.record(callOf("start", path, arguments));
+        if (programFolder) {
+            m_transcript.record("  with programs of " + *programFolder);
         }
         return canStart;
     }
 
-    bool runUnwaited(const QString &path, const QStringList &arguments) override {
-        m_transcript.record(QStringLiteral("start ") + path + u' ' + arguments.join(u' '));
+    bool runUnwaited(const std::string &path, const std::vector<std::string> &arguments) override {
+        m_transcript.record(callOf("start", path, arguments));
         return canStart;
     }
 
     /// A task that has ended at once, with the output that was set for its path.
-    std::optional<PipedTask> launch(const QString &path, const QStringList &arguments,
+    std::optional<PipedTask> launch(const std::string &path, const std::vector<std::string> &arguments,
                                     StandardError /*standardError*/) override {
-        m_transcript.record(QStringLiteral("launch ") + path + u' ' + arguments.join(u' '));
+        m_transcript.record(callOf("launch", path, arguments));
         if (onLaunch) {
             onLaunch();
         }
-        if (!canStart || unstartable.contains(path)) {
+        if (!canStart || std::find(unstartable.begin(), unstartable.end(), path) != unstartable.end()) {
             return std::nullopt;
         }
         Descriptor output(::memfd_create("output", MFD_CLOEXEC));
-        const QByteArray bytes = outputs.value(path);
-        if (::write(output.get(), bytes.constData(), static_cast<size_t>(bytes.size())) != bytes.size()) {
+        const std::string bytes = outputs.contains(path) ? outputs.at(path) : "";
+        if (::write(output.get(), bytes.data(), bytes.size()) != std::ssize(bytes)) {
             std::abort();
         }
         ::lseek(output.get(), 0, SEEK_SET);
         return PipedTask{processIdentifier, std::move(output), {}, {}};
     }
     int terminationStatus(const PipedTask & /*task*/) override { return 0; }
-    void abandon(const PipedTask & /*task*/) override { m_transcript.record(QStringLiteral("abandon")); }
+    void abandon(const PipedTask & /*task*/) override { m_transcript.record("abandon"); }
 
-    qint32 processIdentifier = 7;
+    std::int32_t processIdentifier = 7;
 
 private:
+    static std::string callOf(const char *operation, const std::string &path,
+                              const std::vector<std::string> &arguments) {
+        return std::string(operation) + ' ' + path + ' ' + joined(arguments, " ");
+    }
+
     Transcript &m_transcript;
 };
 

@@ -3,51 +3,67 @@
 #include "fakes/Transcript.h"
 #include "platform/UserDefaults.h"
 
+#include <algorithm>
+
 namespace quillmark::test {
 
 class FakeUserDefaults final : public UserDefaults {
 public:
     explicit FakeUserDefaults(Transcript &transcript) : m_transcript(transcript) {}
 
-    QVariantMap registered;
-    QVariantMap stored;
-    QString damaged;
+    Dictionary registered;
+    Dictionary stored;
+    std::optional<std::string> damaged;
 
-    void registerDefaults(const QVariantMap &values) override {
-        m_transcript.record(QStringLiteral("registerDefaults ") + QStringList(values.keys()).join(u','));
-        registered.insert(values);
+    void registerDefaults(const Dictionary &values) override {
+        std::vector<std::string> keys;
+        for (const auto &[key, value] : values) {
+            keys.push_back(key);
+            registered.insert_or_assign(key, value);
+        }
+        m_transcript.record("registerDefaults " + joined(keys, ","));
     }
-    QVariant objectForKey(const QString &key) override {
-        m_transcript.record(QStringLiteral("objectForKey ") + key);
-        return stored.value(key, registered.value(key));
+    Value objectForKey(std::string_view key) override {
+        m_transcript.record("objectForKey " + std::string(key));
+        const Value &value = valueOf(stored, key);
+        return value.isNothing() ? valueOf(registered, key) : value;
     }
-    void setObject(const QString &key, const QVariant &value) override {
-        m_transcript.record(kSetObject + key);
-        value.isValid() ? static_cast<void>(stored.insert(key, value)) : static_cast<void>(stored.remove(key));
+    void setObject(std::string_view key, const Value &value) override {
+        m_transcript.record(kSetObject + std::string(key));
+        if (value.isNothing()) {
+            stored.erase(std::string(key));
+        } else {
+            stored.insert_or_assign(std::string(key), value);
+        }
     }
     bool synchronize() override {
-        const bool isWritten = !m_transcript.recordOrFail(QStringLiteral("synchronize"), QStringLiteral("synchronize"));
-        m_problem = isWritten ? QString() : QStringLiteral("can't be written");
+        const bool isWritten = !m_transcript.recordOrFail("synchronize", "synchronize");
+        m_problem = isWritten ? std::nullopt : std::optional("can't be written");
         return isWritten;
     }
     bool change(const std::function<void()> &change) override {
-        if (m_transcript.recordOrFail(QStringLiteral("change"), QStringLiteral("change"))) {
-            m_problem = QStringLiteral("can't be read");
+        if (m_transcript.recordOrFail("change", "change")) {
+            m_problem = "can't be read";
             return false;
         }
-        const qsizetype before = m_transcript.calls().filter(kSetObject).size();
+        const auto before = storedSoFar();
         change();
-        return m_transcript.calls().filter(kSetObject).size() == before || synchronize();
+        return storedSoFar() == before || synchronize();
     }
-    QString problem() const override { return m_problem; }
-    QString file() const override { return QStringLiteral("/preferences.plist"); }
-    QString damagedFile() const override { return damaged; }
+    std::optional<std::string> problem() const override { return m_problem; }
+    std::string file() const override { return "/preferences.plist"; }
+    std::optional<std::string> damagedFile() const override { return damaged; }
 
 private:
-    static inline const QString kSetObject = QStringLiteral("setObject ");
+    std::ptrdiff_t storedSoFar() const {
+        const auto isStored = [](const std::string &call) { return call.starts_with(kSetObject); };
+        return std::count_if(m_transcript.calls().begin(), m_transcript.calls().end(), isStored);
+    }
+
+    static constexpr const char *kSetObject = "setObject ";
 
     Transcript &m_transcript;
-    QString m_problem;
+    std::optional<std::string> m_problem;
 };
 
 } // namespace quillmark::test

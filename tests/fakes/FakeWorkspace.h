@@ -1,12 +1,12 @@
 #pragma once
 
 #include "fakes/Transcript.h"
+#include "platform/Path.h"
 #include "platform/Workspace.h"
 #include "utils/FileManager.h"
 
-#include <QDir>
-#include <QMap>
 #include <functional>
+#include <map>
 #include <utility>
 
 namespace quillmark::test {
@@ -15,64 +15,65 @@ class FakeWorkspace final : public Workspace {
 public:
     explicit FakeWorkspace(Transcript &transcript) : m_transcript(transcript) {}
 
-    QStringList userFolders;
-    QStringList localFolders;
-    QStringList downloads;
-    QList<QVariantMap> applications;
-    QMap<QString, QString> bundles;                      ///< paths by identifier
+    std::vector<std::string> userFolders;
+    std::vector<std::string> localFolders;
+    std::vector<std::string> downloads;
+    std::vector<Dictionary> applications;
+    std::map<std::string, std::string> bundles;          ///< paths by identifier
     mutable std::function<void()> onApplicationsFolders; ///< called when they are first asked for
-    QString ownFolder; ///< the test's own: what is recycled in it is really removed, and nothing else ever is
+    std::string ownFolder; ///< the test's own: what is recycled in it is really removed, and nothing else ever is
 
-    QStringList applicationsFolders(Domain domain) const override {
+    std::vector<std::string> applicationsFolders(Domain domain) const override {
         if (onApplicationsFolders) {
             std::exchange(onApplicationsFolders, {})();
         }
         switch (domain) {
         case Domain::User:
-            m_transcript.record(QStringLiteral("applicationsFolders user"));
+            m_transcript.record("applicationsFolders user");
             return userFolders;
         case Domain::Local:
-            m_transcript.record(QStringLiteral("applicationsFolders local"));
+            m_transcript.record("applicationsFolders local");
             return localFolders;
         case Domain::All:
             break;
         }
-        m_transcript.record(QStringLiteral("applicationsFolders all"));
-        return userFolders + localFolders;
+        m_transcript.record("applicationsFolders all");
+        std::vector<std::string> all = userFolders;
+        all.insert(all.end(), localFolders.begin(), localFolders.end());
+        return all;
     }
-    QStringList downloadsFolders() const override {
-        m_transcript.record(QStringLiteral("downloadsFolders"));
+    std::vector<std::string> downloadsFolders() const override {
+        m_transcript.record("downloadsFolders");
         return downloads;
     }
-    QStringList volumesFolders() const override { return {QStringLiteral("/Volumes/"), QStringLiteral("/media/")}; }
-    QList<QVariantMap> launchedApplications() const override {
-        m_transcript.record(QStringLiteral("launchedApplications"));
+    std::vector<std::string> volumesFolders() const override { return {"/Volumes/", "/media/"}; }
+    std::vector<Dictionary> launchedApplications() const override {
+        m_transcript.record("launchedApplications");
         return applications;
     }
-    QString bundleWithIdentifier(const QString &bundleIdentifier) const override {
-        return bundles.value(bundleIdentifier);
+    std::optional<std::string> bundleWithIdentifier(const std::string &bundleIdentifier) const override {
+        const auto bundle = bundles.find(bundleIdentifier);
+        return bundle != bundles.end() ? std::optional(bundle->second) : std::nullopt;
     }
     /// Lets an application run.
-    void addApplication(const QString &bundleIdentifier, int process) {
-        applications.append(
+    void addApplication(const std::string &bundleIdentifier, int process) {
+        applications.push_back(
             {{kApplicationBundleIdentifier, bundleIdentifier}, {kApplicationProcessIdentifier, process}});
     }
-    bool launchApplication(const QString &path) override {
-        return !m_transcript.recordOrFail(QStringLiteral("launchApplication ") + path,
-                                          QStringLiteral("launchApplication"));
+    bool launchApplication(const std::string &path) override {
+        return !m_transcript.recordOrFail("launchApplication " + path, "launchApplication");
     }
 
-    bool openFolder(const QString &path) override {
-        m_transcript.record(QStringLiteral("openFolder ") + path);
+    bool openFolder(const std::string &path) override {
+        m_transcript.record("openFolder " + path);
         return true;
     }
-    bool recycle(const QString &name, const QString &folder) override {
-        if (m_transcript.recordOrFail(QStringLiteral("recycle %1 in %2").arg(name, folder),
-                                      QStringLiteral("recycle"))) {
+    bool recycle(const std::string &name, const std::string &folder) override {
+        if (m_transcript.recordOrFail("recycle " + name + " in " + folder, "recycle")) {
             return false;
         }
-        const QString path = QDir::cleanPath(folder + u'/' + name);
-        if (!ownFolder.isEmpty() && path.startsWith(ownFolder + u'/')) {
+        const std::string path = normalPath(folder + '/' + name);
+        if (!ownFolder.empty() && path.starts_with(ownFolder + '/')) {
             __QMCurrentThreadFileManager().removeItem(path);
         }
         return true;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include "support/Lines.h"
+
 #include <mutex>
 
 namespace quillmark::test {
@@ -11,26 +11,26 @@ namespace quillmark::test {
 /// Concurrency: recording is for any thread, all else for one.
 class Transcript {
 public:
-    void record(const QString &call) {
+    void record(const std::string &call) {
         const std::lock_guard lock(m_mutex);
-        m_calls.append(call);
+        m_calls.push_back(call);
     }
     /// Records the call; \returns true when it is the one that is to fail.
-    bool recordOrFail(const QString &call, const QString &operation) {
+    bool recordOrFail(const std::string &call, std::string_view operation) {
         record(call);
         return operation == m_failingOperation && --m_callsUntilFailure == 0;
     }
-    void failAt(const QString &operation, int nth) {
+    void failAt(const std::string &operation, int nth) {
         m_failingOperation = operation;
         m_callsUntilFailure = nth;
     }
-    const QStringList &calls() const { return m_calls; }
+    const Lines &calls() const { return m_calls; }
     void clear() { m_calls.clear(); }
 
 private:
     std::mutex m_mutex;
-    QStringList m_calls;
-    QString m_failingOperation;
+    Lines m_calls;
+    std::string m_failingOperation;
     int m_callsUntilFailure = 0;
 };
 

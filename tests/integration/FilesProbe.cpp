@@ -6,21 +6,21 @@
 #include "platform/Workspace.h"
 #include "utils/FileManager.h"
 
-#include <QFile>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 int main(int count, char **arguments) {
     if (count != 4) {
         return EXIT_FAILURE;
     }
-    const QString first = QFile::decodeName(arguments[2]);
-    const QString second = QFile::decodeName(arguments[3]);
+    const std::string first = arguments[2];
+    const std::string second = arguments[3];
     if (std::strcmp(arguments[1], "recycle") == 0) {
         std::puts(quillmark::platform().workspace.recycle(first, second) ? "trashed" : "stays");
     } else if (const auto error = quillmark::FileManager().copyItem(first, second)) {
-        std::printf("%d %s\n", error->code, qPrintable(error->failureReason()));
+        std::printf("%d %s\n", error->code, error->failureReason().value_or("").c_str());
     } else {
         std::puts("copied");
     }

@@ -71,7 +71,7 @@ int main(int count, char **arguments) {
     if (count < 2) {
         return EXIT_FAILURE;
     }
-    const auto bundle = quillmark::nativeBundle(QString::fromLocal8Bit(arguments[1]));
+    const auto bundle = quillmark::nativeBundle(arguments[1]);
     quillmark::KeyringModule keychain(*bundle);
     int faults = workOnManyThreads(keychain);
     if (count > 2) {

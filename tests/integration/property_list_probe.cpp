@@ -8,25 +8,33 @@
 ///   v  "verdict": "valid" or "invalid", so that the answer itself takes no memory
 
 #include "platform/linux/LinuxPropertyList.h"
+#include "utils/Utf16.h"
 
-#include <QDateTime>
-#include <QtEndian>
+#include <array>
 #include <bit>
+#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace {
 
 using namespace quillmark;
 
-QByteArray quoted(const QString &text) {
-    QByteArray out = "\"";
-    for (const QChar character : text) {
-        const char16_t code = character.unicode();
+std::string hex(std::uint64_t number, int digits) {
+    std::array<char, 17> text{};
+    std::snprintf(text.data(), text.size(), "%0*" PRIx64, digits, number);
+    return text.data();
+}
+
+std::string quoted(const std::string &text) {
+    std::string out = "\"";
+    for (const char16_t code : utf16(text)) {
         if (code >= 0x20 && code < 0x7F && code != u'"' && code != u'\\') {
             out += static_cast<char>(code);
         } else {
-            out += "\\u" + QByteArray::number(code, 16).rightJustified(4, '0');
+            out += "\\u" + hex(code, 4);
         }
     }
     return out + '"';
@@ -34,71 +42,76 @@ QByteArray quoted(const QString &text) {
 
 /// One line: containers as in JSON, entries by their keys' UTF-16; "i5", "r" and a real's bits, "d" and the
 /// milliseconds since 1970, "x" and the bytes, "true" and "false".
-QByteArray render(const QVariant &value) {
-    QByteArray out;
-    switch (value.typeId()) {
-    case QMetaType::QVariantMap: {
-        const QVariantMap map = value.toMap();
-        for (auto entry = map.begin(); entry != map.end(); ++entry) {
-            out += (out.isEmpty() ? "" : ",") + quoted(entry.key()) + ':' + render(entry.value());
+std::string render(const Value &value) {
+    std::string out;
+    if (value.is<Dictionary>()) {
+        for (const auto &[key, entry] : value.dictionary()) {
+            out += (out.empty() ? "" : ",") + quoted(key) + ':' + render(entry);
         }
         return '{' + out + '}';
     }
-    case QMetaType::QVariantList: {
-        const QVariantList list = value.toList();
-        for (const QVariant &element : list) {
-            out += (out.isEmpty() ? "" : ",") + render(element);
+    if (value.is<List>()) {
+        for (const Value &element : value.list()) {
+            out += (out.empty() ? "" : ",") + render(element);
         }
         return '[' + out + ']';
     }
-    case QMetaType::QString:
-        return quoted(value.toString());
-    case QMetaType::LongLong:
-        return 'i' + QByteArray::number(value.toLongLong());
-    case QMetaType::ULongLong:
-        return 'i' + QByteArray::number(value.toULongLong());
-    case QMetaType::Double:
-        return 'r' + QByteArray::number(std::bit_cast<quint64>(value.toDouble()), 16).rightJustified(16, '0');
-    case QMetaType::Bool:
-        return value.toBool() ? "true" : "false";
-    case QMetaType::QDateTime:
-        return 'd' + QByteArray::number(value.toDateTime().toMSecsSinceEpoch());
-    case QMetaType::QByteArray:
-        return 'x' + value.toByteArray().toHex();
-    default:
-        return QByteArray("a value that no property list has: ") + value.typeName();
+    if (const auto *text = value.as<std::string>()) {
+        return quoted(*text);
     }
+    if (const auto *number = value.as<std::int64_t>()) {
+        return 'i' + std::to_string(*number);
+    }
+    if (const auto *number = value.as<std::uint64_t>()) {
+        return 'i' + std::to_string(*number);
+    }
+    if (const auto *number = value.as<double>()) {
+        return 'r' + hex(std::bit_cast<std::uint64_t>(*number), 16);
+    }
+    if (const auto *boolean = value.as<bool>()) {
+        return *boolean ? "true" : "false";
+    }
+    if (const auto *date = value.as<Date>()) {
+        return 'd' + std::to_string(date->time_since_epoch().count());
+    }
+    if (const auto *bytes = value.as<Bytes>()) {
+        for (const char byte : bytes->data) {
+            out += hex(static_cast<unsigned char>(byte), 2);
+        }
+        return 'x' + out;
+    }
+    return "a value that no property list has";
 }
 
-bool readBytes(QByteArray &bytes) {
-    const auto size = static_cast<size_t>(bytes.size());
-    return std::fread(bytes.data(), 1, size, stdin) == size;
-}
+bool readBytes(std::string &bytes) { return std::fread(bytes.data(), 1, bytes.size(), stdin) == bytes.size(); }
 
-void answer(const QByteArray &text) {
-    QByteArray length(4, '\0');
-    qToBigEndian(static_cast<quint32>(text.size()), length.data());
-    for (const QByteArray &piece : {length, text}) {
-        std::fwrite(piece.constData(), 1, static_cast<size_t>(piece.size()), stdout);
+void answer(const std::string &text) {
+    for (unsigned shift = 32; shift > 0; shift -= 8) {
+        std::putchar(static_cast<unsigned char>(text.size() >> (shift - 8)));
     }
+    std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
 } // namespace
 
 int main() {
     const LinuxPropertyList propertyList;
-    QByteArray question(5, '\0');
+    std::string question(5, '\0');
     while (readBytes(question)) {
-        QByteArray document(qFromBigEndian<qint32>(question.constData() + 1), Qt::Uninitialized);
+        size_t length = 0;
+        for (size_t i = 1; i < question.size(); ++i) {
+            length = length << 8 | static_cast<unsigned char>(question[i]);
+        }
+        std::string document(length, '\0');
         if (!readBytes(document)) {
             return EXIT_FAILURE;
         }
-        const QVariant value = propertyList.parse(std::move(document));
-        if (question.startsWith('v')) {
-            answer(value.isValid() ? "valid" : "invalid");
+        const Value value = propertyList.parse(std::move(document));
+        if (question.starts_with('v')) {
+            answer(value.isNothing() ? "invalid" : "valid");
         } else {
-            answer(value.isValid() ? render(value) : QByteArray());
-            answer(value.isValid() ? propertyList.toXml(value).value_or(QByteArray()) : QByteArray());
+            answer(value.isNothing() ? "" : render(value));
+            answer(value.isNothing() ? "" : propertyList.toXml(value).value_or(""));
         }
         std::fflush(stdout);
     }

@@ -11,7 +11,7 @@ def configuration_keys():
     """The texts of the configuration family in the key list."""
     key_list = (SOURCES / "src/accounts/KeyList.h").read_text("utf-8")
     family = re.search(r"\\name Configuration\n(.*?)\\name", key_list, re.DOTALL).group(1)
-    return set(re.findall(r'\{u"(\w+)"\}', family))
+    return set(re.findall(r'\{"(\w+)"\}', family))
 
 
 class InformationPropertyList(unittest.TestCase):

@@ -4,32 +4,28 @@
 #include "branding/BrandingManager.h"
 #include "installcheck/InstallCheckManager.h"
 #include "support/LogFixture.h"
+#include "support/ValuePrinter.h"
 #include "tools/UpdateToolManager.h"
 
 #include <initializer_list>
 #include <optional>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace quillmark::test {
-
-inline QStringList listOf(std::initializer_list<const char *> texts) {
-    QStringList list;
-    for (const char *text : texts) {
-        list << QString::fromUtf8(text);
-    }
-    return list;
-}
 
 /// An install check over a catalogue of the test's own, with components in its home folder. The application's version
 /// is 1.14.something.
 class InstallCheckFixture : public LogFixture {
 protected:
-    using Keys = std::initializer_list<std::pair<Key, QVariant>>;
+    using Keys = std::initializer_list<std::pair<Key, Value>>;
 
     InstallCheckFixture() {
-        platform.bundle.bundlePath = home.path(QStringLiteral("Quillmark.app"));
-        home.makeFolder(QStringLiteral("Quillmark.app/Contents/Resources"));
+        platform.bundle.bundlePath = home.path("Quillmark.app");
+        home.makeFolder("Quillmark.app/Contents/Resources");
         _setStandardStreams(nullptr, nullptr);
     }
 
@@ -37,52 +33,51 @@ protected:
     static RequiredItem itemOf(Keys keys) {
         RequiredItem item;
         for (const auto &[key, value] : keys) {
-            item.insert(key, value);
+            item.insert_or_assign(key, value);
         }
         return item;
     }
-    static RequiredItem itemOf(const char *type, const char *name, const QString &installPath, Keys more = {}) {
+    static RequiredItem itemOf(const char *type, const char *name, const std::string &installPath, Keys more = {}) {
         RequiredItem item = itemOf(more);
-        item.insert(itemOf(
-            {{kInstallType, QString::fromUtf8(type)}, {kName, QString::fromUtf8(name)}, {kInstallPath, installPath}}));
+        item.insert_or_assign(kInstallType, type);
+        item.insert_or_assign(kName, name);
+        item.insert_or_assign(kInstallPath, installPath);
         return item;
     }
 
     /// Writes a property list with that root.
-    QString writeList(const QString &relative, const QVariant &root) {
-        const QByteArray document = "document " + QByteArray::number(platform.propertyList.documents.size());
-        platform.propertyList.documents.insert(document, root);
+    std::string writeList(const std::string &relative, const Value &root) {
+        const std::string document = "document " + std::to_string(platform.propertyList.documents.size());
+        platform.propertyList.documents[document] = root;
         return home.write(relative, document);
     }
-    void setCatalogue(const QVariant &root) {
-        platform.bundle.resources << QStringLiteral("RequiredItems.plist");
-        writeList(QStringLiteral("Quillmark.app/Contents/Resources/RequiredItems.plist"), root);
+    void setCatalogue(const Value &root) {
+        platform.bundle.resources.emplace_back("RequiredItems.plist");
+        writeList("Quillmark.app/Contents/Resources/RequiredItems.plist", root);
         m_manager.reset();
     }
-    void setItems(const QVariantList &items) { setCatalogue(QVariantMap{{QStringLiteral("RequiredItems"), items}}); }
+    void setItems(const List &items) { setCatalogue(Dictionary{{"RequiredItems", items}}); }
 
     /// A bundle of that version; with an absent version, one whose property list tells none.
-    QString installBundle(const QString &relative, const QVariant &shortVersion) {
-        writeList(relative + QStringLiteral("/Contents/Info.plist"),
-                  shortVersion.isValid() ? QVariantMap{{QStringLiteral("CFBundleShortVersionString"), shortVersion}}
-                                         : QVariantMap{{QStringLiteral("CFBundleVersion"), 7}});
+    std::string installBundle(const std::string &relative, const Value &shortVersion) {
+        writeList(relative + "/Contents/Info.plist", shortVersion.isNothing()
+                                                         ? Dictionary{{"CFBundleVersion", 7}}
+                                                         : Dictionary{{"CFBundleShortVersionString", shortVersion}});
         return home.path(relative);
     }
     /// A file of that mode that prints such an output when it is run. It is not the administrator's.
-    QString installTool(const QString &relative, const QByteArray &output, mode_t mode = 0755) {
-        const QString path = home.write(relative, "tool");
+    std::string installTool(const std::string &relative, const std::string &output, mode_t mode = 0755) {
+        const std::string path = home.write(relative, "tool");
         setMode(path, mode);
         if (::geteuid() == 0) {
             constexpr uid_t kNobody = 65534;
-            EXPECT_EQ(::chown(QFile::encodeName(path).constData(), kNobody, static_cast<gid_t>(-1)), 0);
+            EXPECT_EQ(::chown(path.c_str(), kNobody, static_cast<gid_t>(-1)), 0);
             setMode(path, mode);
         }
-        platform.tasks.outputs.insert(path, output);
+        platform.tasks.outputs[path] = output;
         return path;
     }
-    static void setMode(const QString &path, mode_t mode) {
-        EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
-    }
+    static void setMode(const std::string &path, mode_t mode) { EXPECT_EQ(::chmod(path.c_str(), mode), 0); }
 
     /// The install check over the last catalogue.
     InstallCheckManager &manager() {
@@ -94,12 +89,8 @@ protected:
         return *m_manager;
     }
     /// Evaluates one item. \returns its status.
-    QString statusOf(const RequiredItem &item) {
-        setItems({item});
-        manager().updateStatus();
-        return manager().requiredItemsStatusKeys().value(0);
-    }
-    QStringList statusesOf(const QVariantList &items) {
+    std::string statusOf(const RequiredItem &item) { return statusesOf({item}).at(0); }
+    std::vector<std::string> statusesOf(const List &items) {
         setItems(items);
         manager().updateStatus();
         return manager().requiredItemsStatusKeys();
@@ -107,22 +98,19 @@ protected:
 
     void startLog(LoggingLevel level = kLogLevelDetailed) { m_log = logToFile(level); }
     /// The lines since then, each with its level; the home folder's path is "~".
-    QStringList log() const {
-        QStringList lines = linesOf(m_log);
-        return lines.replaceInStrings(home.path(), QStringLiteral("~"));
-    }
+    Lines log() const { return withTilde(linesOf(m_log)); }
 
     /// A file of the system that is the administrator's, with mode 0755, and one with mode 04755.
-    static inline const QString kAdministratorsTool = QStringLiteral("/usr/bin/env");
-    static inline const QString kSetUserIdTool = QStringLiteral("/usr/bin/passwd");
+    static constexpr const char *kAdministratorsTool = "/usr/bin/env";
+    static constexpr const char *kSetUserIdTool = "/usr/bin/passwd";
 
-    UpdateToolManager updateTool{platform.platform, QStringLiteral("/usr/bin/%@")};
+    UpdateToolManager updateTool{platform.platform, "/usr/bin/%@"};
 
 private:
     std::optional<LocalizedStrings> m_strings;
     std::optional<BrandingManager> m_branding;
     std::optional<InstallCheckManager> m_manager;
-    QString m_log;
+    std::string m_log;
 };
 
 } // namespace quillmark::test

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "fakes/FakePlatform.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 #include "utils/LogSetup.h"
+#include "utils/ReplaceAll.h"
 
+#include <cstdlib>
 #include <ctime>
 #include <gtest/gtest.h>
+#include <string>
 
 namespace quillmark::test {
 
@@ -14,7 +16,7 @@ namespace quillmark::test {
 class LogFixture : public testing::Test {
 protected:
     LogFixture() {
-        qputenv("TZ", "UTC");
+        ::setenv("TZ", "UTC", 1);
         ::tzset();
         reset();
         platform.clock.set(Clock::Time(std::chrono::microseconds(1709648102123456))); // 2024-03-05 14:15:02.123456
@@ -22,31 +24,38 @@ protected:
     ~LogFixture() override { reset(); }
 
     /// Sends the log to a file of the test's own at the given level; nothing but errors reaches the standard streams.
-    QString logToFile(LoggingLevel fileLevel, LoggingLevel stdioLevel = kLogLevelError) {
-        return initLogging(fileLevel, stdioLevel, home.path(QStringLiteral("test.log")));
+    std::string logToFile(LoggingLevel fileLevel, LoggingLevel stdioLevel = kLogLevelError) {
+        return initLogging(fileLevel, stdioLevel, home.path("test.log")).value();
     }
-    static QByteArray contentsOf(const QString &path) {
+    static std::string contentsOf(const std::string &path) {
         _flushLog();
         return readAll(path);
     }
     /// The messages of a log file, without what stands before them.
-    static QStringList messagesOf(const QString &path) {
-        QStringList messages;
-        for (const QString &line : linesOf(path)) {
-            messages << line.mid(line.indexOf(u' ') + 1);
+    static Lines messagesOf(const std::string &path) {
+        Lines messages = linesOf(path);
+        for (std::string &line : messages) {
+            line.erase(0, line.find(' ') + 1);
         }
         return messages;
     }
     /// The same, each with its level before it: "vrb Launching".
-    static QStringList linesOf(const QString &path) {
-        QStringList lines;
-        for (const QByteArray &line : contentsOf(path).split('\n')) {
-            constexpr qsizetype kLevel = 3; // letters
-            const qsizetype behindLevel = line.indexOf(") [");
-            const qsizetype prefix = line.indexOf("] ", behindLevel);
-            if (behindLevel >= kLevel && prefix >= 0) {
-                lines << QString::fromUtf8(line.mid(behindLevel - kLevel, kLevel) + line.mid(prefix + 1));
+    static Lines linesOf(const std::string &path) {
+        Lines lines;
+        for (const std::string &line : linesIn(contentsOf(path))) {
+            constexpr size_t kLevel = 3; // letters
+            const size_t behindLevel = line.find(") [");
+            const size_t prefix = line.find("] ", behindLevel);
+            if (behindLevel >= kLevel && prefix != std::string::npos) {
+                lines.push_back(line.substr(behindLevel - kLevel, kLevel) + line.substr(prefix + 1));
             }
+        }
+        return lines;
+    }
+    /// The lines with "~" in the place of the home folder's path.
+    Lines withTilde(Lines lines) const {
+        for (std::string &line : lines) {
+            replaceAll(line, home.path(), "~");
         }
         return lines;
     }
@@ -56,7 +65,7 @@ protected:
 
 private:
     static void reset() {
-        _initLogging(QString());
+        _initLogging(std::nullopt);
         _fileLoggingLevel = kLogLevelNormal;
         _stdioLoggingLevel = kLogLevelNormal;
         _setStandardStreams(stderr, stdout);

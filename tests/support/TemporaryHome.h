@@ -1,47 +1,59 @@
 #pragma once
 
-#include <QByteArray>
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <optional>
+#include <string>
 
 namespace quillmark::test {
 
 /// A folder of the test's own, which also is its home folder.
 class TemporaryHome {
 public:
-    TemporaryHome() : m_previousHome(qgetenv("HOME")) { qputenv("HOME", QFile::encodeName(m_folder.path())); }
+    TemporaryHome() {
+        if (::mkdtemp(m_folder.data()) == nullptr) {
+            std::abort();
+        }
+        if (const char *home = std::getenv("HOME")) {
+            m_previousHome = home;
+        }
+        ::setenv("HOME", m_folder.c_str(), 1);
+    }
     TemporaryHome(const TemporaryHome &) = delete;
     TemporaryHome &operator=(const TemporaryHome &) = delete;
-    ~TemporaryHome() { qputenv("HOME", m_previousHome); }
+    ~TemporaryHome() {
+        std::error_code obstacle;
+        std::filesystem::remove_all(m_folder, obstacle);
+        ::setenv("HOME", m_previousHome.c_str(), 1);
+    }
 
-    QString path(const QString &relative = {}) const {
-        return relative.isEmpty() ? m_folder.path() : m_folder.path() + u'/' + relative;
+    std::string path(const std::string &relative = {}) const {
+        return relative.empty() ? m_folder : m_folder + '/' + relative;
     }
     /// Writes a file below the home folder, with the folders above it. \returns its path.
-    QString write(const QString &relative, const QByteArray &contents) const {
-        const QString file = path(relative);
-        QDir().mkpath(file.left(file.lastIndexOf(u'/')));
-        QFile writer(file);
-        EXPECT_TRUE(writer.open(QIODevice::WriteOnly));
-        EXPECT_EQ(writer.write(contents), contents.size());
+    std::string write(const std::string &relative, const std::string &contents) const {
+        const std::filesystem::path file = path(relative);
+        std::filesystem::create_directories(file.parent_path());
+        EXPECT_TRUE(std::ofstream(file) << contents << std::flush) << file;
         return file;
     }
-    QString makeFolder(const QString &relative) const {
-        EXPECT_TRUE(QDir().mkpath(path(relative)));
+    std::string makeFolder(const std::string &relative) const {
+        std::filesystem::create_directories(path(relative));
         return path(relative);
     }
 
 private:
-    QByteArray m_previousHome;
-    QTemporaryDir m_folder;
+    std::string m_folder = std::filesystem::temp_directory_path() / "quillmark-XXXXXX";
+    std::string m_previousHome;
 };
 
 /// A whole file's bytes.
-inline QByteArray readAll(const QString &path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(unreadable)");
+inline std::string readAll(const std::string &path) {
+    std::ifstream file(path);
+    return file ? std::string(std::istreambuf_iterator(file), {}) : "(unreadable)";
 }
 
 } // namespace quillmark::test

@@ -1,25 +1,25 @@
 #pragma once
 
-#include <QByteArray>
-#include <QtEndian>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <initializer_list>
 #include <optional>
-#include <vector>
+#include <string>
 #include <zlib.h>
 
 namespace quillmark::test {
 
 /// One entry of an archive; what is given instead of being computed may be a lie.
 struct ZipEntry {
-    QByteArray name;
-    QByteArray contents;
-    quint16 method = 8; ///< 0 stored, 8 deflated; contents of any other method stand as they are
-    quint16 flags = 0;
-    quint32 externalAttributes = 0;
-    std::optional<quint32> checksum{};
-    std::optional<quint32> packedSize{};
-    std::optional<quint32> size{};
-    QByteArray extra{}; ///< of the directory
+    std::string name;
+    std::string contents;
+    std::uint16_t method = 8; ///< 0 stored, 8 deflated; contents of any other method stand as they are
+    std::uint16_t flags = 0;
+    std::uint32_t externalAttributes = 0;
+    std::optional<std::uint32_t> checksum{};
+    std::optional<std::uint32_t> packedSize{};
+    std::optional<std::uint32_t> size{};
+    std::string extra{}; ///< of the directory
 };
 
 /// Writes archives, malformed ones too.
@@ -33,68 +33,69 @@ public:
     }
 
     void add(const ZipEntry &entry) {
-        const QByteArray packed = entry.method == 8 ? deflated(entry.contents) : entry.contents;
-        const auto offset = static_cast<quint32>(m_body.size());
-        QByteArray common;
-        append<quint16>(common, 20, entry.flags, entry.method, 0, 0x21); // version, flags, method, time, day
-        append<quint32>(common, entry.checksum.value_or(checksum(entry.contents)),
-                        entry.packedSize.value_or(static_cast<quint32>(packed.size())),
-                        entry.size.value_or(static_cast<quint32>(entry.contents.size())));
-        append<quint16>(common, static_cast<quint16>(entry.name.size()));
+        const std::string packed = entry.method == 8 ? deflated(entry.contents) : entry.contents;
+        const auto offset = static_cast<std::uint32_t>(m_body.size());
+        std::string common;
+        append<std::uint16_t>(common, 20, entry.flags, entry.method, 0, 0x21); // version, flags, method, time, day
+        append<std::uint32_t>(common, entry.checksum.value_or(checksum(entry.contents)),
+                              entry.packedSize.value_or(static_cast<std::uint32_t>(packed.size())),
+                              entry.size.value_or(static_cast<std::uint32_t>(entry.contents.size())));
+        append<std::uint16_t>(common, static_cast<std::uint16_t>(entry.name.size()));
 
-        m_body += QByteArray("PK\3\4") + common;
-        append<quint16>(m_body, 0);
+        m_body += "PK\3\4" + common;
+        append<std::uint16_t>(m_body, 0);
         m_body += entry.name + packed;
 
         m_directory += "PK\1\2";
-        append<quint16>(m_directory, 0x0314); // made on Unix
+        append<std::uint16_t>(m_directory, 0x0314); // made on Unix
         m_directory += common;
-        append<quint16>(m_directory, static_cast<quint16>(entry.extra.size()), 0, 0, 0);
-        append<quint32>(m_directory, entry.externalAttributes, offset);
+        append<std::uint16_t>(m_directory, static_cast<std::uint16_t>(entry.extra.size()), 0, 0, 0);
+        append<std::uint32_t>(m_directory, entry.externalAttributes, offset);
         m_directory += entry.name + entry.extra;
         ++m_count;
     }
 
     /// \param count the number of entries that the archive says it has
-    QByteArray bytes(std::optional<quint16> count = {}) const {
-        QByteArray end("PK\5\6");
-        const quint16 told = count.value_or(m_count);
-        append<quint16>(end, 0, 0, told, told);
-        append<quint32>(end, static_cast<quint32>(m_directory.size()), static_cast<quint32>(m_body.size()));
-        append<quint16>(end, 0);
+    std::string bytes(std::optional<std::uint16_t> count = {}) const {
+        std::string end = "PK\5\6";
+        const std::uint16_t told = count.value_or(m_count);
+        append<std::uint16_t>(end, 0, 0, told, told);
+        append<std::uint32_t>(end, static_cast<std::uint32_t>(m_directory.size()),
+                              static_cast<std::uint32_t>(m_body.size()));
+        append<std::uint16_t>(end, 0);
         return m_body + m_directory + end;
     }
 
 private:
     template <class Number, class... Values>
-    static void append(QByteArray &bytes, Values... values) {
+    static void append(std::string &bytes, Values... values) {
         for (const Number value : {static_cast<Number>(values)...}) {
-            const Number little = qToLittleEndian(value);
-            bytes.append(reinterpret_cast<const char *>(&little), sizeof little);
+            for (size_t byte = 0; byte < sizeof value; ++byte) {
+                bytes += static_cast<char>(value >> 8 * byte);
+            }
         }
     }
-    static quint32 checksum(const QByteArray &bytes) {
-        return static_cast<quint32>(
-            crc32(0, reinterpret_cast<const Bytef *>(bytes.constData()), static_cast<uInt>(bytes.size())));
+    static std::uint32_t checksum(const std::string &bytes) {
+        return static_cast<std::uint32_t>(
+            crc32(0, reinterpret_cast<const Bytef *>(bytes.data()), static_cast<uInt>(bytes.size())));
     }
-    static QByteArray deflated(const QByteArray &bytes) {
+    static std::string deflated(const std::string &bytes) {
         z_stream stream{};
         EXPECT_EQ(deflateInit2(&stream, Z_DEFAULT_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY), Z_OK);
-        QByteArray result(static_cast<qsizetype>(deflateBound(&stream, static_cast<uLong>(bytes.size()))),
-                          Qt::Uninitialized);
-        stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(bytes.constData()));
+        std::string result(deflateBound(&stream, bytes.size()), '\0');
+        stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(bytes.data()));
         stream.avail_in = static_cast<uInt>(bytes.size());
         stream.next_out = reinterpret_cast<Bytef *>(result.data());
         stream.avail_out = static_cast<uInt>(result.size());
         EXPECT_EQ(deflate(&stream, Z_FINISH), Z_STREAM_END);
-        result.truncate(static_cast<qsizetype>(stream.total_out));
+        result.resize(stream.total_out);
         deflateEnd(&stream);
         return result;
     }
 
-    QByteArray m_body;
-    QByteArray m_directory;
-    quint16 m_count = 0;
+    std::string m_body;
+    std::string m_directory;
+    std::uint16_t m_count = 0;
 };
 
 } // namespace quillmark::test

@@ -31,9 +31,9 @@ TEST_F(AssertDeathTest, TheMacroPassesItsTexts) {
 }
 
 TEST_F(AssertDeathTest, TheLineIsInTheLogFileWhenTheProcessHasEnded) {
-    const QString file = logToFile(kLogLevelError);
+    const std::string file = logToFile(kLogLevelError);
     EXPECT_EXIT(__assert2("x", "y", 1), KilledBySignal(SIGABRT), "");
-    EXPECT_EQ(messagesOf(file), QStringList({QStringLiteral("ASSERTION ERROR: x (file \"y\", line 1)")}));
+    EXPECT_EQ(messagesOf(file), test::Lines{"ASSERTION ERROR: x (file \"y\", line 1)"});
 }
 
 TEST_F(AssertDeathTest, UnderADebuggerItStopsAtATrapInsteadOfAborting) {
@@ -43,11 +43,11 @@ TEST_F(AssertDeathTest, UnderADebuggerItStopsAtATrapInsteadOfAborting) {
 
 TEST_F(AssertDeathTest, UnderADebuggerRaisingStopsAtATrapToo) {
     platform.systemInfo.traced = true;
-    EXPECT_EXIT(__raiseException1(QStringLiteral("N"), "%@", 1), KilledBySignal(SIGTRAP), "");
+    EXPECT_EXIT(__raiseException1("N", "%@", 1), KilledBySignal(SIGTRAP), "");
 }
 
 TEST_F(AssertDeathTest, AFolderPathMustBePresent) {
-    EXPECT_EXIT(ensureFolderPathExists(QString()), KilledBySignal(SIGABRT),
+    EXPECT_EXIT(ensureFolderPathExists(std::nullopt), KilledBySignal(SIGABRT),
                 "ASSERTION ERROR: folderPath \\(file \"utils\"");
 }
 

@@ -1,8 +1,8 @@
 #include "utils/BooleanValue.h"
 
-#include "support/QtPrinters.h"
+#include "platform/Value.h"
+#include "support/ValuePrinter.h"
 
-#include <QDateTime>
 #include <gtest/gtest.h>
 
 namespace quillmark {
@@ -14,23 +14,26 @@ TEST(BooleanValue, ReadsBooleansAndNumbers) {
     EXPECT_TRUE(booleanValueOf(-1));
     EXPECT_FALSE(booleanValueOf(0));
     EXPECT_TRUE(booleanValueOf(0.5));
+    EXPECT_TRUE(booleanValueOf(-0.25));
+    EXPECT_TRUE(booleanValueOf(1e-300));
+    EXPECT_TRUE(booleanValueOf(0.25F));
+    EXPECT_TRUE(booleanValueOf(~std::uint64_t{0}));
     EXPECT_FALSE(booleanValueOf(0.0));
 }
 
 TEST(BooleanValue, ReadsTheBeginningOfATextBehindBlanksAndZeros) {
-    for (const char16_t *text : {u"YES", u"yes", u"True", u"t", u"1", u"9", u" 007", u"\ty"}) {
-        EXPECT_TRUE(booleanValueOf(QString::fromUtf16(text))) << QString::fromUtf16(text).toStdString();
+    for (const char *text : {"YES", "yes", "True", "t", "1", "9", " 007", "\ty"}) {
+        EXPECT_TRUE(booleanValueOf(text)) << text;
     }
-    for (const char16_t *text : {u"", u"NO", u"false", u"0", u"000", u"-1", u"+1", u"on", u"0 1", u"é"}) {
-        EXPECT_FALSE(booleanValueOf(QString::fromUtf16(text))) << QString::fromUtf16(text).toStdString();
+    for (const char *text : {"", "NO", "false", "0", "000", "-1", "+1", "on", "0 1", "é"}) {
+        EXPECT_FALSE(booleanValueOf(text)) << text;
     }
 }
 
 TEST(BooleanValue, TakesWhatIsNeitherForFalse) {
-    for (const QVariant &value :
-         {QVariant(), QVariant(QByteArray("YES")), QVariant(QVariantList{true}),
-          QVariant(QVariantMap{{QStringLiteral("a"), true}}), QVariant(QDateTime::currentDateTime())}) {
-        EXPECT_FALSE(booleanValueOf(value)) << value.typeName();
+    for (const Value &value : {Value(), Value(Bytes{"YES"}), Value(List{true}), Value(Dictionary{{"a", true}}),
+                               Value(Date(std::chrono::seconds(1)))}) {
+        EXPECT_FALSE(booleanValueOf(value)) << testing::PrintToString(value);
     }
 }
 

@@ -1,7 +1,6 @@
 #include "branding/BrandingManager.h"
 #include "fakes/FakePlatform.h"
 #include "support/LogFixture.h"
-#include "support/QtPrinters.h"
 
 namespace quillmark {
 namespace {
@@ -9,31 +8,31 @@ namespace {
 class Branding : public test::LogFixture {
 protected:
     Branding() {
-        ship(QStringLiteral("logo-1.bmp"));
-        ship(QStringLiteral("logo-15.bmp"));
+        ship("logo-1.bmp");
+        ship("logo-15.bmp");
     }
-    void ship(const QString &name) {
-        bundle.resources << name;
-        const QString path = bundle.resourcePath() + u'/' + name;
-        images.pictures.insert(path, Image{path, 2, 1, {}});
+    void ship(const std::string &name) {
+        bundle.resources.push_back(name);
+        const std::string path = bundle.resourcePath() + '/' + name;
+        images.pictures[path] = Image{path, 2, 1, {}};
     }
-    QString download(qint32 brandID, bool decodable) {
-        const QString path =
-            home.write(QStringLiteral("Library/Application Support/Quillmark/logo-%1.bmp").arg(brandID), "x");
+    std::string download(std::int32_t brandID, bool decodable) {
+        const std::string path =
+            home.write("Library/Application Support/Quillmark/logo-" + std::to_string(brandID) + ".bmp", "x");
         if (decodable) {
-            images.pictures.insert(path, Image{path, 4, 3, {}});
+            images.pictures[path] = Image{path, 4, 3, {}};
         }
         return path;
     }
-    QString logoOf(qint32 brandID) const {
+    std::optional<std::string> logoOf(std::int32_t brandID) const {
         const auto image = manager.getBrandedLogoImageForBrandID(brandID);
-        return image ? image->name : QString();
+        return image ? std::optional(image->name) : std::nullopt;
     }
 
     test::FakeBundle bundle;
     test::FakeImages images;
     LocalizedStrings strings{bundle};
-    qint32 brand = -1;
+    std::int32_t brand = -1;
     BrandingManager manager{bundle, images, strings, [this] { return brand; }};
 };
 
@@ -46,78 +45,77 @@ TEST_F(Branding, ABrandAbove10000IsAResellers) {
 }
 
 TEST_F(Branding, ADownloadedLogoIsUsed) {
-    const QString path = download(77, true);
+    const std::string path = download(77, true);
     EXPECT_EQ(logoOf(77), path);
     EXPECT_EQ(manager.getBrandedLogoImageForBrandID(77)->width, 4);
 }
 
 TEST_F(Branding, ADownloadedLogoThatCannotBeDecodedGivesWayToTheDefaultOne) {
     download(77, false);
-    EXPECT_EQ(logoOf(77), QStringLiteral("logo-1.bmp"));
+    EXPECT_EQ(logoOf(77), "logo-1.bmp");
 }
 
 TEST_F(Branding, TheLogNamesALogoThatCannotBeDecodedOnceHoweverOftenItIsDrawn) {
-    const QString path = download(77, false);
-    const QString log = logToFile(kLogLevelError);
+    const std::string path = download(77, false);
+    const std::string log = logToFile(kLogLevelError);
     for (int drawing = 0; drawing < 3; ++drawing) {
         logoOf(77);
     }
-    EXPECT_EQ(linesOf(log), QStringList{QStringLiteral("ERR The logo \"") + path +
-                                        QStringLiteral("\" can't be read: it is damaged, or of a kind that isn't "
-                                                       "supported")});
+    EXPECT_EQ(linesOf(log), test::Lines{"ERR The logo \"" + path +
+                                        "\" can't be read: it is damaged, or of a kind that isn't supported"});
 }
 
 TEST_F(Branding, AMissingLogoGivesWayToTheDefaultOne) {
-    EXPECT_EQ(logoOf(77), QStringLiteral("logo-1.bmp"));
-    EXPECT_EQ(logoOf(-1), QStringLiteral("logo-1.bmp"));
-    EXPECT_EQ(logoOf(10001), QStringLiteral("logo-1.bmp"));
+    EXPECT_EQ(logoOf(77), "logo-1.bmp");
+    EXPECT_EQ(logoOf(-1), "logo-1.bmp");
+    EXPECT_EQ(logoOf(10001), "logo-1.bmp");
 }
 
 TEST_F(Branding, Brand15AloneHasItsLogoInTheApplication) {
-    ship(QStringLiteral("logo-16.bmp"));
-    EXPECT_EQ(logoOf(15), QStringLiteral("logo-15.bmp"));
-    EXPECT_EQ(logoOf(16), QStringLiteral("logo-1.bmp")); // deliberate
+    ship("logo-16.bmp");
+    EXPECT_EQ(logoOf(15), "logo-15.bmp");
+    EXPECT_EQ(logoOf(16), "logo-1.bmp"); // deliberate
 }
 
 TEST_F(Branding, Brand15sDownloadedLogoWinsOverTheShippedOne) {
-    const QString path = download(15, true);
+    const std::string path = download(15, true);
     EXPECT_EQ(logoOf(15), path);
 }
 
 TEST_F(Branding, Brand15sUndecodableDownloadGivesTheDefaultLogoAndNotItsShippedOne) {
     download(15, false);
-    EXPECT_EQ(logoOf(15), QStringLiteral("logo-1.bmp"));
+    EXPECT_EQ(logoOf(15), "logo-1.bmp");
 }
 
 TEST_F(Branding, Brand15WithoutItsResourceHasTheDefaultLogo) {
-    bundle.resources.removeAll(QStringLiteral("logo-15.bmp"));
-    EXPECT_EQ(logoOf(15), QStringLiteral("logo-1.bmp"));
+    std::erase(bundle.resources, "logo-15.bmp");
+    EXPECT_EQ(logoOf(15), "logo-1.bmp");
 }
 
 TEST_F(Branding, WithoutAnyLogoThereIsNone) {
     bundle.resources.clear();
-    EXPECT_TRUE(logoOf(1).isNull());
+    EXPECT_EQ(logoOf(1), std::nullopt);
 }
 
 TEST_F(Branding, TheLogoIsThatOfTheCurrentBrand) {
     brand = 15;
-    EXPECT_EQ(manager.getBrandedLogoImage()->name, QStringLiteral("logo-15.bmp"));
+    EXPECT_EQ(manager.getBrandedLogoImage()->name, "logo-15.bmp");
 }
 
 class RecordingView final : public LogoView, public ImageView {
 public:
     void setLogoImage(const Image &image) override { logo = image.name; }
     void setImage(const Image &image) override { picture = image.name; }
-    QString logo;
-    QString picture;
+    std::optional<std::string> logo;
+    std::optional<std::string> picture;
 };
 
 TEST_F(Branding, ViewsAreHandedTheLogo) {
     RecordingView view;
     manager.setHeaderViewBrandedLogoImage(view);
     manager.setBrandedLogoImage(view);
-    EXPECT_EQ(view.logo, QStringLiteral("logo-1.bmp"));
-    EXPECT_EQ(view.picture, QStringLiteral("logo-1.bmp"));
+    EXPECT_EQ(view.logo, "logo-1.bmp");
+    EXPECT_EQ(view.picture, "logo-1.bmp");
 }
 
 TEST_F(Branding, ViewsStayAsTheyAreWithoutALogo) {
@@ -125,15 +123,14 @@ TEST_F(Branding, ViewsStayAsTheyAreWithoutALogo) {
     RecordingView view;
     manager.setHeaderViewBrandedLogoImage(view);
     manager.setBrandedLogoImage(view);
-    EXPECT_TRUE(view.logo.isNull());
-    EXPECT_TRUE(view.picture.isNull());
+    EXPECT_EQ(view.logo, std::nullopt);
+    EXPECT_EQ(view.picture, std::nullopt);
 }
 
 TEST_F(Branding, TextsAreHandedOn) {
-    EXPECT_EQ(manager.localisedString(QStringLiteral("ProductName")), QStringLiteral("Quillmark"));
-    bundle.strings.insert(QStringLiteral("A_b"), QStringLiteral("section"));
-    EXPECT_EQ(manager.localisedStringStrippingBrandingSection(QStringLiteral("A"), QStringLiteral("b")),
-              QStringLiteral("section"));
+    EXPECT_EQ(manager.localisedString("ProductName"), "Quillmark");
+    bundle.strings["A_b"] = "section";
+    EXPECT_EQ(manager.localisedStringStrippingBrandingSection("A", "b"), "section");
 }
 
 TEST(SharedBranding, AnswersNoBrandWhileNobodySignedIn) {

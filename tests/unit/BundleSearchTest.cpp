@@ -2,40 +2,41 @@
 #include "fakes/FakePropertyList.h"
 #include "fakes/FakeWorkspace.h"
 #include "launcher/StaleBundles.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace quillmark {
 namespace {
 
-const QString kWanted = QStringLiteral("com.quillmark.quillmarkclient");
+constexpr const char *kWanted = "com.quillmark.quillmarkclient";
 
 class BundleSearchTest : public testing::Test {
 protected:
     BundleSearchTest() {
         for (const char *identifier : {"com.quillmark.quillmarkclient", "com.quillmark.QuillmarkClient", "com.other"}) {
-            propertyList.documents.insert(
-                identifier, QVariantMap{{QStringLiteral("CFBundleIdentifier"), QString::fromLatin1(identifier)}});
+            propertyList.documents[identifier] = Dictionary{{"CFBundleIdentifier", identifier}};
         }
-        propertyList.documents.insert("number", QVariantMap{{QStringLiteral("CFBundleIdentifier"), 5}});
-        propertyList.documents.insert("list", QVariantList{kWanted});
+        propertyList.documents["number"] = Dictionary{{"CFBundleIdentifier", 5}};
+        propertyList.documents["list"] = List{kWanted};
     }
     /// Makes a bundle whose Info.plist holds the given document.
-    QString bundle(const QString &relative, const QByteArray &document = "com.quillmark.quillmarkclient") {
-        home.write(relative + QStringLiteral("/Contents/Info.plist"), document);
+    std::string bundle(const std::string &relative, const std::string &document = "com.quillmark.quillmarkclient") {
+        home.write(relative + "/Contents/Info.plist", document);
         return home.path(relative);
     }
-    void link(const QString &target, const QString &relative) {
-        ASSERT_EQ(::symlink(QFile::encodeName(target).constData(), QFile::encodeName(home.path(relative)).constData()),
-                  0);
+    void link(const std::string &target, const std::string &relative) {
+        ASSERT_EQ(::symlink(target.c_str(), home.path(relative).c_str()), 0);
     }
-    QStringList found() {
-        std::optional<QStringList> paths;
+    std::vector<std::string> found() {
+        std::optional<std::vector<std::string>> paths;
         pathsForIdent(kWanted, home.path(), &paths, propertyList);
-        return paths.value_or(QStringList());
+        return paths.value_or(std::vector<std::string>());
     }
 
     test::TemporaryHome home;
@@ -43,132 +44,131 @@ protected:
 };
 
 TEST_F(BundleSearchTest, ABundleWithTheIdentifierIsFoundInNestedFolders) {
-    const QString nested = bundle(QStringLiteral("Tools/Old/Q.app"));
-    const QString top = bundle(QStringLiteral("A.app"));
-    EXPECT_EQ(found(), QStringList({top, nested}));
+    const std::string nested = bundle("Tools/Old/Q.app");
+    const std::string top = bundle("A.app");
+    EXPECT_EQ(found(), (std::vector<std::string>{top, nested}));
 }
 
 TEST_F(BundleSearchTest, TheIdentifierMustMatchExactly) {
-    bundle(QStringLiteral("A.app"), "com.quillmark.QuillmarkClient");
-    bundle(QStringLiteral("B.app"), "com.other");
-    bundle(QStringLiteral("C.app"), "number");
-    bundle(QStringLiteral("D.app"), "list");
-    bundle(QStringLiteral("E.app"), "malformed");
-    EXPECT_EQ(found(), QStringList());
+    bundle("A.app", "com.quillmark.QuillmarkClient");
+    bundle("B.app", "com.other");
+    bundle("C.app", "number");
+    bundle("D.app", "list");
+    bundle("E.app", "malformed");
+    EXPECT_EQ(found(), std::vector<std::string>());
 }
 
 TEST_F(BundleSearchTest, TheSuffixMayHaveAnyLetterCase) {
-    const QString upper = bundle(QStringLiteral("Foo.APP"));
-    const QString mixed = bundle(QStringLiteral("Goo.aPp"));
-    EXPECT_EQ(found(), QStringList({upper, mixed}));
+    const std::string upper = bundle("Foo.APP");
+    const std::string mixed = bundle("Goo.aPp");
+    EXPECT_EQ(found(), (std::vector<std::string>{upper, mixed}));
 }
 
 TEST_F(BundleSearchTest, BundlesAreNeverDescendedInto) {
-    bundle(QStringLiteral("A.app"), "com.other");
-    bundle(QStringLiteral("A.app/Contents/Resources/Inner.app"));
-    EXPECT_EQ(found(), QStringList());
+    bundle("A.app", "com.other");
+    bundle("A.app/Contents/Resources/Inner.app");
+    EXPECT_EQ(found(), std::vector<std::string>());
 }
 
 TEST_F(BundleSearchTest, ANameThatHoldsTheSuffixEarlierIsAFolderLikeAnyOther) {
-    const QString a = bundle(QStringLiteral("a.app.old/Q.app")); // deliberate: neither a.app.old
-    const QString x = bundle(QStringLiteral("x.app.app/Q.app")); // nor x.app.app is a bundle
-    bundle(QStringLiteral("y.app.app"));
-    EXPECT_EQ(found(), QStringList({a, x}));
+    const std::string a = bundle("a.app.old/Q.app"); // deliberate: neither a.app.old
+    const std::string x = bundle("x.app.app/Q.app"); // nor x.app.app is a bundle
+    bundle("y.app.app");
+    EXPECT_EQ(found(), (std::vector<std::string>{a, x}));
 }
 
 TEST_F(BundleSearchTest, TheSuffixAloneIsABundlesName) {
-    const QString bare = bundle(QStringLiteral(".app"));
-    EXPECT_EQ(found(), QStringList({bare}));
+    const std::string bare = bundle(".app");
+    EXPECT_EQ(found(), std::vector{bare});
 }
 
 TEST_F(BundleSearchTest, HiddenFoldersAreSearched) {
-    const QString hidden = bundle(QStringLiteral(".hidden/Q.app"));
-    EXPECT_EQ(found(), QStringList({hidden}));
+    const std::string hidden = bundle(".hidden/Q.app");
+    EXPECT_EQ(found(), std::vector{hidden});
 }
 
 TEST_F(BundleSearchTest, LinksToFoldersAreFollowed) {
-    const QString real = bundle(QStringLiteral("real/Q.app"));
-    link(home.path(QStringLiteral("real")), QStringLiteral("link"));
-    EXPECT_EQ(found(), QStringList({home.path(QStringLiteral("link/Q.app")), real}));
+    const std::string real = bundle("real/Q.app");
+    link(home.path("real"), "link");
+    EXPECT_EQ(found(), (std::vector<std::string>{home.path("link/Q.app"), real}));
 }
 
 TEST_F(BundleSearchTest, ALinkedBundleIsFoundUnderTheLinksName) {
-    bundle(QStringLiteral("z.app.kept/Q.app"));
-    link(home.path(QStringLiteral("z.app.kept/Q.app")), QStringLiteral("L.app"));
-    EXPECT_TRUE(found().contains(home.path(QStringLiteral("L.app"))));
+    bundle("z.app.kept/Q.app");
+    link(home.path("z.app.kept/Q.app"), "L.app");
+    const std::vector<std::string> paths = found();
+    EXPECT_NE(std::count(paths.begin(), paths.end(), home.path("L.app")), 0);
 }
 
 TEST_F(BundleSearchTest, ACycleOfLinksEndsAtTheSystemsLimit) {
-    const QString q = bundle(QStringLiteral("Q.app"));
-    link(QStringLiteral("."), QStringLiteral("loop"));
-    const QStringList paths = found();
-    EXPECT_EQ(paths.first(), q);
-    EXPECT_GT(paths.size(), 10); // deliberate: nothing guards against cycles
-    EXPECT_LT(paths.size(), 100);
+    const std::string q = bundle("Q.app");
+    link(".", "loop");
+    const std::vector<std::string> paths = found();
+    EXPECT_EQ(paths.front(), q);
+    EXPECT_GT(paths.size(), 10U); // deliberate: nothing guards against cycles
+    EXPECT_LT(paths.size(), 100U);
 }
 
 TEST_F(BundleSearchTest, FilesDanglingLinksAndPipesAreNoFolders) {
-    home.write(QStringLiteral("file"), "x");
-    home.write(QStringLiteral("F.app"), "a file with a bundle's name");
-    link(home.path(QStringLiteral("nowhere")), QStringLiteral("dangling"));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(home.path(QStringLiteral("pipe"))).constData(), 0600), 0);
-    home.makeFolder(QStringLiteral("P.app/Contents"));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(home.path(QStringLiteral("P.app/Contents/Info.plist"))).constData(), 0600), 0);
-    EXPECT_EQ(found(), QStringList());
+    home.write("file", "x");
+    home.write("F.app", "a file with a bundle's name");
+    link(home.path("nowhere"), "dangling");
+    ASSERT_EQ(::mkfifo(home.path("pipe").c_str(), 0600), 0);
+    home.makeFolder("P.app/Contents");
+    ASSERT_EQ(::mkfifo(home.path("P.app/Contents/Info.plist").c_str(), 0600), 0);
+    EXPECT_EQ(found(), std::vector<std::string>());
 }
 
 TEST_F(BundleSearchTest, AFolderThatCannotBeReadIsPassedOver) {
-    std::optional<QStringList> paths;
-    pathsForIdent(kWanted, home.path(QStringLiteral("missing")), &paths, propertyList);
-    pathsForIdent(kWanted, home.write(QStringLiteral("file"), "x"), &paths, propertyList);
+    std::optional<std::vector<std::string>> paths;
+    pathsForIdent(kWanted, home.path("missing"), &paths, propertyList);
+    pathsForIdent(kWanted, home.write("file", "x"), &paths, propertyList);
     EXPECT_FALSE(paths.has_value());
 }
 
 TEST_F(BundleSearchTest, FoldersDeeperThanAPathMayBeLongAreLeftOut) {
-    QString relative;
-    const QString name(200, u'd');
-    ASSERT_EQ(::chdir(QFile::encodeName(home.path()).constData()), 0);
+    const std::string name(200, 'd');
+    ASSERT_EQ(::chdir(home.path().c_str()), 0);
     for (int depth = 0; depth < 30; ++depth) { // 6,000 characters
-        ASSERT_EQ(::mkdir(name.toLatin1().constData(), 0755), 0);
-        ASSERT_EQ(::chdir(name.toLatin1().constData()), 0);
+        ASSERT_EQ(::mkdir(name.c_str(), 0755), 0);
+        ASSERT_EQ(::chdir(name.c_str()), 0);
     }
     ASSERT_EQ(::chdir("/"), 0);
-    EXPECT_EQ(found(), QStringList());
-    ASSERT_EQ(::system(("rm -rf '" + home.path().toStdString() + "'/d*").c_str()), 0); // NOLINT
+    EXPECT_EQ(found(), std::vector<std::string>());
+    ASSERT_EQ(::system(("rm -rf '" + home.path() + "'/d*").c_str()), 0); // NOLINT
 }
 
 TEST_F(BundleSearchTest, NoListIsMadeWhenNothingIsFound) {
-    std::optional<QStringList> paths;
+    std::optional<std::vector<std::string>> paths;
     pathsForIdent(kWanted, home.path(), &paths, propertyList);
     EXPECT_FALSE(paths.has_value());
 }
 
 TEST_F(BundleSearchTest, AGivenListIsAddedTo) {
-    const QString q = bundle(QStringLiteral("Q.app"));
-    std::optional<QStringList> paths = QStringList{QStringLiteral("before")};
-    pathsForIdent(kWanted, home.path() + u'/', &paths, propertyList);
-    EXPECT_EQ(*paths, QStringList({QStringLiteral("before"), q}));
+    const std::string q = bundle("Q.app");
+    std::optional paths = std::vector<std::string>{"before"};
+    pathsForIdent(kWanted, home.path() + '/', &paths, propertyList);
+    EXPECT_EQ(*paths, (std::vector<std::string>{"before", q}));
 }
 
 TEST_F(BundleSearchTest, WithoutAPlaceForThePathsNothingHappens) {
-    bundle(QStringLiteral("Q.app"));
+    bundle("Q.app");
     pathsForIdent(kWanted, home.path(), nullptr, propertyList);
 }
 
 class StaleBundles : public BundleSearchTest {
 protected:
     StaleBundles() {
-        workspace.userFolders = QStringList{home.makeFolder(QStringLiteral("user"))};
-        workspace.localFolders = QStringList{home.makeFolder(QStringLiteral("local"))};
+        workspace.userFolders = {home.makeFolder("user")};
+        workspace.localFolders = {home.makeFolder("local")};
     }
-    QStringList stale() { return staleClientBundles(QStringLiteral("P"), workspace, propertyList); }
-    static QStringList fixedPaths() {
-        QStringList paths;
+    std::vector<std::string> stale() { return staleClientBundles("P", workspace, propertyList); }
+    /// The fixed paths behind others.
+    static std::vector<std::string> fixedPaths(std::vector<std::string> paths = {}) {
         for (const char *name : {"P", "P Client"}) {
             for (const char *folder : {"~/Applications/", "/Applications/"}) {
                 for (const char *suffix : {"", "-1", "-2", "-3", "-4", "-5"}) {
-                    paths << QString::fromLatin1(folder) + QString::fromLatin1(name) + QString::fromLatin1(suffix) +
-                                 QStringLiteral(".app");
+                    paths.push_back(std::string(folder) + name + suffix + ".app");
                 }
             }
         }
@@ -181,22 +181,21 @@ protected:
 
 TEST_F(StaleBundles, WithoutAnyCopyTheyAreThe24FixedPathsInOrder) {
     EXPECT_EQ(stale(), fixedPaths());
-    EXPECT_EQ(stale().size(), 24);
-    EXPECT_EQ(stale()[6], QStringLiteral("/Applications/P.app"));
-    EXPECT_EQ(stale()[23], QStringLiteral("/Applications/P Client-5.app"));
+    EXPECT_EQ(stale().size(), 24U);
+    EXPECT_EQ(stale()[6], "/Applications/P.app");
+    EXPECT_EQ(stale()[23], "/Applications/P Client-5.app");
 }
 
 TEST_F(StaleBundles, TheUsersFolderIsSearchedBeforeTheComputers) {
-    const QString local = bundle(QStringLiteral("local/A.app"));
-    const QString user = bundle(QStringLiteral("user/Z.app"));
-    EXPECT_EQ(stale(), QStringList({user, local}) + fixedPaths());
-    EXPECT_EQ(transcript.calls(),
-              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local")}));
+    const std::string local = bundle("local/A.app");
+    const std::string user = bundle("user/Z.app");
+    EXPECT_EQ(stale(), fixedPaths({user, local}));
+    EXPECT_EQ(transcript.calls(), (std::vector<std::string>{"applicationsFolders user", "applicationsFolders local"}));
 }
 
 TEST_F(StaleBundles, TheLastFolderOfADomainIsTheOneSearched) {
-    bundle(QStringLiteral("first/A.app"));
-    workspace.userFolders.prepend(home.path(QStringLiteral("first")));
+    bundle("first/A.app");
+    workspace.userFolders.insert(workspace.userFolders.begin(), home.path("first"));
     EXPECT_EQ(stale(), fixedPaths());
 }
 
@@ -208,9 +207,9 @@ TEST_F(StaleBundles, ADomainWithoutFoldersIsPassedOver) {
 
 TEST_F(StaleBundles, ABundleAtAFixedPathIsListedTwice) {
     // Deliberate: duplicates stay. The second domain names the folder of the first one again.
-    const QString twice = bundle(QStringLiteral("user/P.app"));
+    const std::string twice = bundle("user/P.app");
     workspace.localFolders = workspace.userFolders;
-    EXPECT_EQ(stale(), QStringList({twice, twice}) + fixedPaths());
+    EXPECT_EQ(stale(), fixedPaths({twice, twice}));
 }
 
 } // namespace

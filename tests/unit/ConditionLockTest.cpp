@@ -1,8 +1,8 @@
 #include "support/LogFixture.h"
 #include "utils/ConditionLock+Waitable.h"
 
-#include <QRegularExpression>
 #include <atomic>
+#include <gmock/gmock.h>
 #include <thread>
 #include <vector>
 
@@ -41,25 +41,22 @@ TEST_F(Waitable, WaitingForTheConditionThatIsThereReturnsAtOnceAndLeavesIt) {
 }
 
 TEST_F(Waitable, AWaitOf25SecondsLeavesTwoLinesInTheLog) {
-    const QString file = logToFile(kLogLevelDetailed);
+    const std::string file = logToFile(kLogLevelDetailed);
     const auto lock = condition(0, "repair");
     const Clock::Time arrival = in(25);
     platform.clock.at(arrival, [&] { signalCondition(*lock, 1); });
     waitCondition(*lock, 1);
     EXPECT_EQ(platform.clock.now(), arrival);
-    const QRegularExpression form(
-        QStringLiteral("^Waiting for condition 1 in <ConditionLock: 0x[0-9a-f]+> \"repair\"$"));
-    ASSERT_EQ(messagesOf(file).size(), 2);
-    EXPECT_TRUE(form.match(messagesOf(file)[0]).hasMatch()) << messagesOf(file)[0].toStdString();
-    EXPECT_TRUE(form.match(messagesOf(file)[1]).hasMatch());
+    const auto line = testing::MatchesRegex("Waiting for condition 1 in <ConditionLock: 0x[0-9a-f]+> \"repair\"");
+    EXPECT_THAT(messagesOf(file), testing::ElementsAre(line, line));
 }
 
 TEST_F(Waitable, ALockWithoutANameSaysSo) {
-    const QString file = logToFile(kLogLevelDetailed);
+    const std::string file = logToFile(kLogLevelDetailed);
     const auto lock = condition(0);
     platform.clock.at(in(11), [&] { signalCondition(*lock, 1); });
     waitCondition(*lock, 1);
-    EXPECT_TRUE(messagesOf(file).first().endsWith(QStringLiteral("\"(null)\"")));
+    EXPECT_TRUE(messagesOf(file).at(0).ends_with("\"(null)\""));
 }
 
 TEST_F(Waitable, AnotherConditionDoesNotEndTheWait) {

@@ -1,12 +1,15 @@
 #include "fakes/FakePlatform.h"
+#include "platform/Descriptor.h"
 #include "support/FileFacts.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 #include "utils/FileManager.h"
 
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
+#include <string>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -22,23 +25,22 @@ protected:
     test::TemporaryHome home;
     const FileManager files{};
 
-    QString at(const char *relative) const { return home.path(QString::fromUtf8(relative)); }
-    QString write(const char *relative, const QByteArray &contents = "contents") const {
-        return home.write(QString::fromUtf8(relative), contents);
+    std::string at(const std::string &relative) const { return home.path(relative); }
+    std::string write(const std::string &relative, const std::string &contents = "contents") const {
+        return home.write(relative, contents);
     }
-    void link(const char *text, const char *relative) const { ASSERT_EQ(::symlink(text, bytes(at(relative))), 0); }
-    static const char *bytes(const QString &path) {
-        static QByteArray encoded;
-        encoded = QFile::encodeName(path);
-        return encoded.constData();
-    }
-    void changeMode(const char *relative, mode_t mode) const { ASSERT_EQ(::chmod(bytes(at(relative)), mode), 0); }
+    void link(const char *text, const char *relative) const { ASSERT_EQ(::symlink(text, at(relative).c_str()), 0); }
+    void changeMode(const char *relative, mode_t mode) const { ASSERT_EQ(::chmod(at(relative).c_str(), mode), 0); }
     mode_t modeOf(const char *relative) const { return test::statusOf(at(relative)).st_mode & 07777U; }
-    QByteArray linkText(const char *relative) const {
-        QByteArray text(4096, '\0');
-        return text.left(::readlink(bytes(at(relative)), text.data(), 4096));
+    std::string linkText(const char *relative) const { return std::filesystem::read_symlink(at(relative)); }
+    std::set<std::string> namesIn(const char *relative) const {
+        std::set<std::string> names;
+        for (const auto &entry : std::filesystem::directory_iterator(at(relative))) {
+            names.insert(entry.path().filename());
+        }
+        return names;
     }
-    bool isThere(const char *relative) const { return ::access(bytes(at(relative)), F_OK) == 0; }
+    bool isThere(const std::string &relative) const { return ::access(at(relative).c_str(), F_OK) == 0; }
 
     /// Copies "a" to "b", which has to fail; nothing may be left of it. \returns the error.
     Error failure() const {
@@ -47,14 +49,14 @@ protected:
         EXPECT_TRUE(error);
         return error.value_or(Error());
     }
-    static QString stopAt(const QString &path) { return QStringLiteral("Copying stopped at '%1'").arg(path); }
+    static std::string stopAt(const std::string &path) { return "Copying stopped at '" + path + "'"; }
 };
 
 TEST_F(CopyItem, CopiesAFileWithItsModeToWhereThereIsNothing) {
     write("a");
     changeMode("a", 0640);
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
-    EXPECT_EQ(test::readAll(at("b")), QByteArray("contents"));
+    EXPECT_EQ(test::readAll(at("b")), "contents");
     EXPECT_EQ(modeOf("b"), 0640U);
 }
 
@@ -62,23 +64,23 @@ TEST_F(CopyItem, CopiesAFolderWithAllThatIsInIt) {
     write("a/Contents/MacOS/program", "x");
     write("a/Contents/empty", "");
     write("a/with blank\nand line", "y");
-    home.makeFolder(QStringLiteral("a/none"));
-    const QByteArray longest = "a/" + QByteArray(255, 'n');
-    write(longest.constData(), "z");
+    home.makeFolder("a/none");
+    const std::string longest = "a/" + std::string(255, 'n');
+    write(longest, "z");
     EXPECT_FALSE(files.copyItem(at("a/"), at("b/")));
-    EXPECT_EQ(test::readAll(at("b/Contents/MacOS/program")), QByteArray("x"));
-    EXPECT_EQ(test::readAll(at("b/Contents/empty")), QByteArray());
-    EXPECT_EQ(test::readAll(at("b/with blank\nand line")), QByteArray("y"));
-    EXPECT_EQ(test::readAll(at(("b/" + longest.mid(2)).constData())), QByteArray("z"));
+    EXPECT_EQ(test::readAll(at("b/Contents/MacOS/program")), "x");
+    EXPECT_EQ(test::readAll(at("b/Contents/empty")), "");
+    EXPECT_EQ(test::readAll(at("b/with blank\nand line")), "y");
+    EXPECT_EQ(test::readAll(at("b/" + longest.substr(2))), "z");
     EXPECT_TRUE(isThere("b/none"));
-    EXPECT_EQ(QDir(at("b")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 4);
+    EXPECT_EQ(namesIn("b").size(), 4U);
 }
 
 TEST_F(CopyItem, KeepsModesOfFilesAndFoldersWhateverTheMask) {
     write("a/secret");
     write("a/tool");
     write("a/locked/file");
-    home.makeFolder(QStringLiteral("a/shared"));
+    home.makeFolder("a/shared");
     changeMode("a/secret", 0400);
     changeMode("a/tool", 06755);
     changeMode("a/shared", 01777);
@@ -116,29 +118,29 @@ TEST_F(CopyItem, KeepsTimesToTheNanosecondOfFoldersAndLinksToo) {
 
 TEST_F(CopyItem, CopiesLinksAsTheyAreAndFollowsNone) {
     write("outside/file", "outside");
-    home.makeFolder(QStringLiteral("a"));
+    home.makeFolder("a");
     link("../outside", "a/folder");
     link("../outside/file", "a/file");
     link("nowhere", "a/broken");
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
-    EXPECT_EQ(linkText("b/folder"), QByteArray("../outside"));
-    EXPECT_EQ(linkText("b/file"), QByteArray("../outside/file"));
-    EXPECT_EQ(linkText("b/broken"), QByteArray("nowhere"));
+    EXPECT_EQ(linkText("b/folder"), "../outside");
+    EXPECT_EQ(linkText("b/file"), "../outside/file");
+    EXPECT_EQ(linkText("b/broken"), "nowhere");
 }
 
 TEST_F(CopyItem, CopiesALinkItselfWhateverItLeadsTo) {
-    home.makeFolder(QStringLiteral("folder"));
+    home.makeFolder("folder");
     link("folder", "a");
     EXPECT_FALSE(files.copyItem(at("a/"), at("b")));
-    EXPECT_EQ(linkText("b"), QByteArray("folder"));
+    EXPECT_EQ(linkText("b"), "folder");
 }
 
 TEST_F(CopyItem, KeepsHardLinksWithinAFolder) {
     write("a/first");
-    ASSERT_EQ(::link(QFile::encodeName(at("a/first")).constData(), QFile::encodeName(at("a/second")).constData()), 0);
-    home.makeFolder(QStringLiteral("a/below"));
-    ASSERT_EQ(::link(QFile::encodeName(at("a/first")).constData(), QFile::encodeName(at("a/below/x")).constData()), 0);
-    ASSERT_EQ(::link(QFile::encodeName(at("a/first")).constData(), QFile::encodeName(at("outside")).constData()), 0);
+    ASSERT_EQ(::link(at("a/first").c_str(), at("a/second").c_str()), 0);
+    home.makeFolder("a/below");
+    ASSERT_EQ(::link(at("a/first").c_str(), at("a/below/x").c_str()), 0);
+    ASSERT_EQ(::link(at("a/first").c_str(), at("outside").c_str()), 0);
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
     const auto first = test::statusOf(at("b/first"));
     EXPECT_EQ(test::statusOf(at("b/second")).st_ino, first.st_ino);
@@ -149,8 +151,8 @@ TEST_F(CopyItem, KeepsHardLinksWithinAFolder) {
 
 TEST_F(CopyItem, KeepsExtendedAttributes) {
     write("a/file");
-    const QByteArray quarantine("0083;5f3c;Browser;\0x", 20);
-    const QByteArray large(3000, 'x');
+    const std::string quarantine("0083;5f3c;Browser;\0x", 20);
+    const std::string large(3000, 'x');
     if (!test::setAttribute(at("a/file"), "user.com.apple.quarantine", quarantine)) {
         GTEST_SKIP() << "the file system keeps no extended attributes";
     }
@@ -159,17 +161,15 @@ TEST_F(CopyItem, KeepsExtendedAttributes) {
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
     EXPECT_EQ(test::attribute(at("b/file"), "user.com.apple.quarantine"), quarantine);
     EXPECT_EQ(test::attribute(at("b"), "user.large"), large);
-    EXPECT_EQ(test::attribute(at("b"), "user.empty"), QByteArray());
+    EXPECT_EQ(test::attribute(at("b"), "user.empty"), "");
 }
 
 TEST_F(CopyItem, KeepsTheHolesOfAFile) {
     constexpr off_t kSize = off_t{64} << 20;
     write("a", "begin");
-    QFile file(at("a"));
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(file.seek(kSize / 2));
-    ASSERT_EQ(file.write("middle"), 6);
-    ASSERT_TRUE(file.resize(kSize));
+    Descriptor file(::open(at("a").c_str(), O_WRONLY | O_CLOEXEC));
+    ASSERT_EQ(::pwrite(file.get(), "middle", 6, kSize / 2), 6);
+    ASSERT_EQ(::ftruncate(file.get(), kSize), 0);
     file.close();
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
     const auto copied = test::statusOf(at("b"));
@@ -180,17 +180,17 @@ TEST_F(CopyItem, KeepsTheHolesOfAFile) {
 
 TEST_F(CopyItem, CopiesAFileThatIsNothingButAHole) {
     write("a", "");
-    ASSERT_TRUE(QFile::resize(at("a"), 1 << 20));
+    ASSERT_EQ(::truncate(at("a").c_str(), 1 << 20), 0);
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
-    EXPECT_EQ(test::readAll(at("b")), QByteArray(1 << 20, '\0'));
+    EXPECT_EQ(test::readAll(at("b")), std::string(1 << 20, '\0'));
 }
 
 TEST_F(CopyItem, CopiesPipesAndSocketsWithoutOpeningThem) {
-    home.makeFolder(QStringLiteral("a"));
-    ASSERT_EQ(::mkfifo(bytes(at("a/pipe")), 0640), 0);
+    home.makeFolder("a");
+    ASSERT_EQ(::mkfifo(at("a/pipe").c_str(), 0640), 0);
     changeMode("a/pipe", 0622);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    qstrncpy(address.sun_path, bytes(at("a/socket")), sizeof address.sun_path);
+    at("a/socket").copy(address.sun_path, sizeof address.sun_path - 1);
     const int listening = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(::bind(listening, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
     ::close(listening);
@@ -204,10 +204,10 @@ TEST_F(CopyItem, LeavesWhatIsThereAlready) {
     for (const char *source : {"file", "folder/file", "link"}) {
         write(source);
     }
-    ASSERT_TRUE(QFile::remove(at("link")));
+    ASSERT_TRUE(std::filesystem::remove(at("link")));
     link("nowhere", "link");
     write("old", "old");
-    home.makeFolder(QStringLiteral("empty"));
+    home.makeFolder("empty");
     link("nowhere either", "dangling");
     for (const char *source : {"file", "folder", "link"}) {
         for (const char *target : {"old", "empty", "dangling"}) {
@@ -218,9 +218,9 @@ TEST_F(CopyItem, LeavesWhatIsThereAlready) {
             EXPECT_EQ(error->failureReason(), stopAt(at(target)));
         }
     }
-    EXPECT_EQ(test::readAll(at("old")), QByteArray("old"));
-    EXPECT_TRUE(QDir(at("empty")).isEmpty());
-    EXPECT_EQ(linkText("dangling"), QByteArray("nowhere either"));
+    EXPECT_EQ(test::readAll(at("old")), "old");
+    EXPECT_TRUE(std::filesystem::is_empty(at("empty")));
+    EXPECT_EQ(linkText("dangling"), "nowhere either");
 }
 
 TEST_F(CopyItem, NamesWhatIsMissing) {
@@ -228,24 +228,24 @@ TEST_F(CopyItem, NamesWhatIsMissing) {
     const Error error = failure();
     EXPECT_EQ(error.code, ENOENT);
     EXPECT_EQ(error.failureReason(), stopAt(at("a")));
-    EXPECT_EQ(error.description(), QStringLiteral("Posix error 2 (No such file)"));
+    EXPECT_EQ(error.description(), "Posix error 2 (No such file)");
     write("a");
     EXPECT_EQ(files.copyItem(at("a"), at("none/b"))->failureReason(), stopAt(at("none/b")));
-    EXPECT_EQ(files.copyItem(QString(), at("b"))->code, ENOENT);
+    EXPECT_EQ(files.copyItem("", at("b"))->code, ENOENT);
 }
 
 TEST_F(CopyItem, RefusesToCopyAFolderIntoItself) {
     write("a/file");
     EXPECT_EQ(files.copyItem(at("a"), at("a/b"))->code, EINVAL);
-    EXPECT_EQ(QDir(at("a")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList({QStringLiteral("file")}));
+    EXPECT_EQ(namesIn("a"), std::set<std::string>{"file"});
 }
 
 TEST_F(CopyItem, OfATreeThatIsTooDeepLeavesNothing) {
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    QString folder = QStringLiteral("a");
+    std::string folder = "a";
     for (int level = 0; level < 100; ++level) {
-        folder += QStringLiteral("/a");
+        folder += "/a";
     }
     home.makeFolder(folder);
     const rlimit few{120, before.rlim_max};
@@ -254,7 +254,7 @@ TEST_F(CopyItem, OfATreeThatIsTooDeepLeavesNothing) {
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
     EXPECT_EQ(error.code, EMFILE);
     EXPECT_FALSE(files.copyItem(at("a"), at("b")));
-    EXPECT_TRUE(QFile::exists(home.path(u'b' + folder.mid(1))));
+    EXPECT_TRUE(isThere('b' + folder.substr(1)));
 }
 
 TEST_F(CopyItem, ThatFailsLaterRemovesFoldersThatForbidIt) {
@@ -262,7 +262,7 @@ TEST_F(CopyItem, ThatFailsLaterRemovesFoldersThatForbidIt) {
     changeMode("a/1locked", 0500);
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    write("a/2large", QByteArray(100'000, 'x'));
+    write("a/2large", std::string(100'000, 'x'));
     const rlimit small{1000, before.rlim_max};
     ::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);

@@ -1,10 +1,11 @@
 #include "desktop/FinderSupport.h"
 #include "desktop/FinderScripts.h"
 #include "fakes/FakePlatform.h"
-#include "support/QtPrinters.h"
+#include "support/ValuePrinter.h"
 
 #include <csignal>
 #include <future>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <thread>
@@ -14,13 +15,10 @@ namespace quillmark {
 namespace {
 
 using test::FakeScripts;
+using test::Lines;
 using Type = ScriptDescriptor::Type;
 
-QString operator""_s(const char *text, size_t length) {
-    return QString::fromUtf8(text, static_cast<qsizetype>(length));
-}
-
-const char *const kSelectionSource = "\t\t\t tell application \"Finder\"\n"
+const std::string kSelectionSource = "\t\t\t tell application \"Finder\"\n"
                                      "\t\t\t set alist to selection as alias list\n"
                                      "\t\t\t set plist to {}\n"
                                      "\t\t\t repeat with afile in alist\n"
@@ -28,7 +26,7 @@ const char *const kSelectionSource = "\t\t\t tell application \"Finder\"\n"
                                      "\t\t\t end repeat\n"
                                      "\t\t\t end tell\n"
                                      "\t\t\t return plist";
-const char *const kRetrySource = "\t\t\t\t\t\t\t\t\t  tell application \"QuillmarkCore\"\n"
+const std::string kRetrySource = "\t\t\t\t\t\t\t\t\t  tell application \"QuillmarkCore\"\n"
                                  "\t\t\t\t\t\t\t\t\t  activate\n"
                                  "\t\t\t\t\t\t\t\t\t  end tell\n"
                                  "\t\t\t\t\t\t\t\t\t  tell application \"Finder\"\n"
@@ -41,12 +39,12 @@ const char *const kRetrySource = "\t\t\t\t\t\t\t\t\t  tell application \"Quillma
                                  "\t\t\t\t\t\t\t\t\t  end tell\n"
                                  "\t\t\t\t\t\t\t\t\t  return plist";
 
-const QString kSelectionRun = "execute "_s + QString::fromUtf8(kSelectionSource);
-const QString kRetryRun = "execute "_s + QString::fromUtf8(kRetrySource);
+const std::string kSelectionRun = "execute " + kSelectionSource;
+const std::string kRetryRun = "execute " + kRetrySource;
 
-ScriptDescriptor listOf(const QStringList &paths) {
+ScriptDescriptor listOf(const Lines &paths) {
     std::vector<ScriptDescriptor> items;
-    for (const QString &path : paths) {
+    for (const std::string &path : paths) {
         items.push_back(FakeScripts::text(path));
     }
     return FakeScripts::list(std::move(items));
@@ -59,31 +57,31 @@ protected:
 };
 
 TEST_F(FinderScriptsTest, TheRetryScriptIsNotCompiledButTheSelectionScriptTwice) { // deliberate
-    const FinderScripts made(scripts, "Quillmark"_s);
-    const QString compilation = "compile "_s + QString::fromUtf8(kSelectionSource);
-    EXPECT_EQ(transcript.calls(), QStringList({compilation, compilation}));
+    const FinderScripts made(scripts, "Quillmark");
+    const std::string compilation = "compile " + kSelectionSource;
+    EXPECT_EQ(transcript.calls(), (Lines{compilation, compilation}));
 }
 
 TEST_F(FinderScriptsTest, TheSourcesAreIndentedWithTabsAndBlanks) {
-    FinderScripts made(scripts, "Quillmark"_s);
+    FinderScripts made(scripts, "Quillmark");
     transcript.clear();
     made.run(false);
     made.run(true);
-    EXPECT_EQ(transcript.calls(), QStringList({kSelectionRun, kRetryRun}));
+    EXPECT_EQ(transcript.calls(), (Lines{kSelectionRun, kRetryRun}));
 }
 
 TEST_F(FinderScriptsTest, TheRetryNamesTheCoreOfTheProductWhateverItsName) {
-    FinderScripts made(scripts, "100%@ \"ü\""_s);
+    FinderScripts made(scripts, "100%@ \"ü\"");
     transcript.clear();
     made.run(true);
-    EXPECT_TRUE(transcript.calls().constFirst().startsWith(
-        "execute \t\t\t\t\t\t\t\t\t  tell application \"100%@ \"ü\"Core\"\n"_s));
+    EXPECT_TRUE(
+        transcript.calls().front().starts_with("execute \t\t\t\t\t\t\t\t\t  tell application \"100%@ \"ü\"Core\"\n"));
 }
 
 TEST_F(FinderScriptsTest, ThatDoNotCompileAreRunAllTheSame) {
     scripts.doesCompile = false;
-    scripts.answer = listOf({"/a"_s});
-    FinderScripts made(scripts, "Quillmark"_s);
+    scripts.answer = listOf({"/a"});
+    FinderScripts made(scripts, "Quillmark");
     EXPECT_TRUE(made.run(false));
     EXPECT_TRUE(made.run(true));
 }
@@ -105,8 +103,8 @@ protected:
         platform.appleEvents.sendStatus = 0;
         installPlatform(nullptr);
     }
-    void select(const QStringList &paths) { platform.scripts.answer = listOf(paths); }
-    const QStringList &calls() const { return platform.transcript.calls(); }
+    void select(const Lines &paths) { platform.scripts.answer = listOf(paths); }
+    const Lines &calls() const { return platform.transcript.calls(); }
 
     test::FakePlatform &platform = test::immortalPlatform();
 };
@@ -114,59 +112,59 @@ protected:
 using Selection = FinderTest;
 
 TEST_F(Selection, IsThePathsInTheFindersOrder) {
-    const QStringList paths{"/b"_s, "/a ü"_s, "/b"_s, ""_s};
+    const Lines paths{"/b", "/a ü", "/b", ""};
     select(paths);
     EXPECT_EQ(FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(false), paths);
     EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), paths);
-    EXPECT_EQ(calls(), QStringList({kSelectionRun, kSelectionRun}));
+    EXPECT_EQ(calls(), (Lines{kSelectionRun, kSelectionRun}));
 }
 
 TEST_F(Selection, IsReadByTheRetryScriptInARetry) {
-    select({"/a"_s});
-    EXPECT_EQ(FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(true), QStringList{"/a"_s});
-    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(true), QStringList{"/a"_s});
-    EXPECT_EQ(calls(), QStringList({kRetryRun, kRetryRun}));
+    select({"/a"});
+    EXPECT_EQ(FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(true), Lines{"/a"});
+    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(true), Lines{"/a"});
+    EXPECT_EQ(calls(), (Lines{kRetryRun, kRetryRun}));
 }
 
 TEST_F(Selection, IsAppendedToWhatAListHolds) {
-    select({"/a"_s, "/b"_s});
-    QStringList list{"/a"_s};
+    select({"/a", "/b"});
+    Lines list{"/a"};
     FinderSupport::appendSelectedFinderItemsToArray(list, false);
-    EXPECT_EQ(list, QStringList({"/a"_s, "/a"_s, "/b"_s}));
+    EXPECT_EQ(list, (Lines{"/a", "/a", "/b"}));
     FinderSupport::appendSelectedFinderItemsToArray(list, true);
-    EXPECT_EQ(list.size(), 5);
+    EXPECT_EQ(list.size(), 5U);
 }
 
 TEST_F(Selection, IsEmptyWhenNothingIsSelected) {
     select({});
-    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), QStringList());
+    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), Lines());
 }
 
 TEST_F(Selection, IsEmptyWithoutAResult) {
-    QStringList list{"/kept"_s};
+    Lines list{"/kept"};
     FinderSupport::appendSelectedFinderItemsToArray(list, false);
     FinderSupport::appendSelectedFinderItemsToArray(list, true);
-    EXPECT_EQ(list, QStringList{"/kept"_s});
+    EXPECT_EQ(list, Lines{"/kept"});
 }
 
 TEST_F(Selection, IsEmptyWhenTheResultIsNoList) {
     for (const Type type : {Type::Null, Type::Boolean, Type::Text, Type::Other}) {
-        platform.scripts.answer = listOf({"/a"_s}); // even where it has items
+        platform.scripts.answer = listOf({"/a"}); // even where it has items
         platform.scripts.answer->type = type;
-        platform.scripts.answer->stringValue = "/a"_s;
-        EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), QStringList()) << static_cast<int>(type);
+        platform.scripts.answer->stringValue = "/a";
+        EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), Lines()) << static_cast<int>(type);
     }
 }
 
 TEST_F(Selection, LeavesOutItemsThatAreNoText) {
     platform.scripts.answer =
-        FakeScripts::list({FakeScripts::text("/a"_s), {}, listOf({"/inner"_s}), FakeScripts::text("/b"_s)});
-    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), QStringList({"/a"_s, "/b"_s}));
+        FakeScripts::list({FakeScripts::text("/a"), {}, listOf({"/inner"}), FakeScripts::text("/b")});
+    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), (Lines{"/a", "/b"}));
 }
 
 TEST_F(Selection, TakesTheTextOfAnItemOfAnyType) {
-    platform.scripts.answer = FakeScripts::list({{Type::Other, "7"_s, false, {}}, {Type::Boolean, "true"_s, true, {}}});
-    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), QStringList({"7"_s, "true"_s}));
+    platform.scripts.answer = FakeScripts::list({{Type::Other, "7", false, {}}, {Type::Boolean, "true", true, {}}});
+    EXPECT_EQ(FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false), (Lines{"7", "true"}));
 }
 
 class KeptSelection : public FinderTest {
@@ -183,95 +181,95 @@ protected:
 };
 
 TEST_F(KeptSelection, IsReadAtTheFirstCall) {
-    select({"/a"_s});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
-    EXPECT_EQ(calls(), QStringList{kSelectionRun});
+    select({"/a"});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(calls(), Lines{kSelectionRun});
 }
 
 TEST_F(KeptSelection, StaysForTwoAndAHalfSeconds) {
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"_s});
+    select({"/b"});
     clock.set(start + kLifetime);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
-    EXPECT_EQ(calls().size(), 1);
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(calls().size(), 1U);
 }
 
 TEST_F(KeptSelection, IsReadAnewAfterThat) {
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"_s});
+    select({"/b"});
     clock.set(start + kLifetime + kTick);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/b"_s});
-    EXPECT_EQ(calls(), QStringList({kSelectionRun, kSelectionRun}));
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/b"});
+    EXPECT_EQ(calls(), (Lines{kSelectionRun, kSelectionRun}));
 }
 
 TEST_F(KeptSelection, IsReadAnewInEveryRetry) {
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"_s});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), QStringList{"/b"_s});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), QStringList{"/b"_s});
-    EXPECT_EQ(calls(), QStringList({kSelectionRun, kRetryRun, kRetryRun}));
+    select({"/b"});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), Lines{"/b"});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), Lines{"/b"});
+    EXPECT_EQ(calls(), (Lines{kSelectionRun, kRetryRun, kRetryRun}));
 }
 
 TEST_F(KeptSelection, StaysAfterARetryToo) {
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(true);
-    select({"/b"_s});
+    select({"/b"});
     clock.set(start + kLifetime);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
 }
 
 TEST_F(KeptSelection, IsAsOldAsTheCallHoweverLongTheScriptTook) { // deliberate
     platform.scripts.onExecute = [this] { clock.set(start + kLifetime + kTick); };
     finder.getSelectedFinderItemsIsRetry(false);
     finder.getSelectedFinderItemsIsRetry(false);
-    EXPECT_EQ(calls().size(), 2);
+    EXPECT_EQ(calls().size(), 2U);
 }
 
 TEST_F(KeptSelection, DoesNotGrowOldWhileTheClockIsSetBack) { // deliberate
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(false);
     clock.set(start - std::chrono::hours(1));
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
-    EXPECT_EQ(calls().size(), 1);
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(calls().size(), 1U);
 }
 
 TEST_F(KeptSelection, CountsAsReadAtTheReferenceDateAtFirst) { // deliberate
-    select({"/a"_s});
+    select({"/a"});
     clock.set(kReferenceDate + kLifetime);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList());
-    EXPECT_EQ(calls(), QStringList());
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines());
+    EXPECT_EQ(calls(), Lines());
     clock.set(kReferenceDate + kLifetime + kTick);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
 }
 
 TEST_F(KeptSelection, IsEmptiedByAFinderThatDoesNotAnswer) {
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(false);
     platform.scripts.answer.reset();
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), QStringList());
-    select({"/b"_s});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList()); // that is kept as well
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), Lines());
+    select({"/b"});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines()); // that is kept as well
 }
 
 TEST_F(KeptSelection, IsOneListForAllCallersWhichChangesInTheirHands) { // deliberate
-    select({"/a"_s});
-    const QStringList &first = finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"_s, "/c"_s});
+    select({"/a"});
+    const Lines &first = finder.getSelectedFinderItemsIsRetry(false);
+    select({"/b", "/c"});
     EXPECT_EQ(&finder.getSelectedFinderItemsIsRetry(true), &first);
-    EXPECT_EQ(first, QStringList({"/b"_s, "/c"_s}));
+    EXPECT_EQ(first, (Lines{"/b", "/c"}));
 }
 
 TEST_F(KeptSelection, IsLeftAloneByNewLists) {
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"_s});
+    select({"/b"});
     FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false);
     FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(true);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
-    EXPECT_EQ(calls().size(), 3);
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(calls().size(), 3U);
 }
 
 TEST_F(KeptSelection, IsFilledByOneThreadAtATime) {
@@ -292,25 +290,25 @@ TEST_F(KeptSelection, IsFilledByOneThreadAtATime) {
         }
         --inside;
     };
-    select({"/a"_s});
+    select({"/a"});
     finder.getSelectedFinderItemsIsRetry(true);
     second.join();
     EXPECT_EQ(runs, 2);
     EXPECT_EQ(most, 1);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), QStringList{"/a"_s});
+    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
 }
 
 TEST_F(KeptSelection, IsGivenWithoutWaitingWhileItIsFilledAnew) { // deliberate: it is empty then
-    select({"/a"_s});
-    const QStringList &list = finder.getSelectedFinderItemsIsRetry(false);
-    const QStringList *seen = nullptr;
+    select({"/a"});
+    const Lines &list = finder.getSelectedFinderItemsIsRetry(false);
+    const Lines *seen = nullptr;
     platform.scripts.onExecute = [&] {
         std::thread([&] { seen = &finder.getSelectedFinderItemsIsRetry(false); }).join(); // or for ever
-        EXPECT_TRUE(list.isEmpty());
+        EXPECT_TRUE(list.empty());
     };
     finder.getSelectedFinderItemsIsRetry(true);
     EXPECT_EQ(seen, &list);
-    EXPECT_EQ(list, QStringList{"/a"_s});
+    EXPECT_EQ(list, Lines{"/a"});
 }
 
 TEST_F(FinderTest, OneManagerIsSharedEvenWhenManyThreadsAskFirst) {
@@ -328,29 +326,29 @@ TEST_F(FinderTest, OneManagerIsSharedEvenWhenManyThreadsAskFirst) {
 }
 
 TEST_F(FinderTest, AFileIsUpdatedByAScriptThatIsCompiledAndRun) {
-    FinderSupport::updateFileAtPath("/a/b ü"_s);
-    const QString source =
-        "tell application \"Finder\"\nset fileAlias to POSIX file \"/a/b ü\"\nupdate fileAlias\nend tell"_s;
-    EXPECT_EQ(calls(), QStringList({"compile "_s + source, "execute "_s + source}));
+    FinderSupport::updateFileAtPath("/a/b ü");
+    const std::string source =
+        "tell application \"Finder\"\nset fileAlias to POSIX file \"/a/b ü\"\nupdate fileAlias\nend tell";
+    EXPECT_EQ(calls(), (Lines{"compile " + source, "execute " + source}));
 }
 
 TEST_F(FinderTest, AFileThatCannotBeUpdatedIsNotTold) {
     platform.scripts.doesCompile = false;
-    FinderSupport::updateFileAtPath("/a"_s);
-    EXPECT_EQ(calls().size(), 2); // deliberate: run all the same
+    FinderSupport::updateFileAtPath("/a");
+    EXPECT_EQ(calls().size(), 2U); // deliberate: run all the same
 }
 
 TEST_F(FinderTest, ThePathOfAFileIsNotEscaped) { // deliberate
-    FinderSupport::updateFileAtPath("/a\"\\%@"_s);
-    EXPECT_TRUE(calls().constFirst().contains("POSIX file \"/a\"\\%@\"\n"_s));
+    FinderSupport::updateFileAtPath("/a\"\\%@");
+    EXPECT_THAT(calls().front(), testing::HasSubstr("POSIX file \"/a\"\\%@\"\n"));
 }
 
 using ConnectedServers = FinderTest;
 
 TEST_F(ConnectedServers, AreAskedForByAScriptThatIsRun) {
     FinderSupport::showConnectedServersOnDesktop();
-    EXPECT_EQ(calls(), QStringList{"execute on run argv\ntell application \"Finder\"\nreturn desktop shows connected "
-                                   "servers of Finder preferences\nend tell\nend run\n"_s});
+    EXPECT_EQ(calls(), Lines{"execute on run argv\ntell application \"Finder\"\nreturn desktop shows connected "
+                             "servers of Finder preferences\nend tell\nend run\n"});
 }
 
 TEST_F(ConnectedServers, AreShownOrNotAsTheFinderSays) {
@@ -366,7 +364,7 @@ TEST_F(ConnectedServers, AreShownWhenTheFinderDoesNotAnswer) { // deliberate
 
 TEST_F(ConnectedServers, AreNotShownWhenTheAnswerIsNoTruthValue) {
     for (const ScriptDescriptor &answer :
-         {ScriptDescriptor(), FakeScripts::text("perhaps"_s), FakeScripts::list({}),
+         {ScriptDescriptor(), FakeScripts::text("perhaps"), FakeScripts::list({}),
           FakeScripts::list({FakeScripts::boolean(true)}), ScriptDescriptor{Type::Other, {}, false, {}}}) {
         platform.scripts.answer = answer;
         EXPECT_FALSE(FinderSupport::showConnectedServersOnDesktop()) << static_cast<int>(answer.type);
@@ -374,16 +372,18 @@ TEST_F(ConnectedServers, AreNotShownWhenTheAnswerIsNoTruthValue) {
 }
 
 TEST_F(ConnectedServers, AreShownWhenTheAnswerCanBeReadAsTrue) {
-    platform.scripts.answer = ScriptDescriptor{Type::Text, "true"_s, true, {}};
+    platform.scripts.answer = ScriptDescriptor{Type::Text, "true", true, {}};
     EXPECT_TRUE(FinderSupport::showConnectedServersOnDesktop());
 }
 
 TEST_F(ConnectedServers, AreSetByAScriptThatIsRun) {
-    const QString source = "execute on run argv\ntell application \"Finder\"\nset desktop shows connected servers of "
-                           "Finder preferences to %1\nend tell\nend run\n"_s;
+    const std::string source =
+        "execute on run argv\ntell application \"Finder\"\nset desktop shows connected servers of "
+        "Finder preferences to ";
+    const std::string behind = "\nend tell\nend run\n";
     FinderSupport::setShowConnectedServersOnDesktop(true);
     FinderSupport::setShowConnectedServersOnDesktop(false);
-    EXPECT_EQ(calls(), QStringList({source.arg("true"_s), source.arg("false"_s)}));
+    EXPECT_EQ(calls(), (Lines{source + "true" + behind, source + "false" + behind}));
 }
 
 class ITunes : public FinderTest {
@@ -394,7 +394,7 @@ protected:
         if (child == 0) {
             ::setsid();
             FinderSupport::quitiTunes();
-            ::_exit(calls() == QStringList{"launchedApplications"_s} ? 0 : 1);
+            ::_exit(calls() == Lines{"launchedApplications"} ? 0 : 1);
         }
         int status = 0;
         ::waitpid(child, &status, 0);
@@ -408,8 +408,8 @@ TEST_F(ITunes, GetsTheSignalToTerminate) {
         ::pause();
         ::_exit(1);
     }
-    platform.workspace.addApplication("com.apple.finder"_s, ::getpid());
-    platform.workspace.addApplication("com.apple.iTunes"_s, child);
+    platform.workspace.addApplication("com.apple.finder", ::getpid());
+    platform.workspace.addApplication("com.apple.iTunes", child);
     FinderSupport::quitiTunes();
     int status = 0;
     ::waitpid(child, &status, 0);
@@ -419,16 +419,16 @@ TEST_F(ITunes, GetsTheSignalToTerminate) {
 
 TEST_F(ITunes, GetsNothingWhenItDoesNotRun) {
     EXPECT_TRUE(isHarmless());
-    platform.workspace.addApplication("com.apple.itunes"_s, ::getpid());
+    platform.workspace.addApplication("com.apple.itunes", ::getpid());
     EXPECT_TRUE(isHarmless());
 }
 
 TEST_F(ITunes, GetsNothingWithoutAProcessNumber) {
-    const QVariant numbers[] = {QVariant(), 0, "none"_s};
-    for (const QVariant &number : numbers) {
+    const Value numbers[] = {Value(), 0, "none"};
+    for (const Value &number : numbers) {
         platform.workspace.applications = {
-            {{kApplicationBundleIdentifier, "com.apple.iTunes"_s}, {kApplicationProcessIdentifier, number}}};
-        EXPECT_TRUE(isHarmless()) << number.typeName();
+            {{kApplicationBundleIdentifier, "com.apple.iTunes"}, {kApplicationProcessIdentifier, number}}};
+        EXPECT_TRUE(isHarmless()) << testing::PrintToString(number);
     }
 }
 
@@ -436,26 +436,26 @@ using SystemProcess = FinderTest;
 
 TEST_F(SystemProcess, GetsABareEvent) {
     EXPECT_EQ(FinderSupport::sendAppleEventToSystemProcess(fourCharacterCode("rest")), 0);
-    EXPECT_EQ(calls(), QStringList({"createProcessAddress 0 1"_s, "createEvent aevt rest"_s, "dispose address"_s,
-                                    "sendMessage"_s, "dispose event"_s}));
+    EXPECT_EQ(calls(), (Lines{"createProcessAddress 0 1", "createEvent aevt rest", "dispose address", "sendMessage",
+                              "dispose event"}));
 }
 
 TEST_F(SystemProcess, GetsNothingWithoutAnAddress) {
     platform.appleEvents.addressStatus = -108;
     EXPECT_EQ(FinderSupport::sendAppleEventToSystemProcess(fourCharacterCode("shut")), -108);
-    EXPECT_EQ(calls(), QStringList{"createProcessAddress 0 1"_s});
+    EXPECT_EQ(calls(), Lines{"createProcessAddress 0 1"});
 }
 
 TEST_F(SystemProcess, GetsNothingWithoutAnEventAndTheAddressIsDisposedOf) {
     platform.appleEvents.createStatus = -50;
     EXPECT_EQ(FinderSupport::sendAppleEventToSystemProcess(fourCharacterCode("shut")), -50);
-    EXPECT_EQ(calls(), QStringList({"createProcessAddress 0 1"_s, "createEvent aevt shut"_s, "dispose address"_s}));
+    EXPECT_EQ(calls(), (Lines{"createProcessAddress 0 1", "createEvent aevt shut", "dispose address"}));
 }
 
 TEST_F(SystemProcess, ThatDoesNotTakeTheEventIsToldByItsStatus) {
     platform.appleEvents.sendStatus = -600;
     EXPECT_EQ(FinderSupport::sendAppleEventToSystemProcess(fourCharacterCode("slep")), -600);
-    EXPECT_EQ(calls().last(), "dispose event"_s);
+    EXPECT_EQ(calls().back(), "dispose event");
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 #include "support/LogFixture.h"
 #include "utils/Exception.h"
 
-#include <QFileInfo>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -12,41 +12,41 @@ namespace {
 class Folders : public test::LogFixture {};
 
 TEST_F(Folders, AMissingFolderIsCreatedWithThoseAboveItAndLogged) {
-    const QString file = logToFile(kLogLevelVerbose);
-    const QString folder = home.path(QStringLiteral("a/b/c"));
+    const std::string file = logToFile(kLogLevelVerbose);
+    const std::string folder = home.path("a/b/c");
     ensureFolderPathExists(folder);
-    EXPECT_TRUE(QFileInfo(folder).isDir());
-    EXPECT_EQ(messagesOf(file), QStringList({u'"' + folder + QStringLiteral("\" subfolder missing - created it")}));
+    EXPECT_TRUE(std::filesystem::is_directory(folder));
+    EXPECT_EQ(messagesOf(file), test::Lines{'"' + folder + "\" subfolder missing - created it"});
 }
 
 TEST_F(Folders, WhatExistsIsLeftAloneWithoutALine) {
-    const QString file = logToFile(kLogLevelVerbose);
+    const std::string file = logToFile(kLogLevelVerbose);
     ensureFolderPathExists(home.path());
-    ensureFolderPathExists(home.write(QStringLiteral("file"), "x")); // anything at the path will do
+    ensureFolderPathExists(home.write("file", "x")); // anything at the path will do
     EXPECT_EQ(contentsOf(file), "");
 }
 
 TEST_F(Folders, TrailingSlashesDoNoHarm) {
-    ensureFolderPathExists(home.path(QStringLiteral("a/b//")));
-    EXPECT_TRUE(QFileInfo(home.path(QStringLiteral("a/b"))).isDir());
+    ensureFolderPathExists(home.path("a/b//"));
+    EXPECT_TRUE(std::filesystem::is_directory(home.path("a/b")));
 }
 
 TEST_F(Folders, AFailureNamesThePathAndTheReason) {
-    home.write(QStringLiteral("file"), "x");
+    home.write("file", "x");
     platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
-    const QString folder = home.path(QStringLiteral("file/a/b"));
+    const std::string folder = home.path("file/a/b");
     try {
         ensureFolderPathExists(folder);
         FAIL() << "nothing was raised";
     } catch (const Exception &exception) {
-        EXPECT_EQ(exception.name(), QStringLiteral("NSGenericException"));
-        EXPECT_EQ(exception.reason(), QStringLiteral("Failed to create \"%1\" (Not a directory)").arg(folder));
+        EXPECT_EQ(exception.name(), "NSGenericException");
+        EXPECT_EQ(exception.reason(), "Failed to create \"" + folder + "\" (Not a directory)");
     }
 }
 
 TEST_F(Folders, APlaceWhereNoFolderCanBeIsAFailureToo) {
-    EXPECT_THROW(ensureFolderPathExists(QStringLiteral("/proc/no/such/place")), Exception);
-    EXPECT_THROW(ensureFolderPathExists(QStringLiteral("")), Exception);
+    EXPECT_THROW(ensureFolderPathExists("/proc/no/such/place"), Exception);
+    EXPECT_THROW(ensureFolderPathExists(""), Exception);
 }
 
 TEST_F(Folders, SeveralThreadsMayMakeTheSameOne) {
@@ -55,7 +55,7 @@ TEST_F(Folders, SeveralThreadsMayMakeTheSameOne) {
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
             try {
-                ensureFolderPathExists(home.path(QStringLiteral("1/2/3/4/5/6/7/8")));
+                ensureFolderPathExists(home.path("1/2/3/4/5/6/7/8"));
             } catch (const Exception &) {
                 ++failures;
             }

@@ -6,6 +6,8 @@
 namespace quillmark {
 namespace {
 
+using test::Lines;
+
 class HostIdentity : public test::LogFixture {
 protected:
     void know(const char *host, std::initializer_list<const char *> addresses) {
@@ -14,9 +16,7 @@ protected:
             known.push_back(::inet_addr(address));
         }
     }
-    static bool same(const char *a, const char *b) {
-        return areHostnamesSameMachine(QString::fromLatin1(a), QString::fromLatin1(b));
-    }
+    static bool same(const char *a, const char *b) { return areHostnamesSameMachine(a, b); }
 };
 
 TEST_F(HostIdentity, ALocalNameGetsItsRootDotAndOthersStay) {
@@ -26,43 +26,42 @@ TEST_F(HostIdentity, ALocalNameGetsItsRootDotAndOthersStay) {
                                        {"a.Local", "a.Local"},
                                        {".local", ".local."}}) {
         platform.systemInfo.hostName = name;
-        EXPECT_EQ(getThisMachinesHostname(), QString::fromLatin1(result));
+        EXPECT_EQ(getThisMachinesHostname(), result);
     }
 }
 
 TEST_F(HostIdentity, TheShortNameEndsAtTheFirstDot) {
     platform.systemInfo.hostName = "office.example.com";
-    EXPECT_EQ(getThisMachinesName(), QStringLiteral("office"));
+    EXPECT_EQ(getThisMachinesName(), "office");
     platform.systemInfo.hostName = "office";
-    EXPECT_EQ(getThisMachinesName(), QStringLiteral("office"));
+    EXPECT_EQ(getThisMachinesName(), "office");
 }
 
 TEST_F(HostIdentity, AFailureIsLoggedAndLeavesAnEmptyName) {
-    const QString file = logToFile(kLogLevelError);
+    const std::string file = logToFile(kLogLevelError);
     platform.systemInfo.hasHostName = false;
     platform.systemInfo.hostName.clear();
     testing::internal::CaptureStderr();
-    EXPECT_EQ(getThisMachinesHostname(), QString());
-    EXPECT_EQ(getThisMachinesName(), QString());
+    EXPECT_EQ(getThisMachinesHostname(), "");
+    EXPECT_EQ(getThisMachinesName(), "");
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(messagesOf(file), QStringList(2, QStringLiteral("gethostname() failed")));
+    EXPECT_EQ(messagesOf(file), Lines(2, "gethostname() failed"));
 }
 
 TEST_F(HostIdentity, ANameOf300CharactersIsCutTo255) {
     platform.systemInfo.hostName = std::string(300, 'h');
-    EXPECT_EQ(getThisMachinesHostname(), QString(255, u'h'));
+    EXPECT_EQ(getThisMachinesHostname(), std::string(255, 'h'));
 }
 
 TEST_F(HostIdentity, AddressesComeInTheResolversOrder) {
     know("host", {"10.0.0.2", "10.0.0.1"});
-    EXPECT_EQ(ipAddressesFromHostname(QStringLiteral("host")),
-              QStringList({QStringLiteral("10.0.0.2"), QStringLiteral("10.0.0.1")}));
-    EXPECT_EQ(ipAddressesFromHostname(QStringLiteral("unknown")), QStringList());
+    EXPECT_EQ(ipAddressesFromHostname("host"), (Lines{"10.0.0.2", "10.0.0.1"}));
+    EXPECT_EQ(ipAddressesFromHostname("unknown"), Lines());
 }
 
 TEST_F(HostIdentity, AnAddressInNetworkOrderIsDottedDecimal) {
-    EXPECT_EQ(_stringFromIPAddress(htonl(0x0A000001)), QStringLiteral("10.0.0.1"));
-    EXPECT_EQ(_stringFromIPAddress(0xFFFFFFFF), QStringLiteral("255.255.255.255"));
+    EXPECT_EQ(_stringFromIPAddress(htonl(0x0A000001)), "10.0.0.1");
+    EXPECT_EQ(_stringFromIPAddress(0xFFFFFFFF), "255.255.255.255");
 }
 
 TEST_F(HostIdentity, EqualNamesAreOneMachineWithoutAnyLookup) {
@@ -88,7 +87,7 @@ TEST_F(HostIdentity, OneSharedAddressMakesOneMachine) {
 TEST_F(HostIdentity, TheSecondNameIsResolvedForEachAddressOfTheFirst) {
     know("a", {"10.0.0.1", "10.0.0.2"});
     same("a", "c");
-    EXPECT_EQ(platform.systemInfo.lookups, (std::vector<std::string>{"a", "c", "c"})); // deliberate
+    EXPECT_EQ(platform.systemInfo.lookups, (Lines{"a", "c", "c"})); // deliberate
 }
 
 } // namespace

@@ -1,33 +1,34 @@
 #include "platform/linux/LinuxImages.h"
 
-#include <QtEndian>
 #include <gtest/gtest.h>
 
 namespace quillmark {
 namespace {
 
+using namespace std::string_literals;
+
 /// Packs a run of zeros in the tersest form that the packing method has.
 class PackedZeros {
 public:
-    explicit PackedZeros(qint64 count) {
+    explicit PackedZeros(int count) {
         bits(1, 1);    // the last block
         bits(1, 2);    // with the fixed code
         code(0x30, 8); // a zero
-        for (qint64 packed = 1; packed < count; packed += 258) {
+        for (int packed = 1; packed < count; packed += 258) {
             code(0xC5, 8); // 258 more
             code(0, 5);    // of what stands one place back
         }
         code(0, 7); // the end
         bits(0, 7);
     }
-    const QByteArray &bytes() const { return m_bytes; }
+    const std::string &bytes() const { return m_bytes; }
 
 private:
     void bits(unsigned value, int count) {
         for (int i = 0; i < count; ++i) {
             m_byte |= ((value >> i) & 1U) << m_filled;
             if (++m_filled == 8) {
-                m_bytes.append(static_cast<char>(m_byte));
+                m_bytes += static_cast<char>(m_byte);
                 m_byte = 0;
                 m_filled = 0;
             }
@@ -40,39 +41,40 @@ private:
         }
     }
 
-    QByteArray m_bytes = QByteArray::fromHex("7801");
+    std::string m_bytes = "\x78\x01";
     unsigned m_byte = 0;
     int m_filled = 0;
 };
 
-QByteArray chunk(const char *type, const QByteArray &contents) {
-    QByteArray bytes(4, '\0');
-    qToBigEndian(static_cast<quint32>(contents.size()), bytes.data());
-    return bytes + type + contents + QByteArray(4, '\0'); // the sums are not looked at
+std::string chunk(const char *type, const std::string &contents) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        bytes += static_cast<char>(contents.size() >> shift);
+    }
+    return bytes + type + contents + std::string(4, '\0'); // the sums are not looked at
 }
 
 /// One transparent pixel, and `count` bytes in place of the few that it takes.
-QByteArray onePixelOf(qint64 count) {
-    return QByteArray::fromHex("89504e470d0a1a0a") + chunk("IHDR", QByteArray::fromHex("00000001000000010806000000")) +
+std::string onePixelOf(int count) {
+    return "\x89PNG\r\n\x1a\n" + chunk("IHDR", "\0\0\0\1\0\0\0\1\x08\x06\0\0\0"s) +
            chunk("IDAT", PackedZeros(count).bytes()) + chunk("IEND", {});
 }
 
 TEST(ImageRegression, ASmallFileThatUnfoldsBeyondTheLargestPictureIsRefused) {
-    const QByteArray bomb = onePixelOf(200 << 20);
-    EXPECT_LT(bomb.size(), 2 << 20);
-    EXPECT_FALSE(decodeImage(bomb, QString()).has_value());
+    const std::string bomb = onePixelOf(200 << 20);
+    EXPECT_LT(bomb.size(), 2U << 20);
+    EXPECT_FALSE(decodeImage(bomb, {}).has_value());
 }
 
 TEST(ImageRegression, ALittleMoreDataThanThePictureTakesIsIgnored) {
-    const auto image = decodeImage(onePixelOf(1000), QStringLiteral("pixel"));
+    const auto image = decodeImage(onePixelOf(1000), "pixel");
     ASSERT_TRUE(image.has_value());
-    EXPECT_EQ(image->rgba, QByteArray(4, '\0'));
+    EXPECT_EQ(image->rgba, std::string(4, '\0'));
 }
 
 TEST(ImageRegression, ABitmapWithoutRowsIsNoPicture) {
-    const QByteArray header = "BM" + QByteArray(8, '\0') + QByteArray::fromHex("3600000028000000") +
-                              QByteArray::fromHex("01000000") + QByteArray(4, '\0') + QByteArray::fromHex("01001800");
-    EXPECT_FALSE(decodeImage(header + QByteArray(100, '\0'), QString()).has_value());
+    const std::string header = "BM\0\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\1\0\0\0\0\0\0\0\1\0\x18\0"s;
+    EXPECT_FALSE(decodeImage(header + std::string(100, '\0'), {}).has_value());
 }
 
 } // namespace

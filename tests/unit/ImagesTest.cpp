@@ -1,65 +1,69 @@
 #include "platform/linux/LinuxImages.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
-
-#include <QtEndian>
 
 namespace quillmark {
 namespace {
 
-/// A 24-bit bitmap, every pixel red.
-QByteArray bitmap(qint32 width, qint32 height) {
-    const auto little = [](auto value) {
-        QByteArray bytes(sizeof value, '\0');
-        qToLittleEndian(value, bytes.data());
-        return bytes;
-    };
-    QByteArray row;
-    for (int x = 0; x < width; ++x) {
-        row += QByteArray("\x00\x00\xFF", 3);
+/// The number's four bytes, the lowest first.
+std::string little(size_t number) {
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes += static_cast<char>(number >> shift);
     }
-    row.append((4 - row.size() % 4) % 4, '\0');
-    const QByteArray pixels = row.repeated(height);
-    return "BM" + little(quint32(54 + pixels.size())) + little(quint32(0)) + little(quint32(54)) + little(quint32(40)) +
-           little(width) + little(height) + little(quint16(1)) + little(quint16(24)) + little(quint32(0)) +
-           little(quint32(pixels.size())) + QByteArray(16, '\0') + pixels;
+    return bytes;
+}
+
+std::string repeated(const std::string &bytes, size_t times) {
+    std::string all;
+    for (size_t i = 0; i < times; ++i) {
+        all += bytes;
+    }
+    return all;
+}
+
+/// A 24-bit bitmap, every pixel red.
+std::string bitmap(size_t width, size_t height) {
+    const std::string row = repeated({"\x00\x00\xFF", 3}, width);
+    const std::string pixels = repeated(row + std::string((4 - row.size() % 4) % 4, '\0'), height);
+    constexpr size_t kPlanesAndBits = 1 | 24 << 16; // two fields of 16 bits
+    return "BM" + little(54 + pixels.size()) + little(0) + little(54) + little(40) + little(width) + little(height) +
+           little(kPlanesAndBits) + little(0) + little(pixels.size()) + std::string(16, '\0') + pixels;
 }
 
 TEST(Images, ABitmapIsDecodedToRedGreenBlueAlpha) {
     const test::TemporaryHome home;
-    const QString file = home.write(QStringLiteral("logo.bmp"), bitmap(3, 2));
+    const std::string file = home.write("logo.bmp", bitmap(3, 2));
     const auto image = LinuxImages().load(file);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->name, file);
     EXPECT_EQ(image->width, 3);
     EXPECT_EQ(image->height, 2);
-    EXPECT_EQ(image->rgba, QByteArray("\xFF\x00\x00\xFF", 4).repeated(6));
+    EXPECT_EQ(image->rgba, repeated({"\xFF\x00\x00\xFF", 4}, 6));
 }
 
 TEST(Images, EveryTruncationGivesNoImageOrAWholeOne) {
-    const QByteArray whole = bitmap(5, 5);
-    for (qsizetype length = 0; length < whole.size(); ++length) {
-        const auto image = decodeImage(whole.left(length), QStringLiteral("x"));
-        EXPECT_TRUE(!image || image->rgba.size() == 5 * 5 * 4) << length;
+    const std::string whole = bitmap(5, 5);
+    for (size_t length = 0; length < whole.size(); ++length) {
+        const auto image = decodeImage(whole.substr(0, length), "x");
+        EXPECT_TRUE(!image || image->rgba.size() == 5U * 5 * 4) << length;
     }
 }
 
 TEST(Images, WhatIsNoPictureGivesNone) {
     const test::TemporaryHome home;
-    EXPECT_FALSE(LinuxImages().load(home.path(QStringLiteral("missing"))));
-    EXPECT_FALSE(LinuxImages().load(QString()));
+    EXPECT_FALSE(LinuxImages().load(home.path("missing")));
+    EXPECT_FALSE(LinuxImages().load(""));
     EXPECT_FALSE(LinuxImages().load(home.path()));
-    EXPECT_FALSE(LinuxImages().load(home.write(QStringLiteral("empty"), "")));
-    EXPECT_FALSE(LinuxImages().load(home.write(QStringLiteral("text"), "BM but not really")));
+    EXPECT_FALSE(LinuxImages().load(home.write("empty", "")));
+    EXPECT_FALSE(LinuxImages().load(home.write("text", "BM but not really")));
 }
 
 TEST(Images, PicturesBeyond4096PixelsAreRefused) {
-    QByteArray huge = bitmap(1, 1);
-    qToLittleEndian<qint32>(4097, huge.data() + 18);
-    EXPECT_FALSE(decodeImage(huge, QStringLiteral("x")));
-    qToLittleEndian<qint32>(0x7FFFFFFF, huge.data() + 18);
-    qToLittleEndian<qint32>(0x7FFFFFFF, huge.data() + 22);
-    EXPECT_FALSE(decodeImage(huge, QStringLiteral("x")));
+    std::string huge = bitmap(1, 1);
+    huge.replace(18, 4, little(4097));
+    EXPECT_FALSE(decodeImage(huge, "x"));
+    huge.replace(18, 8, repeated(little(0x7FFFFFFF), 2));
+    EXPECT_FALSE(decodeImage(huge, "x"));
 }
 
 } // namespace

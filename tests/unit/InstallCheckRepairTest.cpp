@@ -1,12 +1,17 @@
 #include "support/InstallCheckFixture.h"
 
 #include <algorithm>
+#include <gmock/gmock.h>
 #include <random>
 
 namespace quillmark {
 namespace {
 
-using test::listOf;
+using test::Lines;
+using test::together;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
 
 /// Repairs of catalogues whose items have the statuses that a test wants. The update tool succeeds until it is told
 /// otherwise.
@@ -18,74 +23,69 @@ protected:
     }
 
     struct Wanted {
-        const char *type;
-        const char *status;
+        const char *type = nullptr;
+        const char *status = nullptr;
     };
 
     /// An item that the evaluation finds in that status, with a name of its own.
-    RequiredItem itemWith(const Wanted &wanted, const QString &name, bool hasInstaller = true) {
-        const QString type = QString::fromUtf8(wanted.type);
-        const QString status = QString::fromUtf8(wanted.status);
+    RequiredItem itemWith(const Wanted &wanted, const std::string &name, bool hasInstaller = true) {
+        const std::string type = wanted.type;
+        const std::string status = wanted.status;
         RequiredItem item = itemOf({{kInstallType, type},
                                     {kName, name},
-                                    {kResource, name + QStringLiteral(".resource")},
-                                    {kSignature, name + QStringLiteral(".sig")},
-                                    {kVersion, QStringLiteral("1.14.4")}});
+                                    {kResource, name + ".resource"},
+                                    {kSignature, name + ".sig"},
+                                    {kVersion, "1.14.4"}});
         if (hasInstaller) {
-            item.insert(kInstaller, name + QStringLiteral(".pkg"));
+            item.insert_or_assign(kInstaller, name + ".pkg");
         }
-        if (type == u"CoreApp") {
-            const QString resource = home.write(
-                QStringLiteral("Quillmark.app/Contents/Resources/") + item.value(kResource).toString(), "core");
-            setMode(resource, status == u"OK" ? 0755 : 0700);
-        } else if (status == u"Not Required") {
-            item.insert(type == u"FinderCM" ? kMaxMacOSXVersion : kMinMacOSXVersion,
-                        type == u"FinderCM" ? QStringLiteral("10.5") : QStringLiteral("10.6"));
-        } else if (status != u"Missing") {
-            item.insert(kInstallPath, pathWith(type, status, name));
+        if (type == "CoreApp") {
+            const std::string resource = home.write("Quillmark.app/Contents/Resources/" + name + ".resource", "core");
+            setMode(resource, status == "OK" ? 0755 : 0700);
+        } else if (status == "Not Required") {
+            item.insert_or_assign(type == "FinderCM" ? kMaxMacOSXVersion : kMinMacOSXVersion,
+                                  type == "FinderCM" ? "10.5" : "10.6");
+        } else if (status != "Missing") {
+            item.insert_or_assign(kInstallPath, pathWith(type, status, name));
         } else {
-            item.insert(kInstallPath, home.path(QStringLiteral("none/") + name));
+            item.insert_or_assign(kInstallPath, home.path("none/" + name));
         }
         return item;
     }
 
-    QString pathWith(const QString &type, const QString &status, const QString &name) {
-        if (!type.startsWith(u"QMTool")) {
-            const QVariant version =
-                status == u"Invalid" ? QVariant()
-                                     : QVariant(status == u"OK" ? QStringLiteral("1.14.4") : QStringLiteral("1.13.0"));
-            return installBundle(QStringLiteral("bundles/") + name, version);
+    std::string pathWith(const std::string &type, const std::string &status, const std::string &name) {
+        if (!type.starts_with("QMTool")) {
+            const Value version = status == "Invalid" ? Value() : Value(status == "OK" ? "1.14.4" : "1.13.0");
+            return installBundle("bundles/" + name, version);
         }
-        if (status == u"OK") {
-            const QString &path = type == u"QMTool" ? kAdministratorsTool : kSetUserIdTool;
-            platform.tasks.outputs.insert(path, "Limited 1.14.4.1303");
+        if (status == "OK") {
+            const std::string path = type == "QMTool" ? kAdministratorsTool : kSetUserIdTool;
+            platform.tasks.outputs[path] = "Limited 1.14.4.1303";
             return path;
         }
-        return installTool(QStringLiteral("tools/") + name,
-                           status == u"Old Version" ? "Limited 1.13.0.0" : "Limited 1.14.4.1303");
+        return installTool("tools/" + name, status == "Old Version" ? "Limited 1.13.0.0" : "Limited 1.14.4.1303");
     }
 
-    void evaluate(const QVariantList &items) {
+    void evaluate(const List &items) {
         setItems(items);
         manager().updateStatus();
         platform.transcript.clear();
     }
-    QString resource(const QString &file) const { return platform.bundle.resourcePath() + u'/' + file; }
-    static QString tool(const QString &arguments) { return QStringLiteral("run /usr/bin/updateqm ") + arguments; }
+    std::string resource(const std::string &file) const { return platform.bundle.resourcePath() + '/' + file; }
+    static std::string tool(const std::string &arguments) { return "run /usr/bin/updateqm " + arguments; }
 
     /// What the reinstallation of the update tool asks for.
-    QStringList updateToolRequests(const QString &name = QStringLiteral("updateqm")) const {
-        return {QStringLiteral("AuthorizationCreate"),
-                QStringLiteral("AuthorizationCopyRights system.privilege.admin 13"),
-                QStringLiteral("AuthorizationExecuteWithPrivileges %1 repair %2")
-                    .arg(resource(name + QStringLiteral(".resource")), resource(name + QStringLiteral(".sig"))),
-                QStringLiteral("AuthorizationFree")};
+    Lines updateToolRequests(const std::string &name = "updateqm") const {
+        return {"AuthorizationCreate", "AuthorizationCopyRights system.privilege.admin 13",
+                "AuthorizationExecuteWithPrivileges " + resource(name + ".resource") + " repair " +
+                    resource(name + ".sig"),
+                "AuthorizationFree"};
     }
 
-    QStringList requestsOf(const Wanted &wanted, bool hasInstaller = true) {
-        const RequiredItem item = itemWith(wanted, QStringLiteral("item"), hasInstaller);
+    Lines requestsOf(const Wanted &wanted, bool hasInstaller = true) {
+        const RequiredItem item = itemWith(wanted, "item", hasInstaller);
         evaluate({item});
-        EXPECT_EQ(manager().requiredItemsStatusKeys(), QStringList{QString::fromUtf8(wanted.status)});
+        EXPECT_EQ(manager().requiredItemsStatusKeys(), Lines{wanted.status});
         m_isSuccess = manager().runRepairPass();
         return platform.transcript.calls();
     }
@@ -94,33 +94,29 @@ protected:
 };
 
 TEST_F(InstallCheckRepair, TheUpdateToolIsInstalledFirstWhateverItsPlaceAndStatus) {
-    const QVariantList items{itemWith({"QMTool", "Missing"}, QStringLiteral("first")),
-                             itemWith({"QMToolRoot", "Not Required"}, QStringLiteral("updateqm"))};
+    const List items{itemWith({"QMTool", "Missing"}, "first"), itemWith({"QMToolRoot", "Not Required"}, "updateqm")};
     evaluate(items);
     EXPECT_TRUE(manager().runRepairPass());
     EXPECT_EQ(platform.transcript.calls(),
-              updateToolRequests() + QStringList{tool(QStringLiteral("repairother %1 %2")
-                                                          .arg(resource(QStringLiteral("first.resource")),
-                                                               resource(QStringLiteral("first.sig"))))});
+              together({updateToolRequests(),
+                        {tool("repairother " + resource("first.resource") + ' ' + resource("first.sig"))}}));
 }
 
 TEST_F(InstallCheckRepair, EveryItemOfThatNameIsInstalledWhateverItsType) {
-    const QVariantList items{itemWith({"QMTool", "Missing"}, QStringLiteral("updateqm")),
-                             itemWith({"QMToolRoot", "Missing"}, QStringLiteral("updateqm"))};
+    const List items{itemWith({"QMTool", "Missing"}, "updateqm"), itemWith({"QMToolRoot", "Missing"}, "updateqm")};
     evaluate(items);
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls(), updateToolRequests() + updateToolRequests());
+    EXPECT_EQ(platform.transcript.calls(), together({updateToolRequests(), updateToolRequests()}));
 }
 
 TEST_F(InstallCheckRepair, AFailureOfTheUpdateToolIsTheEnd) {
-    evaluate({itemWith({"QMToolRoot", "Missing"}, QStringLiteral("updateqm")),
-              itemWith({"QMTool", "Missing"}, QStringLiteral("other"))});
-    for (qint32 *status : {&platform.authorization.createStatus, &platform.authorization.rightsStatus,
-                           &platform.authorization.executeStatus}) {
+    evaluate({itemWith({"QMToolRoot", "Missing"}, "updateqm"), itemWith({"QMTool", "Missing"}, "other")});
+    for (std::int32_t *status : {&platform.authorization.createStatus, &platform.authorization.rightsStatus,
+                                 &platform.authorization.executeStatus}) {
         *status = kAuthorizationCanceled;
         platform.transcript.clear();
         EXPECT_FALSE(manager().runRepairPass());
-        EXPECT_FALSE(platform.transcript.calls().join(u' ').contains(u"repairother"));
+        EXPECT_THAT(platform.transcript.calls(), Not(Contains(HasSubstr("repairother"))));
         EXPECT_TRUE(platform.clock.sleeps().empty());
         *status = 0;
     }
@@ -130,45 +126,44 @@ TEST_F(InstallCheckRepair, PausesForTwoSecondsAfterTheUpdateToolAndAtTheEnd) {
     evaluate({});
     EXPECT_TRUE(manager().runRepairPass());
     EXPECT_EQ(platform.clock.sleeps(), std::vector<std::chrono::microseconds>(2, std::chrono::seconds(2)));
-    EXPECT_TRUE(platform.transcript.calls().isEmpty());
+    EXPECT_TRUE(platform.transcript.calls().empty());
 }
 
 TEST_F(InstallCheckRepair, TheSecondPauseDoesNotFollowAFailure) {
-    evaluate({itemWith({"Bundle", "Invalid"}, QStringLiteral("a"))});
+    evaluate({itemWith({"Bundle", "Invalid"}, "a")});
     EXPECT_FALSE(manager().runRepairPass());
     EXPECT_EQ(platform.clock.sleeps().size(), 1U);
 }
 
 TEST_F(InstallCheckRepair, AStatusHasItsRequestByTheKindOfTheItem) {
-    const QString payload = resource(QStringLiteral("item.resource"));
-    const QString signature = resource(QStringLiteral("item.sig"));
-    const QString package = resource(QStringLiteral("item.pkg"));
+    const std::string payload = resource("item.resource");
+    const std::string signature = resource("item.sig");
+    const std::string package = resource("item.pkg");
     const struct {
         Wanted wanted;
-        QString request; // null when there is none
-        bool isSuccess;
+        std::optional<std::string> request; // absent when there is none
+        bool isSuccess = false;
     } rows[] = {
-        {{"CoreApp", "OK"}, QString(), true},
-        {{"CoreApp", "Wrong Permissions"}, tool(QStringLiteral("repaircore ") + payload), true},
-        {{"QMTool", "OK"}, QString(), true},
-        {{"QMTool", "Missing"}, tool(QStringLiteral("repairother %1 %2").arg(payload, signature)), true},
-        {{"QMTool", "Old Version"}, tool(QStringLiteral("repairother %1 %2").arg(payload, signature)), true},
-        {{"QMTool", "Wrong Permissions"}, tool(QStringLiteral("repairpermissionsother item")), true},
-        {{"QMToolRoot", "Not Required"}, QString(), true},
-        {{"Bundle", "OK"}, QString(), true},
-        {{"Bundle", "Missing"}, tool(QStringLiteral("repairpackage ") + package), true},
-        {{"Bundle", "Old Version"}, tool(QStringLiteral("repairpackage ") + package), true},
-        {{"Bundle", "Invalid"}, QString(), false}, // deliberate
-        {{"Framework", "OK"}, QString(), true},
-        {{"FinderCM", "OK"}, QString(), true},
-        {{"FinderCM", "Not Required"}, QString(), true},
-        {{"FinderOverlayInsert", "OK"}, QString(), true},
-        {{"FinderOverlayInsert", "Not Required"}, QString(), true},
+        {{"CoreApp", "OK"}, std::nullopt, true},
+        {{"CoreApp", "Wrong Permissions"}, tool("repaircore " + payload), true},
+        {{"QMTool", "OK"}, std::nullopt, true},
+        {{"QMTool", "Missing"}, tool("repairother " + payload + ' ' + signature), true},
+        {{"QMTool", "Old Version"}, tool("repairother " + payload + ' ' + signature), true},
+        {{"QMTool", "Wrong Permissions"}, tool("repairpermissionsother item"), true},
+        {{"QMToolRoot", "Not Required"}, std::nullopt, true},
+        {{"Bundle", "OK"}, std::nullopt, true},
+        {{"Bundle", "Missing"}, tool("repairpackage " + package), true},
+        {{"Bundle", "Old Version"}, tool("repairpackage " + package), true},
+        {{"Bundle", "Invalid"}, std::nullopt, false}, // deliberate
+        {{"Framework", "OK"}, std::nullopt, true},
+        {{"FinderCM", "OK"}, std::nullopt, true},
+        {{"FinderCM", "Not Required"}, std::nullopt, true},
+        {{"FinderOverlayInsert", "OK"}, std::nullopt, true},
+        {{"FinderOverlayInsert", "Not Required"}, std::nullopt, true},
     };
     for (const auto &row : rows) {
-        const QStringList requests = requestsOf(row.wanted);
-        EXPECT_EQ(requests, row.request.isNull() ? QStringList() : QStringList{row.request})
-            << row.wanted.type << ' ' << row.wanted.status;
+        const Lines requests = requestsOf(row.wanted);
+        EXPECT_EQ(requests, row.request ? Lines{*row.request} : Lines()) << row.wanted.type << ' ' << row.wanted.status;
         EXPECT_EQ(m_isSuccess, row.isSuccess) << row.wanted.type << ' ' << row.wanted.status;
     }
 }
@@ -176,70 +171,64 @@ TEST_F(InstallCheckRepair, AStatusHasItsRequestByTheKindOfTheItem) {
 TEST_F(InstallCheckRepair, ArchivesAreInstalledAtTheirPlaces) {
     for (const char *type : {"FinderCM", "FinderOverlayInsert"}) {
         for (const char *status : {"Missing", "Old Version"}) {
-            const QStringList requests = requestsOf({type, status});
-            const QString place = manager().requiredItemsList()[0].toMap().value(kInstallPath).toString();
-            EXPECT_EQ(requests, QStringList{tool(QStringLiteral("repairzipitem %1 %2 %3")
-                                                     .arg(resource(QStringLiteral("item.resource")),
-                                                          resource(QStringLiteral("item.sig")), place))});
+            const Lines requests = requestsOf({type, status});
+            const std::string place = textOf(manager().requiredItemsList()[0].dictionary(), kInstallPath).value();
+            EXPECT_EQ(requests, Lines{tool("repairzipitem " + resource("item.resource") + ' ' + resource("item.sig") +
+                                           ' ' + place)});
         }
     }
 }
 
 TEST_F(InstallCheckRepair, RootToolsAreInstalledAndTheFinderStartsAnew) {
-    const QStringList requests = requestsOf({"QMToolRoot", "Old Version"});
-    ASSERT_FALSE(requests.isEmpty());
-    EXPECT_EQ(requests.first(),
-              tool(QStringLiteral("repairotherroot %1 %2")
-                       .arg(resource(QStringLiteral("item.resource")), resource(QStringLiteral("item.sig")))));
-    EXPECT_EQ(requests.last(), QStringLiteral("launchApplication /System/Library/CoreServices/Finder.app"));
+    const Lines requests = requestsOf({"QMToolRoot", "Old Version"});
+    ASSERT_FALSE(requests.empty());
+    EXPECT_EQ(requests.front(), tool("repairotherroot " + resource("item.resource") + ' ' + resource("item.sig")));
+    EXPECT_EQ(requests.back(), "launchApplication /System/Library/CoreServices/Finder.app");
 }
 
 TEST_F(InstallCheckRepair, WithoutAnInstallerBundlesAndFrameworksAreLeftAsTheyAre) {
-    EXPECT_TRUE(requestsOf({"Bundle", "Missing"}, false).isEmpty());
+    EXPECT_TRUE(requestsOf({"Bundle", "Missing"}, false).empty());
     EXPECT_TRUE(m_isSuccess);
-    EXPECT_TRUE(requestsOf({"Bundle", "Invalid"}, false).isEmpty());
+    EXPECT_TRUE(requestsOf({"Bundle", "Invalid"}, false).empty());
     EXPECT_TRUE(m_isSuccess);
 }
 
 TEST_F(InstallCheckRepair, AnUnexpectedStatusMeansSuccessForSomeKindsAndFailureForOthers) {
     // Deliberate. The items are given by hand, since no evaluation finds them like this.
     evaluate({});
-    const RequiredItem unknown = itemOf({{kName, QStringLiteral("x")}});
+    const RequiredItem unknown = itemOf({{kName, "x"}});
     EXPECT_TRUE(manager().repairCoreApp(unknown));
     EXPECT_TRUE(manager().repairZIPArchiveItem(unknown));
     EXPECT_FALSE(manager().repairQMTool(unknown));
     EXPECT_FALSE(manager().repairQMToolRoot(unknown));
     EXPECT_FALSE(manager().repairFramework(unknown));
     EXPECT_FALSE(manager().repairBundle(unknown));
-    EXPECT_TRUE(platform.transcript.calls().isEmpty());
+    EXPECT_TRUE(platform.transcript.calls().empty());
 }
 
 TEST_F(InstallCheckRepair, TheFirstFailureLeavesTheLaterItemsAsTheyAre) {
-    evaluate({itemWith({"QMTool", "Missing"}, QStringLiteral("a")),
-              itemWith({"QMTool", "Missing"}, QStringLiteral("b")),
-              itemWith({"QMTool", "Missing"}, QStringLiteral("c"))});
-    platform.transcript.failAt(QStringLiteral("run"), 2);
+    evaluate({itemWith({"QMTool", "Missing"}, "a"), itemWith({"QMTool", "Missing"}, "b"),
+              itemWith({"QMTool", "Missing"}, "c")});
+    platform.transcript.failAt("run", 2);
     EXPECT_FALSE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls().size(), 2);
+    EXPECT_EQ(platform.transcript.calls().size(), 2U);
 }
 
 TEST_F(InstallCheckRepair, TheItemWhoseRepairFailedIsNamedInTheLog) {
-    evaluate({itemWith({"QMToolRoot", "Missing"}, QStringLiteral("updateqm")),
-              itemWith({"Bundle", "Invalid"}, QStringLiteral("a"))});
+    evaluate({itemWith({"QMToolRoot", "Missing"}, "updateqm"), itemWith({"Bundle", "Invalid"}, "a")});
     startLog(kLogLevelError);
     EXPECT_FALSE(manager().runRepairPass());
     platform.authorization.createStatus = kAuthorizationDenied;
     EXPECT_FALSE(manager().runRepairPass());
-    EXPECT_EQ(log(), listOf({"ERR \"a\" could not be repaired", "ERR \"updateqm\" could not be repaired"}));
+    EXPECT_EQ(log(), (Lines{"ERR \"a\" could not be repaired", "ERR \"updateqm\" could not be repaired"}));
 }
 
 TEST_F(InstallCheckRepair, AnOldSystemOnIntelIsMendedAfterTheItemsAlsoWhenTheyNeedNothing) {
     platform.systemInfo.version = {10, 5, 8};
     evaluate({});
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls(), QStringList{tool(QStringLiteral("repairintel10_5 %1 %2")
-                                                                .arg(resource(QStringLiteral("Fixes10_5.zip")),
-                                                                     resource(QStringLiteral("Fixes10_5.plist"))))});
+    EXPECT_EQ(platform.transcript.calls(),
+              Lines{tool("repairintel10_5 " + resource("Fixes10_5.zip") + ' ' + resource("Fixes10_5.plist"))});
     platform.tasks.usualStatus = 1;
     EXPECT_FALSE(manager().runRepairPass());
     platform.systemInfo.intel = false;
@@ -247,103 +236,97 @@ TEST_F(InstallCheckRepair, AnOldSystemOnIntelIsMendedAfterTheItemsAlsoWhenTheyNe
 }
 
 TEST_F(InstallCheckRepair, ItemsThatAreEqualHaveTheStatusOfTheFirst) {
-    const RequiredItem item = itemWith({"QMTool", "Missing"}, QStringLiteral("twin"));
+    const RequiredItem item = itemWith({"QMTool", "Missing"}, "twin");
     evaluate({item, item});
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls().size(), 2);
+    EXPECT_EQ(platform.transcript.calls().size(), 2U);
 }
 
 TEST_F(InstallCheckRepair, EachStepIsToldBeforeItIsTaken) {
-    evaluate({itemWith({"QMTool", "Missing"}, QStringLiteral("a")),
-              itemWith({"QMToolRoot", "OK"}, QStringLiteral("updateqm"))});
-    QStringList steps;
-    EXPECT_TRUE(manager().runRepairPass([&](const QString &name, const QString &step) {
-        steps << QStringLiteral("%1: %2 (%3)").arg(name, step).arg(platform.transcript.calls().size());
+    evaluate({itemWith({"QMTool", "Missing"}, "a"), itemWith({"QMToolRoot", "OK"}, "updateqm")});
+    Lines steps;
+    EXPECT_TRUE(manager().runRepairPass([&](const std::string &name, const std::string &step) {
+        steps.push_back(name + ": " + step + " (" + std::to_string(platform.transcript.calls().size()) + ')');
     }));
-    EXPECT_EQ(steps, listOf({"updateqm: installing the update tool (0)", "a: repairing what is \"Missing\" (4)"}));
+    EXPECT_EQ(steps, (Lines{"updateqm: installing the update tool (0)", "a: repairing what is \"Missing\" (4)"}));
 }
 
 /// The requests of one pass, written down step by step as the rules have them.
 class Reference : public InstallCheckRepair {
 protected:
     struct Entry {
-        QString type;
-        QString status;
-        QString name;
+        std::string type;
+        std::string status;
+        std::string name;
         bool hasInstaller;
-        QString installPath;
+        std::string installPath;
     };
 
-    bool request(const QString &arguments) {
-        expected << tool(arguments);
+    bool request(const std::string &arguments) {
+        expected.push_back(tool(arguments));
         return ++runs != failingRun;
     }
-    QString file(const Entry &entry, const char *suffix) const {
-        return resource(entry.name + QString::fromUtf8(suffix));
-    }
+    std::string file(const Entry &entry, const char *suffix) const { return resource(entry.name + suffix); }
 
     bool repair(const Entry &entry) {
-        const bool isMissingOrOld = entry.status == u"Missing" || entry.status == u"Old Version";
-        const QString both = file(entry, ".resource") + u' ' + file(entry, ".sig");
-        if (entry.type == u"CoreApp") {
-            return entry.status != u"Wrong Permissions" ||
-                   request(QStringLiteral("repaircore ") + file(entry, ".resource"));
+        const bool isMissingOrOld = entry.status == "Missing" || entry.status == "Old Version";
+        const std::string both = file(entry, ".resource") + ' ' + file(entry, ".sig");
+        if (entry.type == "CoreApp") {
+            return entry.status != "Wrong Permissions" || request("repaircore " + file(entry, ".resource"));
         }
-        if (entry.type == u"QMTool") {
+        if (entry.type == "QMTool") {
             if (isMissingOrOld) {
-                return request(QStringLiteral("repairother ") + both);
+                return request("repairother " + both);
             }
-            return entry.status == u"Wrong Permissions" &&
-                   request(QStringLiteral("repairpermissionsother ") + entry.name);
+            return entry.status == "Wrong Permissions" && request("repairpermissionsother " + entry.name);
         }
-        if (entry.type == u"QMToolRoot") {
+        if (entry.type == "QMToolRoot") {
             if (isMissingOrOld) {
-                if (!request(QStringLiteral("repairotherroot ") + both)) {
+                if (!request("repairotherroot " + both)) {
                     return false;
                 }
-                expected << QStringLiteral("launchedApplications")
-                         << QStringLiteral("launchApplication /System/Library/CoreServices/Finder.app");
+                expected.emplace_back("launchedApplications");
+                expected.emplace_back("launchApplication /System/Library/CoreServices/Finder.app");
                 return true;
             }
-            return entry.status == u"Wrong Permissions" &&
-                   request(QStringLiteral("repairpermissionsotherroot ") + entry.name);
+            return entry.status == "Wrong Permissions" && request("repairpermissionsotherroot " + entry.name);
         }
-        if (entry.type == u"Framework" || entry.type == u"Bundle") {
-            return isMissingOrOld && request(QStringLiteral("repairpackage ") + file(entry, ".pkg"));
+        if (entry.type == "Framework" || entry.type == "Bundle") {
+            return isMissingOrOld && request("repairpackage " + file(entry, ".pkg"));
         }
-        return !isMissingOrOld || request(QStringLiteral("repairzipitem %1 %2").arg(both, entry.installPath));
+        return !isMissingOrOld || request("repairzipitem " + both + ' ' + entry.installPath);
     }
 
     bool isTreated(const Entry &entry) const {
-        if (entry.type == u"Unknown") {
+        if (entry.type == "Unknown") {
             return false;
         }
-        if (entry.type == u"CoreApp") {
-            return entry.status != u"OK";
+        if (entry.type == "CoreApp") {
+            return entry.status != "OK";
         }
-        if (entry.type == u"QMTool") {
-            return entry.name != u"updateqm" && entry.status != u"OK";
+        if (entry.type == "QMTool") {
+            return entry.name != "updateqm" && entry.status != "OK";
         }
-        if (entry.status == u"OK" || entry.status == u"Not Required") {
+        if (entry.status == "OK" || entry.status == "Not Required") {
             return false;
         }
-        if (entry.type == u"QMToolRoot") {
-            return entry.name != u"updateqm";
+        if (entry.type == "QMToolRoot") {
+            return entry.name != "updateqm";
         }
-        return (entry.type != u"Framework" && entry.type != u"Bundle") || entry.hasInstaller;
+        return (entry.type != "Framework" && entry.type != "Bundle") || entry.hasInstaller;
     }
 
     bool pass(const std::vector<Entry> &entries) {
         for (const Entry &entry : entries) {
-            if (entry.name == u"updateqm") {
-                expected += updateToolRequests();
+            if (entry.name == "updateqm") {
+                expected = together({expected, updateToolRequests()});
             }
         }
         return std::all_of(entries.begin(), entries.end(),
                            [this](const Entry &entry) { return !isTreated(entry) || repair(entry); });
     }
 
-    QStringList expected;
+    Lines expected;
     int runs = 0;
     int failingRun = 0;
 };
@@ -375,27 +358,26 @@ TEST_F(Reference, GivesTheSameRequestsForManyCatalogues) {
     const auto below = [&random](size_t limit) { return std::uniform_int_distribution<size_t>(0, limit - 1)(random); };
     for (int round = 0; round < 400; ++round) {
         std::vector<Entry> entries;
-        QVariantList items;
+        List items;
         const size_t count = below(7);
         for (size_t index = 0; index < count; ++index) {
             const Wanted &wanted = kKinds[below(std::size(kKinds))];
-            const bool isTool = QString::fromUtf8(wanted.type).startsWith(u"QMTool");
-            const QString name =
-                isTool && below(4) == 0 ? QStringLiteral("updateqm") : QStringLiteral("r%1i%2").arg(round).arg(index);
+            const bool isTool = std::string_view(wanted.type).starts_with("QMTool");
+            const std::string name =
+                isTool && below(4) == 0 ? "updateqm" : 'r' + std::to_string(round) + 'i' + std::to_string(index);
             const bool hasInstaller = below(3) != 0;
             const RequiredItem item = itemWith(wanted, name, hasInstaller);
-            items << item;
-            entries.push_back(
-                {QString::fromUtf8(wanted.type), QString(), name, hasInstaller, item.value(kInstallPath).toString()});
+            items.push_back(item);
+            entries.push_back({wanted.type, {}, name, hasInstaller, textOf(item, kInstallPath).value_or("")});
         }
         evaluate(items);
         for (size_t index = 0; index < count; ++index) { // tools of one name share their file
-            entries[index].status = manager().requiredItemsStatusKeys()[static_cast<qsizetype>(index)];
+            entries[index].status = manager().requiredItemsStatusKeys()[index];
         }
         expected.clear();
         runs = 0;
         failingRun = static_cast<int>(below(6)); // 0 lets none fail
-        platform.transcript.failAt(QStringLiteral("run"), failingRun);
+        platform.transcript.failAt("run", failingRun);
         const bool isExpectedToSucceed = pass(entries);
         EXPECT_EQ(manager().runRepairPass(), isExpectedToSucceed) << "round " << round;
         ASSERT_EQ(platform.transcript.calls(), expected) << "round " << round;

@@ -7,31 +7,28 @@
 namespace quillmark {
 namespace {
 
-using test::listOf;
+using test::Lines;
 
 class InstallCheckVersion : public test::InstallCheckFixture {
 protected:
     InstallCheckVersion() { setItems({}); }
 
     /// The application's own version, as the log tells it.
-    const QString own = versionOfThisAppAsString(true);
+    const std::string own = versionOfThisAppAsString(true);
 
-    bool toolNeedsUpdate(const QByteArray &output) {
-        return manager().doesToolNeedUpdate(itemOf("QMTool", "x", installTool(QStringLiteral("tool"), output)));
+    bool toolNeedsUpdate(const std::string &output) {
+        return manager().doesToolNeedUpdate(itemOf("QMTool", "x", installTool("tool", output)));
     }
-    bool bundleNeedsUpdate(const QVariant &version) {
-        return manager().doesBundleNeedUpdate(
-            itemOf("FinderCM", "x", installBundle(QStringLiteral("A.plugin"), version)));
+    bool bundleNeedsUpdate(const Value &version) {
+        return manager().doesBundleNeedUpdate(itemOf("FinderCM", "x", installBundle("A.plugin", version)));
     }
     static bool isSatisfied(const char *required, const ComponentVersion &installed) {
-        return InstallCheckManager::checkFrameworkVersion(itemOf({{kVersion, QString::fromUtf8(required)}}), installed);
+        return InstallCheckManager::checkFrameworkVersion(itemOf({{kVersion, required}}), installed);
     }
 };
 
 TEST_F(InstallCheckVersion, ThreeNumbersAreReadBetweenTwoDots) {
-    const auto parsed = [](const char *text) {
-        return InstallCheckManager::parseVersionString(QString::fromUtf8(text));
-    };
+    const auto parsed = [](const char *text) { return InstallCheckManager::parseVersionString(text); };
     EXPECT_EQ(parsed("1.2.3"), (ComponentVersion{1, 2, 3}));
     EXPECT_EQ(parsed("1.x.3"), (ComponentVersion{1, 0, 3}));
     EXPECT_EQ(parsed(" 1.-2.+3b"), (ComponentVersion{1, -2, 3}));
@@ -59,9 +56,9 @@ TEST_F(InstallCheckVersion, ARequiredVersionThatCannotBeReadIsNeverSatisfied) {
     }
     EXPECT_FALSE(InstallCheckManager::checkFrameworkVersion({}, {9, 9, 9}));
     EXPECT_EQ(log(),
-              listOf({"dtl Failed to parse version string \"\"", "dtl Failed to parse version string \"2.0\"",
-                      "dtl Failed to parse version string \"2.0.0.0\"", "dtl Failed to parse version string \"new\"",
-                      "dtl Failed to parse version string \"(null)\""}));
+              (Lines{"dtl Failed to parse version string \"\"", "dtl Failed to parse version string \"2.0\"",
+                     "dtl Failed to parse version string \"2.0.0.0\"", "dtl Failed to parse version string \"new\"",
+                     "dtl Failed to parse version string \"(null)\""}));
 }
 
 TEST_F(InstallCheckVersion, TheLogTellsHowTheRequiredVersionWasRead) {
@@ -70,37 +67,35 @@ TEST_F(InstallCheckVersion, TheLogTellsHowTheRequiredVersionWasRead) {
     isSatisfied("-2.0.1", {2, 0, 0});
     EXPECT_EQ(
         log(),
-        listOf({"dtl Found framework version string \"2.x.1b\" parsed as 2.0.1", "dtl Found framework out-of-date",
-                "dtl Found framework version string \"-2.0.1\" parsed as -2.0.1", "dtl Found framework up-to-date"}));
+        (Lines{"dtl Found framework version string \"2.x.1b\" parsed as 2.0.1", "dtl Found framework out-of-date",
+               "dtl Found framework version string \"-2.0.1\" parsed as -2.0.1", "dtl Found framework up-to-date"}));
 }
 
 TEST_F(InstallCheckVersion, AnInstalledBundleTellsItsShortVersion) {
-    const auto version = [this](const QVariant &text) {
-        return manager().getBundleVersion(itemOf("Bundle", "x", installBundle(QStringLiteral("A.fs"), text)));
+    const auto version = [this](const Value &text) {
+        return manager().getBundleVersion(itemOf("Bundle", "x", installBundle("A.fs", text)));
     };
-    EXPECT_EQ(version(QStringLiteral("2.0.1")), (ComponentVersion{2, 0, 1}));
-    EXPECT_FALSE(version(QStringLiteral("2.0")));
-    EXPECT_FALSE(version(QStringLiteral("")));
-    EXPECT_FALSE(version(QVariant()));
+    EXPECT_EQ(version("2.0.1"), (ComponentVersion{2, 0, 1}));
+    EXPECT_FALSE(version("2.0"));
+    EXPECT_FALSE(version(""));
+    EXPECT_FALSE(version(Value()));
     EXPECT_FALSE(version(2.0));
-    EXPECT_FALSE(manager().getBundleVersion(itemOf("Bundle", "x", home.path(QStringLiteral("none")))));
+    EXPECT_FALSE(manager().getBundleVersion(itemOf("Bundle", "x", home.path("none"))));
     EXPECT_FALSE(manager().getBundleVersion({}));
 }
 
 TEST_F(InstallCheckVersion, AnInstalledFrameworkTellsThatOfItsCurrentVersion) {
-    const RequiredItem item = itemOf("Framework", "x", home.path(QStringLiteral("A.framework")));
+    const RequiredItem item = itemOf("Framework", "x", home.path("A.framework"));
     EXPECT_FALSE(manager().getFrameworkVersion(item));
-    writeList(QStringLiteral("A.framework/Versions/Current/Resources/Info.plist"),
-              QVariantMap{{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("2.10.9")}});
+    writeList("A.framework/Versions/Current/Resources/Info.plist",
+              Dictionary{{"CFBundleShortVersionString", "2.10.9"}});
     EXPECT_EQ(manager().getFrameworkVersion(item), (ComponentVersion{2, 10, 9}));
     EXPECT_FALSE(manager().getFrameworkVersion({}));
 }
 
 TEST_F(InstallCheckVersion, FourNumbersAreReadFromAVersionWithItsBuild) {
-    EXPECT_EQ(InstallCheckManager::getVersionFromString(QStringLiteral("1.14.4 (1303)")),
-              (MicrosoftStyleVersion{1, 14, 4, 1303}));
-    EXPECT_EQ(InstallCheckManager::getVersionFromString(QStringLiteral("version 5")),
-              (MicrosoftStyleVersion{5, 0, 0, 0}));
+    EXPECT_EQ(InstallCheckManager::getVersionFromString("1.14.4 (1303)"), (MicrosoftStyleVersion{1, 14, 4, 1303}));
+    EXPECT_EQ(InstallCheckManager::getVersionFromString("version 5"), (MicrosoftStyleVersion{5, 0, 0, 0}));
     EXPECT_EQ(InstallCheckManager::getMacClientVersionAsString(), own);
     EXPECT_EQ(InstallCheckManager::getMacClientVersion(), InstallCheckManager::getVersionFromString(own));
     EXPECT_EQ(InstallCheckManager::getMacClientVersion().minor, 14U);
@@ -141,9 +136,8 @@ TEST_F(InstallCheckVersion, TheLogTellsWhichToolNeedsToUpdateFromWhatToWhat) {
     startLog();
     toolNeedsUpdate("Tool (C) Someone Limited 1.13.0 (9)\nUsage: none\n");
     toolNeedsUpdate("Tool (C) Someone Limited 1.14.0 (9)\nUsage: none\n");
-    EXPECT_EQ(log(),
-              QStringList({QStringLiteral("vrb \"~/tool\" needs to update from 1.13.0 (9)\\nUsage: none\\n to ") + own,
-                           QStringLiteral("vrb \"~/tool\" does not need to update from 1.14.0 (9)\\nUsage: none\\n")}));
+    EXPECT_EQ(log(), (Lines{"vrb \"~/tool\" needs to update from 1.13.0 (9)\\nUsage: none\\n to " + own,
+                            "vrb \"~/tool\" does not need to update from 1.14.0 (9)\\nUsage: none\\n"}));
 }
 
 TEST_F(InstallCheckVersion, TheLogTellsAVersionThatCannotBeRead) {
@@ -151,11 +145,11 @@ TEST_F(InstallCheckVersion, TheLogTellsAVersionThatCannotBeRead) {
     toolNeedsUpdate("");
     toolNeedsUpdate("some words here");
     toolNeedsUpdate("\xff");
-    const QString to = QStringLiteral(" to ") + own;
-    EXPECT_EQ(log(), QStringList({QStringLiteral("vrb \"~/tool\" needs to update from ") + to,
-                                  QStringLiteral("ERR Failed to extract version from string \"some words here\""),
-                                  QStringLiteral("vrb \"~/tool\" needs to update from some words here") + to,
-                                  QStringLiteral("vrb \"~/tool\" needs to update from (null)") + to}));
+    const std::string to = " to " + own;
+    EXPECT_EQ(log(), (Lines{"vrb \"~/tool\" needs to update from " + to,
+                            "ERR Failed to extract version from string \"some words here\"",
+                            "vrb \"~/tool\" needs to update from some words here" + to,
+                            "vrb \"~/tool\" needs to update from (null)" + to}));
 }
 
 TEST_F(InstallCheckVersion, AToolThatCannotBeStartedRaisesTheLaunchException) {
@@ -164,43 +158,42 @@ TEST_F(InstallCheckVersion, AToolThatCannotBeStartedRaisesTheLaunchException) {
         toolNeedsUpdate("Limited 1.14.0.0");
         ADD_FAILURE() << "nothing was raised";
     } catch (const Exception &exception) {
-        EXPECT_EQ(exception.name(), QStringLiteral("NSInvalidArgumentException"));
-        EXPECT_EQ(exception.reason(), QStringLiteral("launch path not accessible"));
+        EXPECT_EQ(exception.name(), "NSInvalidArgumentException");
+        EXPECT_EQ(exception.reason(), "launch path not accessible");
     }
 }
 
 TEST_F(InstallCheckVersion, AnInstalledBundleIsOldByItsMajorAndMinorNumberAlone) {
     for (const char *version : {"1.13.9", "0.99.0", "-1.14.0", "x.y.z"}) {
-        EXPECT_TRUE(bundleNeedsUpdate(QString::fromUtf8(version))) << version;
+        EXPECT_TRUE(bundleNeedsUpdate(version)) << version;
     }
     for (const char *version : {"1.14.0", "1.15.0", "2.0.0", "1.14.x"}) {
-        EXPECT_FALSE(bundleNeedsUpdate(QString::fromUtf8(version))) << version;
+        EXPECT_FALSE(bundleNeedsUpdate(version)) << version;
     }
 }
 
 TEST_F(InstallCheckVersion, AnInstalledBundleWithoutAVersionNeedsAnUpdateWithoutAWord) {
     startLog();
-    for (const QVariant &version : {QVariant(), QVariant(QStringLiteral("")), QVariant(QStringLiteral("2.0")),
-                                    QVariant(QStringLiteral("2.0.0.0")), QVariant(2.0)}) {
+    for (const Value &version : {Value(), Value(""), Value("2.0"), Value("2.0.0.0"), Value(2.0)}) {
         EXPECT_TRUE(bundleNeedsUpdate(version));
     }
-    EXPECT_TRUE(manager().doesBundleNeedUpdate(itemOf("FinderCM", "x", home.path(QStringLiteral("none")))));
+    EXPECT_TRUE(manager().doesBundleNeedUpdate(itemOf("FinderCM", "x", home.path("none"))));
     EXPECT_TRUE(manager().doesBundleNeedUpdate({}));
-    EXPECT_TRUE(log().isEmpty());
+    EXPECT_TRUE(log().empty());
 }
 
 TEST_F(InstallCheckVersion, TheLogTellsWhichBundleNeedsToUpdateFromWhatToWhat) {
     startLog();
-    bundleNeedsUpdate(QStringLiteral("1.13.9"));
-    bundleNeedsUpdate(QStringLiteral("1.14.0"));
-    EXPECT_EQ(log(), QStringList({QStringLiteral("vrb \"~/A.plugin\" needs to update from 1.13.9 to ") + own,
-                                  QStringLiteral("vrb \"~/A.plugin\" does not need to update from 1.14.0")}));
+    bundleNeedsUpdate("1.13.9");
+    bundleNeedsUpdate("1.14.0");
+    EXPECT_EQ(log(), (Lines{"vrb \"~/A.plugin\" needs to update from 1.13.9 to " + own,
+                            "vrb \"~/A.plugin\" does not need to update from 1.14.0"}));
 }
 
 TEST_F(InstallCheckVersion, TheSystemsVersionIsWrittenUpToTheFirstNumberThatCannotBeRead) {
-    qint32 major = -1;
-    qint32 minor = -2;
-    qint32 bugfix = -3;
+    std::int32_t major = -1;
+    std::int32_t minor = -2;
+    std::int32_t bugfix = -3;
     EXPECT_TRUE(manager().getMacOSXVersion(major, minor, bugfix));
     EXPECT_EQ((std::array{major, minor, bugfix}), (std::array{10, 6, 8}));
 
@@ -238,19 +231,18 @@ constexpr SystemRow kSystems[] = {
 class SystemLimits : public test::InstallCheckFixture, public testing::WithParamInterface<SystemRow> {
 protected:
     struct Limit {
-        QVariant value;
+        std::optional<std::string> text;
         size_t column;
     };
-    static QList<Limit> limits() {
-        QList<Limit> list = {
-            {QVariant(), 0}, {QStringLiteral("10.4"), 1}, {QStringLiteral("10.5"), 2}, {QStringLiteral("10.6"), 3}};
+    static std::vector<Limit> limits() {
+        std::vector<Limit> list = {{std::nullopt, 0}, {"10.4", 1}, {"10.5", 2}, {"10.6", 3}};
         for (const char *other : {"", "10.3", "10.7", "10.40", "10.5 ", " 10.5", "10.5.0", "10", "11", "26", "any"}) {
-            list.append({QString::fromUtf8(other), 4});
+            list.push_back({other, 4});
         }
         return list;
     }
-    static RequiredItem itemWith(Key key, const QVariant &limit) {
-        return limit.isValid() ? itemOf({{key, limit}}) : RequiredItem();
+    static RequiredItem itemWith(Key key, const std::optional<std::string> &limit) {
+        return limit ? itemOf({{key, *limit}}) : RequiredItem();
     }
 };
 
@@ -258,16 +250,18 @@ TEST_P(SystemLimits, DecideWhichItemsAreRequired) {
     platform.systemInfo.version = GetParam().system;
     for (const auto &[limit, column] : limits()) {
         EXPECT_EQ(manager().checkMinMacOSXVersion(itemWith(kMinMacOSXVersion, limit)), GetParam().lowest[column] == 'y')
-            << "lowest " << qPrintable(limit.toString());
+            << "lowest " << limit.value_or("absent");
         EXPECT_EQ(manager().checkMaxMacOSXVersion(itemWith(kMaxMacOSXVersion, limit)),
                   GetParam().highest[column] == 'y')
-            << "highest " << qPrintable(limit.toString());
+            << "highest " << limit.value_or("absent");
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(OfSystems, SystemLimits, testing::ValuesIn(kSystems), [](const auto &suite) {
-    QString name = QString::fromUtf8(suite.param.name);
-    return name.replace(u'.', u'_').replace(u'?', QStringLiteral("unreadable")).toStdString();
+    std::string name = suite.param.name;
+    replaceAll(name, ".", "_");
+    replaceAll(name, "?", "unreadable");
+    return name;
 });
 
 TEST_F(InstallCheckVersion, TheFixesForIntelAreRequiredOn105WithAnIntelProcessorAlone) {

@@ -2,22 +2,28 @@
 #include "support/InstallCheckFixture.h"
 #include "utils/Exception.h"
 
+#include <filesystem>
+#include <gmock/gmock.h>
 #include <thread>
 
 namespace quillmark {
 namespace {
 
 using Outlet = CheckWindowView::Outlet;
-using test::listOf;
+using test::Lines;
+using test::linesFrom;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
 
 /// Ends the launcher, as the real one does, when it is to start the core.
 class FakeDelegate final : public ApplicationDelegate {
 public:
     explicit FakeDelegate(test::Transcript &transcript) : m_transcript(transcript) {}
-    qint32 brandId() const override { return 15; }
+    std::int32_t brandId() const override { return 15; }
     bool endsTheProcess = true;
     void launchCore() override {
-        m_transcript.record(QStringLiteral("launchCore"));
+        m_transcript.record("launchCore");
         if (endsTheProcess) {
             throw test::Terminated();
         }
@@ -32,35 +38,36 @@ class InstallCheckWindow : public test::InstallCheckFixture {
 protected:
     InstallCheckWindow() {
         platform.tasks.usualStatus = 0;
-        platform.bundle.resources << QStringLiteral("InstallCheck.ui") << QStringLiteral("logo-1.bmp");
+        platform.bundle.resources = {"InstallCheck.ui", "logo-1.bmp"};
         for (const auto &[key, text] : {std::pair("QuillmarkLauncher_RepairInfo", "info;"),
                                         {"QuillmarkLauncher_Components", "components;"},
                                         {"QuillmarkLauncher_FileSystem", "file system;"},
                                         {"QuillmarkLauncher_Helpers", "helpers;"},
                                         {"RepairFailed", "50%% failed"}}) {
-            platform.bundle.strings.insert(QString::fromUtf8(key), QString::fromUtf8(text));
+            platform.bundle.strings[key] = text;
         }
     }
 
     RequiredItem missing(const char *type, const char *name) const {
-        return itemOf(type, name, home.path(QStringLiteral("none")), {{kInstaller, QStringLiteral("x.pkg")}});
+        return itemOf(type, name, home.path("none"), {{kInstaller, "x.pkg"}});
     }
     /// Shows the window over those items.
-    void show(const QVariantList &items) {
+    void show(const List &items) {
         setItems(items);
         manager().setDelegate(&delegate);
         EXPECT_FALSE(manager().checkForRequiredItems());
         platform.transcript.clear();
     }
-    QString explanationFor(const QVariantList &items) {
+    std::string explanationFor(const List &items) {
         show(items);
-        return window.texts.value(Outlet::Explanation);
+        return window.texts.at(Outlet::Explanation);
     }
     /// What was asked of the window and of the application, without what the repair asked for.
-    QStringList calls() const {
-        QStringList list = platform.transcript.calls();
-        list.removeIf(
-            [](const QString &call) { return call.startsWith(u"run ") || call.startsWith(u"Authorization"); });
+    Lines calls() const {
+        Lines list = platform.transcript.calls();
+        std::erase_if(list, [](const std::string &call) {
+            return call.starts_with("run ") || call.starts_with("Authorization");
+        });
         return list;
     }
     void runRepairThread() {
@@ -78,38 +85,37 @@ TEST_F(InstallCheckWindow, IsNotLoadedWhenAllIsInOrder) {
     setItems({});
     EXPECT_TRUE(manager().checkForRequiredItems());
     EXPECT_FALSE(manager().hasWindow());
-    EXPECT_TRUE(platform.transcript.calls().isEmpty());
+    EXPECT_TRUE(platform.transcript.calls().empty());
 }
 
 TEST_F(InstallCheckWindow, GetsItsTextsInOrderAndComesToTheFront) {
-    platform.images.pictures.insert(platform.bundle.resourcePath() + QStringLiteral("/logo-1.bmp"),
-                                    Image{{}, 1, 1, "abcd"});
+    platform.images.pictures[platform.bundle.resourcePath() + "/logo-1.bmp"] = Image{{}, 1, 1, "abcd"};
     setItems({missing("QMTool", "a")});
     EXPECT_FALSE(manager().checkForRequiredItems());
     EXPECT_EQ(calls(),
-              listOf({"load InstallCheck.ui", "setText header", "useWelcomeBranding", "setHeaderLogo logo-1.bmp",
-                      "setText install", "setText don't install", "setText window", "setText progress",
-                      "setText details", "setText list", "setText name column", "setText status column",
-                      "makeInstallButtonDefault", "setText explanation", "setFaults", "bringToFront"}));
-    EXPECT_EQ(window.texts.value(Outlet::Header), QStringLiteral("Installing Quillmark"));
-    EXPECT_EQ(window.texts.value(Outlet::Window), QStringLiteral("Quillmark"));
-    EXPECT_EQ(window.texts.value(Outlet::InstallButton), QStringLiteral("Continue"));
-    EXPECT_EQ(window.texts.value(Outlet::DontInstallButton), QStringLiteral("QuillmarkLauncher_DontInstall"));
-    EXPECT_EQ(window.texts.value(Outlet::Progress), QStringLiteral("QuillmarkLauncher_Installing"));
+              (Lines{"load InstallCheck.ui", "setText header", "useWelcomeBranding", "setHeaderLogo logo-1.bmp",
+                     "setText install", "setText don't install", "setText window", "setText progress",
+                     "setText details", "setText list", "setText name column", "setText status column",
+                     "makeInstallButtonDefault", "setText explanation", "setFaults", "bringToFront"}));
+    EXPECT_EQ(window.texts.at(Outlet::Header), "Installing Quillmark");
+    EXPECT_EQ(window.texts.at(Outlet::Window), "Quillmark");
+    EXPECT_EQ(window.texts.at(Outlet::InstallButton), "Continue");
+    EXPECT_EQ(window.texts.at(Outlet::DontInstallButton), "QuillmarkLauncher_DontInstall");
+    EXPECT_EQ(window.texts.at(Outlet::Progress), "QuillmarkLauncher_Installing");
 }
 
 TEST_F(InstallCheckWindow, WithoutAnyLogoIsShownAllTheSameAndNothingIsSaid) {
     setItems({missing("QMTool", "a")});
     startLog(kLogLevelError);
     EXPECT_FALSE(manager().checkForRequiredItems());
-    EXPECT_EQ(calls().last(), QStringLiteral("bringToFront"));
-    EXPECT_EQ(log(), QStringList());
+    EXPECT_EQ(calls().back(), "bringToFront");
+    EXPECT_EQ(log(), Lines());
 }
 
 TEST_F(InstallCheckWindow, IsLoadedOnce) {
     show({missing("QMTool", "a")});
     EXPECT_FALSE(manager().checkForRequiredItems());
-    EXPECT_EQ(calls(), listOf({"setText explanation", "setFaults", "bringToFront"}));
+    EXPECT_EQ(calls(), (Lines{"setText explanation", "setFaults", "bringToFront"}));
 }
 
 TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
@@ -118,20 +124,20 @@ TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
     manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
     EXPECT_NE(caller, std::this_thread::get_id());
     EXPECT_TRUE(manager().hasWindow());
-    EXPECT_EQ(calls().mid(0, 2), listOf({"prepare", "load InstallCheck.ui"}));
-    EXPECT_FALSE(calls().contains(u"bringToFront"));
+    EXPECT_EQ(linesFrom(calls(), 0, 2), (Lines{"prepare", "load InstallCheck.ui"}));
+    EXPECT_THAT(calls(), Not(Contains("bringToFront")));
 
     platform.transcript.clear();
     EXPECT_FALSE(manager().checkForRequiredItems());
-    EXPECT_EQ(calls(), listOf({"setText explanation", "setFaults", "bringToFront"}));
+    EXPECT_EQ(calls(), (Lines{"setText explanation", "setFaults", "bringToFront"}));
 }
 
 TEST_F(InstallCheckWindow, IsNotLoadedBesideACallWhenNoComponentIsMissing) {
-    setItems({itemOf("QMTool", "a", installTool(QStringLiteral("tool"), ""))}); // which has a wrong owner
+    setItems({itemOf("QMTool", "a", installTool("tool", ""))}); // which has a wrong owner
     std::thread::id caller;
     manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
     EXPECT_EQ(caller, std::this_thread::get_id());
-    EXPECT_TRUE(calls().isEmpty());
+    EXPECT_TRUE(calls().empty());
 }
 
 TEST_F(InstallCheckWindow, LetsWhatTheCallBesideItRaisesThrough) {
@@ -146,7 +152,7 @@ TEST_F(InstallCheckWindow, ThatCannotBeShownIsTriedOnceAndBreaksNothing) {
     EXPECT_FALSE(manager().checkForRequiredItems());
     EXPECT_FALSE(manager().checkForRequiredItems());
     EXPECT_FALSE(manager().hasWindow());
-    EXPECT_EQ(calls(), listOf({"load InstallCheck.ui"}));
+    EXPECT_EQ(calls(), Lines{"load InstallCheck.ui"});
 }
 
 TEST_F(InstallCheckWindow, ThatCannotBeShownLeavesEveryOperationWithoutEffectOnIt) {
@@ -157,29 +163,29 @@ TEST_F(InstallCheckWindow, ThatCannotBeShownLeavesEveryOperationWithoutEffectOnI
     manager().repairFailed();
     manager().runQuillmark();
     manager().bringWindowBackToFront();
-    EXPECT_EQ(calls(), QStringList());
-    EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair"}));
+    EXPECT_EQ(calls(), Lines());
+    EXPECT_EQ(platform.mainThread.threadNames, Lines{"repair"});
 }
 
 TEST_F(InstallCheckWindow, WithoutAWindowTheCoreIsStartedWhenAllIsInOrder) {
     setItems({});
     manager().setDelegate(&delegate);
     EXPECT_THROW(manager().bringWindowBackToFront(), test::Terminated);
-    EXPECT_EQ(calls(), listOf({"launchCore"}));
+    EXPECT_EQ(calls(), Lines{"launchCore"});
 }
 
 TEST_F(InstallCheckWindow, ExplainsWhatKindOfComponentsAreAtFault) {
-    EXPECT_EQ(explanationFor({missing("QMTool", "a")}), QStringLiteral("info;components;helpers;\n"));
-    EXPECT_EQ(explanationFor({missing("Bundle", "QuillmarkFS")}), QStringLiteral("info;components;file system;\n"));
+    EXPECT_EQ(explanationFor({missing("QMTool", "a")}), "info;components;helpers;\n");
+    EXPECT_EQ(explanationFor({missing("Bundle", "QuillmarkFS")}), "info;components;file system;\n");
     EXPECT_EQ(explanationFor({missing("QMTool", "a"), missing("Bundle", "QuillmarkFS")}),
-              QStringLiteral("info;components;file system;helpers;\n"));
-    EXPECT_EQ(explanationFor({missing("Bundle", "another")}), QStringLiteral("info;")); // deliberate: no line break
+              "info;components;file system;helpers;\n");
+    EXPECT_EQ(explanationFor({missing("Bundle", "another")}), "info;"); // deliberate: no line break
 }
 
 TEST_F(InstallCheckWindow, ListsEachComponentAtFaultWithItsStatus) {
-    platform.bundle.strings.insert(QStringLiteral("Missing"), QStringLiteral("Fehlt"));
-    show({missing("QMTool", "a"), itemOf("Unknown", "b", QString()), missing("Bundle", "c")});
-    EXPECT_EQ(window.faults, listOf({"a is Fehlt", "c is Fehlt"}));
+    platform.bundle.strings["Missing"] = "Fehlt";
+    show({missing("QMTool", "a"), itemOf("Unknown", "b", ""), missing("Bundle", "c")});
+    EXPECT_EQ(window.faults, (Lines{"a is Fehlt", "c is Fehlt"}));
 }
 
 TEST_F(InstallCheckWindow, TheHeaderAsksForTheBrandsWhenItDraws) {
@@ -187,7 +193,7 @@ TEST_F(InstallCheckWindow, TheHeaderAsksForTheBrandsWhenItDraws) {
     ASSERT_TRUE(window.branding);
     EXPECT_EQ(window.branding->accountBrand(), -1);
     EXPECT_EQ(window.branding->configurationBrand(), 15);
-    EXPECT_EQ(window.branding->title, QStringLiteral("Quillmark"));
+    EXPECT_EQ(window.branding->title, "Quillmark");
     EXPECT_EQ(window.branding->resourceFolder, platform.bundle.resourcePath());
     manager().setDelegate(nullptr);
     EXPECT_EQ(window.branding->configurationBrand(), 0);
@@ -196,8 +202,8 @@ TEST_F(InstallCheckWindow, TheHeaderAsksForTheBrandsWhenItDraws) {
 TEST_F(InstallCheckWindow, ContinueShowsTheSheetAndRepairsOnAThreadOfItsOwn) {
     show({missing("QMTool", "a")});
     window.owner->installButtonClick();
-    EXPECT_EQ(platform.transcript.calls(), listOf({"beginProgressSheet"}));
-    EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair"}));
+    EXPECT_EQ(platform.transcript.calls(), Lines{"beginProgressSheet"});
+    EXPECT_EQ(platform.mainThread.threadNames, Lines{"repair"});
 }
 
 TEST_F(InstallCheckWindow, ASecondContinueStartsNoSecondRepairWhileOneRuns) {
@@ -207,50 +213,50 @@ TEST_F(InstallCheckWindow, ASecondContinueStartsNoSecondRepairWhileOneRuns) {
         platform.transcript.clear();
         window.owner->installButtonClick();
         window.owner->installButtonClick();
-        EXPECT_EQ(calls(), listOf({"beginProgressSheet"})) << status;
+        EXPECT_EQ(calls(), Lines{"beginProgressSheet"}) << status;
         runRepairThread();
         window.owner->installButtonClick(); // the main thread has not heard of its end yet
         EXPECT_TRUE(platform.mainThread.threads.empty()) << status;
         EXPECT_EQ(platform.mainThread.pump(), 1);
     }
-    EXPECT_EQ(platform.mainThread.threadNames, listOf({"repair", "repair"}));
+    EXPECT_EQ(platform.mainThread.threadNames, (Lines{"repair", "repair"}));
 }
 
 TEST_F(InstallCheckWindow, ARepairThatHelpedStartsTheCore) {
     RequiredItem item = missing("Bundle", "a");
-    item.insert(kVersion, QStringLiteral("1.14.4"));
+    item.insert_or_assign(kVersion, "1.14.4");
     show({item});
     window.owner->installButtonClick();
     platform.transcript.clear();
     runRepairThread();
-    EXPECT_TRUE(calls().isEmpty()) << "the thread touches no window";
-    installBundle(QStringLiteral("none"), QStringLiteral("1.14.4")); // which the repair was asked for
+    EXPECT_TRUE(calls().empty()) << "the thread touches no window";
+    installBundle("none", "1.14.4"); // which the repair was asked for
     EXPECT_THROW(platform.mainThread.pump(), test::Terminated);
-    EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet", "launchCore"}));
+    EXPECT_EQ(calls(), (Lines{"endProgressSheet", "orderOutProgressSheet", "launchCore"}));
 }
 
 TEST_F(InstallCheckWindow, TheLauncherEndsAfterARepairEvenIfTheCoresLaunchDoesNotEndIt) {
     RequiredItem item = missing("Bundle", "a");
-    item.insert(kVersion, QStringLiteral("1.14.4"));
+    item.insert_or_assign(kVersion, "1.14.4");
     show({item});
-    installBundle(QStringLiteral("none"), QStringLiteral("1.14.4"));
+    installBundle("none", "1.14.4");
     delegate.endsTheProcess = false;
     EXPECT_THROW(manager().bringWindowBackToFront(), test::Terminated);
-    EXPECT_EQ(calls().mid(2), listOf({"launchCore", "terminate"}));
+    EXPECT_EQ(linesFrom(calls(), 2), (Lines{"launchCore", "terminate"}));
 }
 
 TEST_F(InstallCheckWindow, WhatBreaksBetweenTheLastTwoLooksIsAnAlertAndTheLauncherStays) {
     RequiredItem bundle = missing("Bundle", "a");
-    bundle.insert(kVersion, QStringLiteral("1.14.4"));
-    platform.tasks.outputs.insert(kAdministratorsTool, "Limited 1.14.4.1303");
+    bundle.insert_or_assign(kVersion, "1.14.4");
+    platform.tasks.outputs[kAdministratorsTool] = "Limited 1.14.4.1303";
     show({bundle, itemOf("QMTool", "env", kAdministratorsTool)});
-    const QString folder = installBundle(QStringLiteral("none"), QStringLiteral("1.14.4"));
-    platform.tasks.onLaunch = [folder] { QDir(folder).removeRecursively(); }; // after the bundle was looked at
+    const std::string folder = installBundle("none", "1.14.4");
+    platform.tasks.onLaunch = [folder] { std::filesystem::remove_all(folder); }; // after the bundle was looked at
     manager().bringWindowBackToFront();
-    QStringList made = calls();
-    made.removeIf([](const QString &call) { return call.startsWith(u"launch "); });
-    EXPECT_EQ(made.mid(2), listOf({"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
-    EXPECT_EQ(window.faults, listOf({"a is Missing"}));
+    Lines made = calls();
+    std::erase_if(made, [](const std::string &call) { return call.starts_with("launch "); });
+    EXPECT_EQ(linesFrom(made, 2), (Lines{"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+    EXPECT_EQ(window.faults, Lines{"a is Missing"});
 }
 
 TEST_F(InstallCheckWindow, ARepairThatDidNotHelpShowsTheWindowAgainWithWhatIsLeft) {
@@ -259,8 +265,8 @@ TEST_F(InstallCheckWindow, ARepairThatDidNotHelpShowsTheWindowAgainWithWhatIsLef
     platform.transcript.clear();
     runRepairThread();
     EXPECT_EQ(platform.mainThread.pump(), 1);
-    EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet", "setText explanation", "setFaults",
-                               "bringToFront"}));
+    EXPECT_EQ(calls(),
+              (Lines{"endProgressSheet", "orderOutProgressSheet", "setText explanation", "setFaults", "bringToFront"}));
 }
 
 TEST_F(InstallCheckWindow, ARepairThatFailedShowsAnAlertAndTheWindowStays) {
@@ -271,8 +277,8 @@ TEST_F(InstallCheckWindow, ARepairThatFailedShowsAnAlertAndTheWindowStays) {
         platform.transcript.clear();
         runRepairThread();
         EXPECT_EQ(platform.mainThread.pump(), 1);
-        EXPECT_EQ(calls(), listOf({"endProgressSheet", "orderOutProgressSheet",
-                                   "beginAlertSheet RepairFailedTitle | 50% failed | OK"}));
+        EXPECT_EQ(calls(), (Lines{"endProgressSheet", "orderOutProgressSheet",
+                                  "beginAlertSheet RepairFailedTitle | 50% failed | OK"}));
     }
 }
 
@@ -285,18 +291,18 @@ TEST_F(InstallCheckWindow, TheLogIsWholeOnTheDiskWhenTheWindowIsBack) {
         runRepairThread();
         logNormal("the last line");
         EXPECT_EQ(platform.mainThread.pump(), 1);
-        EXPECT_TRUE(test::readAll(getLogFilePath()).contains("the last line")) << status;
+        EXPECT_THAT(test::readAll(getLogFilePath().value()), HasSubstr("the last line")) << status;
     }
 }
 
 TEST_F(InstallCheckWindow, ATranslationOfTheFailureThatAsksForArgumentsIsShownAsItIs) {
-    platform.bundle.strings.insert(QStringLiteral("RepairFailed"), QStringLiteral("%s of %d failed: %@"));
+    platform.bundle.strings["RepairFailed"] = "%s of %d failed: %@";
     show({missing("Bundle", "a")});
     startLog(kLogLevelError);
     manager().repairFailed();
-    EXPECT_EQ(calls().last(), QStringLiteral("beginAlertSheet RepairFailedTitle | %s of %d failed: %@ | OK"));
-    ASSERT_EQ(log().size(), 1);
-    EXPECT_TRUE(log()[0].contains(u"%s of %d failed: %@")) << qPrintable(log()[0]);
+    EXPECT_EQ(calls().back(), "beginAlertSheet RepairFailedTitle | %s of %d failed: %@ | OK");
+    ASSERT_EQ(log().size(), 1U);
+    EXPECT_THAT(log()[0], HasSubstr("%s of %d failed: %@"));
 }
 
 TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {
@@ -304,17 +310,17 @@ TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {
     startLog(kLogLevelError);
     window.owner->installButtonClick();
     platform.transcript.clear();
-    platform.clock.onSleep = [] { throw Exception(QStringLiteral("Name"), QStringLiteral("reason")); };
+    platform.clock.onSleep = [] { throw Exception("Name", "reason"); };
     runRepairThread();
-    EXPECT_EQ(log(), listOf({"ERR Name (reason)"}));
+    EXPECT_EQ(log(), Lines{"ERR Name (reason)"});
     EXPECT_EQ(platform.mainThread.pump(), 1);
-    EXPECT_TRUE(calls().last().startsWith(u"beginAlertSheet RepairFailedTitle"));
+    EXPECT_TRUE(calls().back().starts_with("beginAlertSheet RepairFailedTitle"));
 }
 
 TEST_F(InstallCheckWindow, WhatIsStillAtFaultWhenTheCoreIsToStartIsAnAlert) {
     show({missing("Bundle", "a")});
     manager().runQuillmark();
-    EXPECT_EQ(calls(), listOf({"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
+    EXPECT_EQ(calls(), (Lines{"setFaults", "beginAlertSheet RunFailedTitle | 50% failed | OK"}));
 }
 
 TEST_F(InstallCheckWindow, WhatDoesNotCountKeepsNothingFromStarting) {
@@ -322,28 +328,28 @@ TEST_F(InstallCheckWindow, WhatDoesNotCountKeepsNothingFromStarting) {
     manager().setDelegate(&delegate);
     manager().updateStatus();
     EXPECT_THROW(manager().runQuillmark(), test::Terminated);
-    EXPECT_EQ(calls(), listOf({"launchCore"}));
+    EXPECT_EQ(calls(), Lines{"launchCore"});
 }
 
 TEST_F(InstallCheckWindow, TheUserWhoDoesNotWantItIsLoggedAndTheProcessEndsAtOnce) {
     show({missing("QMTool", "a")});
     startLog(kLogLevelNormal);
     EXPECT_THROW(window.owner->dontInstallButtonClick(), test::Terminated);
-    EXPECT_EQ(calls(), listOf({"exitAtOnce"}));
-    EXPECT_EQ(log(), listOf({"nrm User chose to quit"}));
+    EXPECT_EQ(calls(), Lines{"exitAtOnce"});
+    EXPECT_EQ(log(), Lines{"nrm User chose to quit"});
 }
 
 TEST_F(InstallCheckWindow, ItsCloseBoxEndsTheProcessAtOnce) {
     show({missing("QMTool", "a")});
     EXPECT_THROW(window.owner->windowWillClose(), test::Terminated);
-    EXPECT_EQ(calls(), listOf({"exitAtOnce"}));
+    EXPECT_EQ(calls(), Lines{"exitAtOnce"});
 }
 
 TEST_F(InstallCheckWindow, DetailsShowTheFolderOfTheLog) {
     show({missing("QMTool", "a")});
     startLog();
     window.owner->detailsButtonClick();
-    EXPECT_EQ(calls(), QStringList{QStringLiteral("openFolder ") + home.path()});
+    EXPECT_EQ(calls(), Lines{"openFolder " + home.path()});
 }
 
 } // namespace

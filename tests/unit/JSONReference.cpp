@@ -1,92 +1,104 @@
 #include "JSONReference.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
+#include <utf8.h>
 
 namespace quillmark::test {
 
 namespace {
 
-constexpr quint64 kWordFalse = 5;
-constexpr quint64 kWordTrue = 4;
-
-quint64 length(const QString &text) { return static_cast<quint64>(text.size()); }
-QChar characterAt(const QString &text, quint64 at) { return text.at(static_cast<qsizetype>(at)); }
+constexpr std::uint64_t kWordFalse = 5;
+constexpr std::uint64_t kWordTrue = 4;
 
 /// ASCII digits only; the digits of other scripts are characters like any other.
-bool isDigit(QChar character) { return character >= u'0' && character <= u'9'; }
+bool isDigit(char16_t character) { return character >= u'0' && character <= u'9'; }
 
-/// What the format "%c" leaves of a character.
-void append(QString &result, QChar character) { result += QChar(character.unicode() & 0xFFU); }
+/// What the format "%c" leaves of a character, in UTF-8.
+void append(std::string &result, char16_t character) { utf8::append(character & 0xFFU, std::back_inserter(result)); }
 
-QString printed(const char *format, double value) {
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, value);
-    return QString::fromLatin1(text.data());
+/// Whether these are the letters of the word but for their case, in which the long s is an s as well.
+bool isWord(std::u16string letters, std::u16string_view word) {
+    std::transform(letters.begin(), letters.end(), letters.begin(), [](char16_t letter) {
+        const bool isCapital = letter >= u'A' && letter <= u'Z';
+        return letter == u'\u017F' ? u's' : static_cast<char16_t>(isCapital ? letter + (u'a' - u'A') : letter);
+    });
+    return letters == word;
 }
 
-QString valueText(const QVariant &value) {
-    switch (value.typeId()) {
-    case QMetaType::QString:
-        return u'"' + JSONReference::stringByAddingJSONEscape(value.toString()) + u'"';
-    case QMetaType::Bool:
-        return value.toBool() ? QStringLiteral("true") : QStringLiteral("false");
-    case QMetaType::Double:
-        return printed("%0.16g", value.toDouble());
-    case QMetaType::Float:
-        return printed("%0.7g", static_cast<double>(value.toFloat()));
-    case QMetaType::Short:
-    case QMetaType::Int:
-    case QMetaType::Long:
-    case QMetaType::LongLong:
-        return QString::number(value.toLongLong());
-    case QMetaType::UShort:
-    case QMetaType::UInt:
-    case QMetaType::ULong:
-    case QMetaType::ULongLong:
-        return QString::number(value.toULongLong());
-    default:
-        return QStringLiteral("\"\"");
+std::string printed(const char *format, double value) {
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), format, value);
+    return text.data();
+}
+
+std::string valueText(const Value &value) {
+    if (const auto *text = value.as<std::string>()) {
+        return '"' + JSONReference::stringByAddingJSONEscape(*text) + '"';
+    }
+    if (const auto *boolean = value.as<bool>()) {
+        return *boolean ? "true" : "false";
+    }
+    if (const auto *real = value.as<double>()) {
+        return printed("%0.16g", *real);
+    }
+    if (const auto *single = value.as<float>()) {
+        return printed("%0.7g", static_cast<double>(*single));
+    }
+    if (const auto *integer = value.as<std::int64_t>()) {
+        return std::to_string(*integer);
+    }
+    if (const auto *large = value.as<std::uint64_t>()) {
+        return std::to_string(*large);
+    }
+    return "\"\"";
+}
+
+void replace(std::string &text, std::string_view what, std::string_view by) {
+    for (size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size()) {
+        text.replace(at, what.size(), by);
     }
 }
 
 } // namespace
 
-QString JSONReference::createJSONStrFromDict(const QVariantMap &dictionary) {
-    QString result = QStringLiteral("{");
+std::string JSONReference::createJSONStrFromDict(const Dictionary &dictionary) {
+    std::string result = "{";
     bool isFirst = true;
-    for (auto member = dictionary.begin(); member != dictionary.end(); ++member) {
+    for (const auto &[key, value] : dictionary) {
         if (!isFirst) {
-            result += u',';
+            result += ',';
         }
         isFirst = false;
-        result += u'"' + member.key() + u'"' + u':' + valueText(member.value());
+        result += '"' + key + "\":" + valueText(value);
     }
-    return result + u'}';
+    return result + '}';
 }
 
-std::optional<QVariantMap> JSONReference::createObjFromJSONStr(const QString &text) {
-    if (text.isEmpty()) {
+std::optional<Dictionary> JSONReference::createObjFromJSONStr(std::u16string_view text) {
+    if (text.empty()) {
         return std::nullopt;
     }
-    quint64 at = 0;
+    std::uint64_t at = 0;
     bool error = false;
-    std::optional<QVariantMap> dictionary;
-    std::optional<QString> pendingKey;
-    QVariant pendingValue;
+    std::optional<Dictionary> dictionary;
+    std::optional<std::string> pendingKey;
+    Value pendingValue;
     bool isKeyExpected = false;
     while (true) {
-        if (at >= length(text) || error) {
+        if (at >= text.size() || error) {
             return std::nullopt;
         }
-        const QChar character = characterAt(text, at);
+        const char16_t character = text[at];
         ++at;
         if (character == u'{') {
-            dictionary = QVariantMap();
+            dictionary = Dictionary();
             isKeyExpected = true;
         } else if (character == u'"') {
-            const std::optional<QString> string = jsonStringForStr(text, at, error);
+            const std::optional<std::string> string = jsonStringForStr(text, at, error);
             if (error || !string) {
                 return std::nullopt;
             }
@@ -96,12 +108,12 @@ std::optional<QVariantMap> JSONReference::createObjFromJSONStr(const QString &te
                 pendingValue = *string;
             }
         } else if (character == u',') {
-            if (!dictionary || dictionary->isEmpty()) {
+            if (!dictionary || dictionary->empty()) {
                 return std::nullopt;
             }
             isKeyExpected = true;
         } else if (character == u':') {
-            if (!pendingKey || pendingKey->isEmpty()) {
+            if (!pendingKey || pendingKey->empty()) {
                 return std::nullopt;
             }
             isKeyExpected = false;
@@ -117,61 +129,57 @@ std::optional<QVariantMap> JSONReference::createObjFromJSONStr(const QString &te
             if (isKeyExpected) {
                 return std::nullopt;
             }
-            const quint64 letter = at - 1;
-            if (length(text) - letter < kWordFalse + 1) {
+            const std::uint64_t letter = at - 1;
+            if (text.size() - letter < kWordFalse + 1) {
                 return std::nullopt;
             }
-            const QString word = text.mid(static_cast<qsizetype>(letter), kWordFalse);
-            const bool matches = word.compare(QStringLiteral("false"), Qt::CaseInsensitive) == 0;
-            pendingValue = !matches;
+            pendingValue = !isWord(std::u16string(text.substr(letter, kWordFalse)), u"false");
             at = letter + kWordFalse;
         } else if (character == u't' || character == u'T') {
             if (isKeyExpected) {
                 return std::nullopt;
             }
-            const quint64 letter = at - 1;
-            if (length(text) - letter < kWordTrue + 1) {
+            const std::uint64_t letter = at - 1;
+            if (text.size() - letter < kWordTrue + 1) {
                 return std::nullopt;
             }
-            const QString word = text.mid(static_cast<qsizetype>(letter), kWordTrue);
-            const bool matches = word.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0;
-            pendingValue = matches;
+            pendingValue = isWord(std::u16string(text.substr(letter, kWordTrue)), u"true");
             at = letter + kWordTrue;
         }
-        if (pendingKey && pendingValue.isValid()) {
-            dictionary->insert(*pendingKey, pendingValue);
+        if (pendingKey && !pendingValue.isNothing()) {
+            dictionary->insert_or_assign(*pendingKey, pendingValue);
             pendingKey.reset();
-            pendingValue.clear();
+            pendingValue = Value();
             isKeyExpected = false;
         }
     }
 }
 
-std::optional<QString> JSONReference::jsonStringForStr(const QString &text, quint64 &at, bool &error) {
-    QString result;
-    while (at < length(text)) {
-        QChar character = characterAt(text, at);
+std::optional<std::string> JSONReference::jsonStringForStr(std::u16string_view text, std::uint64_t &at, bool &error) {
+    std::string result;
+    while (at < text.size()) {
+        char16_t character = text[at];
         ++at;
         if (character == u'"') {
             return result;
         }
         if (character == u'\\') {
-            if (at >= length(text)) {
+            if (at >= text.size()) {
                 error = true;
                 return std::nullopt;
             }
-            character = characterAt(text, at);
+            character = text[at];
             ++at;
             if (character == u'b') {
-                character = QChar(8);
+                character = u'\b';
             } else if (character == u'f') {
-                character = QChar(12);
+                character = u'\f';
             } else if (character == u'n') {
-                character = QChar(10);
+                character = u'\n';
             } else if (character == u'r') {
-                character = QChar(13);
+                character = u'\r';
             } else if (character == u't') {
-                character = QChar(9);
+                character = u'\t';
             }
         }
         append(result, character);
@@ -179,28 +187,28 @@ std::optional<QString> JSONReference::jsonStringForStr(const QString &text, quin
     return std::nullopt;
 }
 
-QVariant JSONReference::jsonNumberForStr(const QString &text, quint64 &at, bool &error) {
-    quint64 integer = 0; // unsigned, so that it may wrap
+Value JSONReference::jsonNumberForStr(std::u16string_view text, std::uint64_t &at, bool &error) {
+    std::uint64_t integer = 0; // unsigned, so that it may wrap
     double fraction = 0;
     int place = 0;
     bool hasPoint = false;
     bool isNegative = false;
-    while (at < length(text)) {
-        const QChar character = characterAt(text, at);
+    while (at < text.size()) {
+        const char16_t character = text[at];
         if (isDigit(character)) {
-            const int digit = character.unicode() - u'0';
+            const int digit = character - u'0';
             if (hasPoint) {
                 ++place;
                 fraction += digit / std::pow(10.0, place);
             } else {
-                integer = integer * 10 + static_cast<quint64>(digit);
+                integer = integer * 10 + static_cast<std::uint64_t>(digit);
             }
         } else if (character == u'.') {
             if (hasPoint) {
                 error = true;
             } else {
                 hasPoint = true;
-                fraction = static_cast<double>(static_cast<qint64>(integer));
+                fraction = static_cast<double>(static_cast<std::int64_t>(integer));
             }
         } else if (character == u'-') {
             isNegative = true;
@@ -215,32 +223,32 @@ QVariant JSONReference::jsonNumberForStr(const QString &text, quint64 &at, bool 
     if (hasPoint) {
         return isNegative ? -fraction : fraction;
     }
-    return static_cast<qlonglong>(isNegative ? 0 - integer : integer);
+    return static_cast<std::int64_t>(isNegative ? 0 - integer : integer);
 }
 
-QString JSONReference::stringByAddingJSONEscape(const QString &text) {
-    QString result = text;
-    result.replace(QStringLiteral("\\"), QStringLiteral("\\\\"));
-    result.replace(QStringLiteral("\""), QStringLiteral("\\\""));
-    result.replace(QStringLiteral("/"), QStringLiteral("\\/"));
-    result.replace(QStringLiteral("\b"), QStringLiteral("\\b"));
-    result.replace(QStringLiteral("\f"), QStringLiteral("\\f"));
-    result.replace(QStringLiteral("\n"), QStringLiteral("\\n"));
-    result.replace(QStringLiteral("\r"), QStringLiteral("\\r"));
-    result.replace(QStringLiteral("\t"), QStringLiteral("\\t"));
+std::string JSONReference::stringByAddingJSONEscape(std::string_view text) {
+    std::string result(text);
+    replace(result, "\\", "\\\\");
+    replace(result, "\"", "\\\"");
+    replace(result, "/", "\\/");
+    replace(result, "\b", "\\b");
+    replace(result, "\f", "\\f");
+    replace(result, "\n", "\\n");
+    replace(result, "\r", "\\r");
+    replace(result, "\t", "\\t");
     return result;
 }
 
-QString JSONReference::stringByReplacingJSONEscape(const QString &text) {
-    QString result = text;
-    result.replace(QStringLiteral("\\\\"), QStringLiteral("\\"));
-    result.replace(QStringLiteral("\\\""), QStringLiteral("\""));
-    result.replace(QStringLiteral("\\/"), QStringLiteral("/"));
-    result.replace(QStringLiteral("\\b"), QStringLiteral("\b"));
-    result.replace(QStringLiteral("\\f"), QStringLiteral("\f"));
-    result.replace(QStringLiteral("\\n"), QStringLiteral("\n"));
-    result.replace(QStringLiteral("\\r"), QStringLiteral("\r"));
-    result.replace(QStringLiteral("\\t"), QStringLiteral("\t"));
+std::string JSONReference::stringByReplacingJSONEscape(std::string_view text) {
+    std::string result(text);
+    replace(result, "\\\\", "\\");
+    replace(result, "\\\"", "\"");
+    replace(result, "\\/", "/");
+    replace(result, "\\b", "\b");
+    replace(result, "\\f", "\f");
+    replace(result, "\\n", "\n");
+    replace(result, "\\r", "\r");
+    replace(result, "\\t", "\t");
     return result;
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
-#include <QString>
-#include <QVariantMap>
+#include "platform/Value.h"
+
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace quillmark::test {
 
@@ -12,12 +15,12 @@ class JSONReference {
 public:
     JSONReference() = delete;
 
-    static QString createJSONStrFromDict(const QVariantMap &dictionary);
-    static std::optional<QVariantMap> createObjFromJSONStr(const QString &text);
-    static std::optional<QString> jsonStringForStr(const QString &text, quint64 &at, bool &error);
-    static QVariant jsonNumberForStr(const QString &text, quint64 &at, bool &error);
-    static QString stringByAddingJSONEscape(const QString &text);
-    static QString stringByReplacingJSONEscape(const QString &text);
+    static std::string createJSONStrFromDict(const Dictionary &dictionary);
+    static std::optional<Dictionary> createObjFromJSONStr(std::u16string_view text);
+    static std::optional<std::string> jsonStringForStr(std::u16string_view text, std::uint64_t &at, bool &error);
+    static Value jsonNumberForStr(std::u16string_view text, std::uint64_t &at, bool &error);
+    static std::string stringByAddingJSONEscape(std::string_view text);
+    static std::string stringByReplacingJSONEscape(std::string_view text);
 };
 
 } // namespace quillmark::test

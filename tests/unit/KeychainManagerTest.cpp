@@ -2,7 +2,9 @@
 #include "accounts/JSONEncoder.h"
 #include "branding/LocalizedStrings.h"
 #include "support/LogFixture.h"
+#include "support/ValuePrinter.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -11,76 +13,80 @@
 namespace quillmark {
 namespace {
 
-using Calls = QStringList;
+using OptionalText = KeychainManager::OptionalText;
+using Texts = std::vector<std::string>;
 
-constexpr qint32 kSomeFault = -2070;
+constexpr std::int32_t kSomeFault = -2070;
 /// What the manager must take for "it is there, only not now".
-constexpr qint32 kOutOfReach[] = {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kKeychainNoDefaultKeychain,
-                                  kKeychainUserCanceled, kKeychainAuthFailed};
+constexpr std::int32_t kOutOfReach[] = {kKeychainInteractionNotAllowed, kKeychainNotAvailable,
+                                        kKeychainNoDefaultKeychain, kKeychainUserCanceled, kKeychainAuthFailed};
 
 class Keychains : public test::LogFixture {
 protected:
     Keychains() : log(logToFile(kLogLevelDetailed)) {}
     ~Keychains() override { EXPECT_EQ(keychain.references, 0) << "an item was not released"; }
 
-    void store(const QByteArray &data, const QString &user = QStringLiteral("ada")) {
-        keychain.items[{service.toStdString(), user.toStdString()}] = data.toStdString();
-    }
-    QByteArray stored(const QString &user = QStringLiteral("ada")) const {
-        const auto item = keychain.items.find({service.toStdString(), user.toStdString()});
-        return item != keychain.items.end() ? QByteArray::fromStdString(item->second) : "(none)";
+    void store(const std::string &data, const std::string &user = "ada") { keychain.items[{service, user}] = data; }
+    std::string stored(const std::string &user = "ada") const {
+        const auto item = keychain.items.find({service, user});
+        return item != keychain.items.end() ? item->second : "(none)";
     }
     /// The names of the calls, without what they were about.
-    QStringList calls() const {
-        QStringList names;
-        for (const QString &call : platform.transcript.calls()) {
-            if (call.startsWith(QStringLiteral("SecKeychain"))) {
-                names << call.section(u' ', 0, 0).remove(QStringLiteral("SecKeychain"));
+    Texts calls() const {
+        constexpr std::string_view kPrefix = "SecKeychain";
+        Texts names;
+        for (const std::string &call : platform.transcript.calls()) {
+            if (call.starts_with(kPrefix)) {
+                names.push_back(call.substr(kPrefix.size(), call.find(' ') - kPrefix.size()));
             }
         }
         return names;
     }
-    QStringList messages() const { return linesOf(log); }
+    bool isCalled(const char *name) const {
+        const Texts names = calls();
+        return std::find(names.begin(), names.end(), name) != names.end();
+    }
+    Texts messages() const { return linesOf(log); }
     /// The product has another name from now on.
-    void rename(const QString &name) {
-        bundle.strings.insert(QStringLiteral("ProductName"), name);
+    void rename(const std::string &name) {
+        bundle.strings["ProductName"] = name;
         strings = std::make_unique<LocalizedStrings>(bundle);
         renamed = std::make_unique<KeychainManager>(keychain, *strings);
         service = name;
     }
 
-    const QString log;
+    const std::string log;
     test::FakeKeychain &keychain = platform.keychain;
     test::FakeBundle bundle;
     std::unique_ptr<LocalizedStrings> strings = std::make_unique<LocalizedStrings>(bundle);
     KeychainManager manager{keychain, *strings};
     std::unique_ptr<KeychainManager> renamed;
-    QString service = QStringLiteral("Quillmark");
-    const QString ada = QStringLiteral("ada");
-    const QString empty = QStringLiteral("");
+    std::string service = "Quillmark";
+    const std::string ada = "ada";
+    const std::string empty;
 };
 
 // Items
 
 TEST_F(Keychains, ServiceIsTheProductsNameInTheUsersLanguage) {
-    EXPECT_EQ(manager.serviceName(), QStringLiteral("Quillmark"));
-    rename(QStringLiteral("Plume"));
-    EXPECT_EQ(renamed->serviceName(), QStringLiteral("Plume"));
+    EXPECT_EQ(manager.serviceName(), "Quillmark");
+    rename("Plume");
+    EXPECT_EQ(renamed->serviceName(), "Plume");
 }
 
 TEST_F(Keychains, FindGivesTheItemsText) {
-    store("gr\xc3\xbc\xc3\x9f \xe2\x82\xac");
-    QString text;
+    store("grüß €");
+    std::optional<std::string> text;
     EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
-    EXPECT_EQ(text, QStringLiteral("grüß €"));
-    EXPECT_EQ(platform.transcript.calls(), Calls({QStringLiteral("SecKeychainFindGenericPassword Quillmark ada"),
-                                                  QStringLiteral("SecKeychainItemCopyContent Quillmark ada")}));
+    EXPECT_EQ(text, "grüß €");
+    EXPECT_EQ(platform.transcript.calls(),
+              (Texts{"SecKeychainFindGenericPassword Quillmark ada", "SecKeychainItemCopyContent Quillmark ada"}));
 }
 
 TEST_F(Keychains, FindLeavesATextThatIsSetAsItIs) {
     store("new");
-    for (const QString &before : {QStringLiteral("old"), empty}) {
-        QString text = before;
+    for (const std::string &before : {std::string("old"), empty}) {
+        std::optional<std::string> text = before;
         EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
         EXPECT_EQ(text, before);
     }
@@ -89,73 +95,70 @@ TEST_F(Keychains, FindLeavesATextThatIsSetAsItIs) {
 TEST_F(Keychains, FindNeedsNoPlaceForTheText) {
     store("new");
     EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, ada), 0);
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, QStringLiteral("bob")), kKeychainItemNotFound);
+    EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, "bob"), kKeychainItemNotFound);
 }
 
 TEST_F(Keychains, FindOfAnEmptyItemGivesAnEmptyTextAndNoAbsentOne) {
     store("");
-    QString text;
+    std::optional<std::string> text;
     EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
-    EXPECT_TRUE(text.isEmpty());
-    EXPECT_FALSE(text.isNull());
+    EXPECT_EQ(text, "");
 }
 
 TEST_F(Keychains, FindOfWhatIsNoTextSucceedsAndGivesNone) {
-    for (const QByteArray &data : {QByteArray("\xff\xfe"), QByteArray("a\xc3"), QByteArray("\xed\xa0\x80")}) {
+    for (const char *const data : {"\xff\xfe", "a\xc3", "\xed\xa0\x80"}) {
         store(data);
-        QString text;
+        std::optional<std::string> text;
         EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
-        EXPECT_TRUE(text.isNull());
+        EXPECT_EQ(text, std::nullopt);
         EXPECT_EQ(stored(), data);
     }
 }
 
 TEST_F(Keychains, NullNamesAreASuccessThatDoesNothing) {
-    QString text;
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, QString()), 0);
-    EXPECT_TRUE(text.isNull());
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QStringLiteral("x"), QString()), 0);
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QString(), ada), 0);
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QByteArray(), ada), 0);
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QVariant(), ada), 0);
-    EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(QString()));
-    EXPECT_EQ(calls(), Calls());
+    std::optional<std::string> text;
+    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, std::nullopt), 0);
+    EXPECT_EQ(text, std::nullopt);
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", std::nullopt), 0);
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(Value(), ada), 0);
+    EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(std::nullopt));
+    EXPECT_EQ(calls(), Texts());
 }
 
 TEST_F(Keychains, AnEmptyUserNameIsANameLikeOthers) {
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QStringLiteral("x"), empty), 0);
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", empty), 0);
     EXPECT_EQ(stored(empty), "x");
 }
 
 TEST_F(Keychains, AnItemIsAddedOrItsDataReplaced) {
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QStringLiteral("grün"), ada), 0);
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("grün", ada), 0);
     EXPECT_EQ(stored(), "gr\xc3\xbcn");
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QByteArray("\0\xff", 2), ada), 0);
-    EXPECT_EQ(stored(), QByteArray("\0\xff", 2));
-    EXPECT_EQ(calls(), Calls({QStringLiteral("FindGenericPassword"), QStringLiteral("AddGenericPassword"),
-                              QStringLiteral("FindGenericPassword"), QStringLiteral("ItemModifyContent")}));
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(Bytes{std::string("\0\xff", 2)}, ada), 0);
+    EXPECT_EQ(stored(), std::string("\0\xff", 2));
+    EXPECT_EQ(calls(),
+              (Texts{"FindGenericPassword", "AddGenericPassword", "FindGenericPassword", "ItemModifyContent"}));
 }
 
 TEST_F(Keychains, AnItemMayBeEmpty) {
     EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(empty, ada), 0);
     EXPECT_EQ(stored(), "");
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QByteArray(""), QStringLiteral("bob")), 0);
-    EXPECT_EQ(stored(QStringLiteral("bob")), "");
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(Bytes{""}, "bob"), 0);
+    EXPECT_EQ(stored("bob"), "");
 }
 
 TEST_F(Keychains, AnItemThatVanishesBeforeItIsReplacedIsAdded) {
     store("old");
     keychain.failure = kKeychainItemNotFound;
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemModifyContent"), 1);
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QStringLiteral("new"), ada), 0);
+    platform.transcript.failAt("SecKeychainItemModifyContent", 1);
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("new", ada), 0);
     EXPECT_EQ(stored(), "new");
 }
 
 TEST_F(Keychains, NothingIsAddedWhenTheItemCannotBeLookedFor) {
-    for (const qint32 status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
+    for (const std::int32_t status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
         keychain.failure = status;
-        platform.transcript.failAt(QStringLiteral("SecKeychainFindGenericPassword"), 1);
-        EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QStringLiteral("x"), ada), status);
+        platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+        EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", ada), status);
         EXPECT_EQ(stored(), "(none)");
     }
 }
@@ -170,29 +173,29 @@ TEST_F(Keychains, RemovingDeletesTheFirstItemAndSaysWhetherThereWasOne) {
     EXPECT_EQ(stored(), "(none)");
     EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(ada));
     store("x");
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemDelete"), 1);
+    platform.transcript.failAt("SecKeychainItemDelete", 1);
     EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(ada));
     EXPECT_EQ(stored(), "x");
 }
 
 TEST_F(Keychains, AnotherServicesItemsAreReachedByItsName) {
-    const QString other = QStringLiteral("Other");
-    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(QStringLiteral("x"), ada, other), 0);
+    const std::string other = "Other";
+    EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", ada, other), 0);
     EXPECT_EQ(stored(), "(none)");
-    QString text;
+    std::optional<std::string> text;
     EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada, other), 0);
-    EXPECT_EQ(text, QStringLiteral("x"));
+    EXPECT_EQ(text, "x");
     EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(ada));
     EXPECT_TRUE(manager.secKeychainRemoveAllItemsWithUserName(ada, other));
 }
 
 TEST_F(Keychains, AFindThatFailsIsNotLogged) {
-    for (const qint32 status : {kKeychainItemNotFound, kSomeFault, kKeychainNotAvailable}) {
+    for (const std::int32_t status : {kKeychainItemNotFound, kSomeFault, kKeychainNotAvailable}) {
         keychain.failure = status;
-        platform.transcript.failAt(QStringLiteral("SecKeychainFindGenericPassword"), 1);
+        platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
         EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, ada), status);
     }
-    EXPECT_EQ(messages(), QStringList());
+    EXPECT_EQ(messages(), Texts());
 }
 
 // Items that are there and can't be read
@@ -200,71 +203,71 @@ TEST_F(Keychains, AFindThatFailsIsNotLogged) {
 TEST_F(Keychains, ADamagedItemIsLoggedAndDeleted) {
     store("x");
     keychain.failure = kKeychainDecode;
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
-    QString text;
+    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    std::optional<std::string> text;
     EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), kKeychainDecode);
-    EXPECT_TRUE(text.isNull());
+    EXPECT_EQ(text, std::nullopt);
     EXPECT_EQ(stored(), "(none)");
-    EXPECT_EQ(messages(), QStringList(QStringLiteral("nrm Failed to read keychain item ( error = -26275 )")));
+    EXPECT_EQ(messages(), Texts{"nrm Failed to read keychain item ( error = -26275 )"});
 }
 
 TEST_F(Keychains, ADamagedItemIsMadeAnewByTheNextSave) {
     store("damaged");
     keychain.failure = kKeychainDecode;
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
-    EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
+    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    EXPECT_TRUE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"password":"new"})");
 }
 
 TEST_F(Keychains, AnItemBehindALockIsLoggedAndKept) {
-    for (const qint32 status : kOutOfReach) {
+    for (const std::int32_t status : kOutOfReach) {
         store("x");
         keychain.failure = status;
-        platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
+        platform.transcript.failAt("SecKeychainItemCopyContent", 1);
         EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, ada), status);
         EXPECT_EQ(stored(), "x") << status;
-        EXPECT_EQ(messages().last(), QStringLiteral("nrm Failed to read keychain item ( error = %1 )").arg(status));
+        EXPECT_EQ(messages().back(), "nrm Failed to read keychain item ( error = " + std::to_string(status) + " )");
     }
 }
 
 TEST_F(Keychains, ADamagedItemThatCannotBeDeletedIsOverwrittenByTheNextSave) {
     store("damaged");
     keychain.failure = kKeychainDecode;
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemDelete"), 1);
-    EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
+    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    platform.transcript.failAt("SecKeychainItemDelete", 1);
+    EXPECT_TRUE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"password":"new"})");
-    EXPECT_TRUE(calls().contains(QStringLiteral("ItemModifyContent")));
+    EXPECT_TRUE(isCalled("ItemModifyContent"));
 }
 
 TEST_F(Keychains, AnItemThatVanishesBeforeItIsReadIsLoggedAndMadeAnewByTheNextSave) {
     store("x");
     keychain.failure = kKeychainItemNotFound;
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemCopyContent"), 1);
-    EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
-    EXPECT_EQ(messages(), QStringList(QStringLiteral("nrm Failed to read keychain item ( error = -25300 )")));
+    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    EXPECT_TRUE(manager.savePassword("new", ada));
+    EXPECT_EQ(messages(), Texts{"nrm Failed to read keychain item ( error = -25300 )"});
     EXPECT_EQ(stored(), R"({"password":"new"})");
 }
 
 TEST_F(Keychains, NothingIsWrittenOverAnItemThatCannotBeReached) {
-    const QByteArray document = R"({"encryptionKey":"k","password":"p"})";
+    const std::string document = R"({"encryptionKey":"k","password":"p"})";
     for (const char *const call : {"SecKeychainFindGenericPassword", "SecKeychainItemCopyContent"}) {
-        for (const qint32 status : kOutOfReach) {
+        for (const std::int32_t status : kOutOfReach) {
             // Out of reach at the first call and back at the next: the whole document must survive.
             const auto change = [&](const std::function<void()> &operation) {
                 store(document);
                 keychain.failure = status;
-                platform.transcript.failAt(QString::fromLatin1(call), 1);
+                platform.transcript.failAt(call, 1);
                 operation();
                 EXPECT_EQ(stored(), document) << call << status;
             };
-            change([&] { EXPECT_FALSE(manager.savePassword(QStringLiteral("new"), ada, true)); });
-            change([&] { EXPECT_FALSE(manager.saveEncryptionKey(QStringLiteral("new"), ada)); });
-            change([&] { manager.setFlag(true, QStringLiteral("beta"), ada); });
+            change([&] { EXPECT_FALSE(manager.savePassword("new", ada, true)); });
+            change([&] { EXPECT_FALSE(manager.saveEncryptionKey("new", ada)); });
+            change([&] { manager.setFlag(true, "beta", ada); });
             change([&] { manager.setSkipAuth(true, ada); });
-            change([&] { manager.removeFlagForKey(QStringLiteral("password"), ada); });
-            change([&] { EXPECT_TRUE(manager.getPasswordForUser(ada).isNull()); });
-            change([&] { EXPECT_TRUE(manager.getEncryptionKeyForUser(ada).isNull()); });
+            change([&] { manager.removeFlagForKey("password", ada); });
+            change([&] { EXPECT_EQ(manager.getPasswordForUser(ada), std::nullopt); });
+            change([&] { EXPECT_EQ(manager.getEncryptionKeyForUser(ada), std::nullopt); });
         }
     }
 }
@@ -272,10 +275,10 @@ TEST_F(Keychains, NothingIsWrittenOverAnItemThatCannotBeReached) {
 TEST_F(Keychains, NothingIsWrittenWhenTheItemCannotBeLookedForForAnyOtherReason) {
     store(R"({"encryptionKey":"k"})");
     keychain.failure = kSomeFault;
-    platform.transcript.failAt(QStringLiteral("SecKeychainFindGenericPassword"), 1);
-    EXPECT_FALSE(manager.savePassword(QStringLiteral("new"), ada));
+    platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+    EXPECT_FALSE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"encryptionKey":"k"})");
-    EXPECT_EQ(messages(), QStringList(QStringLiteral("nrm Failed to write keychain item ( error = -2070 )")));
+    EXPECT_EQ(messages(), Texts{"nrm Failed to write keychain item ( error = -2070 )"});
 }
 
 // Reading the password
@@ -284,9 +287,9 @@ TEST_F(Keychains, APasswordComesWithTheStoredChoice) {
     for (const bool choice : {true, false}) {
         store(choice ? R"({"password":"p","keepSignedIn":true})" : R"({"password":"p","keepSignedIn":false})");
         bool keep = !choice;
-        EXPECT_EQ(manager.getPasswordForUser(ada, &keep), QStringLiteral("p"));
+        EXPECT_EQ(manager.getPasswordForUser(ada, &keep), "p");
         EXPECT_EQ(keep, choice);
-        EXPECT_EQ(manager.getPasswordForUser(ada), QStringLiteral("p"));
+        EXPECT_EQ(manager.getPasswordForUser(ada), "p");
     }
 }
 
@@ -301,60 +304,59 @@ TEST_F(Keychains, AChoiceThatIsNotStoredStaysAsTheCallerSetIt) {
 
 TEST_F(Keychains, AnAbsentItemHasNoPassword) {
     bool keep = true;
-    EXPECT_TRUE(manager.getPasswordForUser(ada, &keep).isNull());
-    EXPECT_TRUE(manager.getPasswordForUser(QString(), &keep).isNull());
+    EXPECT_EQ(manager.getPasswordForUser(ada, &keep), std::nullopt);
+    EXPECT_EQ(manager.getPasswordForUser(std::nullopt, &keep), std::nullopt);
     EXPECT_TRUE(keep);
     EXPECT_EQ(stored(), "(none)");
-    EXPECT_EQ(messages(), QStringList());
+    EXPECT_EQ(messages(), Texts());
 }
 
 TEST_F(Keychains, AnEmptyItemHasAnEmptyPasswordAndStaysAsItIs) {
     store("");
-    EXPECT_TRUE(manager.getPasswordForUser(ada).isEmpty());
+    EXPECT_EQ(manager.getPasswordForUser(ada).value_or(""), "");
     EXPECT_EQ(stored(), "");
 }
 
 TEST_F(Keychains, AnItemThatIsNoTextHasNoPasswordAndStaysAsItIs) {
     store("p\xff");
-    EXPECT_TRUE(manager.getPasswordForUser(ada).isNull());
+    EXPECT_EQ(manager.getPasswordForUser(ada), std::nullopt);
     EXPECT_EQ(stored(), "p\xff");
 }
 
 TEST_F(Keychains, ABarePasswordOfAnEarlierVersionBecomesADocument) {
     store("s3cret/pass\\word\"");
     bool keep = false;
-    EXPECT_EQ(manager.getPasswordForUser(ada, &keep), QStringLiteral("s3cret/pass\\word\""));
+    EXPECT_EQ(manager.getPasswordForUser(ada, &keep), "s3cret/pass\\word\"");
     EXPECT_TRUE(keep);
-    const auto document = JSONEncoder::createObjFromJSONStr(QString::fromUtf8(stored()));
+    const auto document = JSONEncoder::createObjFromJSONStr(stored());
     ASSERT_TRUE(document);
-    EXPECT_EQ(*document, (QVariantMap{{QStringLiteral("password"), QStringLiteral("s3cret/pass\\word\"")},
-                                      {QStringLiteral("keepSignedIn"), true}}));
-    EXPECT_EQ(manager.getPasswordForUser(ada), QStringLiteral("s3cret/pass\\word\""));
+    EXPECT_EQ(*document, (Dictionary{{"password", "s3cret/pass\\word\""}, {"keepSignedIn", true}}));
+    EXPECT_EQ(manager.getPasswordForUser(ada), "s3cret/pass\\word\"");
 }
 
 TEST_F(Keychains, ABarePasswordIsGivenAlsoWhenItCannotBeMadeADocument) {
     store("bare");
-    for (const qint32 status : {kKeychainInteractionNotAllowed, kSomeFault}) {
+    for (const std::int32_t status : {kKeychainInteractionNotAllowed, kSomeFault}) {
         keychain.failure = status;
-        platform.transcript.failAt(QStringLiteral("SecKeychainItemModifyContent"), 1);
-        EXPECT_EQ(manager.getPasswordForUser(ada), QStringLiteral("bare"));
+        platform.transcript.failAt("SecKeychainItemModifyContent", 1);
+        EXPECT_EQ(manager.getPasswordForUser(ada), "bare");
         EXPECT_EQ(stored(), "bare");
     }
-    EXPECT_EQ(messages(), QStringList());
+    EXPECT_EQ(messages(), Texts());
 }
 
 TEST_F(Keychains, ABarePasswordBeyondLatin1IsGivenOnceAndThenWithTheLowerBytesOfItsCharacters) { // deliberate
-    store("\xe2\x82\xac");
-    EXPECT_EQ(manager.getPasswordForUser(ada), QStringLiteral("€"));
-    EXPECT_EQ(stored(), "{\"keepSignedIn\":true,\"password\":\"\xe2\x82\xac\"}");
-    EXPECT_EQ(manager.getPasswordForUser(ada), QString(QChar(0xac)));
+    store("€");
+    EXPECT_EQ(manager.getPasswordForUser(ada), "€");
+    EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"€"})");
+    EXPECT_EQ(manager.getPasswordForUser(ada), "\u00ac");
 }
 
 TEST_F(Keychains, ADocumentWithoutAPasswordGivesItsOwnText) { // deliberate
     for (const char *const text : {R"({"beta":true})", R"({"password":""})", "{}", R"([{"a":1}])"}) {
         store(text);
         bool keep = false;
-        EXPECT_EQ(manager.getPasswordForUser(ada, &keep), QString::fromLatin1(text));
+        EXPECT_EQ(manager.getPasswordForUser(ada, &keep), text);
         EXPECT_EQ(stored(), text) << "it is a document already";
         EXPECT_FALSE(keep);
     }
@@ -363,7 +365,7 @@ TEST_F(Keychains, ADocumentWithoutAPasswordGivesItsOwnText) { // deliberate
 TEST_F(Keychains, ADocumentWithoutAPasswordDoesNotTellItsChoice) { // deliberate
     store(R"({"keepSignedIn":true})");
     bool keep = false;
-    EXPECT_EQ(manager.getPasswordForUser(ada, &keep), QStringLiteral(R"({"keepSignedIn":true})"));
+    EXPECT_EQ(manager.getPasswordForUser(ada, &keep), R"({"keepSignedIn":true})");
     EXPECT_FALSE(keep);
 }
 
@@ -371,9 +373,9 @@ TEST_F(Keychains, ADocumentWithoutAPasswordDoesNotTellItsChoice) { // deliberate
 
 TEST_F(Keychains, AnItemUnderTheLegacyNameMovesAtTheFirstRead) {
     store(R"({"password":"p","keepSignedIn":true,"beta":true})");
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     bool keep = false;
-    EXPECT_EQ(renamed->getPasswordForUser(ada, &keep), QStringLiteral("p"));
+    EXPECT_EQ(renamed->getPasswordForUser(ada, &keep), "p");
     EXPECT_TRUE(keep);
     EXPECT_EQ(keychain.items.size(), 1);
     EXPECT_TRUE(keychain.items.contains({"Plume", "ada"}));
@@ -382,32 +384,32 @@ TEST_F(Keychains, AnItemUnderTheLegacyNameMovesAtTheFirstRead) {
 
 TEST_F(Keychains, ABarePasswordUnderTheLegacyNameMovesAndBecomesADocument) {
     store("bare");
-    rename(QStringLiteral("Plume"));
-    EXPECT_EQ(renamed->getPasswordForUser(ada), QStringLiteral("bare"));
+    rename("Plume");
+    EXPECT_EQ(renamed->getPasswordForUser(ada), "bare");
     EXPECT_EQ(keychain.items.size(), 1);
     EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"bare"})");
 }
 
 TEST_F(Keychains, AnItemUnderTheCurrentNameLeavesTheLegacyOneAlone) {
     store("old");
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     store(R"({"password":"new"})");
-    EXPECT_EQ(renamed->getPasswordForUser(ada), QStringLiteral("new"));
+    EXPECT_EQ(renamed->getPasswordForUser(ada), "new");
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
 }
 
 TEST_F(Keychains, NothingMovesWhileTheProductHasItsLegacyName) {
-    EXPECT_TRUE(manager.getPasswordForUser(ada).isNull());
-    EXPECT_EQ(calls(), Calls{QStringLiteral("FindGenericPassword")});
+    EXPECT_EQ(manager.getPasswordForUser(ada), std::nullopt);
+    EXPECT_EQ(calls(), Texts{"FindGenericPassword"});
 }
 
 TEST_F(Keychains, NothingMovesUnlessTheCurrentItemIsKnownToBeAbsent) {
     store("old");
-    rename(QStringLiteral("Plume"));
-    for (const qint32 status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
+    rename("Plume");
+    for (const std::int32_t status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
         keychain.failure = status;
-        platform.transcript.failAt(QStringLiteral("SecKeychainFindGenericPassword"), 1);
-        EXPECT_TRUE(renamed->getPasswordForUser(ada).isNull());
+        platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+        EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
         EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
         EXPECT_EQ(stored(), "(none)");
     }
@@ -415,71 +417,69 @@ TEST_F(Keychains, NothingMovesUnlessTheCurrentItemIsKnownToBeAbsent) {
 
 TEST_F(Keychains, TheLegacyItemIsDeletedBeforeItsTextIsWritten) {
     store(R"({"password":"p"})");
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     renamed->getPasswordForUser(ada);
-    EXPECT_EQ(platform.transcript.calls(), Calls({QStringLiteral("SecKeychainFindGenericPassword Plume ada"),
-                                                  QStringLiteral("SecKeychainFindGenericPassword Quillmark ada"),
-                                                  QStringLiteral("SecKeychainItemCopyContent Quillmark ada"),
-                                                  QStringLiteral("SecKeychainFindGenericPassword Quillmark ada"),
-                                                  QStringLiteral("SecKeychainItemDelete Quillmark ada"),
-                                                  QStringLiteral("SecKeychainFindGenericPassword Plume ada"),
-                                                  QStringLiteral("SecKeychainAddGenericPassword Plume ada")}));
+    EXPECT_EQ(platform.transcript.calls(),
+              (Texts{"SecKeychainFindGenericPassword Plume ada", "SecKeychainFindGenericPassword Quillmark ada",
+                     "SecKeychainItemCopyContent Quillmark ada", "SecKeychainFindGenericPassword Quillmark ada",
+                     "SecKeychainItemDelete Quillmark ada", "SecKeychainFindGenericPassword Plume ada",
+                     "SecKeychainAddGenericPassword Plume ada"}));
 }
 
 TEST_F(Keychains, AMovingItemThatCannotBeWrittenIsGivenOnceAndThenGoneWithoutAWord) { // deliberate
     store(R"({"password":"p"})");
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     keychain.failure = kSomeFault;
-    platform.transcript.failAt(QStringLiteral("SecKeychainAddGenericPassword"), 1);
-    EXPECT_EQ(renamed->getPasswordForUser(ada), QStringLiteral("p"));
+    platform.transcript.failAt("SecKeychainAddGenericPassword", 1);
+    EXPECT_EQ(renamed->getPasswordForUser(ada), "p");
     EXPECT_TRUE(keychain.items.empty());
-    EXPECT_TRUE(renamed->getPasswordForUser(ada).isNull());
-    EXPECT_EQ(messages(), QStringList());
+    EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
+    EXPECT_EQ(messages(), Texts());
 }
 
 TEST_F(Keychains, AMovingItemThatCannotBeDeletedIsCopied) { // deliberate
     store("old");
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     keychain.failure = kSomeFault;
-    platform.transcript.failAt(QStringLiteral("SecKeychainItemDelete"), 1);
-    EXPECT_EQ(renamed->getPasswordForUser(ada), QStringLiteral("old"));
+    platform.transcript.failAt("SecKeychainItemDelete", 1);
+    EXPECT_EQ(renamed->getPasswordForUser(ada), "old");
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
     EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"old"})");
 }
 
 TEST_F(Keychains, ALegacyItemThatIsNoTextStaysWhereItIs) {
     store("\xff");
-    rename(QStringLiteral("Plume"));
-    EXPECT_TRUE(renamed->getPasswordForUser(ada).isNull());
+    rename("Plume");
+    EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "\xff");
 }
 
 TEST_F(Keychains, OnlyReadingThePasswordMovesAnItem) { // deliberate
     store(R"({"password":"p","skipAuth":true})");
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     EXPECT_FALSE(renamed->skipAuthForUser(ada));
-    EXPECT_TRUE(renamed->getEncryptionKeyForUser(ada).isNull());
+    EXPECT_EQ(renamed->getEncryptionKeyForUser(ada), std::nullopt);
     EXPECT_EQ(stored(), "(none)");
 }
 
 // Saving the password
 
 TEST_F(Keychains, SavingMakesAnItem) {
-    EXPECT_TRUE(manager.savePassword(QStringLiteral("p"), ada, true));
+    EXPECT_TRUE(manager.savePassword("p", ada, true));
     EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"p"})");
-    EXPECT_TRUE(manager.savePassword(QStringLiteral("p"), QStringLiteral("bob")));
-    EXPECT_EQ(stored(QStringLiteral("bob")), R"({"password":"p"})");
+    EXPECT_TRUE(manager.savePassword("p", "bob"));
+    EXPECT_EQ(stored("bob"), R"({"password":"p"})");
 }
 
 TEST_F(Keychains, SavingKeepsAllOtherMembers) {
     store(R"({"beta":true,"encryptionKey":"k","keepSignedIn":true,"password":"old","skipAuth":false})");
-    EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
+    EXPECT_TRUE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"beta":true,"encryptionKey":"k","keepSignedIn":true,"password":"new","skipAuth":false})");
 }
 
 TEST_F(Keychains, SavingTheChoiceAloneKeepsThePassword) {
     store(R"({"keepSignedIn":true,"password":"p"})");
-    EXPECT_TRUE(manager.savePassword(QString(), ada, false));
+    EXPECT_TRUE(manager.savePassword(std::nullopt, ada, false));
     EXPECT_EQ(stored(), R"({"keepSignedIn":false,"password":"p"})");
 }
 
@@ -490,18 +490,18 @@ TEST_F(Keychains, SavingAnEmptyPasswordBesideAChoiceStoresIt) {
 }
 
 TEST_F(Keychains, SavingWithoutAUserOrAnythingToStoreDoesNothing) {
-    EXPECT_FALSE(manager.savePassword(QStringLiteral("p"), QString(), true));
-    EXPECT_FALSE(manager.savePassword(QStringLiteral("p"), empty, true));
-    EXPECT_FALSE(manager.savePassword(QString(), ada));
+    EXPECT_FALSE(manager.savePassword("p", std::nullopt, true));
+    EXPECT_FALSE(manager.savePassword("p", empty, true));
+    EXPECT_FALSE(manager.savePassword(std::nullopt, ada));
     EXPECT_FALSE(manager.savePassword(empty, ada));
-    EXPECT_EQ(calls(), Calls());
-    EXPECT_EQ(messages(), QStringList());
+    EXPECT_EQ(calls(), Texts());
+    EXPECT_EQ(messages(), Texts());
 }
 
 TEST_F(Keychains, SavingOverABarePasswordOrAnythingElseThatIsNoDocumentStartsAnew) {
-    for (const QByteArray &data : {QByteArray("bare"), QByteArray(""), QByteArray("{}"), QByteArray("\xff")}) {
+    for (const char *const data : {"bare", "", "{}", "\xff"}) {
         store(data);
-        EXPECT_TRUE(manager.savePassword(QStringLiteral("p"), ada));
+        EXPECT_TRUE(manager.savePassword("p", ada));
         EXPECT_EQ(stored(), R"({"password":"p"})");
     }
 }
@@ -514,38 +514,38 @@ TEST_F(Keychains, AFailedSaveIsLoggedAndDeletesTheItem) { // deliberate
             store(R"({"password":"old","encryptionKey":"k"})");
         }
         keychain.failure = kSomeFault;
-        platform.transcript.failAt(QString::fromLatin1(call), 1);
+        platform.transcript.failAt(call, 1);
         platform.transcript.clear();
-        EXPECT_FALSE(manager.savePassword(QStringLiteral("new"), ada));
+        EXPECT_FALSE(manager.savePassword("new", ada));
         EXPECT_EQ(stored(), "(none)");
-        EXPECT_EQ(calls().contains(QStringLiteral("ItemDelete")), isThere);
-        EXPECT_EQ(messages().last(), QStringLiteral("nrm Failed to write keychain item ( error = -2070 )"));
+        EXPECT_EQ(isCalled("ItemDelete"), isThere);
+        EXPECT_EQ(messages().back(), "nrm Failed to write keychain item ( error = -2070 )");
     }
 }
 
 TEST_F(Keychains, ASaveThatFailsOutOfReachIsLoggedAndDeletesNothing) {
-    for (const qint32 status : kOutOfReach) {
+    for (const std::int32_t status : kOutOfReach) {
         for (const auto &[call, nth] : {std::pair("SecKeychainItemModifyContent", 1), // not found the second time
                                         {"SecKeychainFindGenericPassword", 2}}) {
             store(R"({"password":"old"})");
             keychain.failure = status;
-            platform.transcript.failAt(QString::fromLatin1(call), nth);
-            EXPECT_FALSE(manager.savePassword(QStringLiteral("new"), ada));
+            platform.transcript.failAt(call, nth);
+            EXPECT_FALSE(manager.savePassword("new", ada));
             EXPECT_EQ(stored(), R"({"password":"old"})") << call << status;
-            EXPECT_EQ(messages().last(),
-                      QStringLiteral("nrm Failed to write keychain item ( error = %1 )").arg(status));
+            EXPECT_EQ(messages().back(),
+                      "nrm Failed to write keychain item ( error = " + std::to_string(status) + " )");
         }
     }
 }
 
 TEST_F(Keychains, ASilentServiceIsAskedOnceAndNotAgainAndAgain) {
     keychain.status = kKeychainNotAvailable;
-    manager.savePassword(QStringLiteral("p"), ada, true);
-    EXPECT_EQ(calls(), Calls{QStringLiteral("FindGenericPassword")});
+    manager.savePassword("p", ada, true);
+    EXPECT_EQ(calls(), Texts{"FindGenericPassword"});
     platform.transcript.clear();
-    rename(QStringLiteral("Plume"));
+    rename("Plume");
     renamed->getPasswordForUser(ada);
-    EXPECT_EQ(calls(), Calls{QStringLiteral("FindGenericPassword")});
+    EXPECT_EQ(calls(), Texts{"FindGenericPassword"});
 }
 
 TEST_F(Keychains, RemovingThePasswordLosesFlagsAndKeyAsWell) { // deliberate
@@ -553,7 +553,7 @@ TEST_F(Keychains, RemovingThePasswordLosesFlagsAndKeyAsWell) { // deliberate
     EXPECT_TRUE(manager.removePassword(ada));
     EXPECT_EQ(stored(), "(none)");
     EXPECT_FALSE(manager.removePassword(ada));
-    EXPECT_FALSE(manager.removePassword(QString()));
+    EXPECT_FALSE(manager.removePassword(std::nullopt));
 }
 
 // Flags
@@ -574,27 +574,27 @@ TEST_F(Keychains, SkippingAuthenticationIsNotStoredWithoutAnAccount) { // delibe
     manager.setSkipAuth(true, ada);
     EXPECT_EQ(stored(), "(none)");
     EXPECT_FALSE(manager.skipAuthForUser(ada));
-    manager.setSkipAuth(true, QString());
-    EXPECT_FALSE(manager.skipAuthForUser(QString()));
+    manager.setSkipAuth(true, std::nullopt);
+    EXPECT_FALSE(manager.skipAuthForUser(std::nullopt));
 }
 
 TEST_F(Keychains, WhatIsNoDocumentHasNoFlagsAndGetsNone) {
-    for (const QByteArray &data : {QByteArray("bare"), QByteArray(""), QByteArray("{}"), QByteArray("\xff")}) {
+    for (const char *const data : {"bare", "", "{}", "\xff"}) {
         store(data);
         manager.setSkipAuth(true, ada);
-        manager.setFlag(true, QStringLiteral("beta"), ada);
+        manager.setFlag(true, "beta", ada);
         manager.removeSkipAuthForUser(ada);
-        manager.removeFlagForKey(QStringLiteral("beta"), ada);
+        manager.removeFlagForKey("beta", ada);
         EXPECT_FALSE(manager.skipAuthForUser(ada));
-        EXPECT_FALSE(manager.flagExistsForKey(QStringLiteral("beta"), ada));
-        EXPECT_FALSE(manager.flagForKey(QStringLiteral("beta"), ada));
+        EXPECT_FALSE(manager.flagExistsForKey("beta", ada));
+        EXPECT_FALSE(manager.flagForKey("beta", ada));
         EXPECT_EQ(stored(), data);
     }
 }
 
 TEST_F(Keychains, FlagsComeAndGoByTheirNames) {
     store(R"({"password":"p"})");
-    const QString beta = QStringLiteral("beta");
+    const std::string beta = "beta";
     EXPECT_FALSE(manager.flagExistsForKey(beta, ada));
     EXPECT_FALSE(manager.flagForKey(beta, ada));
     manager.setFlag(true, beta, ada);
@@ -610,8 +610,8 @@ TEST_F(Keychains, FlagsComeAndGoByTheirNames) {
 TEST_F(Keychains, FlagsNeedANameAndAUser) {
     store(R"({"":true,"a":true})");
     store(R"({"":true,"a":true})", empty);
-    const QString a = QStringLiteral("a");
-    for (const QString &none : {QString(), empty}) {
+    const std::string a = "a";
+    for (const OptionalText none : {OptionalText(), OptionalText("")}) {
         EXPECT_FALSE(manager.flagExistsForKey(none, ada));
         EXPECT_FALSE(manager.flagForKey(none, ada));
         EXPECT_FALSE(manager.flagExistsForKey(a, none));
@@ -621,21 +621,21 @@ TEST_F(Keychains, FlagsNeedANameAndAUser) {
         manager.removeFlagForKey(none, ada);
         manager.removeFlagForKey(a, none);
     }
-    EXPECT_EQ(calls(), Calls());
+    EXPECT_EQ(calls(), Texts());
 }
 
 TEST_F(Keychains, RemovingAFlagThatIsNotThereWritesNothing) {
     store(R"({"password":"p"})");
-    manager.removeFlagForKey(QStringLiteral("beta"), ada);
+    manager.removeFlagForKey("beta", ada);
     manager.removeSkipAuthForUser(ada);
-    EXPECT_FALSE(calls().contains(QStringLiteral("ItemModifyContent")));
+    EXPECT_FALSE(isCalled("ItemModifyContent"));
 }
 
 TEST_F(Keychains, RemovingTheLastMemberLeavesAnEmptyDocumentWhichIsAPasswordOfTwoBraces) { // deliberate
     store(R"({"beta":true})");
-    manager.removeFlagForKey(QStringLiteral("beta"), ada);
+    manager.removeFlagForKey("beta", ada);
     EXPECT_EQ(stored(), "{}");
-    EXPECT_EQ(manager.getPasswordForUser(ada), QStringLiteral("{}"));
+    EXPECT_EQ(manager.getPasswordForUser(ada), "{}");
 }
 
 TEST_F(Keychains, AFlagMayBeANumberOrATextOfAnotherProgram) {
@@ -650,8 +650,8 @@ TEST_F(Keychains, AFlagMayBeANumberOrATextOfAnotherProgram) {
                                        {"\"0\"", false},
                                        {"\"\"", false},
                                        {"\" 7\"", true}}) {
-        store(QByteArray("{\"beta\":") + value + "}");
-        EXPECT_EQ(manager.flagForKey(QStringLiteral("beta"), ada), isSet) << value;
+        store(std::string("{\"beta\":") + value + "}");
+        EXPECT_EQ(manager.flagForKey("beta", ada), isSet) << value;
     }
 }
 
@@ -659,43 +659,43 @@ TEST_F(Keychains, AFlagThatCannotBeWrittenIsNotLoggedAndDeletesNothing) {
     store(R"({"password":"p"})");
     keychain.failure = kSomeFault;
     for (int i = 0; i < 2; ++i) {
-        platform.transcript.failAt(QStringLiteral("SecKeychainItemModifyContent"), 1);
+        platform.transcript.failAt("SecKeychainItemModifyContent", 1);
         if (i == 0) {
-            manager.setFlag(true, QStringLiteral("beta"), ada);
+            manager.setFlag(true, "beta", ada);
         } else {
-            EXPECT_FALSE(manager.saveEncryptionKey(QStringLiteral("k"), ada));
+            EXPECT_FALSE(manager.saveEncryptionKey("k", ada));
         }
         EXPECT_EQ(stored(), R"({"password":"p"})");
     }
-    EXPECT_EQ(messages(), QStringList());
+    EXPECT_EQ(messages(), Texts());
 }
 
 // The encryption key
 
 TEST_F(Keychains, AnEncryptionKeyIsKeptBesideThePassword) {
     store(R"({"password":"p"})");
-    EXPECT_TRUE(manager.getEncryptionKeyForUser(ada).isNull());
-    EXPECT_TRUE(manager.saveEncryptionKey(QStringLiteral("k/1"), ada));
+    EXPECT_EQ(manager.getEncryptionKeyForUser(ada), std::nullopt);
+    EXPECT_TRUE(manager.saveEncryptionKey("k/1", ada));
     EXPECT_EQ(stored(), R"({"encryptionKey":"k\/1","password":"p"})");
-    EXPECT_EQ(manager.getEncryptionKeyForUser(ada), QStringLiteral("k/1"));
+    EXPECT_EQ(manager.getEncryptionKeyForUser(ada), "k/1");
 }
 
 TEST_F(Keychains, AnEncryptionKeyMakesAnItemWhereThereIsNoDocument) {
-    for (const QByteArray &data : {QByteArray(), QByteArray("{}"), QByteArray("bare")}) {
+    for (const auto &data : std::initializer_list<std::optional<std::string>>{std::nullopt, "{}", "bare"}) {
         keychain.items.clear();
-        if (!data.isNull()) {
-            store(data);
+        if (data) {
+            store(*data);
         }
-        EXPECT_TRUE(manager.saveEncryptionKey(QStringLiteral("k"), ada));
+        EXPECT_TRUE(manager.saveEncryptionKey("k", ada));
         EXPECT_EQ(stored(), R"({"encryptionKey":"k"})");
     }
 }
 
 TEST_F(Keychains, AnEncryptionKeyNeedsAUserAndAKey) {
-    EXPECT_FALSE(manager.saveEncryptionKey(QStringLiteral("k"), QString()));
-    EXPECT_FALSE(manager.saveEncryptionKey(QString(), ada));
-    EXPECT_TRUE(manager.getEncryptionKeyForUser(QString()).isNull());
-    EXPECT_EQ(calls(), Calls());
+    EXPECT_FALSE(manager.saveEncryptionKey("k", std::nullopt));
+    EXPECT_FALSE(manager.saveEncryptionKey(std::nullopt, ada));
+    EXPECT_EQ(manager.getEncryptionKeyForUser(std::nullopt), std::nullopt);
+    EXPECT_EQ(calls(), Texts());
     EXPECT_TRUE(manager.saveEncryptionKey(empty, ada));
     EXPECT_EQ(stored(), R"({"encryptionKey":""})");
 }
@@ -703,35 +703,34 @@ TEST_F(Keychains, AnEncryptionKeyNeedsAUserAndAKey) {
 // All documents, all threads, no words
 
 TEST_F(Keychains, NoDocumentHowOddItMayBeIsLostOrTakenForAnotherOne) {
-    const QByteArray deep = QByteArray(100000, '{') + QByteArray(100000, '}');
-    const QByteArray huge = "{\"password\":\"" + QByteArray(1 << 20, 'x') + "\"}";
-    for (const QByteArray &data :
-         {QByteArray("null"), QByteArray("[1,2]"), QByteArray("{\"a\":{\"b\":[1]}}"), QByteArray("{"), QByteArray("}"),
-          QByteArray("\"p\""), QByteArray(" { } "), QByteArray("\0\1\2", 3), QByteArray("\xef\xbb\xbf{}"),
-          QByteArray("{\"password\":null}"), QByteArray("{\"password\":{\"a\":1}}"), QByteArray("{\"password\""), deep,
-          huge}) {
+    const std::string deep = std::string(100000, '{') + std::string(100000, '}');
+    const std::string huge = "{\"password\":\"" + std::string(1 << 20, 'x') + "\"}";
+    for (const std::string &data :
+         Texts{"null", "[1,2]", "{\"a\":{\"b\":[1]}}", "{", "}", "\"p\"", " { } ", std::string("\0\1\2", 3),
+               "\xef\xbb\xbf{}", "{\"password\":null}", "{\"password\":{\"a\":1}}", "{\"password\"", deep, huge}) {
         store(data);
-        const QString first = manager.getPasswordForUser(ada);
-        EXPECT_FALSE(first.isEmpty()) << data.left(40).toStdString();
-        EXPECT_EQ(manager.getPasswordForUser(ada), first) << data.left(40).toStdString();
-        manager.setFlag(true, QStringLiteral("beta"), ada);
-        EXPECT_TRUE(manager.savePassword(QStringLiteral("new"), ada));
-        EXPECT_EQ(manager.getPasswordForUser(ada), QStringLiteral("new")) << data.left(40).toStdString();
+        const std::optional<std::string> first = manager.getPasswordForUser(ada);
+        EXPECT_NE(first.value_or(""), "") << data.substr(0, 40);
+        EXPECT_EQ(manager.getPasswordForUser(ada), first) << data.substr(0, 40);
+        manager.setFlag(true, "beta", ada);
+        EXPECT_TRUE(manager.savePassword("new", ada));
+        EXPECT_EQ(manager.getPasswordForUser(ada), "new") << data.substr(0, 40);
     }
 }
 
 TEST_F(Keychains, NoSecretReachesTheLog) {
-    const QString secret = QStringLiteral("s3cret");
+    const std::string secret = "s3cret";
     for (const char *const call : {"SecKeychainFindGenericPassword", "SecKeychainItemCopyContent",
                                    "SecKeychainItemModifyContent", "SecKeychainAddGenericPassword", "none"}) {
-        for (const QByteArray &data : {QByteArray("s3cret"), QByteArray(R"({"password":"s3cret"})"), QByteArray()}) {
+        for (const auto &data :
+             std::initializer_list<std::optional<std::string>>{"s3cret", R"({"password":"s3cret"})", std::nullopt}) {
             keychain.items.clear();
-            if (!data.isNull()) {
-                store(data);
+            if (data) {
+                store(*data);
             }
             for (int operation = 0; operation < 4; ++operation) {
                 keychain.failure = kSomeFault;
-                platform.transcript.failAt(QString::fromLatin1(call), 1);
+                platform.transcript.failAt(call, 1);
                 const std::vector<std::function<void()>> operations = {
                     [&] { manager.getPasswordForUser(ada); }, [&] { manager.savePassword(secret, ada, true); },
                     [&] { manager.saveEncryptionKey(secret, ada); }, [&] { manager.removePassword(ada); }};
@@ -739,8 +738,8 @@ TEST_F(Keychains, NoSecretReachesTheLog) {
             }
         }
     }
-    EXPECT_FALSE(contentsOf(log).isEmpty());
-    EXPECT_FALSE(contentsOf(log).contains("s3cret"));
+    EXPECT_FALSE(contentsOf(log).empty());
+    EXPECT_EQ(contentsOf(log).find("s3cret"), std::string::npos);
 }
 
 TEST(SharedKeychain, IsOneForTheProcessAndUsesTheInstalledOnes) {
@@ -755,8 +754,8 @@ TEST(SharedKeychain, IsOneForTheProcessAndUsesTheInstalledOnes) {
         thread.join();
     }
     EXPECT_EQ(managers, std::vector(4, &KeychainManager::sharedManager()));
-    platform.keychain.items[{managers[0]->serviceName().toStdString(), "shared"}] = R"({"password":"p"})";
-    EXPECT_EQ(managers[0]->getPasswordForUser(QStringLiteral("shared")), QStringLiteral("p"));
+    platform.keychain.items[{managers[0]->serviceName(), "shared"}] = R"({"password":"p"})";
+    EXPECT_EQ(managers[0]->getPasswordForUser("shared"), "p");
     installPlatform(nullptr);
 }
 

@@ -8,47 +8,62 @@
 #include "utils/Exception.h"
 #include "utils/Version.h"
 
-#include <QRegularExpression>
+#include <algorithm>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <optional>
 
 namespace quillmark {
 namespace {
+
+using test::Lines;
+using test::linesFrom;
+using test::together;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+/// Of the first one that begins like that; there has to be one.
+size_t indexOf(const Lines &lines, const std::string &beginning) {
+    const auto begins = [&beginning](const std::string &line) { return line.starts_with(beginning); };
+    const auto found = std::find_if(lines.begin(), lines.end(), begins);
+    EXPECT_NE(found, lines.end()) << beginning;
+    return static_cast<size_t>(found - lines.begin());
+}
 
 class LauncherAppDelegate : public test::LogFixture {
 protected:
     LauncherAppDelegate() {
         gAlsoRemoveBundlePaths.clear();
-        platform.bundle.bundlePath = home.path(QStringLiteral("Applications/Quillmark.app"));
-        resource(QStringLiteral("Config.plist"), "config", {{QStringLiteral("Brand"), 15}});
-        resource(QStringLiteral("Defaults.plist"), "defaults",
-                 {{QStringLiteral("FileLogging"), QStringLiteral("normal")},
-                  {QStringLiteral("StdioLogging"), QStringLiteral("error")}});
-        resource(QStringLiteral("RequiredItems.plist"), "catalogue",
-                 {{QStringLiteral("RequiredItems"), QVariantList()}});
-        platform.bundle.resources << QStringLiteral("QuillmarkCore.app");
+        platform.bundle.bundlePath = home.path("Applications/Quillmark.app");
+        resource("Config.plist", "config", {{"Brand", 15}});
+        resource("Defaults.plist", "defaults", {{"FileLogging", "normal"}, {"StdioLogging", "error"}});
+        resource("RequiredItems.plist", "catalogue", {{"RequiredItems", List()}});
+        platform.bundle.resources.emplace_back("QuillmarkCore.app");
     }
-    void resource(const QString &name, const QByteArray &document, const QVariantMap &values) {
-        platform.bundle.resources << name;
-        home.write(QStringLiteral("Applications/Quillmark.app/Contents/Resources/") + name, document);
-        platform.propertyList.documents.insert(document, values);
+    void resource(const std::string &name, const std::string &document, const Dictionary &values) {
+        platform.bundle.resources.push_back(name);
+        home.write("Applications/Quillmark.app/Contents/Resources/" + name, document);
+        platform.propertyList.documents[document] = values;
     }
     /// Puts the bundle into a download folder, and an old copy of it where a move leads.
     void leaveApplications() {
-        ASSERT_TRUE(QDir().rename(home.path(QStringLiteral("Applications")), home.path(QStringLiteral("Downloads"))));
-        platform.bundle.bundlePath = home.path(QStringLiteral("Downloads/Quillmark.app"));
-        platform.workspace.localFolders = {home.makeFolder(QStringLiteral("computer"))};
+        std::filesystem::rename(home.path("Applications"), home.path("Downloads"));
+        platform.bundle.bundlePath = home.path("Downloads/Quillmark.app");
+        platform.workspace.localFolders = {home.makeFolder("computer")};
         platform.workspace.ownFolder = home.path();
-        home.write(QStringLiteral("computer/Quillmark.app/old"), "old");
+        home.write("computer/Quillmark.app/old", "old");
     }
-    void setItems(const QVariantList &items) {
-        platform.propertyList.documents.insert("catalogue", QVariantMap{{QStringLiteral("RequiredItems"), items}});
+    void setItems(const List &items) {
+        platform.propertyList.documents["catalogue"] = Dictionary{{"RequiredItems", items}};
     }
-    static RequiredItem item(const char *type, const char *name, const QString &installPath) {
-        return {{kInstallType, QString::fromUtf8(type)}, {kName, QString::fromUtf8(name)}, {kInstallPath, installPath}};
+    static RequiredItem item(const char *type, const char *name, const std::string &installPath) {
+        return {{kInstallType, type}, {kName, name}, {kInstallPath, installPath}};
     }
     /// A tool in order: the administrator's, with mode 0755, and as new as this application.
     RequiredItem toolInOrder() {
-        const QString path = QStringLiteral("/usr/bin/env");
-        platform.tasks.outputs.insert(path, "Limited 1.14.0.0");
+        const std::string path = "/usr/bin/env";
+        platform.tasks.outputs[path] = "Limited 1.14.0.0";
         return item("QMTool", "env", path);
     }
     /// Runs the start-up to the point where the process would end.
@@ -67,22 +82,20 @@ protected:
         return *m_delegate;
     }
     /// The questions to the process table.
-    static QStringList pipelines() {
-        const QString run = QStringLiteral("run /bin/sh -c ");
-        return {run + kFirstPipeline,
-                run + QStringLiteral("ps ax -o comm | grep 'Quillmark Mac' | grep -v grep >/dev/null"),
-                run + QStringLiteral("ps ax -o comm | grep 'QuillmarkCore' | grep -v grep >/dev/null")};
+    static Lines pipelines() {
+        const std::string run = "run /bin/sh -c ";
+        return {run + kFirstPipeline, run + "ps ax -o comm | grep 'Quillmark Mac' | grep -v grep >/dev/null",
+                run + "ps ax -o comm | grep 'QuillmarkCore' | grep -v grep >/dev/null"};
     }
     /// The search for stale copies, and the thought of a move.
-    static QStringList looksAround() {
-        return {QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
-                QStringLiteral("objectForKey moveToApplicationsFolderAlertSuppress"),
-                QStringLiteral("applicationsFolders all")};
+    static Lines looksAround() {
+        return {"applicationsFolders user", "applicationsFolders local",
+                "objectForKey moveToApplicationsFolderAlertSuppress", "applicationsFolders all"};
     }
-    static inline const QString kFirstPipeline =
-        QStringLiteral("ps ax -o comm | fgrep 'QuillmarkCore' | grep -v grep | grep -v relaunchqm > /dev/null");
-    QString core() const {
-        return platform.bundle.resourcePath() + QStringLiteral("/QuillmarkCore.app/Contents/MacOS/QuillmarkCore");
+    static inline const std::string kFirstPipeline =
+        "ps ax -o comm | fgrep 'QuillmarkCore' | grep -v grep | grep -v relaunchqm > /dev/null";
+    std::string core() const {
+        return platform.bundle.resourcePath() + "/QuillmarkCore.app/Contents/MacOS/QuillmarkCore";
     }
 
 private:
@@ -95,188 +108,174 @@ private:
 
 TEST_F(LauncherAppDelegate, TheStepsComeStrictlyInOrder) {
     start();
-    EXPECT_EQ(platform.transcript.calls(),
-              QStringList({QStringLiteral("registerDefaults FileLogging,StdioLogging"),
-                           QStringLiteral("objectForKey FileLogging"), QStringLiteral("objectForKey StdioLogging"),
-                           pipelines()[0], pipelines()[1], pipelines()[2]}) +
-                  looksAround() +
-                  QStringList({QStringLiteral("launchApplication ") + core(), QStringLiteral("terminate")}));
+    EXPECT_EQ(platform.transcript.calls(), together({{"registerDefaults FileLogging,StdioLogging",
+                                                      "objectForKey FileLogging", "objectForKey StdioLogging"},
+                                                     pipelines(),
+                                                     looksAround(),
+                                                     {"launchApplication " + core(), "terminate"}}));
 }
 
 TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
     start();
-    EXPECT_EQ(getLogFilePath(),
-              home.path(QStringLiteral("Library/Logs/Quillmark/Quillmark/Quillmark-2024-03-05-141502.log")));
-    EXPECT_EQ(messagesOf(getLogFilePath()),
-              QStringList({QStringLiteral("Quillmark version ") + versionOfThisAppAsString(true),
-                           QStringLiteral("Quillmark did begin launching..."),
-                           QStringLiteral("Quillmark did finish launching"),
-                           QStringLiteral("Launching \"") + core() + QStringLiteral("\"..."),
-                           QStringLiteral("Launched \"") + core() + u'"', QStringLiteral("Will terminate now")}));
-    EXPECT_FALSE(contentsOf(getLogFilePath()).contains("(ERR)"));
+    EXPECT_EQ(getLogFilePath().value(), home.path("Library/Logs/Quillmark/Quillmark/Quillmark-2024-03-05-141502.log"));
+    EXPECT_EQ(messagesOf(getLogFilePath().value()),
+              (Lines{"Quillmark version " + versionOfThisAppAsString(true), "Quillmark did begin launching...",
+                     "Quillmark did finish launching", "Launching \"" + core() + "\"...", "Launched \"" + core() + '"',
+                     "Will terminate now"}));
+    EXPECT_THAT(contentsOf(getLogFilePath().value()), Not(HasSubstr("(ERR)")));
 }
 
 TEST_F(LauncherAppDelegate, TheLogTellsOfTheSearchForOlderCopiesBeforeItBegins) {
-    platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("verbose"));
-    QByteArray log; // as it lies on the disk
-    platform.workspace.onApplicationsFolders = [&log] { log = test::readAll(getLogFilePath()); };
+    platform.userDefaults.stored["FileLogging"] = "verbose";
+    std::string log; // as it lies on the disk
+    platform.workspace.onApplicationsFolders = [&log] { log = test::readAll(getLogFilePath().value()); };
     start();
-    EXPECT_TRUE(log.endsWith("Looking for older copies of the client...\n"));
+    EXPECT_TRUE(log.ends_with("Looking for older copies of the client...\n"));
 }
 
 TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingElse) {
     for (const auto &[key, text] : {std::pair("QuillmarkLauncher_AlreadyRunning", "It runs."),
                                     {"QuillmarkLauncher_YouMustQuit", "Quit it first."},
                                     {"Quit", "Leave"}}) {
-        platform.bundle.strings.insert(QString::fromLatin1(key), QString::fromLatin1(text));
+        platform.bundle.strings[key] = text;
     }
-    platform.tasks.statuses.insert(kFirstPipeline, 0);
+    platform.tasks.statuses[kFirstPipeline] = 0;
     start();
-    EXPECT_EQ(platform.transcript.calls().mid(3),
-              pipelines() + QStringList({QStringLiteral("runModal [Quillmark] It runs. | Quit it first. | Leave"),
-                                         QStringLiteral("terminate")}));
-    EXPECT_EQ(
-        messagesOf(getLogFilePath()).mid(2),
-        QStringList({QStringLiteral("Letting other copy run, we will terminate"), QStringLiteral("User did quit")}));
-    EXPECT_TRUE(gAlsoRemoveBundlePaths.isEmpty());
+    EXPECT_EQ(linesFrom(platform.transcript.calls(), 3),
+              together({pipelines(), {"runModal [Quillmark] It runs. | Quit it first. | Leave", "terminate"}}));
+    EXPECT_EQ(linesFrom(messagesOf(getLogFilePath().value()), 2),
+              (Lines{"Letting other copy run, we will terminate", "User did quit"}));
+    EXPECT_TRUE(gAlsoRemoveBundlePaths.empty());
 }
 
 TEST_F(LauncherAppDelegate, AMoveComesBehindTheStaleCopiesAndIsTheEnd) {
     leaveApplications();
-    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    setItems({item("QMTool", "gone", "/none")});
     platform.alerts.answers = {{0, false}};
     _setStandardStreams(nullptr, nullptr);
     start();
-    const QStringList calls = platform.transcript.calls().filter(QRegularExpression(QStringLiteral("^(?!objectFor)")));
-    const qsizetype offer =
-        calls.indexOf(QRegularExpression(QStringLiteral("^runModal .*Move to Applications folder.*")));
-    EXPECT_EQ(calls.mid(offer - 5, 5),
-              QStringList({QStringLiteral("applicationsFolders user"), QStringLiteral("applicationsFolders local"),
-                           QStringLiteral("applicationsFolders all"), QStringLiteral("applicationsFolders local"),
-                           QStringLiteral("downloadsFolders")}));
-    EXPECT_TRUE(calls[offer + 1].startsWith(QStringLiteral("recycle Quillmark.app in ")));
-    EXPECT_TRUE(calls[offer + 3].startsWith(QStringLiteral("start /bin/sh -c ")));
-    EXPECT_EQ(calls.mid(offer + 5), QStringList{QStringLiteral("terminate")});
-    EXPECT_EQ(messagesOf(getLogFilePath()).last(), QStringLiteral("Moving myself to the Applications folder"));
+    Lines calls = platform.transcript.calls();
+    std::erase_if(calls, [](const std::string &call) { return call.starts_with("objectFor"); });
+    const size_t offer = indexOf(calls, "runModal [Quillmark] Move to Applications folder");
+    EXPECT_EQ(linesFrom(calls, offer - 5, 5),
+              (Lines{"applicationsFolders user", "applicationsFolders local", "applicationsFolders all",
+                     "applicationsFolders local", "downloadsFolders"}));
+    EXPECT_TRUE(calls.at(offer + 1).starts_with("recycle Quillmark.app in "));
+    EXPECT_TRUE(calls.at(offer + 3).starts_with("start /bin/sh -c "));
+    EXPECT_EQ(linesFrom(calls, offer + 5), Lines{"terminate"});
+    EXPECT_EQ(messagesOf(getLogFilePath().value()).back(), "Moving myself to the Applications folder");
 }
 
 TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedIsFollowedByTheRestOfTheStart) {
     leaveApplications();
     start();
-    EXPECT_EQ(platform.transcript.calls().filter(QStringLiteral("runModal")).size(), 1);
-    EXPECT_EQ(platform.transcript.calls().mid(platform.transcript.calls().size() - 2),
-              QStringList({QStringLiteral("launchApplication ") + core(), QStringLiteral("terminate")}));
-    EXPECT_TRUE(messagesOf(getLogFilePath()).contains(QStringLiteral("Quillmark did finish launching")));
+    EXPECT_THAT(platform.transcript.calls(), Contains(HasSubstr("runModal")).Times(1));
+    EXPECT_EQ(linesFrom(platform.transcript.calls(), platform.transcript.calls().size() - 2),
+              (Lines{"launchApplication " + core(), "terminate"}));
+    EXPECT_THAT(messagesOf(getLogFilePath().value()), Contains("Quillmark did finish launching"));
 }
 
 TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedMayBeFollowedByFaultyComponents) {
     leaveApplications();
-    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    setItems({item("QMTool", "gone", "/none")});
+    platform.bundle.resources.emplace_back("InstallCheck.ui");
     _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
-    const QStringList calls = platform.transcript.calls();
-    EXPECT_LT(calls.indexOf(QRegularExpression(QStringLiteral("^runModal .*"))), calls.indexOf(u"bringToFront"));
-    EXPECT_FALSE(calls.contains(u"terminate"));
+    const Lines calls = platform.transcript.calls();
+    EXPECT_LT(indexOf(calls, "runModal "), indexOf(calls, "bringToFront"));
+    EXPECT_THAT(calls, Not(Contains("terminate")));
 }
 
 TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch) {
-    setItems({toolInOrder(), item("Framework", "Mono", QStringLiteral("/none"))});
-    platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("verbose"));
+    setItems({toolInOrder(), item("Framework", "Mono", "/none")});
+    platform.userDefaults.stored["FileLogging"] = "verbose";
     start();
-    EXPECT_EQ(platform.transcript.calls().mid(6),
-              looksAround() +
-                  QStringList({QStringLiteral("launch /usr/bin/env "), QStringLiteral("launchApplication ") + core(),
-                               QStringLiteral("terminate")}));
-    const QStringList lines = linesOf(getLogFilePath());
+    EXPECT_EQ(linesFrom(platform.transcript.calls(), 6),
+              together({looksAround(), {"launch /usr/bin/env ", "launchApplication " + core(), "terminate"}}));
+    const Lines lines = linesOf(getLogFilePath().value());
     EXPECT_EQ(
-        lines.mid(lines.indexOf(QStringLiteral("nrm Quillmark did finish launching"))),
-        QStringList({QStringLiteral("nrm Quillmark did finish launching"),
-                     QStringLiteral("vrb \"/usr/bin/env\" does not need to update from 1.14.0.0"),
-                     QStringLiteral("vrb Install check: QMTool \"env\" is \"OK\""),
-                     QStringLiteral("vrb Install check: Framework \"Mono\" is \"OK\""),
-                     QStringLiteral("nrm Launching \"") + core() + QStringLiteral("\"..."),
-                     QStringLiteral("nrm Launched \"") + core() + u'"', QStringLiteral("nrm Will terminate now")}));
+        linesFrom(lines, indexOf(lines, "nrm Quillmark did finish launching")),
+        (Lines{"nrm Quillmark did finish launching", "vrb \"/usr/bin/env\" does not need to update from 1.14.0.0",
+               "vrb Install check: QMTool \"env\" is \"OK\"", "vrb Install check: Framework \"Mono\" is \"OK\"",
+               "nrm Launching \"" + core() + "\"...", "nrm Launched \"" + core() + '"', "nrm Will terminate now"}));
 }
 
 TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunched) {
-    platform.bundle.strings.insert(QStringLiteral("Missing"), QStringLiteral("fehlt"));
-    resource(QStringLiteral("logo-1.bmp"), "logo", {});
-    platform.images.pictures.insert(platform.bundle.resourcePath() + QStringLiteral("/logo-1.bmp"),
-                                    Image{{}, 1, 1, "abcd"});
-    RequiredItem notRequired = item("FinderOverlayInsert", "later", QStringLiteral("/none"));
-    notRequired.insert(kMinMacOSXVersion, QStringLiteral("10.6"));
-    const QString old = home.write(QStringLiteral("old.plugin"), "");
-    setItems({item("QMTool", "gone", QStringLiteral("/none")), toolInOrder(), notRequired, item("FinderCM", "old", old),
-              item("Bundle", "fs", QStringLiteral("/none.fs"))});
+    platform.bundle.strings["Missing"] = "fehlt";
+    resource("logo-1.bmp", "logo", {});
+    platform.images.pictures[platform.bundle.resourcePath() + "/logo-1.bmp"] = Image{{}, 1, 1, "abcd"};
+    RequiredItem notRequired = item("FinderOverlayInsert", "later", "/none");
+    notRequired.insert_or_assign(kMinMacOSXVersion, "10.6");
+    const std::string old = home.write("old.plugin", "");
+    setItems({item("QMTool", "gone", "/none"), toolInOrder(), notRequired, item("FinderCM", "old", old),
+              item("Bundle", "fs", "/none.fs")});
     _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching()); // comes back, and the window is up
-    EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("bringToFront"));
-    const QStringList calls = platform.transcript.calls();
-    EXPECT_EQ(calls.mid(calls.indexOf(u"applicationsFolders user"), 5),
-              looksAround() + QStringList{QStringLiteral("launch /usr/bin/env ")});
-    EXPECT_EQ(linesOf(getLogFilePath()).mid(2),
-              QStringList({QStringLiteral("nrm Quillmark did finish launching"),
-                           QStringLiteral("ERR \"gone\" is not in order: fehlt (\"/none\")"),
-                           QStringLiteral("ERR \"old\" is not in order: Old Version (\"") + old + QStringLiteral("\")"),
-                           QStringLiteral("ERR \"fs\" is not in order: fehlt (\"/none.fs\")")}));
+    EXPECT_EQ(platform.transcript.calls().back(), "bringToFront");
+    const Lines calls = platform.transcript.calls();
+    EXPECT_EQ(linesFrom(calls, indexOf(calls, "applicationsFolders user"), 5),
+              together({looksAround(), {"launch /usr/bin/env "}}));
+    EXPECT_EQ(linesFrom(linesOf(getLogFilePath().value()), 2),
+              (Lines{"nrm Quillmark did finish launching", "ERR \"gone\" is not in order: fehlt (\"/none\")",
+                     "ERR \"old\" is not in order: Old Version (\"" + old + "\")",
+                     "ERR \"fs\" is not in order: fehlt (\"/none.fs\")"}));
 }
 
 TEST_F(LauncherAppDelegate, WithoutAWindowFaultyComponentsAreToldInAnAlertAndAreTheEnd) {
     platform.checkWindows.canBeShown = false;
-    setItems({item("QMTool", "gone", QStringLiteral("/none")), toolInOrder(),
-              item("Bundle", "fs", QStringLiteral("/none.fs"))});
+    setItems({item("QMTool", "gone", "/none"), toolInOrder(), item("Bundle", "fs", "/none.fs")});
     _setStandardStreams(nullptr, nullptr);
     EXPECT_FALSE(delegate().applicationDidFinishLaunching());
-    EXPECT_EQ(platform.transcript.calls().last(),
-              QStringLiteral("runModal [Quillmark] RunFailedTitle | gone (Missing)\nfs (Missing) | Quit"));
+    EXPECT_EQ(platform.transcript.calls().back(),
+              "runModal [Quillmark] RunFailedTitle | gone (Missing)\nfs (Missing) | Quit");
 }
 
 TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaunched) {
-    platform.bundle.resources.removeAll(QStringLiteral("RequiredItems.plist"));
+    std::erase(platform.bundle.resources, "RequiredItems.plist");
     _setStandardStreams(nullptr, nullptr);
     start();
-    EXPECT_EQ(linesOf(getLogFilePath())[3],
-              QStringLiteral("ERR The catalogue of required items (\"") + platform.bundle.resourcePath() +
-                  QStringLiteral("/RequiredItems.plist\") can't be read: no component is checked"));
-    EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("terminate"));
+    EXPECT_EQ(linesOf(getLogFilePath().value())[3],
+              "ERR The catalogue of required items (\"" + platform.bundle.resourcePath() +
+                  "/RequiredItems.plist\") can't be read: no component is checked");
+    EXPECT_EQ(platform.transcript.calls().back(), "terminate");
 }
 
 TEST_F(LauncherAppDelegate, TheWindowForAMissingComponentIsLoadedWhileTheProcessTableIsAsked) {
-    setItems({item("QMTool", "gone", QStringLiteral("/none"))});
+    setItems({item("QMTool", "gone", "/none")});
+    platform.bundle.resources.emplace_back("InstallCheck.ui");
     _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
-    const QStringList calls = platform.transcript.calls();
-    const qsizetype next = calls.indexOf(u"applicationsFolders user");
-    EXPECT_EQ(calls[3], QStringLiteral("prepare"));
-    EXPECT_LT(calls.indexOf(u"load InstallCheck.ui"), next);
-    for (const QString &pipeline : pipelines()) {
-        EXPECT_LT(calls.indexOf(pipeline), next);
+    const Lines calls = platform.transcript.calls();
+    const size_t next = indexOf(calls, "applicationsFolders user");
+    EXPECT_EQ(calls[3], "prepare");
+    EXPECT_LT(indexOf(calls, "load InstallCheck.ui"), next);
+    for (const std::string &pipeline : pipelines()) {
+        EXPECT_LT(indexOf(calls, pipeline), next);
     }
 }
 
 TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsExaminedAndNoWindowComesUp) {
-    setItems({toolInOrder(), item("QMTool", "gone", QStringLiteral("/none"))});
-    platform.tasks.statuses.insert(kFirstPipeline, 0);
+    setItems({toolInOrder(), item("QMTool", "gone", "/none")});
+    platform.tasks.statuses[kFirstPipeline] = 0;
     start();
-    EXPECT_FALSE(platform.transcript.calls().contains(u"launch /usr/bin/env "));
-    EXPECT_FALSE(platform.transcript.calls().contains(u"bringToFront"));
+    EXPECT_THAT(platform.transcript.calls(), Not(Contains("launch /usr/bin/env ")));
+    EXPECT_THAT(platform.transcript.calls(), Not(Contains("bringToFront")));
 }
 
 TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {
-    platform.bundle.strings[QStringLiteral("ProductName")] = QStringLiteral("Feder");
-    platform.bundle.resources << QStringLiteral("FederCore.app");
+    platform.bundle.strings["ProductName"] = "Feder";
+    platform.bundle.resources.emplace_back("FederCore.app");
     start();
-    EXPECT_TRUE(platform.transcript.calls().contains(QStringLiteral("launchApplication ") +
-                                                     platform.bundle.resourcePath() +
-                                                     QStringLiteral("/FederCore.app/Contents/MacOS/FederCore")));
-    EXPECT_TRUE(gAlsoRemoveBundlePaths.contains(QStringLiteral("/Applications/Feder Client-3.app")));
-    EXPECT_EQ(gAltDstBundleName, QStringLiteral("Feder"));
-    EXPECT_TRUE(getLogFilePath().contains(QStringLiteral("/Library/Logs/Feder/Feder/Feder-")));
+    EXPECT_THAT(platform.transcript.calls(), Contains("launchApplication " + platform.bundle.resourcePath() +
+                                                      "/FederCore.app/Contents/MacOS/FederCore"));
+    EXPECT_THAT(gAlsoRemoveBundlePaths, Contains("/Applications/Feder Client-3.app"));
+    EXPECT_EQ(gAltDstBundleName, "Feder");
+    EXPECT_THAT(getLogFilePath().value(), HasSubstr("/Library/Logs/Feder/Feder/Feder-"));
 }
 
 TEST_F(LauncherAppDelegate, TheStaleCopiesAreListed) {
     start();
-    EXPECT_EQ(gAlsoRemoveBundlePaths.size(), 24);
+    EXPECT_EQ(gAlsoRemoveBundlePaths.size(), 24U);
 }
 
 TEST_F(LauncherAppDelegate, TheBrandIsTheConfigurationsNumber) {
@@ -286,55 +285,55 @@ TEST_F(LauncherAppDelegate, TheBrandIsTheConfigurationsNumber) {
 }
 
 TEST_F(LauncherAppDelegate, ABrandGivenAsTextIsReadAsANumber) {
-    platform.propertyList.documents.insert("config", QVariantMap{{QStringLiteral("Brand"), QStringLiteral("10001 x")}});
+    platform.propertyList.documents["config"] = Dictionary{{"Brand", "10001 x"}};
     start();
     EXPECT_EQ(delegate().brandId(), 10001);
 }
 
 TEST_F(LauncherAppDelegate, AMissingConfigurationMeansBrandZeroAndTheStartGoesOn) {
-    platform.bundle.resources.removeAll(QStringLiteral("Config.plist"));
+    std::erase(platform.bundle.resources, "Config.plist");
     start();
     EXPECT_EQ(delegate().brandId(), 0);
 }
 
 TEST_F(LauncherAppDelegate, StoredSettingsWinOverTheDefaults) {
-    platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("detailed"));
+    platform.userDefaults.stored["FileLogging"] = "detailed";
     start();
     EXPECT_EQ(_fileLoggingLevel, kLogLevelDetailed);
     EXPECT_EQ(_stdioLoggingLevel, kLogLevelError);
 }
 
 TEST_F(LauncherAppDelegate, AFailedLaunchIsNotNoticed) {
-    platform.transcript.failAt(QStringLiteral("launchApplication"), 1);
+    platform.transcript.failAt("launchApplication", 1);
     start(); // deliberate: the launcher says that it launched, and ends
-    EXPECT_EQ(messagesOf(getLogFilePath()).last(), QStringLiteral("Will terminate now"));
+    EXPECT_EQ(messagesOf(getLogFilePath().value()).back(), "Will terminate now");
 }
 
 TEST_F(LauncherAppDelegate, AMissingCoreIsNotNoticedEither) {
-    platform.bundle.resources.removeAll(QStringLiteral("QuillmarkCore.app"));
+    std::erase(platform.bundle.resources, "QuillmarkCore.app");
     start();
-    EXPECT_TRUE(messagesOf(getLogFilePath()).contains(QStringLiteral("Launched \"(null)\"")));
+    EXPECT_THAT(messagesOf(getLogFilePath().value()), Contains("Launched \"(null)\""));
 }
 
 TEST_F(LauncherAppDelegate, DamagedPreferencesAreReportedInTheLog) {
-    platform.userDefaults.damaged = QStringLiteral("/home/t/x.plist.damaged");
+    platform.userDefaults.damaged = "/home/t/x.plist.damaged";
     testing::internal::CaptureStderr();
     start();
     EXPECT_NE(testing::internal::GetCapturedStderr().find("/home/t/x.plist.damaged"), std::string::npos);
-    EXPECT_TRUE(contentsOf(getLogFilePath()).contains("(ERR)"));
-    EXPECT_EQ(messagesOf(getLogFilePath()).size(), 7);
+    EXPECT_THAT(contentsOf(getLogFilePath().value()), HasSubstr("(ERR)"));
+    EXPECT_EQ(messagesOf(getLogFilePath().value()).size(), 7U);
 }
 
 TEST_F(LauncherAppDelegate, AnInvalidLevelIsAFaultBeforeAnythingIsLaunched) {
-    platform.userDefaults.stored.insert(QStringLiteral("FileLogging"), QStringLiteral("loud"));
+    platform.userDefaults.stored["FileLogging"] = "loud";
     EXPECT_THROW(delegate().applicationDidFinishLaunching(), Exception);
-    EXPECT_FALSE(platform.transcript.calls().contains(QStringLiteral("terminate")));
+    EXPECT_THAT(platform.transcript.calls(), Not(Contains("terminate")));
 }
 
 using LauncherAppDelegateDeathTest = LauncherAppDelegate;
 
 TEST_F(LauncherAppDelegateDeathTest, MissingDefaultsEndTheProcessForWantOfALevel) {
-    platform.bundle.resources.removeAll(QStringLiteral("Defaults.plist"));
+    std::erase(platform.bundle.resources, "Defaults.plist");
     EXPECT_EXIT(delegate().applicationDidFinishLaunching(), testing::KilledBySignal(SIGABRT),
                 "ASSERTION ERROR: fileLevel \\(");
 }

@@ -4,36 +4,37 @@
 #include "platform/Problem.h"
 #include "platform/linux/RunLoop.h"
 #include "platform/linux/WindowModule.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <string>
+#include <vector>
 
 namespace quillmark::test {
 
 namespace {
 
-QStringList problems;
+std::vector<std::string> problems;
 
 /// A bundle without a window module.
 class LinuxAlertsTest : public testing::Test {
 protected:
     LinuxAlertsTest() {
         problems.clear();
-        setProblemReporter([](const std::string &sentence) { problems << qtText(sentence); });
-        bundle.bundlePath = home.path(QStringLiteral("Quillmark.app"));
-        alert.windowTitle = QStringLiteral("Quillmark");
-        alert.messageText = QStringLiteral("Sicher?");
-        alert.informativeText = QStringLiteral("Das läßt sich\nnicht rückgängig machen.");
-        alert.buttons = {QStringLiteral("Ja"), QStringLiteral("Vielleicht"), QStringLiteral("Nein")};
+        setProblemReporter([](const std::string &sentence) { problems.push_back(sentence); });
+        bundle.bundlePath = home.path("Quillmark.app");
+        alert.windowTitle = "Quillmark";
+        alert.messageText = "Sicher?";
+        alert.informativeText = "Das läßt sich\nnicht rückgängig machen.";
+        alert.buttons = {"Ja", "Vielleicht", "Nein"};
     }
     ~LinuxAlertsTest() override { setProblemReporter(nullptr); }
 
     /// What one alert writes on standard error.
-    QString said() {
+    std::string said() {
         testing::internal::CaptureStderr();
         answer = alerts.runModal(alert).button;
-        return QString::fromStdString(testing::internal::GetCapturedStderr());
+        return testing::internal::GetCapturedStderr();
     }
 
     TemporaryHome home;
@@ -48,12 +49,12 @@ protected:
 } // namespace
 
 TEST_F(LinuxAlertsTest, WithoutTheModuleTheTextsAreOneLineOnStandardError) {
-    EXPECT_EQ(said(), QStringLiteral("Quillmark: Sicher? Das läßt sich nicht rückgängig machen.\n"));
+    EXPECT_EQ(said(), "Quillmark: Sicher? Das läßt sich nicht rückgängig machen.\n");
 }
 
 TEST_F(LinuxAlertsTest, WithoutTheModuleAnAlertWithOneTextIsThatText) {
     alert.informativeText.clear();
-    EXPECT_EQ(said(), QStringLiteral("Quillmark: Sicher?\n"));
+    EXPECT_EQ(said(), "Quillmark: Sicher?\n");
 }
 
 TEST_F(LinuxAlertsTest, WithoutTheModuleTheLastButtonCountsAsPressed) {
@@ -62,7 +63,7 @@ TEST_F(LinuxAlertsTest, WithoutTheModuleTheLastButtonCountsAsPressed) {
 }
 
 TEST_F(LinuxAlertsTest, WithoutTheModuleTheOnlyButtonCountsAsPressed) {
-    alert.buttons = {QStringLiteral("Beenden")};
+    alert.buttons = {"Beenden"};
     said();
     EXPECT_EQ(answer, 0);
 }
@@ -75,23 +76,21 @@ TEST_F(LinuxAlertsTest, WithoutTheModuleAnAlertThatNamesNoButtonIsAnsweredAllThe
 
 TEST_F(LinuxAlertsTest, WithoutTheModuleTheProblemIsReportedWithTheMissingFile) {
     said();
-    ASSERT_EQ(problems.size(), 1);
-    EXPECT_TRUE(problems[0].startsWith(QStringLiteral("The alert \"Sicher?\" could not be shown: ")))
-        << qPrintable(problems[0]);
-    EXPECT_TRUE(problems[0].contains(bundle.bundlePath + QStringLiteral("/Contents/PlugIns/libquillmark-windows.so")))
-        << qPrintable(problems[0]);
+    ASSERT_EQ(problems.size(), 1U);
+    EXPECT_THAT(problems[0], testing::StartsWith("The alert \"Sicher?\" could not be shown: "));
+    EXPECT_THAT(problems[0], testing::HasSubstr(bundle.bundlePath + "/Contents/PlugIns/libquillmark-windows.so"));
 }
 
 TEST_F(LinuxAlertsTest, AModuleThatIsNoneIsReported) {
-    home.write(QStringLiteral("Quillmark.app/Contents/PlugIns/libquillmark-windows.so"), "no library");
+    home.write("Quillmark.app/Contents/PlugIns/libquillmark-windows.so", "no library");
     said();
     EXPECT_EQ(answer, 2);
-    EXPECT_EQ(problems.size(), 1);
+    EXPECT_EQ(problems.size(), 1U);
 }
 
 TEST_F(LinuxAlertsTest, ATextThatLooksLikeAPlaceholderIsShownAsItIs) {
-    alert.messageText = QStringLiteral("%3 of %1");
-    EXPECT_TRUE(said().startsWith(QStringLiteral("Quillmark: %3 of %1 Das")));
+    alert.messageText = "%3 of %1";
+    EXPECT_TRUE(said().starts_with("Quillmark: %3 of %1 Das"));
 }
 
 } // namespace quillmark::test

@@ -1,7 +1,13 @@
 #include "platform/linux/LinuxBundle.h"
 #include "platform/linux/LinuxPropertyList.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
+#include "support/ValuePrinter.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace quillmark {
 namespace {
@@ -9,127 +15,115 @@ namespace {
 class BundleTest : public testing::Test {
 protected:
     BundleTest() {
-        table(QStringLiteral("en"), QStringLiteral("Hello"));
-        table(QStringLiteral("de"), QStringLiteral("Hallo"));
-        table(QStringLiteral("pt_BR"), QStringLiteral("Oi"));
+        table("en", "Hello");
+        table("de", "Hallo");
+        table("pt_BR", "Oi");
     }
-    void table(const QString &language, const QString &greeting) {
-        home.write(QStringLiteral("Q.app/Contents/Resources/%1.lproj/Localizable.strings").arg(language),
-                   *list.toXml(QVariantMap{{QStringLiteral("greet"), greeting}}));
+    void table(const std::string &language, const std::string &greeting) {
+        home.write("Q.app/Contents/Resources/" + language + ".lproj/Localizable.strings",
+                   *list.toXml(Dictionary{{"greet", greeting}}));
     }
-    LinuxBundle bundle(const QStringList &languages = {}) const { return {path, languages, list}; }
-    QString greeting(const QStringList &languages) const {
-        return bundle(languages).localizedString(QStringLiteral("greet"));
+    LinuxBundle bundle(const std::vector<std::string> &languages = {}) const { return {path, languages, list}; }
+    std::string greeting(const std::vector<std::string> &languages) const {
+        return bundle(languages).localizedString("greet");
     }
 
     test::TemporaryHome home;
     LinuxPropertyList list;
-    const QString path = home.path(QStringLiteral("Q.app"));
+    const std::string path = home.path("Q.app");
 };
 
 TEST_F(BundleTest, ResourcesLieInItsResourcesFolder) {
-    home.write(QStringLiteral("Q.app/Contents/Resources/Config.plist"), "x");
-    home.write(QStringLiteral("Q.app/Contents/Resources/bare"), "x");
-    EXPECT_EQ(bundle().resourcePath(), path + QStringLiteral("/Contents/Resources"));
-    EXPECT_EQ(bundle().pathForResource(QStringLiteral("Config"), QStringLiteral("plist")),
-              path + QStringLiteral("/Contents/Resources/Config.plist"));
-    EXPECT_EQ(bundle().pathForResource(QStringLiteral("bare"), QString()),
-              path + QStringLiteral("/Contents/Resources/bare"));
-    EXPECT_TRUE(bundle().pathForResource(QStringLiteral("Config"), QStringLiteral("txt")).isNull());
-    EXPECT_TRUE(bundle().pathForResource(QString(), QStringLiteral("plist")).isNull());
+    home.write("Q.app/Contents/Resources/Config.plist", "x");
+    home.write("Q.app/Contents/Resources/bare", "x");
+    EXPECT_EQ(bundle().resourcePath(), path + "/Contents/Resources");
+    EXPECT_EQ(bundle().pathForResource("Config", "plist"), path + "/Contents/Resources/Config.plist");
+    EXPECT_EQ(bundle().pathForResource("bare", ""), path + "/Contents/Resources/bare");
+    EXPECT_FALSE(bundle().pathForResource("Config", "txt"));
+    EXPECT_FALSE(bundle().pathForResource("", "plist"));
 }
 
-TEST_F(BundleTest, ATrailingSlashIsNoPartOfThePath) {
-    EXPECT_EQ(LinuxBundle(path + QStringLiteral("//"), {}, list).path(), path);
-}
+TEST_F(BundleTest, ATrailingSlashIsNoPartOfThePath) { EXPECT_EQ(LinuxBundle(path + "//", {}, list).path(), path); }
 
 TEST_F(BundleTest, AProgramOutsideABundleHasItsOwnFolderForResources) {
     EXPECT_EQ(LinuxBundle(home.path(), {}, list).resourcePath(), home.path());
 }
 
 TEST_F(BundleTest, TheInformationIsThatOfTheFirstLook) {
-    const QString file = home.write(QStringLiteral("Q.app/Contents/Info.plist"),
-                                    *list.toXml(QVariantMap{{QStringLiteral("CFBundleVersion"), QStringLiteral("1")}}));
+    const std::string file = home.write("Q.app/Contents/Info.plist", *list.toXml(Dictionary{{"CFBundleVersion", "1"}}));
     const LinuxBundle subject(path, {}, list);
-    EXPECT_EQ(subject.infoDictionary().size(), 1);
-    ASSERT_TRUE(QFile::remove(file));
-    EXPECT_EQ(subject.infoDictionary().size(), 1);
-    EXPECT_TRUE(bundle().infoDictionary().isEmpty());
+    EXPECT_EQ(subject.infoDictionary().size(), 1U);
+    ASSERT_TRUE(std::filesystem::remove(file));
+    EXPECT_EQ(subject.infoDictionary().size(), 1U);
+    EXPECT_TRUE(bundle().infoDictionary().empty());
 }
 
 TEST_F(BundleTest, TextsAreInTheFirstLanguageThatThereIs) {
-    EXPECT_EQ(greeting({QStringLiteral("de"), QStringLiteral("en")}), QStringLiteral("Hallo"));
-    EXPECT_EQ(greeting({QStringLiteral("it"), QStringLiteral("pt_BR")}), QStringLiteral("Oi"));
-    EXPECT_EQ(greeting({QStringLiteral("en"), QStringLiteral("de")}), QStringLiteral("Hello"));
+    EXPECT_EQ(greeting({"de", "en"}), "Hallo");
+    EXPECT_EQ(greeting({"it", "pt_BR"}), "Oi");
+    EXPECT_EQ(greeting({"en", "de"}), "Hello");
 }
 
 TEST_F(BundleTest, EnglishIsTheLastResort) {
-    EXPECT_EQ(greeting({}), QStringLiteral("Hello"));
-    EXPECT_EQ(greeting({QStringLiteral("it")}), QStringLiteral("Hello"));
+    EXPECT_EQ(greeting({}), "Hello");
+    EXPECT_EQ(greeting({"it"}), "Hello");
 }
 
 TEST_F(BundleTest, ADamagedTableGivesWayToTheNextLanguage) {
-    home.write(QStringLiteral("Q.app/Contents/Resources/de.lproj/Localizable.strings"), "<plist>");
-    EXPECT_EQ(greeting({QStringLiteral("de")}), QStringLiteral("Hello"));
+    home.write("Q.app/Contents/Resources/de.lproj/Localizable.strings", "<plist>");
+    EXPECT_EQ(greeting({"de"}), "Hello");
 }
 
 TEST_F(BundleTest, AMissingKeyIsItsOwnText) {
-    EXPECT_EQ(bundle().localizedString(QStringLiteral("other")), QStringLiteral("other"));
-    EXPECT_EQ(LinuxBundle(home.path(QStringLiteral("none.app")), {}, list).localizedString(QStringLiteral("greet")),
-              QStringLiteral("greet"));
+    EXPECT_EQ(bundle().localizedString("other"), "other");
+    EXPECT_EQ(LinuxBundle(home.path("none.app"), {}, list).localizedString("greet"), "greet");
 }
 
 TEST_F(BundleTest, ATextThatIsNoTextIsItsKey) {
-    home.write(QStringLiteral("Q.app/Contents/Resources/en.lproj/Localizable.strings"),
-               *list.toXml(QVariantMap{{QStringLiteral("greet"), 5}}));
-    EXPECT_EQ(greeting({}), QStringLiteral("greet"));
+    home.write("Q.app/Contents/Resources/en.lproj/Localizable.strings", *list.toXml(Dictionary{{"greet", 5}}));
+    EXPECT_EQ(greeting({}), "greet");
 }
 
 class PreferredLanguages : public testing::Test {
 protected:
-    static QStringList of(std::initializer_list<std::pair<const char *, const char *>> environment) {
+    using Languages = std::vector<std::string>;
+
+    static Languages of(std::initializer_list<std::pair<const char *, const char *>> environment) {
         for (const char *name : {"LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
-            qunsetenv(name);
+            ::unsetenv(name);
         }
         for (const auto &[name, value] : environment) {
-            qputenv(name, value);
+            ::setenv(name, value, 1);
         }
         return LinuxBundle::preferredLanguages();
     }
     ~PreferredLanguages() override { of({}); }
-    static QStringList list(std::initializer_list<const char *> names) {
-        QStringList result;
-        for (const char *name : names) {
-            result << QString::fromLatin1(name);
-        }
-        return result;
-    }
 };
 
 TEST_F(PreferredLanguages, AreTheRegionsFirstThenTheLanguageItself) {
-    EXPECT_EQ(of({{"LANG", "de_AT.UTF-8@euro"}}), list({"de_AT", "de"}));
-    EXPECT_EQ(of({{"LANG", "ja"}}), list({"ja"}));
+    EXPECT_EQ(of({{"LANG", "de_AT.UTF-8@euro"}}), (Languages{"de_AT", "de"}));
+    EXPECT_EQ(of({{"LANG", "ja"}}), (Languages{"ja"}));
 }
 
 TEST_F(PreferredLanguages, AreThoseOfTheStrongestVariable) {
-    EXPECT_EQ(of({{"LANG", "de"}, {"LC_MESSAGES", "fr"}}), list({"fr"}));
-    EXPECT_EQ(of({{"LANG", "de"}, {"LC_MESSAGES", "fr"}, {"LC_ALL", "es"}}), list({"es"}));
-    EXPECT_EQ(of({{"LANG", "de"}, {"LC_ALL", ""}}), list({"de"}));
-    EXPECT_EQ(of({{"LANGUAGE", "fr_CH:es"}, {"LANG", "de_DE"}}), list({"fr_CH", "fr", "es", "de_DE", "de"}));
+    EXPECT_EQ(of({{"LANG", "de"}, {"LC_MESSAGES", "fr"}}), (Languages{"fr"}));
+    EXPECT_EQ(of({{"LANG", "de"}, {"LC_MESSAGES", "fr"}, {"LC_ALL", "es"}}), (Languages{"es"}));
+    EXPECT_EQ(of({{"LANG", "de"}, {"LC_ALL", ""}}), (Languages{"de"}));
+    EXPECT_EQ(of({{"LANGUAGE", "fr_CH:es"}, {"LANG", "de_DE"}}), (Languages{"fr_CH", "fr", "es", "de_DE", "de"}));
 }
 
 TEST_F(PreferredLanguages, AreNoneInThePlainLocale) {
-    EXPECT_EQ(of({}), QStringList());
-    EXPECT_EQ(of({{"LANG", "C.UTF-8"}, {"LANGUAGE", "de"}}), QStringList());
-    EXPECT_EQ(of({{"LC_ALL", "POSIX"}, {"LANG", "de"}}), QStringList());
+    EXPECT_EQ(of({}), Languages());
+    EXPECT_EQ(of({{"LANG", "C.UTF-8"}, {"LANGUAGE", "de"}}), Languages());
+    EXPECT_EQ(of({{"LC_ALL", "POSIX"}, {"LANG", "de"}}), Languages());
 }
 
 TEST_F(PreferredLanguages, NeverLeadOutOfTheResourcesFolder) {
-    EXPECT_EQ(of({{"LANGUAGE", "../../evil:es"}, {"LANG", "de"}}), list({"es", "de"}));
+    EXPECT_EQ(of({{"LANGUAGE", "../../evil:es"}, {"LANG", "de"}}), (Languages{"es", "de"}));
 }
 
 TEST(RunningBundle, OfAProgramOutsideABundleIsItsFolder) {
-    EXPECT_TRUE(LinuxBundle::pathOfRunningBundle().endsWith(QStringLiteral("/tests/unit")));
+    EXPECT_TRUE(LinuxBundle::pathOfRunningBundle().ends_with("/tests/unit"));
 }
 
 } // namespace

@@ -4,11 +4,15 @@
 #include "utils/ErrorText.h"
 #include "utils/Exception.h"
 
+#include <algorithm>
+#include <gmock/gmock.h>
 #include <thread>
 
 namespace quillmark {
 namespace {
 
+using test::Lines;
+using testing::HasSubstr;
 using testing::internal::CaptureStderr;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
@@ -43,46 +47,46 @@ TEST_F(Log, BothLevelsAreNormalBeforeAnyInitialisation) {
 }
 
 TEST_F(Log, ALineHasTimeProcessLevelThreadAndMessage) {
-    const QString file = logToFile(kLogLevelDetailed);
+    const std::string file = logToFile(kLogLevelDetailed);
     std::thread([] { logNormal("Starting"); }).join();
     EXPECT_EQ(contentsOf(file), "2024-03-05 14:15:02.1234 Launcher[311] (nrm) [0x1a03] Starting\n");
 }
 
 TEST_F(Log, TheTimeFollowsTheClockWithFourDigitsOfASecond) {
-    const QString file = logToFile(kLogLevelNormal);
-    for (const qint64 microseconds : {1709648102000099LL, 1709648102999999LL, 1709648103000100LL}) {
+    const std::string file = logToFile(kLogLevelNormal);
+    for (const std::int64_t microseconds : {1709648102000099LL, 1709648102999999LL, 1709648103000100LL}) {
         platform.clock.set(Clock::Time(std::chrono::microseconds(microseconds)));
         logNormal("x");
     }
-    const QList<QByteArray> lines = contentsOf(file).split('\n');
-    EXPECT_TRUE(lines[0].startsWith("2024-03-05 14:15:02.0000 "));
-    EXPECT_TRUE(lines[1].startsWith("2024-03-05 14:15:02.9999 "));
-    EXPECT_TRUE(lines[2].startsWith("2024-03-05 14:15:03.0001 "));
+    const Lines lines = test::linesIn(contentsOf(file));
+    EXPECT_TRUE(lines[0].starts_with("2024-03-05 14:15:02.0000 "));
+    EXPECT_TRUE(lines[1].starts_with("2024-03-05 14:15:02.9999 "));
+    EXPECT_TRUE(lines[2].starts_with("2024-03-05 14:15:03.0001 "));
 }
 
 TEST_F(Log, EachLevelHasItsTag) {
-    const QString file = logToFile(kLogLevelDetailed);
+    const std::string file = logToFile(kLogLevelDetailed);
     CaptureStderr();
     logError("0");
     logNormal("1");
     logVerbose("2");
     logDetail("3");
     GetCapturedStderr();
-    const QList<QByteArray> lines = contentsOf(file).split('\n');
-    EXPECT_TRUE(lines[0].contains("(ERR) [")) << lines[0].toStdString();
-    EXPECT_TRUE(lines[1].contains("(nrm) ["));
-    EXPECT_TRUE(lines[2].contains("(vrb) ["));
-    EXPECT_TRUE(lines[3].contains("(dtl) ["));
+    const Lines lines = test::linesIn(contentsOf(file));
+    EXPECT_THAT(lines[0], HasSubstr("(ERR) ["));
+    EXPECT_THAT(lines[1], HasSubstr("(nrm) ["));
+    EXPECT_THAT(lines[2], HasSubstr("(vrb) ["));
+    EXPECT_THAT(lines[3], HasSubstr("(dtl) ["));
 }
 
 TEST_F(Log, AnyOtherLevelIsTaggedNormal) {
-    const QString file = logToFile(7);
+    const std::string file = logToFile(7);
     _log(5, "odd", {});
-    EXPECT_TRUE(contentsOf(file).contains("(nrm) "));
+    EXPECT_THAT(contentsOf(file), HasSubstr("(nrm) "));
 }
 
 TEST_F(Log, EachSinkTakesTheLinesUpToItsOwnLevel) {
-    const QString file = logToFile(kLogLevelVerbose, kLogLevelError);
+    const std::string file = logToFile(kLogLevelVerbose, kLogLevelError);
     const auto [output, error] = streamsOf([] {
         logNormal("to the file only");
         logError("to both");
@@ -90,7 +94,7 @@ TEST_F(Log, EachSinkTakesTheLinesUpToItsOwnLevel) {
     });
     EXPECT_EQ(output, "");
     EXPECT_NE(error.find("to both\n"), std::string::npos);
-    EXPECT_EQ(messagesOf(file), QStringList({QStringLiteral("to the file only"), QStringLiteral("to both")}));
+    EXPECT_EQ(messagesOf(file), (Lines{"to the file only", "to both"}));
 }
 
 TEST_F(Log, OnlyErrorsGoToStandardErrorAllElseToStandardOutput) {
@@ -133,67 +137,70 @@ TEST_F(Log, VisibilityIsThatOfTheMoreTalkativeSink) {
 
 TEST_F(Log, ASuppressedLineIsNotFormatted) {
     logToFile(kLogLevelError, kLogLevelError);
-    const auto [output, error] = streamsOf([] { logNormal("%d", QStringLiteral("a mismatch would be reported")); });
+    const auto [output, error] = streamsOf([] { logNormal("%d", "a mismatch would be reported"); });
     EXPECT_EQ(output + error, "");
 }
 
 TEST_F(Log, AFormatThatEndsTheLineIsNotGivenAnotherEnd) {
-    const QString file = logToFile(kLogLevelNormal);
+    const std::string file = logToFile(kLogLevelNormal);
     logNormal("a\n");
     logNormal("b");
-    EXPECT_TRUE(contentsOf(file).endsWith("a\n" + contentsOf(file).split('\n')[1] + '\n'));
-    EXPECT_EQ(contentsOf(file).count('\n'), 2);
+    const std::string contents = contentsOf(file);
+    EXPECT_TRUE(contents.ends_with("a\n" + test::linesIn(contents).at(1) + '\n'));
+    EXPECT_EQ(std::count(contents.begin(), contents.end(), '\n'), 2);
 }
 
 TEST_F(Log, TheLineEndIsSoughtInTheFormatAndNotInTheMessage) {
-    const QString file = logToFile(kLogLevelNormal);
-    logNormal("%@", QStringLiteral("a\n")); // deliberate: an argument's line end does not count
-    EXPECT_TRUE(contentsOf(file).endsWith("a\n\n"));
+    const std::string file = logToFile(kLogLevelNormal);
+    logNormal("%@", "a\n"); // deliberate: an argument's line end does not count
+    EXPECT_TRUE(contentsOf(file).ends_with("a\n\n"));
 }
 
 TEST_F(Log, AnEmptyFormatWritesAnEmptyMessage) {
-    const QString file = logToFile(kLogLevelNormal);
+    const std::string file = logToFile(kLogLevelNormal);
     logNormal("");
-    EXPECT_EQ(messagesOf(file), QStringList({QStringLiteral("")}));
+    EXPECT_EQ(messagesOf(file), Lines{""});
 }
 
 TEST_F(Log, AnAbsentFormatDropsTheLine) {
-    const QString file = logToFile(kLogLevelNormal);
-    logNormal(QString());
+    const std::string file = logToFile(kLogLevelNormal);
     logNormal(static_cast<const char *>(nullptr));
     EXPECT_EQ(contentsOf(file), "");
 }
 
 TEST_F(Log, APercentSignInAMessageIsNoDirective) {
-    const QString file = logToFile(kLogLevelNormal);
-    logNormal("%@", QStringLiteral("100 %d %s %@"));
-    EXPECT_EQ(messagesOf(file), QStringList({QStringLiteral("100 %d %s %@")}));
+    const std::string file = logToFile(kLogLevelNormal);
+    logNormal("%@", "100 %d %s %@");
+    EXPECT_EQ(messagesOf(file), Lines{"100 %d %s %@"});
 }
 
 TEST_F(Log, AFormatThatDoesNotMatchIsWrittenAsItIsWithAnErrorLine) {
-    const QString file = logToFile(kLogLevelNormal);
+    const std::string file = logToFile(kLogLevelNormal);
     CaptureStderr();
-    logNormal("%d", QStringLiteral("text"));
+    logNormal("%d", "text");
     EXPECT_NE(GetCapturedStderr().find("could not be formatted"), std::string::npos);
-    EXPECT_EQ(messagesOf(file).first(), QStringLiteral("%d"));
-    EXPECT_EQ(messagesOf(file).size(), 2);
+    EXPECT_EQ(messagesOf(file).at(0), "%d");
+    EXPECT_EQ(messagesOf(file).size(), 2U);
 }
 
 TEST_F(Log, AZeroByteEndsTheLineAsCStringsDo) {
-    const QString file = logToFile(kLogLevelNormal);
-    logNormal("%@", QStringLiteral("ab") + QChar(0) + QStringLiteral("cd"));
-    EXPECT_TRUE(contentsOf(file).endsWith("] ab"));
+    const std::string file = logToFile(kLogLevelNormal);
+    logNormal("%@", std::string("ab\0cd", 5));
+    EXPECT_TRUE(contentsOf(file).ends_with("] ab"));
 }
 
 TEST_F(Log, LongMessagesAreWrittenWhole) {
-    const QString file = logToFile(kLogLevelNormal);
-    const QString text(100000, u'ä');
+    const std::string file = logToFile(kLogLevelNormal);
+    std::string text;
+    for (int i = 0; i < 100'000; ++i) {
+        text += "ä";
+    }
     logNormal("%@", text);
-    EXPECT_EQ(messagesOf(file), QStringList({text}));
+    EXPECT_EQ(messagesOf(file), Lines{text});
 }
 
 TEST_F(Log, ANamedThreadsLinesCarryItsNameEvenWhenItIsEmpty) {
-    const QString file = logToFile(kLogLevelNormal);
+    const std::string file = logToFile(kLogLevelNormal);
     std::thread([] {
         setCurrentThreadName("repair");
         logNormal("1");
@@ -202,10 +209,10 @@ TEST_F(Log, ANamedThreadsLinesCarryItsNameEvenWhenItIsEmpty) {
         setCurrentThreadName(std::nullopt);
         logNormal("3");
     }).join();
-    const QList<QByteArray> lines = contentsOf(file).split('\n');
-    EXPECT_TRUE(lines[0].endsWith("(nrm) [repair] 1"));
-    EXPECT_TRUE(lines[1].endsWith("(nrm) [] 2"));
-    EXPECT_TRUE(lines[2].endsWith("(nrm) [0x1a03] 3"));
+    const Lines lines = test::linesIn(contentsOf(file));
+    EXPECT_TRUE(lines[0].ends_with("(nrm) [repair] 1"));
+    EXPECT_TRUE(lines[1].ends_with("(nrm) [] 2"));
+    EXPECT_TRUE(lines[2].ends_with("(nrm) [0x1a03] 3"));
 }
 
 TEST_F(Log, TheThreadNumberIsLowerCaseHexWithoutPadding) {
@@ -216,46 +223,42 @@ TEST_F(Log, TheThreadNumberIsLowerCaseHexWithoutPadding) {
 }
 
 TEST_F(Log, ErrorsAreLoggedByReasonAndDescription) {
-    const QString file = logToFile(kLogLevelError);
+    const std::string file = logToFile(kLogLevelError);
     CaptureStderr();
-    logNSError({QStringLiteral("d"),
-                1,
-                {{kLocalizedFailureReasonKey, QStringLiteral("r")}, {kLocalizedDescriptionKey, QStringLiteral("t")}}});
+    logNSError({"d", 1, {{kLocalizedFailureReasonKey, "r"}, {kLocalizedDescriptionKey, "t"}}});
     GetCapturedStderr();
-    EXPECT_TRUE(contentsOf(file).endsWith("Error:\n\"r\" because \"t\"\n"));
+    EXPECT_TRUE(contentsOf(file).ends_with("Error:\n\"r\" because \"t\"\n"));
 }
 
 TEST_F(Log, ExceptionsAreLoggedByTheirRendering) {
-    const QString file = logToFile(kLogLevelError);
+    const std::string file = logToFile(kLogLevelError);
     CaptureStderr();
-    logErrorException(Exception(QStringLiteral("Configuration Fault"), QStringLiteral("50% lost")));
+    logErrorException(Exception("Configuration Fault", "50% lost"));
     GetCapturedStderr();
-    EXPECT_EQ(messagesOf(file), QStringList({QStringLiteral("Configuration Fault (50% lost)")}));
+    EXPECT_EQ(messagesOf(file), Lines{"Configuration Fault (50% lost)"});
 }
 
 TEST_F(Log, PrintfIgnoresTheLevelsAndAddsALineEnd) {
     logToFile(kLogLevelError, kLogLevelError);
     const auto [output, error] = streamsOf([] {
-        NSPrintf("%@ %d\n", QStringLiteral("a"), 1);
-        NSPrintErrf("%@", QStringLiteral("b"));
-        NSPrintf(QString());
+        NSPrintf("%@ %d\n", "a", 1);
+        NSPrintErrf("%@", "b");
+        NSPrintf(static_cast<const char *>(nullptr));
     });
     EXPECT_EQ(output, "a 1\n\n");
     EXPECT_EQ(error, "b\n");
 }
 
-TEST_F(Log, OnlyCarriageReturnsAreRemovedDespiteTheName) {
-    EXPECT_EQ(_removeNewLinesInString(QStringLiteral("a\r\nb\r")), QStringLiteral("a\nb"));
-}
+TEST_F(Log, OnlyCarriageReturnsAreRemovedDespiteTheName) { EXPECT_EQ(_removeNewLinesInString("a\r\nb\r"), "a\nb"); }
 
 TEST_F(Log, LevelsHaveTheNamesOfTheConfiguration) {
-    EXPECT_EQ(_loggingLevelToString(0), QStringLiteral("error"));
-    EXPECT_EQ(_loggingLevelToString(1), QStringLiteral("normal"));
-    EXPECT_EQ(_loggingLevelToString(2), QStringLiteral("verbose"));
-    EXPECT_EQ(_loggingLevelToString(3), QStringLiteral("detailed"));
+    EXPECT_EQ(_loggingLevelToString(0), "error");
+    EXPECT_EQ(_loggingLevelToString(1), "normal");
+    EXPECT_EQ(_loggingLevelToString(2), "verbose");
+    EXPECT_EQ(_loggingLevelToString(3), "detailed");
     logToFile(kLogLevelVerbose, kLogLevelError);
-    EXPECT_EQ(loggingLevelStrFile(), QStringLiteral("verbose"));
-    EXPECT_EQ(loggingLevelStrStdio(), QStringLiteral("error"));
+    EXPECT_EQ(loggingLevelStrFile(), "verbose");
+    EXPECT_EQ(loggingLevelStrStdio(), "error");
 }
 
 TEST_F(Log, AnyOtherLevelNumberIsAConfigurationFault) {
@@ -263,8 +266,8 @@ TEST_F(Log, AnyOtherLevelNumberIsAConfigurationFault) {
         _loggingLevelToString(4);
         FAIL() << "nothing was raised";
     } catch (const Exception &exception) {
-        EXPECT_EQ(exception.name(), QStringLiteral("Configuration Fault"));
-        EXPECT_EQ(exception.reason(), QStringLiteral("Invalid logging level 4"));
+        EXPECT_EQ(exception.name(), "Configuration Fault");
+        EXPECT_EQ(exception.reason(), "Invalid logging level 4");
     }
 }
 

@@ -1,7 +1,9 @@
 #include "support/LogFixture.h"
 #include "utils/CurrentThread.h"
 
-#include <QRegularExpression>
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <set>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -20,7 +22,7 @@ protected:
             threads.emplace_back([thread] {
                 setCurrentThreadName("t" + std::to_string(thread));
                 for (int line = 0; line < kLines; ++line) {
-                    logNormal("%@ %d end", QString(thread * 40, u'x'), line);
+                    logNormal("%@ %d end", std::string(static_cast<size_t>(thread) * 40, 'x'), line);
                 }
             });
         }
@@ -28,58 +30,53 @@ protected:
             thread.join();
         }
     }
-    static int wholeLines(const QByteArray &contents) {
-        static const QRegularExpression form(QStringLiteral(
-            "^2024-03-05 \\d\\d:\\d\\d:\\d\\d\\.\\d{4} Launcher\\[311\\] \\(nrm\\) \\[t\\d\\] x* \\d+ end$"));
-        int whole = 0;
-        for (const QByteArray &line : contents.split('\n')) {
-            whole += form.match(QString::fromUtf8(line)).hasMatch() ? 1 : 0;
-        }
-        return whole;
+    static std::ptrdiff_t wholeLines(const std::string &contents) {
+        static const testing::Matcher<std::string> form =
+            testing::MatchesRegex("2024-03-05 [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{4} Launcher\\[311\\] \\(nrm\\) "
+                                  "\\[t[0-9]\\] x* [0-9]+ end");
+        const test::Lines lines = test::linesIn(contents);
+        return std::count_if(lines.begin(), lines.end(), [](const std::string &line) { return form.Matches(line); });
     }
 };
 
 TEST_F(LogThreads, NoLineIsTornOrLostWhenManyThreadsLogAtOnce) {
-    const QString file = logToFile(kLogLevelNormal);
+    const std::string file = logToFile(kLogLevelNormal);
     logFromManyThreads();
-    const QByteArray contents = contentsOf(file);
-    EXPECT_EQ(contents.count('\n'), kThreads * kLines);
+    const std::string contents = contentsOf(file);
+    EXPECT_EQ(std::count(contents.begin(), contents.end(), '\n'), kThreads * kLines);
     EXPECT_EQ(wholeLines(contents), kThreads * kLines);
 }
 
 TEST_F(LogThreads, NoLineIsLostWhileTheFileIsReplaced) {
-    const QString first = logToFile(kLogLevelNormal);
+    std::set<std::string> files = {logToFile(kLogLevelNormal)};
     std::atomic<bool> done{false};
-    QStringList files = {first};
     std::thread switcher([&] {
         for (int i = 0; !done; ++i) {
-            files << _initLogging(home.path(QStringLiteral("next-%1.log").arg(i % 50)));
+            files.insert(*_initLogging(home.path("next-" + std::to_string(i % 50) + ".log")));
         }
     });
     logFromManyThreads();
     done = true;
     switcher.join();
     _flushLog();
-    files.removeDuplicates();
-    int lines = 0;
-    for (const QString &file : files) {
+    std::ptrdiff_t lines = 0;
+    for (const std::string &file : files) {
         lines += wholeLines(test::readAll(file));
     }
     EXPECT_EQ(lines, kThreads * kLines);
 }
 
 TEST_F(LogThreads, OneThreadReplacesAGrownFileWhileTheOthersGoOn) {
-    const QString file = initLogging3(QStringLiteral("normal"), QStringLiteral("error"), home.path(),
-                                      QStringLiteral("Q"), QStringLiteral("Q"));
-    ASSERT_EQ(::truncate(QFile::encodeName(file).constData(), kMaxLogFileLength + 1), 0);
+    const std::string file = initLogging3("normal", "error", home.path(), "Q", "Q");
+    ASSERT_EQ(::truncate(file.c_str(), kMaxLogFileLength + 1), 0);
     platform.clock.set(platform.clock.now() + std::chrono::seconds(1));
     logFromManyThreads();
     _flushLog();
     EXPECT_NE(getLogFilePath(), file);
-    QFile old(file);
-    ASSERT_TRUE(old.open(QIODevice::ReadOnly));
-    old.seek(kMaxLogFileLength + 1);
-    EXPECT_EQ(wholeLines(old.readAll()) + wholeLines(test::readAll(getLogFilePath())), kThreads * kLines);
+    std::ifstream old(file);
+    old.seekg(kMaxLogFileLength + 1);
+    EXPECT_EQ(wholeLines({std::istreambuf_iterator(old), {}}) + wholeLines(test::readAll(*getLogFilePath())),
+              kThreads * kLines);
 }
 
 } // namespace

@@ -3,19 +3,23 @@
 #include "desktop/MovePlan.h"
 #include "platform/Path.h"
 #include "support/LogFixture.h"
+#include "support/ValuePrinter.h"
 #include "utils/FileManager.h"
+#include "utils/ReplaceAll.h"
 
-#include <QDir>
-#include <QFileInfo>
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <sched.h>
+#include <string>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace quillmark {
 namespace {
@@ -23,15 +27,25 @@ namespace {
 constexpr int kExitedWith1 = 1 << 8; // as waitpid gives it
 constexpr int kKilled = 9;
 
+using test::Lines;
+
+bool contains(const Lines &lines, const std::string &line) {
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+/// Those that hold a text.
+Lines filtered(Lines lines, std::string_view text) {
+    std::erase_if(lines, [text](const std::string &line) { return line.find(text) == std::string::npos; });
+    return lines;
+}
+
 /// A bundle in a download folder, and a place for Applications; the bundle's files are real.
 class MoveToApplications : public test::LogFixture {
 protected:
     MoveToApplications() {
-        setSource(home.path(QStringLiteral("Downloads/Quillmark.app")));
-        home.write(QStringLiteral("Downloads/Quillmark.app/Contents/Info.plist"), "new");
-        platform.workspace.userFolders = {home.path(QStringLiteral("user"))};
-        platform.workspace.localFolders = {home.path(QStringLiteral("network")),
-                                           home.makeFolder(QStringLiteral("local"))};
+        setSource(home.path("Downloads/Quillmark.app"));
+        home.write("Downloads/Quillmark.app/Contents/Info.plist", "new");
+        platform.workspace.userFolders = {home.path("user")};
+        platform.workspace.localFolders = {home.path("network"), home.makeFolder("local")};
         platform.systemInfo.appKit = 2487;
         platform.workspace.ownFolder = home.path();
         platform.alerts.answers = {{0, false}};
@@ -39,37 +53,36 @@ protected:
         platform.transcript.clear();
     }
     ~MoveToApplications() override {
-        QFile::setPermissions(destination, QFile::Permissions(0x7777)); // so that it can be deleted
+        ::chmod(destination.c_str(), 0777); // so that it can be deleted
         gAlsoRemoveBundlePaths.clear();
-        for (QString *setting : {&gAltDstBundleName, &gAltDstBundleParentPath, &gAltSrcBundlePath}) {
-            *setting = QString();
+        for (std::optional<std::string> *setting : {&gAltDstBundleName, &gAltDstBundleParentPath, &gAltSrcBundlePath}) {
+            setting->reset();
         }
     }
 
-    void setSource(const QString &path) {
+    void setSource(const std::string &path) {
         platform.bundle.bundlePath = path;
         source = path;
-        destination = home.path(QStringLiteral("local/")) + lastPathComponent(path);
+        destination = home.path("local/") + lastPathComponent(path);
     }
     /// A bundle that could be moved, so that nothing but its place speaks against it.
-    void putSource(const QString &folder) {
-        setSource(folder + QStringLiteral("/Quillmark.app"));
-        EXPECT_TRUE(QDir().mkpath(source));
+    void putSource(const std::string &folder) {
+        setSource(folder + "/Quillmark.app");
+        std::filesystem::create_directories(source);
+        EXPECT_TRUE(std::filesystem::is_directory(source));
     }
     /// An older copy that the move replaces. There has to be one for a move without a password.
-    void putOldCopy() { home.write(QStringLiteral("local/Quillmark.app/Contents/old"), "old"); }
+    void putOldCopy() { home.write("local/Quillmark.app/Contents/old", "old"); }
 
     /// One that only an administrator may change.
     void putOldCopyOfAnAdministrator() {
         putOldCopy();
         for (const char *folder : {"", "local", "Downloads", "Downloads/Quillmark.app"}) {
-            setMode(home.path(QLatin1StringView(folder)), kEverybodys);
+            setMode(home.path(folder), kEverybodys);
         }
         setMode(destination, kAdministrators);
     }
-    static void setMode(const QString &path, mode_t mode) {
-        EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0) << path.toStdString();
-    }
+    static void setMode(const std::string &path, mode_t mode) { EXPECT_EQ(::chmod(path.c_str(), mode), 0) << path; }
     static constexpr mode_t kEverybodys = 01777; // where each keeps his own
     static constexpr mode_t kAdministrators = 0555;
 
@@ -87,11 +100,11 @@ protected:
     /// Answers in a process of its own, whose root folder the home folder is; nothing where the machine forbids that.
     std::optional<bool> withHomeAsRoot(const std::function<bool()> &question) const {
         constexpr int kForbidden = 2;
-        const QByteArray root = QFile::encodeName(home.path());
+        const std::string root = home.path();
         const pid_t child = ::fork();
         if (child == 0) {
             const bool isRoot = ::geteuid() == 0 || ::unshare(CLONE_NEWUSER) == 0;
-            const bool isThere = isRoot && ::chroot(root.constData()) == 0 && ::chdir("/") == 0;
+            const bool isThere = isRoot && ::chroot(root.c_str()) == 0 && ::chdir("/") == 0;
             ::_exit(!isThere ? kForbidden : question() ? EXIT_SUCCESS : EXIT_FAILURE);
         }
         int status = 0;
@@ -108,49 +121,55 @@ protected:
     MovePlan plan() { return planOfMove(platform.platform, m_strings); }
 
     bool wasAsked() const { return callsThatBeginWith("runModal").size() == 1; }
-    QStringList callsThatBeginWith(const char *beginning) const {
-        QStringList found;
-        for (const QString &call : platform.transcript.calls()) {
-            if (call.startsWith(QLatin1StringView(beginning))) {
-                found << call;
+    Lines callsThatBeginWith(const char *beginning) const {
+        Lines found;
+        for (const std::string &call : platform.transcript.calls()) {
+            if (call.starts_with(beginning)) {
+                found.push_back(call);
             }
         }
         return found;
     }
-    QString lastAlert() const {
-        return callsThatBeginWith("runModal").value(callsThatBeginWith("runModal").size() - 1);
+    std::string lastAlert() const {
+        const Lines alerts = callsThatBeginWith("runModal");
+        return alerts.empty() ? std::string() : alerts.back();
     }
     /// What was done behind the question to the user.
-    QStringList deeds() const {
-        const QStringList calls = platform.transcript.calls();
-        QStringList behind = calls.mid(calls.indexOf(callsThatBeginWith("runModal").value(0)) + 1);
-        behind.removeAll(QStringLiteral("objectForKey moveToApplicationsFolderAlertSuppress"));
-        return behind;
+    Lines deeds() const {
+        Lines calls = platform.transcript.calls();
+        const auto question = std::find_if(calls.begin(), calls.end(),
+                                           [](const std::string &call) { return call.starts_with("runModal"); });
+        if (question != calls.end()) {
+            calls.erase(calls.begin(), question + 1);
+        }
+        std::erase(calls, "objectForKey moveToApplicationsFolderAlertSuppress");
+        return calls;
     }
-    QStringList log() const { return linesOf(m_log); }
+    Lines log() const { return linesOf(m_log); }
 
-    static bool exists(const QString &path) { return __QMCurrentThreadFileManager().fileExists(path); }
-    bool isMoved() const { return test::readAll(destination + QStringLiteral("/Contents/Info.plist")) == "new"; }
-    QString relaunch() const {
-        return QStringLiteral("start /bin/sh -c (while [ `ps -p 311 | wc -l` -gt 1 ]; do sleep 0.1; done; "
-                              "/usr/bin/xattr -d -r com.apple.quarantine '%1'; open '%1') &")
-            .arg(destination);
+    static bool exists(const std::string &path) { return __QMCurrentThreadFileManager().fileExists(path); }
+    bool isMoved() const { return test::readAll(destination + "/Contents/Info.plist") == "new"; }
+    std::string relaunch() const {
+        return "start /bin/sh -c (while [ `ps -p 311 | wc -l` -gt 1 ]; do sleep 0.1; done; "
+               "/usr/bin/xattr -d -r com.apple.quarantine '" +
+               destination + "'; open '" + destination + "') &";
     }
-    QString programs() const { return QStringLiteral("  with programs of %1/Contents/Helpers").arg(destination); }
-    static QString recycled(const QString &path) {
-        return QStringLiteral("recycle %1 in %2").arg(lastPathComponent(path), deletingLastPathComponent(path));
+    std::string programs() const { return "  with programs of " + destination + "/Contents/Helpers"; }
+    static std::string recycled(const std::string &path) {
+        return "recycle " + lastPathComponent(path) + " in " + deletingLastPathComponent(path);
     }
 
-    QString source;
-    QString destination;
+    std::string source;
+    std::string destination;
 
 private:
-    QString m_log;
+    std::string m_log;
     LocalizedStrings m_strings{platform.bundle};
 };
 
-QStringList failureAlert() {
-    return {QStringLiteral("runModal [Quillmark] Could not move to Applications folder |  | OK")};
+Lines withFailureAlert(Lines deeds) {
+    deeds.emplace_back("runModal [Quillmark] Could not move to Applications folder |  | OK");
+    return deeds;
 }
 
 /// \name When the move is offered
@@ -162,45 +181,44 @@ TEST_F(MoveToApplications, IsOfferedOutsideTheApplicationsFolders) {
 }
 
 TEST_F(MoveToApplications, IsNotOfferedToAUserWhoAskedNotToBeAskedAgain) {
-    for (const QVariant &value : {QVariant(true), QVariant(1), QVariant(2.5), QVariant(QStringLiteral("YES")),
-                                  QVariant(QStringLiteral(" 01")), QVariant(QStringLiteral("true"))}) {
-        platform.userDefaults.stored[kMoveAlertSuppress] = value;
+    for (const Value &value : {Value(true), Value(1), Value(2.5), Value("YES"), Value(" 01"), Value("true")}) {
+        platform.userDefaults.stored.insert_or_assign(std::string(kMoveAlertSuppress), value);
         offer();
-        EXPECT_FALSE(wasAsked()) << value.toString().toStdString();
+        EXPECT_FALSE(wasAsked()) << testing::PrintToString(value);
     }
-    EXPECT_EQ(log(), QStringList());
+    EXPECT_EQ(log(), Lines());
 }
 
 TEST_F(MoveToApplications, IsOfferedWhenTheWishIsOffOrOfAWrongType) {
-    for (const QVariant &value : {QVariant(false), QVariant(0), QVariant(QStringLiteral("NO")),
-                                  QVariant(QStringLiteral("maybe")), QVariant(QString()), QVariant(QByteArray("YES")),
-                                  QVariant(QVariantList{true}), QVariant(QVariantMap{{QStringLiteral("a"), 1}})}) {
+    for (const Value &value : {Value(false), Value(0), Value("NO"), Value("maybe"), Value(""), Value(Bytes{"YES"}),
+                               Value(List{true}), Value(Dictionary{{"a", 1}})}) {
         platform.alerts.answers.clear();
         platform.transcript.clear();
-        platform.userDefaults.stored[kMoveAlertSuppress] = value;
+        platform.userDefaults.stored.insert_or_assign(std::string(kMoveAlertSuppress), value);
         offer();
-        EXPECT_TRUE(wasAsked()) << value.typeName();
+        EXPECT_TRUE(wasAsked()) << testing::PrintToString(value);
     }
 }
 
 TEST_F(MoveToApplications, IsNotOfferedInTheApplicationsFolderOfAnyDomain) {
-    for (const QString &folder : platform.workspace.userFolders + platform.workspace.localFolders) {
+    for (const std::string &folder :
+         test::together({platform.workspace.userFolders, platform.workspace.localFolders})) {
         putSource(folder);
         offer();
     }
     EXPECT_FALSE(wasAsked());
-    EXPECT_EQ(log(), QStringList());
+    EXPECT_EQ(log(), Lines());
 }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereAPathMerelyBeginsLikeAnApplicationsFolderEither) {
-    putSource(platform.workspace.localFolders[0] + QStringLiteral("Old")); // deliberate
+    putSource(platform.workspace.localFolders[0] + "Old"); // deliberate
     offer();
     EXPECT_FALSE(wasAsked());
 }
 
 TEST_F(MoveToApplications, IsNotOfferedBelowAnyFolderThatIsCalledApplications) {
     for (const char *folder : {"Applications", "Applications/Cloud", "Cloud/Applications/new/1"}) {
-        putSource(home.path(QLatin1StringView(folder)));
+        putSource(home.path(folder));
         offer();
         EXPECT_FALSE(wasAsked()) << folder;
     }
@@ -210,96 +228,96 @@ TEST_F(MoveToApplications, IsOfferedBelowFoldersWhoseNamesAreMerelyLikeIt) {
     for (const char *name : {"applications", "Applications2", "My Applications"}) {
         platform.alerts.answers.clear();
         platform.transcript.clear();
-        putSource(home.path(QLatin1StringView(name)));
+        putSource(home.path(name));
         offer();
         EXPECT_TRUE(wasAsked()) << name;
     }
 }
 
 TEST_F(MoveToApplications, TakesBackAnAlternativeSourceAndFolderBeforeItsOffer) {
-    PFAltSrcBundlePath(QStringLiteral("/elsewhere/Quillmark.app"));
-    PFAltDstBundleParentPath(QStringLiteral("/somewhere"));
+    PFAltSrcBundlePath("/elsewhere/Quillmark.app");
+    PFAltDstBundleParentPath("/somewhere");
     platform.alerts.answers.clear();
     offer(); // deliberate: they have no effect
     EXPECT_TRUE(wasAsked());
-    EXPECT_TRUE(gAltSrcBundlePath.isNull());
-    EXPECT_TRUE(gAltDstBundleParentPath.isNull());
+    EXPECT_FALSE(gAltSrcBundlePath);
+    EXPECT_FALSE(gAltDstBundleParentPath);
     EXPECT_EQ(plan().source, source);
     EXPECT_EQ(plan().destination, destination);
 }
 
 TEST_F(MoveToApplications, TakesThemBackEvenWhereItOffersNothing) {
-    platform.userDefaults.stored[kMoveAlertSuppress] = true;
-    PFAltSrcBundlePath(QStringLiteral("/elsewhere/Quillmark.app"));
+    platform.userDefaults.stored.insert_or_assign(std::string(kMoveAlertSuppress), true);
+    PFAltSrcBundlePath("/elsewhere/Quillmark.app");
     offer();
-    EXPECT_TRUE(gAltSrcBundlePath.isNull());
+    EXPECT_FALSE(gAltSrcBundlePath);
 }
 
 TEST_F(MoveToApplications, GoesByAnAlternativeSourceAndFolderWhenCalledItself) {
-    PFAltSrcBundlePath(QStringLiteral("/elsewhere/Other.app"));
-    PFAltDstBundleParentPath(QStringLiteral("/somewhere"));
-    EXPECT_EQ(plan().source, QStringLiteral("/elsewhere/Other.app"));
-    EXPECT_EQ(plan().destination, QStringLiteral("/somewhere/Other.app"));
+    PFAltSrcBundlePath("/elsewhere/Other.app");
+    PFAltDstBundleParentPath("/somewhere");
+    EXPECT_EQ(plan().source, "/elsewhere/Other.app");
+    EXPECT_EQ(plan().destination, "/somewhere/Other.app");
 }
 
 TEST_F(MoveToApplications, KeepsAnAlternativeNameThatNobodyReads) {
-    PFAltDstBundleName(QStringLiteral("Feder"));
-    EXPECT_EQ(gAltDstBundleName, QStringLiteral("Feder"));
+    PFAltDstBundleName("Feder");
+    EXPECT_EQ(gAltDstBundleName, "Feder");
     EXPECT_EQ(plan().destination, destination); // deliberate: with the source's own name
 }
 
 TEST_F(MoveToApplications, GoesToTheLastApplicationsFolderOfTheLocalDomain) {
-    EXPECT_EQ(plan().destination, home.path(QStringLiteral("local/Quillmark.app")));
+    EXPECT_EQ(plan().destination, home.path("local/Quillmark.app"));
 }
 
 TEST_F(MoveToApplications, IsNotOfferedForABundleThatCannotBeDeleted) {
-    PFAltSrcBundlePath(QStringLiteral("/nowhere/Quillmark.app"));
+    PFAltSrcBundlePath("/nowhere/Quillmark.app");
     move();
     EXPECT_FALSE(wasAsked());
-    EXPECT_EQ(log(), QStringList{QStringLiteral("nrm No access to delete the app. Not offering to move it.")});
+    EXPECT_EQ(log(), Lines{"nrm No access to delete the app. Not offering to move it."});
 }
 
 TEST_F(MoveToApplications, IsOfferedOnAVolumeThatCannotBeWrittenTo) {
-    setSource(QStringLiteral("/Volumes/Quillmark 1.14/Quillmark.app"));
+    setSource("/Volumes/Quillmark 1.14/Quillmark.app");
     EXPECT_TRUE(plan().isOnDiskImage);
-    EXPECT_TRUE(plan().obstacle.isNull());
+    EXPECT_FALSE(plan().obstacle);
 }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereAPathMerelyBeginsLikeAVolume) {
-    setSource(QStringLiteral("/VolumesOld/Quillmark.app"));
+    setSource("/VolumesOld/Quillmark.app");
     EXPECT_FALSE(plan().isOnDiskImage);
-    EXPECT_FALSE(plan().obstacle.isNull());
+    EXPECT_TRUE(plan().obstacle);
 }
 
 TEST_F(MoveToApplications, TakesAWritableSourceForNoDiskImage) { EXPECT_FALSE(plan().isOnDiskImage); }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereALinkHasLedToTheApplicationsFolder) {
-    const QString link = home.path(QStringLiteral("linked"));
-    ASSERT_TRUE(QFile::link(home.path(QStringLiteral("Downloads")), link));
+    const std::string link = home.path("linked");
+    ASSERT_EQ(::symlink(home.path("Downloads").c_str(), link.c_str()), 0);
     PFAltDstBundleParentPath(link);
     move();
-    EXPECT_EQ(log(), QStringList{QStringLiteral(R"(nrm "%1" and "%2" are the same place. Not offering to move it.)")
-                                     .arg(source, link + QStringLiteral("/Quillmark.app"))});
+    EXPECT_EQ(log(), Lines{"nrm \"" + source + "\" and \"" + link +
+                           "/Quillmark.app\" are the same place. Not offering to move it."});
     EXPECT_TRUE(exists(source));
 }
 
 TEST_F(MoveToApplications, IsNotOfferedIntoTheBundleItselfOrOutOfWhatItWouldReplace) {
-    PFAltDstBundleParentPath(home.makeFolder(QStringLiteral("Downloads/Quillmark.app/Contents/inner")));
+    PFAltDstBundleParentPath(home.makeFolder("Downloads/Quillmark.app/Contents/inner"));
     move();
-    home.write(QStringLiteral("local/Quillmark.app/old/Quillmark.app/x"), "x");
-    PFAltDstBundleParentPath(home.path(QStringLiteral("local")));
-    PFAltSrcBundlePath(home.path(QStringLiteral("local/Quillmark.app/old/Quillmark.app")));
+    home.write("local/Quillmark.app/old/Quillmark.app/x", "x");
+    PFAltDstBundleParentPath(home.path("local"));
+    PFAltSrcBundlePath(home.path("local/Quillmark.app/old/Quillmark.app"));
     move();
     EXPECT_FALSE(wasAsked());
-    EXPECT_EQ(log().filter(QStringLiteral("are the same place")).size(), 2);
+    EXPECT_EQ(filtered(log(), "are the same place").size(), 2U);
 }
 
 TEST_F(MoveToApplications, TakesAVolumeThatCanBeWrittenToForNoDiskImage) {
-    home.write(QStringLiteral("Volumes/Stick/Quillmark.app/x"), "x");
-    setSource(QStringLiteral("/Volumes/Stick/Quillmark.app"));
+    home.write("Volumes/Stick/Quillmark.app/x", "x");
+    setSource("/Volumes/Stick/Quillmark.app");
     const auto tellsSo = [this] {
         const MovePlan found = plan();
-        return found.obstacle.isNull() && !found.isOnDiskImage && found.detachCommand.isNull();
+        return !found.obstacle && !found.isOnDiskImage && !found.detachCommand;
     };
     const std::optional<bool> answer = withHomeAsRoot(tellsSo);
     if (!answer) {
@@ -309,55 +327,52 @@ TEST_F(MoveToApplications, TakesAVolumeThatCanBeWrittenToForNoDiskImage) {
 }
 
 TEST_F(MoveToApplications, IsNotOfferedForAPathWithASingleQuote) {
-    home.write(QStringLiteral("Downloads/Ada's.app/x"), "x");
-    setSource(home.path(QStringLiteral("Downloads/Ada's.app")));
+    home.write("Downloads/Ada's.app/x", "x");
+    setSource(home.path("Downloads/Ada's.app"));
     move();
-    PFAltSrcBundlePath(home.path(QStringLiteral("Downloads/Quillmark.app")));
-    PFAltDstBundleParentPath(QStringLiteral("/Ada's"));
+    PFAltSrcBundlePath(home.path("Downloads/Quillmark.app"));
+    PFAltDstBundleParentPath("/Ada's");
     move();
-    PFAltDstBundleParentPath(QString());
-    PFAltSrcBundlePath(QStringLiteral("/Volumes/Ada's/Quillmark.app"));
+    PFAltDstBundleParentPath({});
+    PFAltSrcBundlePath("/Volumes/Ada's/Quillmark.app");
     move();
     EXPECT_FALSE(wasAsked());
-    EXPECT_EQ(log()[0],
-              QStringLiteral("nrm The path \"%1\" holds a single quote. Not offering to move it.").arg(source));
-    EXPECT_EQ(log().filter(QStringLiteral("holds a single quote")).size(), 3);
+    EXPECT_EQ(log()[0], "nrm The path \"" + source + "\" holds a single quote. Not offering to move it.");
+    EXPECT_EQ(filtered(log(), "holds a single quote").size(), 3U);
 }
 
 TEST_F(MoveToApplications, IsOfferedBelowAFolderWithASingleQuoteWhichReachesNoShell) {
-    putSource(home.path(QStringLiteral("Ada's")));
-    EXPECT_TRUE(plan().obstacle.isNull());
-    EXPECT_FALSE(plan().relaunchCommand.contains(u"Ada"));
+    putSource(home.path("Ada's"));
+    EXPECT_FALSE(plan().obstacle);
+    EXPECT_EQ(plan().relaunchCommand.find("Ada"), std::string::npos);
 }
 
 TEST_F(MoveToApplications, IsNotOfferedToAPlaceWithAColonWhichNoSearchPathCanHold) {
-    putSource(home.path(QStringLiteral("a:b")));
-    EXPECT_TRUE(plan().obstacle.isNull());
-    home.write(QStringLiteral("Downloads/Quill:mark.app/x"), "x");
-    setSource(home.path(QStringLiteral("Downloads/Quill:mark.app")));
+    putSource(home.path("a:b"));
+    EXPECT_FALSE(plan().obstacle);
+    home.write("Downloads/Quill:mark.app/x", "x");
+    setSource(home.path("Downloads/Quill:mark.app"));
     move();
     EXPECT_FALSE(wasAsked());
-    EXPECT_EQ(
-        log(),
-        QStringList{QStringLiteral("nrm The path \"%1\" holds a colon. Not offering to move it.").arg(destination)});
+    EXPECT_EQ(log(), Lines{"nrm The path \"" + destination + "\" holds a colon. Not offering to move it."});
 }
 
 TEST_F(MoveToApplications, IsOfferedWhereALinkToTheBundleStandsInItsPlace) {
-    ASSERT_TRUE(QFile::link(source, destination));
+    ASSERT_EQ(::symlink(source.c_str(), destination.c_str()), 0);
     moveToTheEnd();
     EXPECT_EQ(deeds()[0], recycled(destination));
     EXPECT_TRUE(isMoved());
-    EXPECT_FALSE(QFileInfo(destination).isSymLink());
+    EXPECT_FALSE(std::filesystem::is_symlink(destination));
 }
 
 TEST_F(MoveToApplications, IsOfferedFromTheDesktopsVolumesAsWell) {
-    setSource(QStringLiteral("/media/ada/Quillmark 1.14/Quillmark.app"));
+    setSource("/media/ada/Quillmark 1.14/Quillmark.app");
     EXPECT_TRUE(plan().isOnDiskImage);
-    EXPECT_EQ(plan().detachCommand, QStringLiteral("(sleep 5 && hdiutil detach '/media/ada/Quillmark 1.14') &"));
+    EXPECT_EQ(plan().detachCommand, "(sleep 5 && hdiutil detach '/media/ada/Quillmark 1.14') &");
 }
 
 TEST_F(MoveToApplications, TakesASlashBehindAnAlternativeSourceForNothing) {
-    PFAltSrcBundlePath(source + u'/');
+    PFAltSrcBundlePath(source + '/');
     EXPECT_EQ(plan().destination, destination);
 }
 
@@ -380,9 +395,10 @@ TEST_P(MoveByWindowLibrary, HasTheAbilitiesOfItsVersion) {
     EXPECT_EQ(abilities.findsDownloads, row.findsDownloads);
     EXPECT_EQ(abilities.copiesBundles, row.copiesBundles);
     platform.systemInfo.appKit = row.version;
-    EXPECT_EQ(plan().relaunchCommand,
-              QStringLiteral("(while [ `ps -p 311 | wc -l` -gt 1 ]; do sleep 0.1; done; %1 open '%2') &")
-                  .arg(QString::fromLatin1(row.quarantine).replace(u'@', destination), destination));
+    std::string quarantine = row.quarantine;
+    replaceAll(quarantine, "@", destination);
+    EXPECT_EQ(plan().relaunchCommand, "(while [ `ps -p 311 | wc -l` -gt 1 ]; do sleep 0.1; done; " + quarantine +
+                                          " open '" + destination + "') &");
 }
 
 constexpr LibraryRow kLibraryRows[] = {
@@ -409,21 +425,21 @@ TEST_F(MoveToApplications, NeedsNoPasswordToReplaceAWritableCopy) {
 
 TEST_F(MoveToApplications, NeedsNoPasswordInAWritableFolderThatIsNamedWithATilde) {
     putOldCopy();
-    PFAltDstBundleParentPath(QStringLiteral("~/local"));
-    EXPECT_EQ(plan().destination, QStringLiteral("~/local/Quillmark.app"));
+    PFAltDstBundleParentPath("~/local");
+    EXPECT_EQ(plan().destination, "~/local/Quillmark.app");
     EXPECT_FALSE(plan().needsAuthorisation);
 }
 
 TEST_F(MoveToApplications, NeedsAPasswordForAFolderThatCannotBeWrittenToThoughTheCopyInItCan) {
     putOldCopyOfAnAdministrator();
     setMode(destination, kEverybodys);
-    setMode(home.path(QStringLiteral("local")), kAdministrators);
+    setMode(home.path("local"), kAdministrators);
     asStranger([this] { EXPECT_TRUE(plan().needsAuthorisation); });
-    setMode(home.path(QStringLiteral("local")), kEverybodys);
+    setMode(home.path("local"), kEverybodys);
 }
 
 TEST_F(MoveToApplications, NeedsAPasswordForAFolderThatCannotBeWrittenTo) {
-    PFAltDstBundleParentPath(QStringLiteral("/nowhere"));
+    PFAltDstBundleParentPath("/nowhere");
     EXPECT_TRUE(plan().needsAuthorisation);
 }
 
@@ -437,14 +453,14 @@ TEST_F(MoveToApplications, NeedsAPasswordForAnOldCopyThatCannotBeWrittenTo) {
 TEST_F(MoveToApplications, NeedsAPasswordForAnyOtherCopyThatIsThereAndCannotBeWrittenTo) {
     putOldCopyOfAnAdministrator();
     setMode(destination, kEverybodys);
-    const QString stale = QFileInfo(home.write(QStringLiteral("Stale.app/x"), "x")).path();
+    const std::string stale = deletingLastPathComponent(home.write("Stale.app/x", "x"));
     const auto needsAuthorisation = [this, &stale](mode_t mode) {
         bool answer = false;
         setMode(stale, mode);
         asStranger([&] { answer = plan().needsAuthorisation; });
         return answer;
     };
-    PFAlsoRemoveBundles({QStringLiteral("~/none.app"), QStringLiteral("~/Stale.app")});
+    PFAlsoRemoveBundles({"~/none.app", "~/Stale.app"});
     EXPECT_TRUE(needsAuthorisation(kAdministrators));
     EXPECT_FALSE(needsAuthorisation(kEverybodys));
 }
@@ -452,47 +468,44 @@ TEST_F(MoveToApplications, NeedsAPasswordForAnyOtherCopyThatIsThereAndCannotBeWr
 /// \name The question
 
 TEST_F(MoveToApplications, SaysThatAPasswordIsRequired) {
-    platform.workspace.downloads = {home.path(QStringLiteral("Downloads"))};
-    EXPECT_EQ(plan().informativeText, QStringLiteral("I can move myself to the Applications folder if you'd like. "
-                                                     "Note that this will require an administrator password."));
+    platform.workspace.downloads = {home.path("Downloads")};
+    EXPECT_EQ(plan().informativeText, "I can move myself to the Applications folder if you'd like. "
+                                      "Note that this will require an administrator password.");
 }
 
 TEST_F(MoveToApplications, SaysThatTheDownloadsFolderStaysUncluttered) {
     putOldCopy();
-    platform.workspace.downloads = {QStringLiteral("/none"), home.path(QStringLiteral("Downloads"))};
-    EXPECT_EQ(plan().informativeText, QStringLiteral("I can move myself to the Applications folder if you'd like. "
-                                                     "This will keep your Downloads folder uncluttered."));
+    platform.workspace.downloads = {"/none", home.path("Downloads")};
+    EXPECT_EQ(plan().informativeText, "I can move myself to the Applications folder if you'd like. "
+                                      "This will keep your Downloads folder uncluttered.");
 }
 
 TEST_F(MoveToApplications, SaysNoMoreElsewhere) {
     putOldCopy();
-    EXPECT_EQ(plan().informativeText, QStringLiteral("I can move myself to the Applications folder if you'd like."));
+    EXPECT_EQ(plan().informativeText, "I can move myself to the Applications folder if you'd like.");
 }
 
 TEST_F(MoveToApplications, KnowsADownloadsFolderByItsNameAloneOnOldSystems) {
     putOldCopy();
     platform.systemInfo.appKit = 824;
-    platform.workspace.downloads = {QStringLiteral("/none")};
-    EXPECT_TRUE(plan().informativeText.endsWith(QStringLiteral("uncluttered.")));
-    setSource(QFileInfo(home.write(QStringLiteral("Downloads/below/Quillmark.app/x"), "x")).path());
-    EXPECT_FALSE(plan().informativeText.endsWith(QStringLiteral("uncluttered.")));
-    EXPECT_TRUE(callsThatBeginWith("downloadsFolders").isEmpty());
+    platform.workspace.downloads = {"/none"};
+    EXPECT_TRUE(plan().informativeText.ends_with("uncluttered."));
+    setSource(deletingLastPathComponent(home.write("Downloads/below/Quillmark.app/x", "x")));
+    EXPECT_FALSE(plan().informativeText.ends_with("uncluttered."));
+    EXPECT_TRUE(callsThatBeginWith("downloadsFolders").empty());
 }
 
 TEST_F(MoveToApplications, LocalisesEachPartByItselfAndNotTheBlankBetween) {
-    platform.bundle.strings[QStringLiteral("I can move myself to the Applications folder if you'd like.")] =
-        QStringLiteral("A.");
-    platform.bundle.strings[QStringLiteral("Note that this will require an administrator password.")] =
-        QStringLiteral("B.");
-    EXPECT_EQ(plan().informativeText, QStringLiteral("A. B."));
+    platform.bundle.strings["I can move myself to the Applications folder if you'd like."] = "A.";
+    platform.bundle.strings["Note that this will require an administrator password."] = "B.";
+    EXPECT_EQ(plan().informativeText, "A. B.");
 }
 
 TEST_F(MoveToApplications, AsksWithTwoButtonsAndTheCheckBox) {
     platform.alerts.answers.clear();
     move();
-    EXPECT_EQ(lastAlert(),
-              QStringLiteral("runModal [Quillmark] Move to Applications folder? | ") + plan().informativeText +
-                  QStringLiteral(" | Move to Applications Folder, Do Not Move | Do not show this message again"));
+    EXPECT_EQ(lastAlert(), "runModal [Quillmark] Move to Applications folder? | " + plan().informativeText +
+                               " | Move to Applications Folder, Do Not Move | Do not show this message again");
     EXPECT_EQ(platform.alerts.last.escapeButton, 1);
 }
 
@@ -500,25 +513,27 @@ TEST_F(MoveToApplications, AsksWithoutTheCheckBoxOnOldSystems) {
     platform.systemInfo.appKit = 824;
     platform.alerts.answers.clear();
     move();
-    EXPECT_TRUE(lastAlert().endsWith(QStringLiteral("Do Not Move")));
+    EXPECT_TRUE(lastAlert().ends_with("Do Not Move"));
 }
 
 TEST_F(MoveToApplications, BringsAnApplicationToTheFrontThatIsNotActive) {
     platform.alerts.answers.clear();
     move();
-    EXPECT_TRUE(callsThatBeginWith("activate").isEmpty());
+    EXPECT_TRUE(callsThatBeginWith("activate").empty());
     platform.application.isActiveNow = false;
     move();
-    EXPECT_EQ(callsThatBeginWith("activate").size(), 1);
-    const QStringList calls = platform.transcript.calls();
-    EXPECT_EQ(calls.indexOf(u"activateIgnoringOtherApps") + 1, calls.lastIndexOf(lastAlert()));
+    EXPECT_EQ(callsThatBeginWith("activate").size(), 1U);
+    const Lines calls = platform.transcript.calls();
+    const auto activation = std::find(calls.begin(), calls.end(), "activateIgnoringOtherApps");
+    const auto behindAlert = std::find(calls.rbegin(), calls.rend(), lastAlert()).base();
+    EXPECT_EQ(behindAlert - activation, 2);
 }
 
 TEST_F(MoveToApplications, IsOfferedAgainAfterAPlainRefusal) {
     platform.alerts.answers = {{1, false}};
     move();
-    EXPECT_EQ(deeds(), QStringList());
-    EXPECT_EQ(log(), QStringList());
+    EXPECT_EQ(deeds(), Lines());
+    EXPECT_EQ(log(), Lines());
     EXPECT_TRUE(exists(source));
 }
 
@@ -526,22 +541,21 @@ TEST_F(MoveToApplications, TakesAnAnswerThatIsNoButtonForARefusal) {
     putOldCopy();
     platform.alerts.answers = {{-1, false}};
     move();
-    EXPECT_EQ(deeds(), QStringList());
+    EXPECT_EQ(deeds(), Lines());
 }
 
 TEST_F(MoveToApplications, IsNeverOfferedAgainAfterARefusalWithTheCheckBoxOn) {
     platform.alerts.answers = {{1, true}};
     move();
-    EXPECT_EQ(platform.userDefaults.stored.value(kMoveAlertSuppress), QVariant(true));
-    EXPECT_EQ(deeds(), QStringList({QStringLiteral("setObject moveToApplicationsFolderAlertSuppress"),
-                                    QStringLiteral("synchronize")}));
+    EXPECT_EQ(valueOf(platform.userDefaults.stored, kMoveAlertSuppress), Value(true));
+    EXPECT_EQ(deeds(), (Lines{"setObject moveToApplicationsFolderAlertSuppress", "synchronize"}));
 }
 
 TEST_F(MoveToApplications, IsNeverOfferedAgainAfterAnyRefusalOnOldSystems) {
     platform.systemInfo.appKit = 824;
     platform.alerts.answers = {{1, false}};
     move();
-    EXPECT_EQ(platform.userDefaults.stored.value(kMoveAlertSuppress), QVariant(true));
+    EXPECT_EQ(valueOf(platform.userDefaults.stored, kMoveAlertSuppress), Value(true));
 }
 
 TEST_F(MoveToApplications, DoesNotMindTheCheckBoxOfAUserWhoWantsTheMove) {
@@ -553,11 +567,11 @@ TEST_F(MoveToApplications, DoesNotMindTheCheckBoxOfAUserWhoWantsTheMove) {
 
 TEST_F(MoveToApplications, SaysThatAWishCouldNotBeKept) {
     platform.alerts.answers = {{1, true}};
-    platform.transcript.failAt(QStringLiteral("synchronize"), 1);
+    platform.transcript.failAt("synchronize", 1);
     _setStandardStreams(nullptr, nullptr);
     move();
-    EXPECT_EQ(log(), QStringList{QStringLiteral(
-                         "ERR The preferences \"/preferences.plist\" can't be written: the user will be asked again")});
+    EXPECT_EQ(log(),
+              Lines{"ERR The preferences \"/preferences.plist\" can't be written: the user will be asked again"});
 }
 
 /// \name Without a password
@@ -565,77 +579,70 @@ TEST_F(MoveToApplications, SaysThatAWishCouldNotBeKept) {
 TEST_F(MoveToApplications, ReplacesTheOldCopyAndStartsTheNewOne) {
     putOldCopy();
     moveToTheEnd();
-    EXPECT_EQ(deeds(), QStringList({recycled(destination), recycled(source), relaunch(), programs(),
-                                    QStringLiteral("terminate")}));
+    EXPECT_EQ(deeds(), (Lines{recycled(destination), recycled(source), relaunch(), programs(), "terminate"}));
     EXPECT_TRUE(isMoved());
-    EXPECT_FALSE(exists(destination + QStringLiteral("/Contents/old")));
+    EXPECT_FALSE(exists(destination + "/Contents/old"));
     EXPECT_FALSE(exists(source));
-    EXPECT_EQ(log(), QStringList({QStringLiteral("nrm Moving myself to the Applications folder"),
-                                  QStringLiteral("vrb Trashing \"%1\"...").arg(destination),
-                                  QStringLiteral("vrb Trashed \"%1\"").arg(destination),
-                                  QStringLiteral("vrb Trashing \"%1\"...").arg(source),
-                                  QStringLiteral("vrb Trashed \"%1\"").arg(source)}));
+    EXPECT_EQ(log(), (Lines{"nrm Moving myself to the Applications folder", "vrb Trashing \"" + destination + "\"...",
+                            "vrb Trashed \"" + destination + "\"", "vrb Trashing \"" + source + "\"...",
+                            "vrb Trashed \"" + source + "\""}));
 }
 
 TEST_F(MoveToApplications, FailsWhenTheOldCopyCannotBeTrashed) {
     putOldCopy();
-    PFAlsoRemoveBundles({QStringLiteral("~/Stale.app")});
-    home.write(QStringLiteral("Stale.app/x"), "x");
-    platform.transcript.failAt(QStringLiteral("recycle"), 1);
+    PFAlsoRemoveBundles({"~/Stale.app"});
+    home.write("Stale.app/x", "x");
+    platform.transcript.failAt("recycle", 1);
     _setStandardStreams(nullptr, nullptr);
     move();
-    EXPECT_EQ(deeds(), QStringList{recycled(destination)} + failureAlert());
-    EXPECT_EQ(log().last(), QStringLiteral("ERR Could not trash \"%1\"").arg(destination));
-    EXPECT_TRUE(exists(destination + QStringLiteral("/Contents/old")));
+    EXPECT_EQ(deeds(), withFailureAlert({recycled(destination)}));
+    EXPECT_EQ(log().back(), "ERR Could not trash \"" + destination + "\"");
+    EXPECT_TRUE(exists(destination + "/Contents/old"));
 }
 
 TEST_F(MoveToApplications, TrashesEachOtherCopyThatIsThereAndPassesOverTheOnesThatStay) {
     putOldCopy();
-    home.write(QStringLiteral("a/One.app/x"), "x");
-    home.write(QStringLiteral("a/Two.app/x"), "x");
-    PFAlsoRemoveBundles({QStringLiteral("/none.app"), QStringLiteral("~/a/One.app"),
-                         home.path(QStringLiteral("a/Two.app")), QStringLiteral("~/a/Two.app"), destination});
-    platform.transcript.failAt(QStringLiteral("recycle"), 2);
+    home.write("a/One.app/x", "x");
+    home.write("a/Two.app/x", "x");
+    PFAlsoRemoveBundles({"/none.app", "~/a/One.app", home.path("a/Two.app"), "~/a/Two.app", destination});
+    platform.transcript.failAt("recycle", 2);
     _setStandardStreams(nullptr, nullptr);
     moveToTheEnd();
-    const QString one = home.path(QStringLiteral("a/One.app"));
+    const std::string one = home.path("a/One.app");
     EXPECT_EQ(callsThatBeginWith("recycle"),
-              QStringList({recycled(destination), recycled(one), recycled(home.path(QStringLiteral("a/Two.app"))),
-                           recycled(source)}));
-    EXPECT_TRUE(log().contains(QStringLiteral("ERR Could not trash \"%1\"").arg(one)));
-    EXPECT_TRUE(log().contains(QStringLiteral("vrb Failed to trash \"%1\"").arg(one)));
+              (Lines{recycled(destination), recycled(one), recycled(home.path("a/Two.app")), recycled(source)}));
+    EXPECT_TRUE(contains(log(), "ERR Could not trash \"" + one + "\""));
+    EXPECT_TRUE(contains(log(), "vrb Failed to trash \"" + one + "\""));
     EXPECT_TRUE(isMoved());
 }
 
 TEST_F(MoveToApplications, NeverRemovesTheApplicationItselfOrWhatHoldsIt) {
     putOldCopy();
-    home.write(QStringLiteral("Downloads/Quillmark.app2/x"), "x");
-    ASSERT_TRUE(QFile::link(home.path(QStringLiteral("Downloads")), home.path(QStringLiteral("linked"))));
-    const QStringList kept = {source,
-                              home.path(QStringLiteral("Downloads")),
-                              home.path(QStringLiteral("Downloads/")),
-                              home.path(QStringLiteral("local/../Downloads")),
-                              home.path(QStringLiteral("linked/Quillmark.app")),
-                              home.path(),
-                              QStringLiteral("~"),
-                              home.path(QStringLiteral("local"))};
-    PFAlsoRemoveBundles(kept + QStringList{home.path(QStringLiteral("Downloads/Quillmark.app2"))});
+    home.write("Downloads/Quillmark.app2/x", "x");
+    ASSERT_EQ(::symlink(home.path("Downloads").c_str(), home.path("linked").c_str()), 0);
+    const Lines kept = {source,
+                        home.path("Downloads"),
+                        home.path("Downloads/"),
+                        home.path("local/../Downloads"),
+                        home.path("linked/Quillmark.app"),
+                        home.path(),
+                        "~",
+                        home.path("local")};
+    PFAlsoRemoveBundles(test::together({kept, {home.path("Downloads/Quillmark.app2")}}));
     moveToTheEnd();
     EXPECT_EQ(callsThatBeginWith("recycle"),
-              QStringList({recycled(destination), recycled(home.path(QStringLiteral("Downloads/Quillmark.app2"))),
-                           recycled(source)}));
-    EXPECT_EQ(log().filter(QStringLiteral("nrm Not removing")).size(), kept.size());
-    EXPECT_EQ(log().filter(QStringLiteral("nrm Not removing"))[0],
-              QStringLiteral("nrm Not removing \"%1\": the application is in it").arg(source));
+              (Lines{recycled(destination), recycled(home.path("Downloads/Quillmark.app2")), recycled(source)}));
+    EXPECT_EQ(filtered(log(), "nrm Not removing").size(), kept.size());
+    EXPECT_EQ(filtered(log(), "nrm Not removing")[0], "nrm Not removing \"" + source + "\": the application is in it");
 }
 
 TEST_F(MoveToApplications, RemovesALinkThatMerelyLeadsToTheApplication) {
     putOldCopy();
-    const QString link = home.path(QStringLiteral("Link.app"));
-    ASSERT_TRUE(QFile::link(source, link));
+    const std::string link = home.path("Link.app");
+    ASSERT_EQ(::symlink(source.c_str(), link.c_str()), 0);
     PFAlsoRemoveBundles({link});
     moveToTheEnd();
-    EXPECT_TRUE(callsThatBeginWith("recycle").contains(recycled(link)));
+    EXPECT_TRUE(contains(callsThatBeginWith("recycle"), recycled(link)));
 }
 
 TEST_F(MoveToApplications, FailsWhenTheBundleCannotBeCopied) {
@@ -643,10 +650,10 @@ TEST_F(MoveToApplications, FailsWhenTheBundleCannotBeCopied) {
     platform.workspace.ownFolder.clear(); // so that the place is taken
     _setStandardStreams(nullptr, nullptr);
     move();
-    EXPECT_EQ(deeds(), QStringList{recycled(destination)} + failureAlert());
-    const QStringList lines = log();
-    EXPECT_TRUE(lines[3].startsWith(QStringLiteral("ERR Could not copy '%1' to '%2' (").arg(source, destination)));
-    EXPECT_EQ(lines[4], QStringLiteral("ERR Could not copy myself to %1").arg(destination));
+    EXPECT_EQ(deeds(), withFailureAlert({recycled(destination)}));
+    const Lines lines = log();
+    EXPECT_TRUE(lines[3].starts_with("ERR Could not copy '" + source + "' to '" + destination + "' ("));
+    EXPECT_EQ(lines[4], "ERR Could not copy myself to " + destination);
     EXPECT_TRUE(exists(source));
 }
 
@@ -655,20 +662,18 @@ TEST_F(MoveToApplications, CopiesNothingOnOldSystems) {
     platform.systemInfo.appKit = 949;
     _setStandardStreams(nullptr, nullptr);
     move(); // deliberate: it fails behind the removals
-    EXPECT_EQ(deeds(), QStringList{recycled(destination)} + failureAlert());
-    EXPECT_EQ(log().last(), QStringLiteral("ERR Could not copy myself to %1").arg(destination));
+    EXPECT_EQ(deeds(), withFailureAlert({recycled(destination)}));
+    EXPECT_EQ(log().back(), "ERR Could not copy myself to " + destination);
     EXPECT_TRUE(exists(source));
 }
 
 TEST_F(MoveToApplications, GoesOnWhenTheSourceCannotBeTrashed) {
     putOldCopy();
-    platform.transcript.failAt(QStringLiteral("recycle"), 2);
+    platform.transcript.failAt("recycle", 2);
     _setStandardStreams(nullptr, nullptr);
     moveToTheEnd();
-    EXPECT_EQ(deeds(), QStringList({recycled(destination), recycled(source), relaunch(), programs(),
-                                    QStringLiteral("terminate")}));
-    EXPECT_EQ(log().last(),
-              QStringLiteral("nrm Warning! Could not delete application after moving it to Applications folder"));
+    EXPECT_EQ(deeds(), (Lines{recycled(destination), recycled(source), relaunch(), programs(), "terminate"}));
+    EXPECT_EQ(log().back(), "nrm Warning! Could not delete application after moving it to Applications folder");
 }
 
 TEST_F(MoveToApplications, SaysWhatToDoWhenTheNewCopyCannotBeStarted) {
@@ -676,22 +681,22 @@ TEST_F(MoveToApplications, SaysWhatToDoWhenTheNewCopyCannotBeStarted) {
     platform.tasks.canStart = false;
     _setStandardStreams(nullptr, nullptr);
     moveToTheEnd();
-    EXPECT_EQ(log().last(), QStringLiteral("ERR \"/bin/sh\" can't be started; open \"%1\" by hand").arg(destination));
+    EXPECT_EQ(log().back(), "ERR \"/bin/sh\" can't be started; open \"" + destination + "\" by hand");
 }
 
 TEST_F(MoveToApplications, MovesOddlyNamedBundlesToo) {
-    for (const QString &name : {QStringLiteral("My Quillmark \"2\".app"), QStringLiteral("a\nb.app"),
-                                QStringLiteral("$HOME`id`.app"), QString(200, u'x') + QStringLiteral(".app")}) {
+    for (const std::string &name : {std::string("My Quillmark \"2\".app"), std::string("a\nb.app"),
+                                    std::string("$HOME`id`.app"), std::string(200, 'x') + ".app"}) {
         platform.alerts.answers = {{0, false}};
         platform.transcript.clear();
-        const QString folder = QString(200, u'y') + u'/';
-        const QString file = folder + folder + folder + folder + folder + name; // more than a thousand characters
+        const std::string folder = std::string(200, 'y') + '/';
+        const std::string file = folder + folder + folder + folder + folder + name; // more than a thousand characters
         setSource(
-            deletingLastPathComponent(home.write(file + QStringLiteral("/Contents/Info.plist"), "new")).chopped(9));
-        home.write(QStringLiteral("local/") + name + QStringLiteral("/x"), "x");
+            deletingLastPathComponent(deletingLastPathComponent(home.write(file + "/Contents/Info.plist", "new"))));
+        home.write("local/" + name + "/x", "x");
         moveToTheEnd();
-        EXPECT_TRUE(isMoved()) << name.toStdString();
-        EXPECT_TRUE(deeds().contains(relaunch()));
+        EXPECT_TRUE(isMoved()) << name;
+        EXPECT_TRUE(contains(deeds(), relaunch()));
     }
 }
 
@@ -701,165 +706,155 @@ class MoveWithPassword : public MoveToApplications {
 protected:
     MoveWithPassword() { _setStandardStreams(nullptr, nullptr); }
 
-    static QString create() { return QStringLiteral("AuthorizationCreate"); }
-    static QString rights() { return QStringLiteral("AuthorizationCopyRights system.privilege.admin 13"); }
-    static QString remove(const QString &path) {
-        return QStringLiteral("AuthorizationExecuteWithPrivileges /bin/rm -rf ") + path;
+    static std::string create() { return "AuthorizationCreate"; }
+    static std::string rights() { return "AuthorizationCopyRights system.privilege.admin 13"; }
+    static std::string remove(const std::string &path) {
+        return "AuthorizationExecuteWithPrivileges /bin/rm -rf " + path;
     }
-    QString copy() const {
-        return QStringLiteral("AuthorizationExecuteWithPrivileges /bin/cp -pR %1 %2").arg(source, destination);
-    }
-    static QString wait() { return QStringLiteral("wait"); }
-    static QString free() { return QStringLiteral("AuthorizationFree"); }
-    static QString errorLine() {
-        return QStringLiteral("ERR Could not copy myself to /Applications with authorization");
-    }
+    std::string copy() const { return "AuthorizationExecuteWithPrivileges /bin/cp -pR " + source + " " + destination; }
+    static std::string wait() { return "wait"; }
+    static std::string free() { return "AuthorizationFree"; }
+    static std::string errorLine() { return "ERR Could not copy myself to /Applications with authorization"; }
 };
 
 TEST_F(MoveWithPassword, CopiesAsTheAdministrator) {
     moveToTheEnd();
-    EXPECT_EQ(deeds(), QStringList({create(), rights(), copy(), wait(), free(), recycled(source), relaunch(),
-                                    programs(), QStringLiteral("terminate")}));
-    EXPECT_EQ(log(), QStringList({QStringLiteral("nrm Moving myself to the Applications folder"),
-                                  QStringLiteral("vrb Asking for authorisation..."),
-                                  QStringLiteral("vrb Copying \"%1\" to \"%2\"").arg(source, destination),
-                                  QStringLiteral("vrb Trashing \"%1\"...").arg(source),
-                                  QStringLiteral("vrb Trashed \"%1\"").arg(source)}));
+    EXPECT_EQ(deeds(), (Lines{create(), rights(), copy(), wait(), free(), recycled(source), relaunch(), programs(),
+                              "terminate"}));
+    EXPECT_EQ(log(), (Lines{"nrm Moving myself to the Applications folder", "vrb Asking for authorisation...",
+                            "vrb Copying \"" + source + "\" to \"" + destination + "\"",
+                            "vrb Trashing \"" + source + "\"...", "vrb Trashed \"" + source + "\""}));
 }
 
 TEST_F(MoveWithPassword, MakesTheFolderOnASystemThatHasNone) {
-    const QString folder = home.path(QStringLiteral("none/Applications"));
+    const std::string folder = home.path("none/Applications");
     platform.workspace.localFolders = {folder};
-    destination = folder + QStringLiteral("/Quillmark.app");
+    destination = folder + "/Quillmark.app";
     moveToTheEnd();
-    const QString make = QStringLiteral("AuthorizationExecuteWithPrivileges /bin/mkdir -p ") + folder;
-    EXPECT_EQ(deeds(), QStringList({create(), rights(), make, wait(), copy(), wait(), free(), recycled(source),
-                                    relaunch(), programs(), QStringLiteral("terminate")}));
-    EXPECT_TRUE(log().contains(QStringLiteral("vrb Making \"%1\"").arg(folder)));
+    const std::string make = "AuthorizationExecuteWithPrivileges /bin/mkdir -p " + folder;
+    EXPECT_EQ(deeds(), (Lines{create(), rights(), make, wait(), copy(), wait(), free(), recycled(source), relaunch(),
+                              programs(), "terminate"}));
+    EXPECT_TRUE(contains(log(), "vrb Making \"" + folder + "\""));
 }
 
 TEST_F(MoveWithPassword, FailsWhenThatFolderCannotBeMade) {
-    platform.workspace.localFolders = {home.path(QStringLiteral("none"))};
+    platform.workspace.localFolders = {home.path("none")};
     platform.authorization.childStatuses = {kExitedWith1};
     move();
-    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/cp")).size(), 0);
-    EXPECT_EQ(lastAlert(), QStringLiteral("runModal [Quillmark] Could not move to Applications folder |  | OK"));
+    EXPECT_EQ(filtered(deeds(), "/bin/cp").size(), 0U);
+    EXPECT_EQ(lastAlert(), "runModal [Quillmark] Could not move to Applications folder |  | OK");
 }
 
 TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
     putOldCopyOfAnAdministrator();
-    home.write(QStringLiteral("a/One.app/x"), "x");
-    home.write(QStringLiteral("a/Two.app/x"), "x");
-    PFAlsoRemoveBundles(
-        {QStringLiteral("~/a/One.app"), QStringLiteral("~/none.app"), source, QStringLiteral("~/a/Two.app")});
+    home.write("a/One.app/x", "x");
+    home.write("a/Two.app/x", "x");
+    PFAlsoRemoveBundles({"~/a/One.app", "~/none.app", source, "~/a/Two.app"});
     platform.authorization.childStatuses = {kExitedWith1, kExitedWith1, kExitedWith1, 0};
     asStranger([this] { moveToTheEnd(); }); // deliberate: the exit codes of the removals are not looked at
-    const QString one = home.path(QStringLiteral("a/One.app"));
-    const QString two = home.path(QStringLiteral("a/Two.app"));
-    EXPECT_EQ(deeds(), QStringList({create(), rights(), remove(destination), wait(), remove(one), wait(), remove(two),
-                                    wait(), copy(), wait(), free(), recycled(source), relaunch(), programs(),
-                                    QStringLiteral("terminate")}));
-    EXPECT_TRUE(log().contains(QStringLiteral("vrb Removing \"%1\"").arg(one)));
-    EXPECT_TRUE(log().contains(QStringLiteral("nrm Not removing \"%1\": the application is in it").arg(source)));
+    const std::string one = home.path("a/One.app");
+    const std::string two = home.path("a/Two.app");
+    EXPECT_EQ(deeds(), (Lines{create(), rights(), remove(destination), wait(), remove(one), wait(), remove(two), wait(),
+                              copy(), wait(), free(), recycled(source), relaunch(), programs(), "terminate"}));
+    EXPECT_TRUE(contains(log(), "vrb Removing \"" + one + "\""));
+    EXPECT_TRUE(contains(log(), "nrm Not removing \"" + source + "\": the application is in it"));
 }
 
 TEST_F(MoveWithPassword, NeverRemovesWhatHoldsTheApplication) {
-    PFAlsoRemoveBundles({source, QStringLiteral("~"), QStringLiteral("/")});
+    PFAlsoRemoveBundles({source, "~", "/"});
     moveToTheEnd();
-    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/rm")), QStringList());
-    EXPECT_EQ(log().filter(QStringLiteral("nrm Not removing")).size(), 3);
-    EXPECT_TRUE(deeds().contains(copy()));
+    EXPECT_EQ(filtered(deeds(), "/bin/rm"), Lines());
+    EXPECT_EQ(filtered(log(), "nrm Not removing").size(), 3U);
+    EXPECT_TRUE(contains(deeds(), copy()));
 }
 
 TEST_F(MoveWithPassword, LeavesAloneWhatOthersCouldExchangeMeanwhile) {
-    home.write(QStringLiteral("open/One.app/x"), "x");
-    const QString open = home.path(QStringLiteral("open"));
-    ASSERT_EQ(::chmod(QFile::encodeName(open).constData(), 0777), 0);
-    PFAlsoRemoveBundles({QStringLiteral("~/open/One.app")});
+    home.write("open/One.app/x", "x");
+    const std::string open = home.path("open");
+    ASSERT_EQ(::chmod(open.c_str(), 0777), 0);
+    PFAlsoRemoveBundles({"~/open/One.app"});
     moveToTheEnd();
-    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/rm")), QStringList());
-    EXPECT_TRUE(deeds().contains(copy()));
-    EXPECT_TRUE(log().contains(
-        QStringLiteral("ERR Leaving \"%1/One.app\" alone: others can change what is in \"%1\"").arg(open)));
+    EXPECT_EQ(filtered(deeds(), "/bin/rm"), Lines());
+    EXPECT_TRUE(contains(deeds(), copy()));
+    EXPECT_TRUE(
+        contains(log(), "ERR Leaving \"" + open + "/One.app\" alone: others can change what is in \"" + open + "\""));
 }
 
 TEST_F(MoveWithPassword, FailsWhereOthersCouldExchangeThePlaceItself) {
-    const QString open = home.path(QStringLiteral("open"));
-    home.write(QStringLiteral("open/x"), "x");
-    ASSERT_EQ(::chmod(QFile::encodeName(open).constData(), 0777), 0);
-    platform.workspace.localFolders = {open + QStringLiteral("/Applications")};
+    const std::string open = home.path("open");
+    home.write("open/x", "x");
+    ASSERT_EQ(::chmod(open.c_str(), 0777), 0);
+    platform.workspace.localFolders = {open + "/Applications"};
     move();
-    EXPECT_EQ(deeds().filter(QStringLiteral("/bin/")), QStringList());
-    EXPECT_EQ(lastAlert(), QStringLiteral("runModal [Quillmark] Could not move to Applications folder |  | OK"));
+    EXPECT_EQ(filtered(deeds(), "/bin/"), Lines());
+    EXPECT_EQ(lastAlert(), "runModal [Quillmark] Could not move to Applications folder |  | OK");
 }
 
 TEST_F(MoveWithPassword, RemovesWhatIsInAFolderThatIsNamedWithATilde) {
     putOldCopyOfAnAdministrator();
-    PFAltDstBundleParentPath(QStringLiteral("~/local"));
+    PFAltDstBundleParentPath("~/local");
     asStranger([this] { moveToTheEnd(); });
-    EXPECT_TRUE(deeds().contains(remove(destination)));
+    EXPECT_TRUE(contains(deeds(), remove(destination)));
 }
 
 TEST_F(MoveWithPassword, ComesBackWithoutAnAlertWhenTheUserCancels) {
     platform.authorization.rightsStatus = kAuthorizationCanceled;
     move();
-    EXPECT_EQ(deeds(), QStringList({create(), rights(), free()}));
-    EXPECT_EQ(log(), QStringList({QStringLiteral("nrm Moving myself to the Applications folder"),
-                                  QStringLiteral("vrb Asking for authorisation..."),
-                                  QStringLiteral("vrb Authorisation denied"),
-                                  QStringLiteral("nrm Not moving because user canceled authorization")}));
+    EXPECT_EQ(deeds(), (Lines{create(), rights(), free()}));
+    EXPECT_EQ(log(), (Lines{"nrm Moving myself to the Applications folder", "vrb Asking for authorisation...",
+                            "vrb Authorisation denied", "nrm Not moving because user canceled authorization"}));
     EXPECT_TRUE(exists(source));
 }
 
 TEST_F(MoveWithPassword, FailsForAnyOtherRefusal) {
-    for (const qint32 status : {kAuthorizationDenied, kAuthorizationToolExecuteFailure, 1}) {
+    for (const std::int32_t status : {kAuthorizationDenied, kAuthorizationToolExecuteFailure, 1}) {
         platform.alerts.answers = {{0, false}};
         platform.transcript.clear();
         platform.authorization.rightsStatus = status;
         move();
-        EXPECT_EQ(deeds(), QStringList({create(), rights(), free()}) + failureAlert());
-        EXPECT_EQ(log().mid(log().size() - 2), QStringList({QStringLiteral("vrb Authorisation denied"), errorLine()}));
+        EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), free()}));
+        const Lines lines = log();
+        ASSERT_GE(lines.size(), 2U);
+        EXPECT_EQ(Lines(lines.end() - 2, lines.end()), (Lines{"vrb Authorisation denied", errorLine()}));
     }
 }
 
 TEST_F(MoveWithPassword, FailsWithoutAReference) {
     platform.authorization.createStatus = kAuthorizationDenied;
     move();
-    EXPECT_EQ(deeds(), QStringList{create()} + failureAlert());
-    EXPECT_EQ(log().last(), errorLine());
+    EXPECT_EQ(deeds(), withFailureAlert({create()}));
+    EXPECT_EQ(log().back(), errorLine());
 }
 
 TEST_F(MoveWithPassword, AsksForNothingForABundleThatIsNotCalledApp) {
-    setSource(QFileInfo(home.write(QStringLiteral("Downloads/Quillmark.APP/x"), "x")).path());
+    setSource(deletingLastPathComponent(home.write("Downloads/Quillmark.APP/x", "x")));
     move();
-    EXPECT_EQ(deeds(), failureAlert());
-    EXPECT_EQ(log().last(), errorLine());
+    EXPECT_EQ(deeds(), withFailureAlert({}));
+    EXPECT_EQ(log().back(), errorLine());
 }
 
 TEST_F(MoveWithPassword, FailsWhenARemovalCannotBeStarted) {
     putOldCopyOfAnAdministrator();
-    platform.transcript.failAt(QStringLiteral("AuthorizationExecuteWithPrivileges"), 1);
+    platform.transcript.failAt("AuthorizationExecuteWithPrivileges", 1);
     asStranger([this] { move(); });
-    EXPECT_EQ(deeds(), QStringList({create(), rights(), remove(destination), free()}) + failureAlert());
-    EXPECT_EQ(log().last(), errorLine());
+    EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(destination), free()}));
+    EXPECT_EQ(log().back(), errorLine());
 }
 
 TEST_F(MoveWithPassword, FailsWhenARemovalCannotBeWaitedFor) {
-    home.write(QStringLiteral("a/One.app/x"), "x");
-    PFAlsoRemoveBundles({QStringLiteral("~/a/One.app")});
+    home.write("a/One.app/x", "x");
+    PFAlsoRemoveBundles({"~/a/One.app"});
     platform.authorization.childStatuses = {std::nullopt};
     move();
-    EXPECT_EQ(deeds(),
-              QStringList({create(), rights(), remove(home.path(QStringLiteral("a/One.app"))), wait(), free()}) +
-                  failureAlert());
+    EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(home.path("a/One.app")), wait(), free()}));
 }
 
 TEST_F(MoveWithPassword, FailsWhenASignalEndsARemoval) {
-    home.write(QStringLiteral("a/One.app/x"), "x");
-    PFAlsoRemoveBundles({QStringLiteral("~/a/One.app")});
+    home.write("a/One.app/x", "x");
+    PFAlsoRemoveBundles({"~/a/One.app"});
     platform.authorization.childStatuses = {kKilled};
     move();
-    EXPECT_EQ(deeds().mid(3), QStringList({wait(), free()}) + failureAlert());
+    EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(home.path("a/One.app")), wait(), free()}));
 }
 
 TEST_F(MoveWithPassword, FailsWhenTheCopyFails) {
@@ -869,8 +864,8 @@ TEST_F(MoveWithPassword, FailsWhenTheCopyFails) {
         platform.transcript.clear();
         platform.authorization.childStatuses = {status};
         move();
-        EXPECT_EQ(deeds(), QStringList({create(), rights(), copy(), wait(), free()}) + failureAlert());
-        EXPECT_EQ(log().last(), errorLine());
+        EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), copy(), wait(), free()}));
+        EXPECT_EQ(log().back(), errorLine());
         EXPECT_TRUE(exists(source));
     }
 }
@@ -878,45 +873,42 @@ TEST_F(MoveWithPassword, FailsWhenTheCopyFails) {
 TEST_F(MoveWithPassword, FailsWhenTheCopyCannotBeStarted) {
     platform.authorization.executeStatus = kAuthorizationToolExecuteFailure;
     move();
-    EXPECT_EQ(deeds(), QStringList({create(), rights(), copy(), free()}) + failureAlert());
+    EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), copy(), free()}));
 }
 
 TEST_F(MoveWithPassword, CopiesOnOldSystemsToo) {
     platform.systemInfo.appKit = 824;
     moveToTheEnd();
-    EXPECT_TRUE(deeds().contains(copy()));
-    EXPECT_TRUE(
-        callsThatBeginWith("start")[0].endsWith(QStringLiteral("sleep 0.1; done;  open '%1') &").arg(destination)));
+    EXPECT_TRUE(contains(deeds(), copy()));
+    EXPECT_TRUE(callsThatBeginWith("start")[0].ends_with("sleep 0.1; done;  open '" + destination + "') &"));
 }
 
 /// \name From a disk image
 
 TEST_F(MoveWithPassword, LeavesTheDiskImageAsItIsAndLetsGoOfIt) {
-    setSource(QStringLiteral("/Volumes/Quillmark 1.14/Quillmark.app"));
+    setSource("/Volumes/Quillmark 1.14/Quillmark.app");
     moveToTheEnd();
-    EXPECT_EQ(deeds(),
-              QStringList({create(), rights(), copy(), wait(), free(), relaunch(), programs(),
-                           QStringLiteral("start /bin/sh -c (sleep 5 && hdiutil detach '/Volumes/Quillmark 1.14') &"),
-                           programs(), QStringLiteral("terminate")}));
+    EXPECT_EQ(deeds(), (Lines{create(), rights(), copy(), wait(), free(), relaunch(), programs(),
+                              "start /bin/sh -c (sleep 5 && hdiutil detach '/Volumes/Quillmark 1.14') &", programs(),
+                              "terminate"}));
 }
 
 /// \name The Trash
 
 TEST_F(MoveToApplications, TrashesOneItemByItsNameAndFolder) {
-    EXPECT_TRUE(Trash(QStringLiteral("/a b/c.app"), platform.platform));
-    EXPECT_EQ(platform.transcript.calls(), QStringList{QStringLiteral("recycle c.app in /a b")});
-    EXPECT_TRUE(Trash(QStringLiteral("/c.app"), platform.platform));
-    EXPECT_EQ(platform.transcript.calls().last(), QStringLiteral("recycle c.app in /"));
-    EXPECT_EQ(log()[0], QStringLiteral("vrb Trashing \"/a b/c.app\"..."));
-    EXPECT_EQ(log()[1], QStringLiteral("vrb Trashed \"/a b/c.app\""));
+    EXPECT_TRUE(Trash("/a b/c.app", platform.platform));
+    EXPECT_EQ(platform.transcript.calls(), Lines{"recycle c.app in /a b"});
+    EXPECT_TRUE(Trash("/c.app", platform.platform));
+    EXPECT_EQ(platform.transcript.calls().back(), "recycle c.app in /");
+    EXPECT_EQ(log()[0], "vrb Trashing \"/a b/c.app\"...");
+    EXPECT_EQ(log()[1], "vrb Trashed \"/a b/c.app\"");
 }
 
 TEST_F(MoveToApplications, TellsWhatCouldNotBeTrashed) {
     _setStandardStreams(nullptr, nullptr);
-    platform.transcript.failAt(QStringLiteral("recycle"), 1);
-    EXPECT_FALSE(Trash(QStringLiteral("/a/c.app"), platform.platform));
-    EXPECT_EQ(log(), QStringList({QStringLiteral("vrb Trashing \"/a/c.app\"..."),
-                                  QStringLiteral("ERR Could not trash \"/a/c.app\"")}));
+    platform.transcript.failAt("recycle", 1);
+    EXPECT_FALSE(Trash("/a/c.app", platform.platform));
+    EXPECT_EQ(log(), (Lines{"vrb Trashing \"/a/c.app\"...", "ERR Could not trash \"/a/c.app\""}));
 }
 
 } // namespace

@@ -9,22 +9,32 @@
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxWorkspace.h"
-#include "support/QtPrinters.h"
 #include "support/TemporaryHome.h"
+#include "support/ValuePrinter.h"
 #include "utils/CurrentThread.h"
+#include "utils/IntegerValue.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <future>
+#include <gmock/gmock.h>
+#include <optional>
+#include <string>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace quillmark {
 namespace {
+
+using Paths = std::vector<std::string>;
 
 TEST(NativePlatform, IsInForceUntilAnotherOneIsInstalled) {
     EXPECT_EQ(&platform(), &nativePlatform());
@@ -55,8 +65,8 @@ TEST_F(SystemInfoTest, KnowsTheProcess) {
 }
 
 TEST_F(SystemInfoTest, ThreadsHaveNumbersOfTheirOwn) {
-    EXPECT_EQ(info.currentThreadNumber(), static_cast<quint32>(::gettid()));
-    quint32 other = 0;
+    EXPECT_EQ(info.currentThreadNumber(), static_cast<std::uint32_t>(::gettid()));
+    std::uint32_t other = 0;
     std::thread([&] { other = info.currentThreadNumber(); }).join();
     EXPECT_NE(other, info.currentThreadNumber());
 }
@@ -79,20 +89,20 @@ TEST(CurrentThread, ItsNameIsSeenByTheSystem) {
 
 TEST(MainThreadTest, CallsAreMadeInOrderByTheEventLoop) {
     LinuxMainThread mainThread;
-    QString order;
+    std::string order;
     bool isOver = false;
     std::thread([&] {
         mainThread.post([&] {
-            order += u'a';
+            order += 'a';
             mainThread.post([&] { isOver = true; });
         });
-        mainThread.post([&] { order += u'b'; });
+        mainThread.post([&] { order += 'b'; });
     }).join();
-    EXPECT_TRUE(order.isEmpty());
+    EXPECT_TRUE(order.empty());
     while (!isOver) {
         mainThread.runOnce();
     }
-    EXPECT_EQ(order, QStringLiteral("ab"));
+    EXPECT_EQ(order, "ab");
 }
 
 TEST(MainThreadTest, TheFakeIsPumpedByHand) {
@@ -109,39 +119,39 @@ TEST(MainThreadTest, TheFakeIsPumpedByHand) {
 
 TEST(HomeFolder, IsThatOfTheEnvironment) {
     const test::TemporaryHome home;
-    EXPECT_EQ(homeFolder(), home.path().toStdString());
-    qputenv("HOME", "/somewhere//");
+    EXPECT_EQ(homeFolder(), home.path());
+    ::setenv("HOME", "/somewhere//", 1);
     EXPECT_EQ(homeFolder(), "/somewhere");
 }
 
 TEST(HomeFolder, ThatIsTheRootFolderLeavesNoSecondSlash) {
     const test::TemporaryHome restoredAfterwards;
-    qputenv("HOME", "/");
+    ::setenv("HOME", "/", 1);
     EXPECT_EQ(homeFolder(), "/");
-    EXPECT_EQ(expandingTilde(QStringLiteral("~/Library")), QStringLiteral("/Library"));
+    EXPECT_EQ(expandingTilde("~/Library"), "/Library");
     const test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
     test::FakeClock clock;
     const LinuxWorkspace workspace(propertyList, bus, clock);
-    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), QStringList{QStringLiteral("/Applications")});
-    EXPECT_TRUE(workspace.downloadsFolders().contains(QStringLiteral("/Downloads")));
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), Paths{"/Applications"});
+    EXPECT_THAT(workspace.downloadsFolders(), testing::Contains("/Downloads"));
 }
 
 TEST(HomeFolder, IsTheAccountsWhenTheEnvironmentNamesNone) {
     const test::TemporaryHome restoredAfterwards;
-    qputenv("HOME", "relative");
+    ::setenv("HOME", "relative", 1);
     EXPECT_TRUE(homeFolder().starts_with('/'));
-    qunsetenv("HOME");
+    ::unsetenv("HOME");
     EXPECT_TRUE(homeFolder().starts_with('/'));
 }
 
 TEST(HomeFolder, ReplacesALeadingTildeOnly) {
     const test::TemporaryHome home;
-    EXPECT_EQ(expandingTilde(QStringLiteral("~/a/~")), home.path(QStringLiteral("a/~")));
-    EXPECT_EQ(expandingTilde(QStringLiteral("~")), home.path());
-    EXPECT_EQ(expandingTilde(QStringLiteral("~other/a")), QStringLiteral("~other/a"));
-    EXPECT_EQ(expandingTilde(QStringLiteral("/~/a")), QStringLiteral("/~/a"));
-    EXPECT_EQ(expandingTilde(QString()), QString());
+    EXPECT_EQ(expandingTilde("~/a/~"), home.path("a/~"));
+    EXPECT_EQ(expandingTilde("~"), home.path());
+    EXPECT_EQ(expandingTilde("~other/a"), "~other/a");
+    EXPECT_EQ(expandingTilde("/~/a"), "/~/a");
+    EXPECT_EQ(expandingTilde(""), "");
 }
 
 TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
@@ -150,11 +160,10 @@ TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
     test::FakeSessionBus bus;
     test::FakeClock clock;
     const LinuxWorkspace workspace(propertyList, bus, clock);
-    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User),
-              QStringList({home.path(QStringLiteral("Applications"))}));
-    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), QStringList({QStringLiteral("/Applications")}));
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), Paths{home.path("Applications")});
+    EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), Paths{"/Applications"});
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::All),
-              QStringList({home.path(QStringLiteral("Applications")), QStringLiteral("/Applications")}));
+              (Paths{home.path("Applications"), "/Applications"}));
 }
 
 TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
@@ -163,11 +172,11 @@ TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
     test::FakeSessionBus bus;
     test::FakeClock clock;
     LinuxWorkspace workspace(propertyList, bus, clock);
-    EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("missing"))));
-    EXPECT_FALSE(workspace.launchApplication(home.write(QStringLiteral("not executable"), "x")));
-    EXPECT_FALSE(workspace.launchApplication(home.path(QStringLiteral("None.app"))));
-    EXPECT_FALSE(workspace.launchApplication(QString()));
-    EXPECT_FALSE(workspace.launchApplication(QStringLiteral("relative")));
+    EXPECT_FALSE(workspace.launchApplication(home.path("missing")));
+    EXPECT_FALSE(workspace.launchApplication(home.write("not executable", "x")));
+    EXPECT_FALSE(workspace.launchApplication(home.path("None.app")));
+    EXPECT_FALSE(workspace.launchApplication(""));
+    EXPECT_FALSE(workspace.launchApplication("relative"));
 }
 
 TEST(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
@@ -176,14 +185,14 @@ TEST(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
     test::FakeSessionBus bus;
     test::FakeClock clock;
     LinuxWorkspace workspace(propertyList, bus, clock);
-    const QString bundle = home.path(QStringLiteral("Endless.app"));
-    home.makeFolder(QStringLiteral("Endless.app/Contents/MacOS"));
-    ASSERT_TRUE(QFile::copy(QStringLiteral("/usr/bin/yes"), bundle + QStringLiteral("/Contents/MacOS/Endless")));
+    const std::string bundle = home.path("Endless.app");
+    home.makeFolder("Endless.app/Contents/MacOS");
+    ASSERT_TRUE(std::filesystem::copy_file("/usr/bin/yes", bundle + "/Contents/MacOS/Endless"));
     const auto processes = [&] {
-        QList<int> found;
-        for (const QVariantMap &record : workspace.launchedApplications()) {
-            if (record.value(kApplicationPath) == bundle) {
-                found << record.value(kApplicationProcessIdentifier).toInt();
+        std::vector<std::int64_t> found;
+        for (const Dictionary &record : workspace.launchedApplications()) {
+            if (valueOf(record, kApplicationPath) == bundle) {
+                found.push_back(integerValueOf(valueOf(record, kApplicationProcessIdentifier)));
             }
         }
         return found;
@@ -191,18 +200,18 @@ TEST(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
     for (int round = 0; round < 2; ++round) { // once it has ended, it is
         EXPECT_TRUE(workspace.launchApplication(bundle));
         EXPECT_TRUE(workspace.launchApplication(bundle));
-        const QList<int> running = processes();
-        EXPECT_EQ(running.size(), 1);
-        for (const int process : running) {
-            ::kill(process, SIGKILL);
-            ::waitpid(process, nullptr, 0);
+        const auto running = processes();
+        EXPECT_EQ(running.size(), 1U);
+        for (const std::int64_t process : running) {
+            ::kill(static_cast<pid_t>(process), SIGKILL);
+            ::waitpid(static_cast<pid_t>(process), nullptr, 0);
         }
     }
 }
 
 class FileManager : public testing::Test {
 protected:
-    const QString kFinder = QStringLiteral("com.apple.finder");
+    const std::string kFinder = "com.apple.finder";
 
     test::FakePropertyList propertyList;
     test::FakeSessionBus bus;
@@ -211,30 +220,31 @@ protected:
     LinuxAppleEvents events{workspace, bus};
 
     /// What comes of a request to quit.
-    qint32 quit(const QString &bundleIdentifier) {
+    std::int32_t quit(const std::string &bundleIdentifier) {
         std::unique_ptr<AppleEvents::Event> event;
-        EXPECT_EQ(events.buildQuitEvent(bundleIdentifier.toStdString(), event), 0);
+        EXPECT_EQ(events.buildQuitEvent(bundleIdentifier, event), 0);
         return events.sendMessage(*event);
     }
 };
 
 TEST_F(FileManager, TakesTheFindersPlaceAmongTheApplications) {
     bus.processes["org.freedesktop.FileManager1"] = ::getpid();
-    const QVariantMap expected{{kApplicationBundleIdentifier, kFinder},
-                               {kApplicationPath, QStringLiteral("/System/Library/CoreServices/Finder.app")},
-                               {kApplicationProcessIdentifier, ::getpid()}};
-    EXPECT_TRUE(workspace.launchedApplications().contains(expected));
+    const Dictionary expected{{kApplicationBundleIdentifier, kFinder},
+                              {kApplicationPath, "/System/Library/CoreServices/Finder.app"},
+                              {kApplicationProcessIdentifier, ::getpid()}};
+    const auto running = workspace.launchedApplications();
+    EXPECT_TRUE(std::find(running.begin(), running.end(), expected) != running.end());
 }
 
 TEST_F(FileManager, IsNotAmongThemWhenNoneRuns) {
-    for (const QVariantMap &record : workspace.launchedApplications()) {
-        EXPECT_NE(record.value(kApplicationBundleIdentifier).toString(), kFinder);
+    for (const Dictionary &record : workspace.launchedApplications()) {
+        EXPECT_NE(valueOf(record, kApplicationBundleIdentifier), Value(kFinder));
     }
 }
 
 TEST_F(FileManager, CanAlwaysBeLaunched) {
-    const QString path = workspace.bundleWithIdentifier(kFinder);
-    EXPECT_EQ(path, QStringLiteral("/System/Library/CoreServices/Finder.app"));
+    const std::string path = workspace.bundleWithIdentifier(kFinder).value_or("");
+    EXPECT_EQ(path, "/System/Library/CoreServices/Finder.app");
     EXPECT_TRUE(workspace.launchApplication(path));
 }
 
@@ -295,7 +305,7 @@ TEST(AppleEventsTest, TheSystemProcessIsNotThere) {
 
 TEST(ScriptsTest, AScriptNeitherCompilesNorHasAResult) {
     LinuxScripts scripts;
-    const auto script = scripts.scriptWithSource(QStringLiteral("return true"));
+    const auto script = scripts.scriptWithSource("return true");
     ASSERT_NE(script, nullptr);
     EXPECT_FALSE(script->compile());
     EXPECT_FALSE(script->execute());
@@ -304,51 +314,48 @@ TEST(ScriptsTest, AScriptNeitherCompilesNorHasAResult) {
 TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {
     ::signal(SIGCHLD, SIG_IGN);
     LinuxTasks tasks;
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("exit 3")}, {}), 3);
+    EXPECT_EQ(tasks.run("/bin/sh", {"-c", "exit 3"}, {}), 3);
 }
 
 TEST(TasksTest, AStartedProgramFindsTheProgramsOfTheGivenFolderFirst) {
     const test::TemporaryHome home;
     for (const char *name : {"first", "true"}) { // one of which the system has too
-        const QString program =
-            home.write(QStringLiteral("programs/") + QLatin1StringView(name), "#!/bin/sh\necho ours\n");
-        QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner);
+        const std::string program = home.write(std::string("programs/") + name, "#!/bin/sh\necho ours\n");
+        ::chmod(program.c_str(), 0500);
     }
-    const QString answers = home.path(QStringLiteral("answers"));
-    ASSERT_EQ(::mkfifo(QFile::encodeName(answers).constData(), S_IRUSR | S_IWUSR), 0);
-    const auto started = [&answers](const QString &programFolder) {
+    const std::string answers = home.path("answers");
+    ASSERT_EQ(::mkfifo(answers.c_str(), S_IRUSR | S_IWUSR), 0);
+    const auto started = [&answers](const std::optional<std::string> &programFolder) {
         LinuxTasks tasks;
-        EXPECT_TRUE(tasks.start(
-            QStringLiteral("/bin/sh"),
-            {QStringLiteral("-c"), QStringLiteral("(env first; env true; echo end) >\"$HOME/answers\" 2>&1")},
-            programFolder));
+        EXPECT_TRUE(
+            tasks.start("/bin/sh", {"-c", "(env first; env true; echo end) >\"$HOME/answers\" 2>&1"}, programFolder));
         return test::readAll(answers); // which waits for the program
     };
-    EXPECT_EQ(started(home.path(QStringLiteral("programs"))), "ours\nours\nend\n");
-    EXPECT_FALSE(started(QString()).contains("ours"));
+    EXPECT_EQ(started(home.path("programs")), "ours\nours\nend\n");
+    EXPECT_EQ(started({}).find("ours"), std::string::npos);
 }
 
 TEST(MainThreadTest, ADetachedThreadHasItsNameInTheLogToo) {
     LinuxMainThread mainThread;
     std::promise<std::string> prefix;
-    mainThread.detachNewThread(QStringLiteral("repair"), [&prefix] { prefix.set_value(currentThreadLogPrefix()); });
+    mainThread.detachNewThread("repair", [&prefix] { prefix.set_value(currentThreadLogPrefix()); });
     EXPECT_EQ(prefix.get_future().get(), "[repair] ");
 }
 
 TEST(TasksTest, ARunFindsTheProgramsOfTheGivenFolderFirst) {
     const test::TemporaryHome home;
-    const QString program = home.write(QStringLiteral("programs/true"), "#!/bin/sh\nexit 5\n");
-    QFile::setPermissions(program, QFile::ReadOwner | QFile::ExeOwner);
-    const QStringList script{QStringLiteral("-c"), QStringLiteral("env true")};
+    const std::string program = home.write("programs/true", "#!/bin/sh\nexit 5\n");
+    ::chmod(program.c_str(), 0500);
+    const std::vector<std::string> script{"-c", "env true"};
     LinuxTasks tasks;
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), script, home.path(QStringLiteral("programs"))), 5);
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), script, {}), 0);
+    EXPECT_EQ(tasks.run("/bin/sh", script, home.path("programs")), 5);
+    EXPECT_EQ(tasks.run("/bin/sh", script, {}), 0);
 }
 
 TEST(TasksTest, ARunWhoseEndTheSystemDoesNotKeepIsNone) {
     LinuxTasks tasks;
     ::signal(SIGCHLD, SIG_IGN);
-    EXPECT_FALSE(tasks.run(QStringLiteral("/bin/true"), {}, {}));
+    EXPECT_FALSE(tasks.run("/bin/true", {}, {}));
     ::signal(SIGCHLD, SIG_DFL);
 }
 
@@ -359,7 +366,7 @@ TEST(TasksTest, ARunThatIsNotWaitedForHasOurStreamsAndFolderAndLeavesNoDeadProce
     ASSERT_EQ(::pipe(pipe.data()), 0);
     const int output = ::dup(STDOUT_FILENO);
     ::dup2(pipe[1], STDOUT_FILENO);
-    EXPECT_TRUE(tasks.runUnwaited(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("echo $$; pwd")}));
+    EXPECT_TRUE(tasks.runUnwaited("/bin/sh", {"-c", "echo $$; pwd"}));
     ::dup2(output, STDOUT_FILENO);
     ::close(output);
     ::close(pipe[1]);
@@ -368,15 +375,15 @@ TEST(TasksTest, ARunThatIsNotWaitedForHasOurStreamsAndFolderAndLeavesNoDeadProce
     std::array<char, PATH_MAX> folder{};
     EXPECT_EQ(std::fscanf(printed, "%d %4095s", &process, folder.data()), 2);
     std::fclose(printed);
-    EXPECT_EQ(QFile::decodeName(folder.data()), QDir::currentPath());
+    EXPECT_STREQ(folder.data(), std::filesystem::current_path().c_str());
     while (::kill(process, 0) == 0) { // it is waited for on a thread of its own
         std::this_thread::yield();
     }
-    EXPECT_FALSE(tasks.runUnwaited(QStringLiteral("/no/such/program"), {}));
+    EXPECT_FALSE(tasks.runUnwaited("/no/such/program", {}));
 }
 
 TEST_F(SystemInfoTest, AKernelsVersionIsNeverThatOfAMac) {
-    const auto majorOf = [](qint32 kernel) { return belowAnyMac({kernel, 5, 1}).major; };
+    const auto majorOf = [](std::int32_t kernel) { return belowAnyMac({kernel, 5, 1}).major; };
     EXPECT_EQ(majorOf(6), 6);
     EXPECT_EQ(majorOf(9), 9);
     EXPECT_EQ(majorOf(10), 9);
@@ -386,9 +393,9 @@ TEST_F(SystemInfoTest, AKernelsVersionIsNeverThatOfAMac) {
 
 TEST(TasksTest, AProgramsStatusIsItsOwnOrItsSignalsNumberAbove128) {
     LinuxTasks tasks;
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/true"), {}, {}), 0);
-    EXPECT_EQ(tasks.run(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("kill -9 $$")}, {}), 137);
-    EXPECT_FALSE(tasks.run(QStringLiteral("/no/such/program"), {}, {}));
+    EXPECT_EQ(tasks.run("/bin/true", {}, {}), 0);
+    EXPECT_EQ(tasks.run("/bin/sh", {"-c", "kill -9 $$"}, {}), 137);
+    EXPECT_FALSE(tasks.run("/no/such/program", {}, {}));
 }
 
 } // namespace

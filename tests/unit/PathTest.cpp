@@ -12,6 +12,19 @@ TEST(Path, SlashesAtTheEndAndBesideAnotherMeanNothing) {
     EXPECT_EQ(withoutNeedlessSlashes(""), "");
 }
 
+TEST(Path, IsNormalWithoutDotsAndWithoutWhatTwoDotsTakeBack) {
+    EXPECT_EQ(normalPath("/a/./b/../c"), "/a/c");
+    EXPECT_EQ(normalPath("//a//b//"), "/a/b");
+    EXPECT_EQ(normalPath("/a/b/."), "/a/b");
+    EXPECT_EQ(normalPath("/a/b/.."), "/a");
+    EXPECT_EQ(normalPath("/../a"), "/a");
+    EXPECT_EQ(normalPath("/a/.."), "/");
+    EXPECT_EQ(normalPath("a/../../b"), "../b");
+    EXPECT_EQ(normalPath("/a/...b/.c"), "/a/...b/.c");
+    EXPECT_EQ(normalPath("/"), "/");
+    EXPECT_EQ(normalPath(""), "");
+}
+
 TEST(Path, IsTakenApartAtItsLastSlash) {
     struct Row {
         std::string path;

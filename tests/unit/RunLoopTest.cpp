@@ -151,8 +151,9 @@ public:
         m_others.serveReady();
     }
     void run() override { throw std::runtime_error("runs"); }
-    CheckWindowView *loadCheckWindow(const QString & /*interfaceFile*/, const HeaderBranding & /*branding*/,
-                                     CheckWindowView::Owner & /*owner*/, QStringList & /*problems*/) override {
+    CheckWindowView *loadCheckWindow(const std::string & /*interfaceFile*/, const HeaderBranding & /*branding*/,
+                                     CheckWindowView::Owner & /*owner*/,
+                                     std::vector<std::string> & /*problems*/) override {
         return nullptr;
     }
     int turns = 0;

@@ -3,11 +3,16 @@
 #include "accounts/UserManager.h"
 #include "branding/LocalizedStrings.h"
 #include "support/LogFixture.h"
+#include "support/ValuePrinter.h"
 
-#include <QDebug>
+#include <functional>
+#include <gmock/gmock.h>
 
 namespace quillmark {
 namespace {
+
+using testing::HasSubstr;
+using testing::Not;
 
 /// Secrets with a mark that nothing else has.
 class Secrets : public test::LogFixture {
@@ -15,7 +20,7 @@ protected:
     using Operation = std::function<void(KeychainManager &keychain, UserManager &users)>;
 
     Secrets() {
-        platform.bundle.strings.insert(QStringLiteral("ProductName"), QStringLiteral("Feder")); // so that items move
+        platform.bundle.strings["ProductName"] = "Feder"; // so that items move
         logToFile(kLogLevelDetailed, kLogLevelDetailed);
     }
 
@@ -28,12 +33,12 @@ protected:
             [](KeychainManager &keychain, UserManager &) { keychain.removePassword(kAnna); },
             [](KeychainManager &keychain, UserManager &) { keychain.skipAuthForUser(kAnna); },
             [](KeychainManager &keychain, UserManager &) { keychain.setSkipAuth(true, kAnna); },
-            [](KeychainManager &keychain, UserManager &) { keychain.setFlag(true, QStringLiteral("flag"), kAnna); },
+            [](KeychainManager &keychain, UserManager &) { keychain.setFlag(true, "flag", kAnna); },
             [](KeychainManager &keychain, UserManager &) { keychain.removeFlagForKey(kPasswordMember, kAnna); },
             [](KeychainManager &keychain, UserManager &) { keychain.saveEncryptionKey(kKey, kAnna); },
             [](KeychainManager &keychain, UserManager &) { keychain.getEncryptionKeyForUser(kAnna); },
             [](KeychainManager &, UserManager &) {
-                KeychainManager::decryptString(KeychainManager::encryptString(kPassword) + u'!');
+                KeychainManager::decryptString(*KeychainManager::encryptString(kPassword) + '!');
             },
             [](KeychainManager &, UserManager &users) { users.objectForKey(kUserPassword, kAnna); },
             [](KeychainManager &, UserManager &users) { users.setObject(kPassword, kUserPassword, kAnna); },
@@ -44,18 +49,16 @@ protected:
         };
     }
     /// What an item may hold: nothing, a document, a bare password, a damaged document.
-    static QList<QByteArray> contents() {
-        const QByteArray password = kPassword.toUtf8();
-        return {QByteArray(), R"({"password":")" + password + R"(","encryptionKey":"MARKED-KEY"})", password,
-                R"({"password":")" + password, "\xff" + password};
+    static std::vector<std::optional<std::string>> contents() {
+        return {std::nullopt, R"({"password":")" + kPassword + R"(","encryptionKey":"MARKED-KEY"})", kPassword,
+                R"({"password":")" + kPassword, "\xff" + kPassword};
     }
     /// Does it over an item of that content, under the product's name and under the old one.
-    void perform(const Operation &operation, const QByteArray &content) {
+    void perform(const Operation &operation, const std::optional<std::string> &content) {
         for (const char *service : {"Feder", "Quillmark"}) {
             platform.keychain.items.clear();
-            if (!content.isNull()) {
-                const std::string account = kAnna.toStdString();
-                platform.keychain.items[{service, account}] = content.toStdString();
+            if (content) {
+                platform.keychain.items[{service, kAnna}] = *content;
             }
             LocalizedStrings strings(platform.bundle);
             KeychainManager keychain(platform.keychain, strings);
@@ -64,33 +67,31 @@ protected:
         }
     }
     /// All that was written: the log, the preferences, what else lies in the home folder.
-    QByteArray written() const {
-        QString preferences;
-        QDebug(&preferences) << platform.userDefaults.stored;
-        return contentsOf(home.path(QStringLiteral("test.log"))) + preferences.toUtf8();
+    std::string written() const {
+        return contentsOf(home.path("test.log")) + testing::PrintToString(Value(platform.userDefaults.stored));
     }
 
-    static inline const QString kAnna = QStringLiteral("anna");
-    static inline const QString kPassword = QStringLiteral("MARKED-PASSWORD");
-    static inline const QString kPasswordMember = QStringLiteral("password");
-    static inline const QString kKey = QStringLiteral("MARKED-KEY");
+    static inline const std::string kAnna = "anna";
+    static inline const std::string kPassword = "MARKED-PASSWORD";
+    static inline const std::string kPasswordMember = "password";
+    static inline const std::string kKey = "MARKED-KEY";
 };
 
 TEST_F(Secrets, ReachNeitherLogNorPreferencesWhateverFails) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     for (const Operation &operation : operations()) {
-        for (const QByteArray &content : contents()) {
+        for (const std::optional<std::string> &content : contents()) {
             perform(operation, content);
             for (const char *call :
                  {"SecKeychainFindGenericPassword", "SecKeychainItemCopyContent", "SecKeychainItemModifyContent",
                   "SecKeychainAddGenericPassword", "SecKeychainItemDelete", "synchronize"}) {
                 for (const int nth : {1, 2, 3}) {
-                    for (const qint32 status : {kKeychainDecode, kKeychainInteractionNotAllowed}) {
+                    for (const std::int32_t status : {kKeychainDecode, kKeychainInteractionNotAllowed}) {
                         platform.keychain.failure = status;
-                        platform.transcript.failAt(QString::fromLatin1(call), nth);
+                        platform.transcript.failAt(call, nth);
                         perform(operation, content);
-                        platform.transcript.failAt(QString(), 0);
+                        platform.transcript.failAt("", 0);
                     }
                 }
             }
@@ -99,8 +100,8 @@ TEST_F(Secrets, ReachNeitherLogNorPreferencesWhateverFails) {
     const std::string shown = testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
     EXPECT_NE(shown.find("Failed to"), std::string::npos); // the failures were told of
     EXPECT_EQ(shown.find("MARKED"), std::string::npos);
-    EXPECT_TRUE(written().contains("Failed to"));
-    EXPECT_FALSE(written().contains("MARKED"));
+    EXPECT_THAT(written(), HasSubstr("Failed to"));
+    EXPECT_THAT(written(), Not(HasSubstr("MARKED")));
 }
 
 } // namespace

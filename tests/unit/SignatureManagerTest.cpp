@@ -1,11 +1,11 @@
 #include "integrity/SignatureManager.h"
 #include "support/LogFixture.h"
 
-#include <QRegularExpression>
 #include <array>
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <gmock/gmock.h>
 #include <memory>
 #include <openssl/core_names.h>
 #include <openssl/encoder.h>
@@ -85,33 +85,26 @@ k51a5peWdLpvAgMBAAE=
 
 class Signatures : public test::LogFixture {
 protected:
-    Signatures() : log(logToFile(kLogLevelVerbose).toStdString()) {
+    Signatures() : log(logToFile(kLogLevelVerbose)) {
         _setStandardStreams(nullptr, nullptr); // mismatches are errors
         ERR_clear_error();
     }
     ~Signatures() override { EXPECT_EQ(ERR_peek_error(), 0UL) << "an error was left behind"; }
 
     std::string sign() const { return *manager.generateSignature(privatePem(key), data); }
-    std::vector<std::string> messages() const { return messagesIn(log); }
-    static std::vector<std::string> messagesIn(const std::string &path) {
-        std::vector<std::string> messages;
-        for (const auto &message : messagesOf(QString::fromStdString(path))) {
-            messages.push_back(message.toStdString());
-        }
-        return messages;
-    }
+    std::vector<std::string> messages() const { return messagesOf(log); }
     /// Verifies what must not be, and expects one line of the library's error.
     void expectMismatch(std::string_view signature, std::string_view publicKey, std::string_view signedData) {
         const size_t before = messages().size();
         EXPECT_FALSE(manager.verifySignature(signature, publicKey, signedData));
         const std::vector<std::string> lines = messages();
         ASSERT_EQ(lines.size(), before + 1);
-        static const QRegularExpression form(
-            QStringLiteral("^Signature verify failed \\(error (-?[1-9][0-9]*), error:([0-9A-F]{8}):[^)]*:.+\\)$"));
-        const QRegularExpressionMatch match = form.match(QString::fromStdString(lines.back()));
-        ASSERT_TRUE(match.hasMatch()) << lines.back();
-        EXPECT_EQ(match.captured(1).toInt(), match.captured(2).toInt(nullptr, 16));
-        EXPECT_NE(contentsOf(QString::fromStdString(log)).toStdString().find("(ERR)"), std::string::npos);
+        const std::string &line = lines.back();
+        ASSERT_THAT(line, testing::MatchesRegex(
+                              "Signature verify failed \\(error -?[1-9][0-9]*, error:[0-9A-F]{8}:[^)]*:.+\\)"));
+        EXPECT_EQ(std::stol(line.substr(line.find("error ") + 6)),
+                  std::stol(line.substr(line.find("error:") + 6), nullptr, 16));
+        EXPECT_NE(contentsOf(log).find("(ERR)"), std::string::npos);
     }
     /// Verifies with a text that is no key.
     void expectNoPublicKey(std::string_view text) {
@@ -159,14 +152,13 @@ TEST_F(Signatures, ThatAreMadeAreLoggedInTheirPrintedForm) {
         printed += ' ' + hex.substr(at, 8);
     }
     EXPECT_EQ(messages(), std::vector<std::string>{"Generated signature \"" + printed + ">\""});
-    EXPECT_NE(contentsOf(QString::fromStdString(log)).toStdString().find("(vrb)"), std::string::npos);
+    EXPECT_NE(contentsOf(log).find("(vrb)"), std::string::npos);
 }
 
 TEST_F(Signatures, AreLoggedAtTheVerboseLevelOnly) {
-    const std::string other =
-        initLogging(kLogLevelNormal, kLogLevelError, home.path(QString::fromStdString("normal.log"))).toStdString();
+    const std::string other = *initLogging(kLogLevelNormal, kLogLevelError, home.path("normal.log"));
     EXPECT_TRUE(manager.verifySignature(sign(), publicPem(key), data));
-    EXPECT_EQ(messagesIn(other), std::vector<std::string>());
+    EXPECT_EQ(messagesOf(other), std::vector<std::string>());
 }
 
 TEST_F(Signatures, CoverEveryByteOfBinaryData) {

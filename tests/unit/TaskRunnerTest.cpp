@@ -3,22 +3,27 @@
 #include "tools/Task+OneLineTasksWithOutput.h"
 #include "utils/Exception.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <gmock/gmock.h>
 #include <sys/wait.h>
 #include <thread>
 
 namespace quillmark {
 namespace {
 
+using test::Lines;
+using testing::Contains;
+
 /// Real programs, run by the real platform.
 class TaskRunner : public testing::Test {
 protected:
-    QString shell(const QString &script) {
-        return stringByLaunchingPath(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), script}, {}, &error);
+    std::optional<std::string> shell(const std::string &script) {
+        return stringByLaunchingPath("/bin/sh", {"-c", script}, {}, &error);
     }
     static int openDescriptors() {
         int count = 0;
@@ -29,100 +34,94 @@ protected:
         ::closedir(folder);
         return count;
     }
-    QVariant info(QLatin1StringView key) const { return error->userInfo.value(key); }
+    Value info(std::string_view key) const { return valueOf(error->userInfo, key); }
 
     std::optional<Error> error = Error{};
 };
 
 TEST_F(TaskRunner, OutputComesBackAsPrinted) {
-    EXPECT_EQ(shell(QStringLiteral("printf ' a\\n\\nb \\n\\n'")), QStringLiteral(" a\n\nb \n\n"));
+    EXPECT_EQ(shell("printf ' a\\n\\nb \\n\\n'"), " a\n\nb \n\n");
     EXPECT_FALSE(error);
 }
 
 TEST_F(TaskRunner, NoOutputIsAnEmptyTextAndNotANullOne) {
-    const QString output = shell(QStringLiteral("true"));
-    EXPECT_TRUE(output.isEmpty());
-    EXPECT_FALSE(output.isNull());
+    EXPECT_EQ(shell("true"), "");
     EXPECT_FALSE(error);
 }
 
 TEST_F(TaskRunner, ArgumentsArePassedAsTheyAre) {
-    const QStringList arguments = {QStringLiteral("%s|"), QStringLiteral("a b"), QStringLiteral(""),
-                                   QStringLiteral("$(x) 'é'")};
-    EXPECT_EQ(stringByLaunchingPath(QStringLiteral("/usr/bin/printf"), arguments, {}, &error),
-              QStringLiteral("a b||$(x) 'é'|"));
+    const Lines arguments = {"%s|", "a b", "", "$(x) 'é'"};
+    EXPECT_EQ(stringByLaunchingPath("/usr/bin/printf", arguments, {}, &error), "a b||$(x) 'é'|");
 }
 
 TEST_F(TaskRunner, AnythingOnStandardErrorIsAnErrorBesidesTheOutput) {
-    EXPECT_EQ(shell(QStringLiteral("echo out; echo err >&2")), QStringLiteral("out\n")); // required as it stands
+    EXPECT_EQ(shell("echo out; echo err >&2"), "out\n"); // required as it stands
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain, QStringLiteral("com.apple.NSTask.OneLineTasksWithOutput"));
+    EXPECT_EQ(error->domain, "com.apple.NSTask.OneLineTasksWithOutput");
     EXPECT_EQ(error->code, -2);
-    EXPECT_EQ(error->userInfo,
-              QVariantMap({{kTaskStandardErrorKey, QStringLiteral("err\n")}, {kTaskTerminationStatusKey, 0}}));
+    EXPECT_EQ(error->userInfo, Dictionary({{kTaskStandardErrorKey, "err\n"}, {kTaskTerminationStatusKey, 0}}));
 }
 
 TEST_F(TaskRunner, AnotherStatusThanZeroIsAFailureBesidesTheOutput) {
-    EXPECT_EQ(shell(QStringLiteral("echo out; exit 3")), QStringLiteral("out\n"));
+    EXPECT_EQ(shell("echo out; exit 3"), "out\n");
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, -1);
-    EXPECT_EQ(error->failureReason(), QStringLiteral("Process Failed"));
-    EXPECT_EQ(error->description(), QStringLiteral("Task terminationStatus was 3"));
-    EXPECT_EQ(info(kTaskTerminationStatusKey), QVariant(3));
-    EXPECT_EQ(info(kTaskStandardErrorKey), QVariant(QStringLiteral("")));
-    EXPECT_EQ(error->userInfo.size(), 4);
+    EXPECT_EQ(error->failureReason(), "Process Failed");
+    EXPECT_EQ(error->description(), "Task terminationStatus was 3");
+    EXPECT_EQ(info(kTaskTerminationStatusKey), Value(3));
+    EXPECT_EQ(info(kTaskStandardErrorKey), Value(""));
+    EXPECT_EQ(error->userInfo.size(), 4U);
 }
 
 TEST_F(TaskRunner, ASignalsNumberIsTheStatusOfWhatItEnded) {
-    shell(QStringLiteral("kill -KILL $$"));
-    EXPECT_EQ(info(kTaskTerminationStatusKey), QVariant(SIGKILL));
+    shell("kill -KILL $$");
+    EXPECT_EQ(info(kTaskTerminationStatusKey), Value(SIGKILL));
 }
 
 TEST_F(TaskRunner, AProgramThatCannotBeLaunchedIsAFailureWithoutUserInfo) {
-    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/no/such/program"), {}, {}, &error).isNull());
+    EXPECT_EQ(stringByLaunchingPath("/no/such/program", {}, {}, &error), std::nullopt);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, -1);
-    EXPECT_TRUE(error->userInfo.isEmpty()); // deliberate: the list of values ends at the first missing one
+    EXPECT_TRUE(error->userInfo.empty()); // deliberate: the list of values ends at the first missing one
 }
 
 TEST_F(TaskRunner, TheErrorNeedsNoPlace) {
-    EXPECT_EQ(stringByLaunchingPath(QStringLiteral("/bin/echo"), {}, {}, nullptr), QStringLiteral("\n"));
-    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/no/such/program"), {}, {}, nullptr).isNull());
+    EXPECT_EQ(stringByLaunchingPath("/bin/echo", {}, {}, nullptr), "\n");
+    EXPECT_EQ(stringByLaunchingPath("/no/such/program", {}, {}, nullptr), std::nullopt);
 }
 
 TEST_F(TaskRunner, OutputThatIsNoUtf8IsNull) {
-    EXPECT_TRUE(shell(QStringLiteral("printf 'a\\377b'")).isNull());
+    EXPECT_EQ(shell("printf 'a\\377b'"), std::nullopt);
     EXPECT_FALSE(error);
-    EXPECT_EQ(shell(QStringLiteral("echo out; printf '\\377' >&2")), QStringLiteral("out\n"));
+    EXPECT_EQ(shell("echo out; printf '\\377' >&2"), "out\n");
     EXPECT_FALSE(error); // what can't be read counts as nothing
-    shell(QStringLiteral("printf '\\377' >&2; exit 4"));
-    EXPECT_TRUE(error->userInfo.isEmpty());
+    shell("printf '\\377' >&2; exit 4");
+    EXPECT_TRUE(error->userInfo.empty());
 }
 
 TEST_F(TaskRunner, TheCallbackIsToldTheProcessBeforeAnyOutput) {
-    qint32 told = 0;
-    const QString output = stringByLaunchingPath(
-        QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QStringLiteral("echo $$")},
-        [&told](qint32 pid) { told = pid; }, &error);
-    EXPECT_EQ(output.trimmed().toInt(), told);
+    std::int32_t told = 0;
+    const std::optional<std::string> output = stringByLaunchingPath(
+        "/bin/sh", {"-c", "echo $$"}, [&told](std::int32_t pid) { told = pid; }, &error);
+    EXPECT_EQ(output, std::to_string(told) + '\n');
 }
 
 TEST_F(TaskRunner, AGrandchildThatHoldsAPipeIsWaitedFor) {
-    EXPECT_EQ(shell(QStringLiteral("(sleep 0.2; echo late) & echo early")), QStringLiteral("early\nlate\n"));
+    EXPECT_EQ(shell("(sleep 0.2; echo late) & echo early"), "early\nlate\n");
 }
 
 TEST_F(TaskRunner, AChildThatClosesItsPipesAndStaysIsWaitedFor) {
-    EXPECT_EQ(shell(QStringLiteral("echo a; exec >&- 2>&-; sleep 0.2; exit 5")), QStringLiteral("a\n"));
-    EXPECT_EQ(info(kTaskTerminationStatusKey), QVariant(5));
+    EXPECT_EQ(shell("echo a; exec >&- 2>&-; sleep 0.2; exit 5"), "a\n");
+    EXPECT_EQ(info(kTaskTerminationStatusKey), Value(5));
 }
 
 TEST_F(TaskRunner, MuchOutputOnBothPipesAtOnceIsReadWhole) {
-    constexpr qsizetype kBytes = 100'000'000;
-    const QString output = shell(QStringLiteral(
-        "head -c 100000000 /dev/zero | tr '\\0' e >&2 & head -c 100000000 /dev/zero | tr '\\0' o; wait"));
+    constexpr size_t kBytes = 100'000'000;
+    const std::string output =
+        *shell("head -c 100000000 /dev/zero | tr '\\0' e >&2 & head -c 100000000 /dev/zero | tr '\\0' o; wait");
     EXPECT_EQ(output.size(), kBytes);
-    EXPECT_EQ(output.count(u'o'), kBytes);
-    EXPECT_EQ(info(kTaskStandardErrorKey).toString().size(), kBytes);
+    EXPECT_EQ(output.find_first_not_of('o'), std::string::npos);
+    EXPECT_EQ(info(kTaskStandardErrorKey).text()->size(), kBytes);
 }
 
 TEST_F(TaskRunner, OtherEventsOfTheLoopAreServedMeanwhile) {
@@ -136,18 +135,18 @@ TEST_F(TaskRunner, OtherEventsOfTheLoopAreServedMeanwhile) {
         }
     };
     mainThread.post(again);
-    shell(QStringLiteral("sleep 0.2"));
+    shell("sleep 0.2");
     EXPECT_GT(turns, 5);
     isOver = true;
     mainThread.runOnce(); // the last one
 }
 
 TEST_F(TaskRunner, NoDescriptorIsLeftBehindByAThousandRuns) {
-    shell(QStringLiteral("true"));
+    shell("true");
     const int before = openDescriptors();
     for (int i = 0; i < 500; ++i) {
-        stringByLaunchingPath(QStringLiteral("/bin/true"), {}, {}, &error);
-        stringByLaunchingPath(QStringLiteral("/no/such/program"), {}, {}, &error);
+        stringByLaunchingPath("/bin/true", {}, {}, &error);
+        stringByLaunchingPath("/no/such/program", {}, {}, &error);
     }
     EXPECT_EQ(openDescriptors(), before);
 }
@@ -158,56 +157,52 @@ TEST_F(TaskRunner, TheChildHoldsNoDescriptorOfOursButTheInheritedOnes) {
         const int flags = ::fcntl(descriptor, F_GETFD);
         inherited += flags >= 0 && (flags & FD_CLOEXEC) == 0 ? 1 : 0;
     }
-    const QString listed =
-        stringByLaunchingPath(QStringLiteral("/bin/ls"), {QStringLiteral("/proc/self/fd")}, {}, &error);
-    EXPECT_EQ(listed.count(u'\n'), inherited + 1); // and the folder that ls reads
+    const std::string listed = *stringByLaunchingPath("/bin/ls", {"/proc/self/fd"}, {}, &error);
+    EXPECT_EQ(std::count(listed.begin(), listed.end(), '\n'), inherited + 1); // and the folder that ls reads
 }
 
 TEST_F(TaskRunner, AByteOrderMarkIsPartOfTheOutput) {
-    EXPECT_EQ(shell(QStringLiteral("printf '\\357\\273\\277out'")), QStringLiteral("\ufeffout"));
+    EXPECT_EQ(shell("printf '\\357\\273\\277out'"), "\ufeffout");
     EXPECT_FALSE(error);
-    shell(QStringLiteral("printf '\\357\\273\\277' >&2"));
+    shell("printf '\\357\\273\\277' >&2");
     ASSERT_TRUE(error); // as anything on standard error is one
-    EXPECT_EQ(info(kTaskStandardErrorKey), QVariant(QStringLiteral("\ufeff")));
+    EXPECT_EQ(info(kTaskStandardErrorKey), Value("\ufeff"));
 }
 
 TEST_F(TaskRunner, RunsOnAnyThread) {
-    QString output;
-    std::thread([&] { output = shell(QStringLiteral("echo out; sleep 0.1; echo more")); }).join();
-    EXPECT_EQ(output, QStringLiteral("out\nmore\n"));
+    std::optional<std::string> output;
+    std::thread([&] { output = shell("echo out; sleep 0.1; echo more"); }).join();
+    EXPECT_EQ(output, "out\nmore\n");
     EXPECT_FALSE(error);
 }
 
 TEST_F(TaskRunner, OnAThreadOfItsOwnGrandchildrenAndMuchOutputAreWaitedForAsWell) {
-    QString output;
+    std::optional<std::string> output;
     std::thread([&] {
-        output =
-            shell(QStringLiteral("head -c 1000000 /dev/zero | tr '\\0' e >&2; (sleep 0.1; echo late) & echo early"));
+        output = shell("head -c 1000000 /dev/zero | tr '\\0' e >&2; (sleep 0.1; echo late) & echo early");
     }).join();
-    EXPECT_EQ(output, QStringLiteral("early\nlate\n"));
-    EXPECT_EQ(info(kTaskStandardErrorKey).toString().size(), 1'000'000);
+    EXPECT_EQ(output, "early\nlate\n");
+    EXPECT_EQ(info(kTaskStandardErrorKey).text()->size(), 1'000'000U);
 }
 
 TEST_F(TaskRunner, ACallbackThatRaisesEndsTheRunAndLeavesNoDeadProcess) {
-    qint32 process = 0;
+    std::int32_t process = 0;
     const auto raise = [&process](const auto &exception) {
-        return [&process, exception](qint32 pid) {
+        return [&process, exception](std::int32_t pid) {
             process = pid;
             throw exception;
         };
     };
     const auto isGone = [&process] { return ::kill(process, 0) != 0 && errno == ESRCH; };
-    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/bin/true"), {},
-                                      raise(Exception(QStringLiteral("Name"), QStringLiteral("reason"))), &error)
-                    .isNull());
+    EXPECT_EQ(stringByLaunchingPath("/bin/true", {}, raise(Exception("Name", "reason")), &error), std::nullopt);
     ASSERT_TRUE(error);
     EXPECT_EQ(error->code, -1);
-    EXPECT_TRUE(error->userInfo.isEmpty());
+    EXPECT_TRUE(error->userInfo.empty());
     while (!isGone()) { // it is waited for on a thread of its own
         std::this_thread::yield();
     }
     // Any other kind is the caller's.
-    EXPECT_THROW(stringByLaunchingPath(QStringLiteral("/bin/true"), {}, raise(7), &error), int);
+    EXPECT_THROW(stringByLaunchingPath("/bin/true", {}, raise(7), &error), int);
     while (!isGone()) {
         std::this_thread::yield();
     }
@@ -215,16 +210,16 @@ TEST_F(TaskRunner, ACallbackThatRaisesEndsTheRunAndLeavesNoDeadProcess) {
 
 TEST_F(TaskRunner, ARunWhoseEndCannotBeLearnedIsAFailure) {
     // Somebody else asks for the status first.
-    const QString output = stringByLaunchingPath(
-        QStringLiteral("/bin/echo"), {QStringLiteral("out")}, [](qint32 pid) { ::waitpid(pid, nullptr, 0); }, &error);
-    EXPECT_EQ(output, QStringLiteral("out\n"));
+    const std::optional<std::string> output = stringByLaunchingPath(
+        "/bin/echo", {"out"}, [](std::int32_t pid) { ::waitpid(pid, nullptr, 0); }, &error);
+    EXPECT_EQ(output, "out\n");
     ASSERT_TRUE(error);
-    EXPECT_EQ(error->description(), QStringLiteral("Task terminationStatus was -1"));
+    EXPECT_EQ(error->description(), "Task terminationStatus was -1");
 }
 
 TEST_F(TaskRunner, WaitsWithoutTurningInCircles) {
     const std::clock_t before = std::clock();
-    EXPECT_EQ(shell(QStringLiteral("sleep 0.5; echo x")), QStringLiteral("x\n"));
+    EXPECT_EQ(shell("sleep 0.5; echo x"), "x\n");
     EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);
 }
 
@@ -234,18 +229,17 @@ class TaskRunnerPorts : public test::LogFixture {};
 TEST_F(TaskRunnerPorts, ALaunchIsLoggedInDetail) {
     platform.tasks.canStart = false;
     std::optional<Error> error;
-    EXPECT_TRUE(stringByLaunchingPath(QStringLiteral("/bin/x"), {QStringLiteral("a")}, {}, &error).isNull());
-    EXPECT_EQ(platform.transcript.calls(), QStringList({QStringLiteral("launch /bin/x a")}));
+    EXPECT_EQ(stringByLaunchingPath("/bin/x", {"a"}, {}, &error), std::nullopt);
+    EXPECT_EQ(platform.transcript.calls(), Lines{"launch /bin/x a"});
     EXPECT_EQ(error->code, -1);
 }
 
 TEST_F(TaskRunnerPorts, WithNothingLeftToWaitForTheWaitIsOver) {
-    platform.tasks.outputs.insert(QStringLiteral("/bin/x"),
-                                  "out"); // neither standard error nor the end can be waited for
-    QString output;
+    platform.tasks.outputs["/bin/x"] = "out"; // neither standard error nor the end can be waited for
+    std::optional<std::string> output;
     std::optional<Error> error;
-    std::thread([&] { output = stringByLaunchingPath(QStringLiteral("/bin/x"), {}, {}, &error); }).join();
-    EXPECT_EQ(output, QStringLiteral("out"));
+    std::thread([&] { output = stringByLaunchingPath("/bin/x", {}, {}, &error); }).join();
+    EXPECT_EQ(output, "out");
     EXPECT_FALSE(error);
 }
 
@@ -253,18 +247,17 @@ using TaskRunnerDeathTest = TaskRunnerPorts;
 
 TEST_F(TaskRunnerDeathTest, AProcessWithoutANumberEndsTheProgram) {
     platform.tasks.processIdentifier = 0;
-    EXPECT_EXIT(stringByLaunchingPath(QStringLiteral("/bin/x"), {}, {}, nullptr), testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(stringByLaunchingPath("/bin/x", {}, {}, nullptr), testing::KilledBySignal(SIGABRT),
                 "ASSERTION ERROR: pid \\(file \"NSTask\\+OneLineTasksWithOutput\", line 183\\)");
 }
 
 class PrivilegedTask : public testing::Test {
 protected:
-    QString run() {
+    std::optional<std::string> run() {
         std::unique_ptr<Authorization::Reference> reference;
         EXPECT_EQ(authorization.create(reference), 0);
         return stringByLaunchingPath(
-            QStringLiteral("/bin/tööl"), {QStringLiteral("a b"), QStringLiteral("é")}, *reference,
-            [this](qint32) { isCalled = true; }, &error);
+            "/bin/tööl", {"a b", "é"}, *reference, [this](std::int32_t) { isCalled = true; }, &error);
     }
     test::Transcript transcript;
     test::FakeAuthorization authorization{transcript};
@@ -274,29 +267,29 @@ protected:
 
 TEST_F(PrivilegedTask, PathAndArgumentsArePassedAsUtf8) {
     authorization.output = "done\n";
-    EXPECT_EQ(run(), QStringLiteral("done\n"));
+    EXPECT_EQ(run(), "done\n");
     EXPECT_FALSE(error);
-    EXPECT_TRUE(transcript.calls().contains(QStringLiteral("AuthorizationExecuteWithPrivileges /bin/tööl a b é")));
+    EXPECT_THAT(transcript.calls(), Contains("AuthorizationExecuteWithPrivileges /bin/tööl a b é"));
 }
 
 TEST_F(PrivilegedTask, AFailedStartIsAnErrorWithThePlatformsStatus) {
     authorization.executeStatus = -60006;
-    EXPECT_TRUE(run().isNull());
-    EXPECT_EQ(error->domain, QStringLiteral("com.apple.NSTask.OneLineTasksWithOutput"));
+    EXPECT_EQ(run(), std::nullopt);
+    EXPECT_EQ(error->domain, "com.apple.NSTask.OneLineTasksWithOutput");
     EXPECT_EQ(error->code, -60006);
-    EXPECT_TRUE(error->userInfo.isEmpty());
+    EXPECT_TRUE(error->userInfo.empty());
 }
 
 TEST_F(PrivilegedTask, OutputIsReadInPiecesOf64BytesAndDecodedAcrossThem) {
-    const QString text = QString(63, u'x') + QStringLiteral("é📄") + QString(70, u'y');
-    authorization.output = text.toStdString();
+    const std::string text = std::string(63, 'x') + "é📄" + std::string(70, 'y');
+    authorization.output = text;
     EXPECT_EQ(run(), text);
     EXPECT_EQ(authorization.reads, std::vector<std::int64_t>(4, 64));
 }
 
 TEST_F(PrivilegedTask, NoOutputIsAnEmptyText) {
-    EXPECT_FALSE(run().isNull());
-    EXPECT_TRUE(run().isEmpty());
+    EXPECT_EQ(run(), "");
+    EXPECT_EQ(run(), "");
 }
 
 TEST_F(PrivilegedTask, TheCallbackIsNeverCalled) {

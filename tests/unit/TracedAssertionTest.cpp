@@ -39,7 +39,7 @@ TEST(TracedAssertion, StopsInTheRealTracerAtATrap) {
 }
 
 TEST(TracedAssertion, RaisingStopsThereToo) {
-    const int status = statusOfTraced([] { __raiseException1(QStringLiteral("N"), "%@", 1); });
+    const int status = statusOfTraced([] { __raiseException1("N", "%@", 1); });
     ASSERT_TRUE(WIFSTOPPED(status));
     EXPECT_EQ(WSTOPSIG(status), SIGTRAP);
 }

@@ -53,8 +53,7 @@ std::string whatIsAt(const fs::path &path) {
         std::error_code error;
         return "link to " + (path.parent_path() / fs::read_symlink(path, error)).lexically_normal().string();
     }
-    return S_ISDIR(attributes.st_mode) ? "folder"
-                                       : "file " + readAll(QString::fromStdString(path.string())).toStdString();
+    return S_ISDIR(attributes.st_mode) ? "folder" : "file " + readAll(path.string());
 }
 
 /// Everything below a folder.
@@ -95,41 +94,32 @@ private:
 class Unzip : public testing::Test {
 protected:
     Unzip() {
-        write("outside/file", "untouched");
-        makeFolder("outside/folder");
-        makeFolder("in");
+        home.write("outside/file", "untouched");
+        home.makeFolder("outside/folder");
+        home.makeFolder("in");
     }
     void TearDown() override {
-        EXPECT_EQ(tree(homePath("outside")), (Tree{{"file", "file untouched"}, {"folder", "folder"}}));
+        EXPECT_EQ(tree(home.path("outside")), (Tree{{"file", "file untouched"}, {"folder", "folder"}}));
         std::set<std::string> names;
         std::error_code error;
-        for (const auto &entry : fs::directory_iterator(homePath(), error)) {
+        for (const auto &entry : fs::directory_iterator(home.path(), error)) {
             names.insert(entry.path().filename());
         }
         EXPECT_EQ(names, (std::set<std::string>{"in", "outside"}));
     }
 
-    std::string homePath(const std::string &name = {}) const {
-        return home.path(QString::fromStdString(name)).toStdString();
-    }
-    std::string write(const std::string &name, const std::string &contents) const {
-        return home.write(QString::fromStdString(name), QByteArray::fromStdString(contents)).toStdString();
-    }
-    void makeFolder(const std::string &name) const { home.makeFolder(QString::fromStdString(name)); }
-    std::string archive(const std::string &bytes) const { return write("in/archive.zip", bytes); }
-    std::string archive(std::initializer_list<ZipEntry> entries) const {
-        return archive(ZipArchive(entries).bytes().toStdString());
-    }
+    std::string archive(const std::string &bytes) const { return home.write("in/archive.zip", bytes); }
+    std::string archive(std::initializer_list<ZipEntry> entries) const { return archive(ZipArchive(entries).bytes()); }
     int extract(std::initializer_list<ZipEntry> entries) const {
         return OpenUnzipManager(archive(entries)).extractAll();
     }
     /// The first entry's status.
     int statusOf(const ZipEntry &entry) const { return OpenUnzipManager(archive({entry})).extractCurrentFile(); }
-    std::string in(const std::string &name) const { return homePath("in/" + name); }
+    std::string in(const std::string &name) const { return home.path("in/" + name); }
     std::string at(const std::string &name) const { return whatIsAt(in(name)); }
     /// The folder's contents without the archive.
     Tree extracted() const {
-        Tree all = tree(homePath("in"));
+        Tree all = tree(home.path("in"));
         all.erase("archive.zip");
         return all;
     }
@@ -158,7 +148,7 @@ TEST_F(Unzip, FilesOfAllSizesAreExtractedStoredOrDeflated) {
             for (size_t i = 0; i < size; ++i) {
                 contents[i] = static_cast<char>((i % 1000) * i >> 7);
             }
-            EXPECT_EQ(statusOf({"file", QByteArray::fromStdString(contents), method}), 0);
+            EXPECT_EQ(statusOf({"file", contents, method}), 0);
             EXPECT_EQ(at("file"), "file " + contents) << size;
         }
     }
@@ -187,22 +177,21 @@ TEST_F(Unzip, EntriesOfSeveralFoldersMayBeMixed) {
 TEST_F(Unzip, MoreEntriesThanTheReaderKeepsInMemoryAreExtracted) {
     ZipArchive many;
     for (int i = 0; i < 2000; ++i) {
-        many.add({QByteArray::fromStdString("file with a rather long name, number " + std::to_string(i)),
-                  QByteArray::fromStdString(std::to_string(i * 7)), 0});
+        many.add({"file with a rather long name, number " + std::to_string(i), std::to_string(i * 7), 0});
     }
-    EXPECT_EQ(OpenUnzipManager(archive(many.bytes().toStdString())).extractAll(), 0);
+    EXPECT_EQ(OpenUnzipManager(archive(many.bytes())).extractAll(), 0);
     EXPECT_EQ(extracted().size(), 2000U);
     EXPECT_EQ(at("file with a rather long name, number 1999"), "file 13993");
 }
 
 TEST_F(Unzip, AnExistingFileIsOverwrittenWithoutNotice) {
-    write("in/file", "a long text that was there before");
+    home.write("in/file", "a long text that was there before");
     EXPECT_EQ(extract({{"file", "new"}}), 0);
     EXPECT_EQ(at("file"), "file new");
 }
 
 TEST_F(Unzip, AnExistingFolderIsNoError) {
-    write("in/folder/old", "old");
+    home.write("in/folder/old", "old");
     EXPECT_EQ(extract({{"folder/", {}}, {"folder/new", "new"}}), 0);
     EXPECT_EQ(at("folder/old"), "file old");
     EXPECT_EQ(at("folder/new"), "file new");
@@ -248,7 +237,7 @@ TEST_F(Unzip, AnArchiveInTheCurrentFolderIsExtractedThere) {
     archive({{"file", "x"}});
     std::error_code error;
     const fs::path before = fs::current_path(error);
-    fs::current_path(homePath("in"), error);
+    fs::current_path(home.path("in"), error);
     ASSERT_FALSE(error);
     EXPECT_EQ(OpenUnzipManager("archive.zip").extractAll(), 0);
     fs::current_path(before, error);
@@ -257,7 +246,7 @@ TEST_F(Unzip, AnArchiveInTheCurrentFolderIsExtractedThere) {
 
 TEST_F(Unzip, AnArchiveCanBeNamedBesideAnOpenFolder) {
     archive({{"folder/", {}}, {"folder/file", "x"}});
-    const int folder = ::open(homePath("in").c_str(), O_RDONLY | O_DIRECTORY);
+    const int folder = ::open(home.path("in").c_str(), O_RDONLY | O_DIRECTORY);
     ASSERT_GE(folder, 0);
     EXPECT_EQ(OpenUnzipManager("/proc/self/fd/" + std::to_string(folder) + "/archive.zip").extractAll(), 0);
     ::close(folder);
@@ -266,13 +255,13 @@ TEST_F(Unzip, AnArchiveCanBeNamedBesideAnOpenFolder) {
 
 TEST_F(Unzip, TheArchivesOwnFolderMayBeReachedThroughALink) {
     archive({{"file", "x"}});
-    link(homePath("in"), "way");
+    link(home.path("in"), "way");
     EXPECT_EQ(OpenUnzipManager(in("way/archive.zip")).extractAll(), 0);
     EXPECT_EQ(at("file"), "file x");
 }
 
 TEST_F(Unzip, NamesOutsideAsciiAreKept) {
-    const std::string other = write("in/Grüße 日本.zip", ZipArchive({{"Äpfel 日本", "x"}}).bytes().toStdString());
+    const std::string other = home.write("in/Grüße 日本.zip", ZipArchive({{"Äpfel 日本", "x"}}).bytes());
     EXPECT_EQ(OpenUnzipManager(other).extractAll(), 0);
     EXPECT_EQ(at("Äpfel 日本"), "file x");
 }
@@ -304,7 +293,7 @@ TEST_F(Unzip, WhatIsNoArchiveIsAParameterError) {
          {std::string(), std::string("x"), std::string("PK\5\6"), std::string(100000, 'x')}) {
         EXPECT_EQ(UnzipManager(archive(bytes)).extractAll(), UNZ_PARAMERROR);
     }
-    EXPECT_EQ(UnzipManager(homePath("in")).extractAll(), UNZ_PARAMERROR);
+    EXPECT_EQ(UnzipManager(home.path("in")).extractAll(), UNZ_PARAMERROR);
 }
 
 TEST_F(Unzip, ANamedPipeIsNoArchiveAndIsNotWaitedFor) {
@@ -318,7 +307,7 @@ TEST_F(Unzip, WithoutAnArchiveNoEntryIsThere) {
 }
 
 TEST_F(Unzip, AnArchiveWithoutEntriesIsWhatMinizipTakesItFor) { // nothing to do, or for older ones no archive
-    for (const std::string &bytes : {ZipArchive().bytes().toStdString(), ZipArchive().bytes(1).toStdString()}) {
+    for (const std::string &bytes : {ZipArchive().bytes(), ZipArchive().bytes(1)}) {
         OpenUnzipManager manager(archive(bytes));
         EXPECT_EQ(manager.extractAll(), manager.uf == nullptr ? UNZ_PARAMERROR : UNZ_OK);
         EXPECT_TRUE(extracted().empty());
@@ -327,11 +316,8 @@ TEST_F(Unzip, AnArchiveWithoutEntriesIsWhatMinizipTakesItFor) { // nothing to do
 
 TEST_F(Unzip, AnArchiveCutAnywhereIsSurvived) {
     constexpr size_t kEndSize = 22;
-    const std::string whole = ZipArchive({{"folder/", {}},
-                                          {"folder/file", QByteArray::fromStdString(std::string(3000, 'x'))},
-                                          {"stored", "stored", 0}})
-                                  .bytes()
-                                  .toStdString();
+    const std::string whole =
+        ZipArchive({{"folder/", {}}, {"folder/file", std::string(3000, 'x')}, {"stored", "stored", 0}}).bytes();
     const size_t end = whole.size() - kEndSize;
     for (size_t length = 0; length < whole.size(); ++length) {
         const int status = OpenUnzipManager(archive(whole.substr(0, length))).extractAll();
@@ -349,7 +335,7 @@ TEST_F(Unzip, AnArchiveCutAnywhereIsSurvived) {
 }
 
 TEST_F(Unzip, TextBeforeAndAfterTheArchiveIsPassedOver) {
-    const std::string whole = ZipArchive({{"file", "x"}}).bytes().toStdString();
+    const std::string whole = ZipArchive({{"file", "x"}}).bytes();
     EXPECT_EQ(OpenUnzipManager(archive("#!/bin/sh\n" + whole)).extractAll(), 0);
     EXPECT_EQ(at("file"), "file x");
 }
@@ -369,13 +355,13 @@ TEST_F(Unzip, AWrongChecksumIsTheEntrysStatus) {
 }
 
 TEST_F(Unzip, DamagedContentsAreTheEntrysStatus) {
-    std::string bytes = ZipArchive({{"file", QByteArray::fromStdString(std::string(1000, 'x'))}}).bytes().toStdString();
+    std::string bytes = ZipArchive({{"file", std::string(1000, 'x')}}).bytes();
     bytes.replace(bytes.find("file") + 4, 4, "\xff\xff\xff\xff");
     EXPECT_EQ(OpenUnzipManager(archive(bytes)).extractCurrentFile(), Z_DATA_ERROR);
 }
 
 TEST_F(Unzip, AnUnknownMethodLeavesTheTargetAlone) {
-    write("in/file", "old");
+    home.write("in/file", "old");
     EXPECT_EQ(statusOf({.name = "file", .contents = "new", .method = 99}), UNZ_BADZIPFILE);
     EXPECT_EQ(at("file"), "file old");
     EXPECT_EQ(extract({{.name = "file", .contents = "new", .method = 99}, {"next", "y"}}), 0);
@@ -383,7 +369,7 @@ TEST_F(Unzip, AnUnknownMethodLeavesTheTargetAlone) {
 }
 
 TEST_F(Unzip, AnEncryptedEntryIsAFailedOne) {
-    const auto encrypted = QByteArray::fromStdString(std::string(200, '\xa5'));
+    const auto encrypted = std::string(200, '\xa5');
     EXPECT_NE(statusOf({.name = "secret", .contents = encrypted, .method = 0, .flags = 1, .checksum = 7}), 0);
     EXPECT_EQ(
         extract({{.name = "secret", .contents = encrypted, .method = 0, .flags = 1, .checksum = 7}, {"next", "y"}}), 0);
@@ -391,7 +377,7 @@ TEST_F(Unzip, AnEncryptedEntryIsAFailedOne) {
 }
 
 TEST_F(Unzip, NoMoreIsWrittenThanAnEntryDeclares) {
-    const auto bomb = QByteArray::fromStdString(std::string(1 << 22, '\0'));
+    const auto bomb = std::string(1 << 22, '\0');
     EXPECT_NE(statusOf({.name = "bomb", .contents = bomb, .size = 10}), 0);
     EXPECT_EQ(at("bomb"), "file " + std::string(10, '\0'));
 }
@@ -413,7 +399,7 @@ TEST_F(Unzip, ALongSizeThatIsDeclaredAndNotThereIsAFailure) {
                         .method = 0,
                         .packedSize = 0xffffffff,
                         .size = 0xffffffff,
-                        .extra = QByteArray::fromStdString(extra)}),
+                        .extra = extra}),
               0);
     std::error_code error;
     EXPECT_LT(fs::file_size(in("huge"), error), 1000U);
@@ -421,9 +407,9 @@ TEST_F(Unzip, ALongSizeThatIsDeclaredAndNotThereIsAFailure) {
 
 TEST_F(Unzip, AnEntryCountThatLiesIsSurvived) {
     const ZipArchive two{{"1", "1"}, {"2", "2"}};
-    EXPECT_EQ(OpenUnzipManager(archive(two.bytes(500).toStdString())).extractAll(), 0);
+    EXPECT_EQ(OpenUnzipManager(archive(two.bytes(500))).extractAll(), 0);
     EXPECT_EQ(extracted().size(), 2U);
-    EXPECT_EQ(OpenUnzipManager(archive(ZipArchive{{"3", "3"}, {"4", "4"}}.bytes(1).toStdString())).extractAll(), 0);
+    EXPECT_EQ(OpenUnzipManager(archive(ZipArchive{{"3", "3"}, {"4", "4"}}.bytes(1))).extractAll(), 0);
     EXPECT_EQ(at("3"), "file 3");
     EXPECT_EQ(at("4"), "absent");
 }
@@ -442,14 +428,14 @@ TEST_F(Unzip, AFileBeforeItsFoldersDeliberatelyHasTheStatusOfAGoodEntry) {
 }
 
 TEST_F(Unzip, AFolderInAFilesPlaceDeliberatelySkipsTheFile) {
-    makeFolder("in/file");
+    home.makeFolder("in/file");
     EXPECT_EQ(extract({{"file", "lost"}, {"next", "kept"}}), 0);
     EXPECT_EQ(at("file"), "folder");
     EXPECT_EQ(at("next"), "file kept");
 }
 
 TEST_F(Unzip, AFileInAFoldersPlaceStays) {
-    write("in/a", "stays");
+    home.write("in/a", "stays");
     EXPECT_EQ(extract({{"a/", {}}, {"a/file", "lost"}, {"a/b/file", "lost"}, {"next", "kept"}}), 0);
     EXPECT_EQ(extracted(), (Tree{{"a", "file stays"}, {"next", "file kept"}}));
 }
@@ -462,24 +448,24 @@ TEST_F(Unzip, APipeInAFilesPlaceIsNotWaitedFor) {
 }
 
 TEST_F(Unzip, InAReadOnlyFolderEveryFileIsDeliberatelySkipped) {
-    write("in/folder/file", "old");
+    home.write("in/folder/file", "old");
     const std::string path =
         archive({{"new", "lost"}, {"folder/file", "lost"}, {"folder/other", "lost"}, {"x/", {}}, {"x/y/z", "lost"}});
     for (const char *name : {".", "in", "in/folder", "in/folder/file"}) {
-        ASSERT_EQ(::chmod(homePath(name).c_str(), 0555), 0);
+        ASSERT_EQ(::chmod(home.path(name).c_str(), 0555), 0);
     }
     {
         const OrdinaryUser user;
         EXPECT_EQ(OpenUnzipManager(path).extractAll(), 0);
     }
     for (const char *name : {".", "in", "in/folder"}) {
-        ASSERT_EQ(::chmod(homePath(name).c_str(), 0755), 0);
+        ASSERT_EQ(::chmod(home.path(name).c_str(), 0755), 0);
     }
     EXPECT_EQ(extracted(), (Tree{{"folder", "folder"}, {"folder/file", "file old"}}));
 }
 
 TEST_F(Unzip, AShortWriteIsTheEntrysStatusAndEndsTheWalk) {
-    const std::string path = archive({{"large", QByteArray::fromStdString(std::string(20000, 'x'))}, {"next", "y"}});
+    const std::string path = archive({{"large", std::string(20000, 'x')}, {"next", "y"}});
     struct rlimit previous {};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &previous), 0);
     const struct rlimit low { 10000, previous.rlim_max };
@@ -509,7 +495,7 @@ TEST_F(Unzip, WithoutMemoryForItsBufferAnEntryIsAnInternalError) {
 
 TEST_F(Unzip, ANameOf255BytesIsWhole) {
     const std::string name(255, 'n');
-    EXPECT_EQ(statusOf({QByteArray::fromStdString(name), "x"}), 0);
+    EXPECT_EQ(statusOf({name, "x"}), 0);
     EXPECT_EQ(at(name), "file x");
 }
 
@@ -517,23 +503,22 @@ TEST_F(Unzip, LongerNamesAreDeliberatelyCut) {
     for (const size_t length : {256U, 300U, 2000U}) {
         const std::string name(length, 'n');
         const std::string contents = std::to_string(length);
-        EXPECT_EQ(statusOf({QByteArray::fromStdString(name), QByteArray::fromStdString(contents)}), 0);
+        EXPECT_EQ(statusOf({name, contents}), 0);
         EXPECT_EQ(extracted().size(), 1U);
         EXPECT_EQ(at(name.substr(0, 255)), "file " + contents);
     }
     const std::string inFolder = "folder/" + std::string(300, 'n');
-    EXPECT_EQ(extract({{"folder/", {}}, {QByteArray::fromStdString(inFolder), "y"}}), 0);
+    EXPECT_EQ(extract({{"folder/", {}}, {inFolder, "y"}}), 0);
     EXPECT_EQ(at(inFolder.substr(0, 255)), "file y");
 }
 
 TEST_F(Unzip, ANameEndsAtAZeroByte) {
-    EXPECT_EQ(statusOf({QByteArray::fromStdString(std::string("ab\0/../cd", 9)), "x"}), 0);
+    EXPECT_EQ(statusOf({std::string("ab\0/../cd", 9), "x"}), 0);
     EXPECT_EQ(extracted(), (Tree{{"ab", "file x"}}));
 }
 
 TEST_F(Unzip, AnEmptyNameIsTheArchivesFolderItself) {
-    EXPECT_EQ(extract({{"", "x"}, {"./", {}}, {QByteArray::fromStdString(std::string("\0a", 2)), "x"}, {"next", "y"}}),
-              0);
+    EXPECT_EQ(extract({{"", "x"}, {"./", {}}, {std::string("\0a", 2), "x"}, {"next", "y"}}), 0);
     EXPECT_EQ(extracted(), (Tree{{"next", "file y"}}));
 }
 
@@ -560,11 +545,11 @@ class HostileNames : public Unzip, public testing::WithParamInterface<const char
 TEST_P(HostileNames, AreRefusedAndEndTheWalk) {
     std::string name(GetParam());
     if (const size_t at = name.find("HOME"); at != std::string::npos) {
-        name.replace(at, 4, homePath());
+        name.replace(at, 4, home.path());
     }
-    makeFolder("in/a");
+    home.makeFolder("in/a");
     for (const char *end : {"", "/", "\\"}) {
-        const auto whole = QByteArray::fromStdString(name + end);
+        const auto whole = name + end;
         EXPECT_EQ(statusOf({whole, "x"}), UNZ_BADZIPFILE) << name << end;
         EXPECT_EQ(extract({{"before", "1"}, {whole, "x"}, {"after", "2"}}), 0);
         EXPECT_EQ(extracted(), (Tree{{"a", "folder"}, {"before", "file 1"}}));
@@ -585,9 +570,9 @@ protected:
     /// The entry is refused, and nothing changes.
     void expectRefused(const std::string &name) {
         const auto before = extracted();
-        EXPECT_EQ(statusOf({QByteArray::fromStdString(name), "x"}), UNZ_BADZIPFILE) << name;
+        EXPECT_EQ(statusOf({name, "x"}), UNZ_BADZIPFILE) << name;
         EXPECT_EQ(extracted(), before);
-        EXPECT_EQ(extract({{QByteArray::fromStdString(name), "x"}, {"after", "y"}}), 0);
+        EXPECT_EQ(extract({{name, "x"}, {"after", "y"}}), 0);
         EXPECT_EQ(extracted(), before);
     }
 };
@@ -618,7 +603,7 @@ TEST_F(Links, InAFoldersPlaceAreNotFollowed) {
 }
 
 TEST_F(Links, FurtherDownAreNotFollowed) {
-    makeFolder("in/a/b");
+    home.makeFolder("in/a/b");
     link("../../../outside", "a/b/c");
     expectRefused("a/b/c/new");
     expectRefused("a/b/c/folder/new");
@@ -627,7 +612,7 @@ TEST_F(Links, FurtherDownAreNotFollowed) {
 }
 
 TEST_F(Links, ToPlacesInsideAreRefusedToo) {
-    write("in/target/file", "stays");
+    home.write("in/target/file", "stays");
     link("target", "folder");
     link("target/file", "file");
     expectRefused("folder/new");
@@ -641,7 +626,7 @@ TEST_F(Links, InCirclesAreNotFollowed) {
 }
 
 TEST_F(Links, AreRefusedBehindAnEntryOfTheFolderAbove) {
-    makeFolder("in/a");
+    home.makeFolder("in/a");
     link("../../outside", "a/b");
     EXPECT_EQ(extract({{"a/1", "1"}, {"a/b/new", "x"}, {"after", "y"}}), 0);
     EXPECT_EQ(at("a/1"), "file 1");
@@ -651,7 +636,7 @@ TEST_F(Links, AreRefusedBehindAnEntryOfTheFolderAbove) {
 TEST_F(Links, ToFoldersAreNotFollowedWhereABackslashSeparates) {
     link("../outside", "folder");
     EXPECT_EQ(statusOf({"folder\\new/file", "x"}), 0);
-    EXPECT_EQ(at("folder"), "link to " + homePath("outside"));
+    EXPECT_EQ(at("folder"), "link to " + home.path("outside"));
 }
 
 // The parts
@@ -705,13 +690,13 @@ TEST_F(Unzip, FoldersAreMadeWithAllAboveThem) {
 
 TEST_F(Unzip, FoldersBelowOneThatCannotBeMadeAreNotMade) {
     OpenUnzipManager manager(archive({{"entry", "x"}}));
-    ASSERT_EQ(::chmod(homePath().c_str(), 0755), 0);
-    ASSERT_EQ(::chmod(homePath("in").c_str(), 0555), 0);
+    ASSERT_EQ(::chmod(home.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(home.path("in").c_str(), 0555), 0);
     {
         const OrdinaryUser user;
         EXPECT_EQ(manager.makedir("a/b"), 0);
     }
-    ASSERT_EQ(::chmod(homePath("in").c_str(), 0755), 0); // so that it can be deleted
+    ASSERT_EQ(::chmod(home.path("in").c_str(), 0755), 0); // so that it can be deleted
 }
 
 } // namespace

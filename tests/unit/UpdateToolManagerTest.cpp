@@ -3,22 +3,28 @@
 #include "utils/Exception.h"
 #include "utils/UUIDString.h"
 
-#include <QDir>
-#include <QFileInfo>
-#include <QSet>
+#include <filesystem>
+#include <functional>
+#include <gmock/gmock.h>
+#include <set>
 
 namespace quillmark {
 namespace {
 
-using test::listOf;
+using test::Lines;
+using test::linesFrom;
+using test::together;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
 
-constexpr qint32 kSucceeded = UpdateToolManager::kSucceeded;
-constexpr qint32 kRunFailed = UpdateToolManager::kRunFailed;
-constexpr qint32 kCommandBegun = UpdateToolManager::kCommandBegun;
+constexpr std::int32_t kSucceeded = UpdateToolManager::kSucceeded;
+constexpr std::int32_t kRunFailed = UpdateToolManager::kRunFailed;
+constexpr std::int32_t kCommandBegun = UpdateToolManager::kCommandBegun;
 
-const QString a = QStringLiteral("/a b/é.pkg");
-const QString b = QStringLiteral("b.sig");
-const QString c = QStringLiteral("/c");
+const std::string a = "/a b/é.pkg";
+const std::string b = "b.sig";
+const std::string c = "/c";
 
 /// The update tool as fakes run it.
 class UpdateTool : public test::LogFixture {
@@ -27,32 +33,25 @@ protected:
 
     /// From now on, the tool's runs end with that status.
     void endWith(int status) {
-        for (const QString &last :
-             {a, b, c, home.path(QStringLiteral(".config/.mono/keypairs")), QStringLiteral("insertfinderoverlay"),
-              QStringLiteral("MacFUSE.pkg"), QStringLiteral("/x/macfuse-2.pkg")}) {
-            platform.tasks.statuses.insert(last, status);
+        for (const std::string &last : Lines{a, b, c, home.path(".config/.mono/keypairs"), "insertfinderoverlay",
+                                             "MacFUSE.pkg", "/x/macfuse-2.pkg"}) {
+            platform.tasks.statuses[last] = status;
         }
     }
     void startLog(LoggingLevel level = kLogLevelDetailed) { m_log = logToFile(level); }
-    QStringList log() const {
-        QStringList lines = linesOf(m_log);
-        return lines.replaceInStrings(home.path(), QStringLiteral("~"));
-    }
-    QStringList calls() const {
-        QStringList list = platform.transcript.calls();
-        return list.replaceInStrings(home.path(), QStringLiteral("~"));
-    }
+    Lines log() const { return withTilde(linesOf(m_log)); }
+    Lines calls() const { return withTilde(platform.transcript.calls()); }
 
-    const QString m_macFuseLog = home.path(QStringLiteral("install.log"));
-    UpdateToolManager manager{platform.platform, QString(kToolPath), m_macFuseLog};
+    const std::string m_macFuseLog = home.path("install.log");
+    UpdateToolManager manager{platform.platform, std::string(kToolPath), m_macFuseLog};
 
 private:
-    QString m_log;
+    std::string m_log;
 };
 
 struct Command {
     const char *name;
-    std::function<qint32(UpdateToolManager &)> call;
+    std::function<std::int32_t(UpdateToolManager &)> call;
     const char *arguments;
 };
 
@@ -82,10 +81,8 @@ const Command kCommands[] = {
 
 class UpdateToolCommands : public UpdateTool, public testing::WithParamInterface<Command> {
 protected:
-    static inline const QString kTool = QStringLiteral("/Library/Application Support/Quillmark/updateqm");
-    QString wantedRun() const {
-        return QStringLiteral("run ") + kTool + u' ' + QString::fromUtf8(GetParam().arguments);
-    }
+    static inline const std::string kTool = "/Library/Application Support/Quillmark/updateqm";
+    std::string wantedRun() const { return "run " + kTool + ' ' + GetParam().arguments; }
 };
 
 TEST_P(UpdateToolCommands, RunTheInstalledToolAndWait) {
@@ -93,15 +90,15 @@ TEST_P(UpdateToolCommands, RunTheInstalledToolAndWait) {
     EXPECT_EQ(manager.status(), UpdateToolManager::kNothingDone);
     EXPECT_EQ(GetParam().call(manager), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(calls().first(), wantedRun());
-    EXPECT_EQ(calls().filter(QStringLiteral("run ")).size(), 1);
+    EXPECT_EQ(calls().front(), wantedRun());
+    EXPECT_THAT(calls(), Contains(HasSubstr("run ")).Times(1));
 }
 
 TEST_P(UpdateToolCommands, ThatFailReturnFourAndLeaveFive) {
     endWith(1);
     EXPECT_EQ(GetParam().call(manager), kRunFailed);
     EXPECT_EQ(manager.status(), kCommandBegun); // deliberate: the status is that of the begun command
-    EXPECT_EQ(calls(), QStringList{wantedRun()});
+    EXPECT_EQ(calls(), Lines{wantedRun()});
 }
 
 TEST_P(UpdateToolCommands, ThatCannotBeStartedFailToo) {
@@ -129,10 +126,10 @@ using UpdateToolRun = UpdateTool;
 TEST_F(UpdateToolRun, OfStatusZeroSucceeds) {
     endWith(0);
     startLog();
-    EXPECT_EQ(manager.runExe(QStringLiteral("/t"), {QStringLiteral("x"), a}, true), kSucceeded);
-    EXPECT_EQ(calls(), listOf({"run /t x /a b/é.pkg"}));
-    EXPECT_EQ(log(), listOf({"vrb UpdateToolManager:runExe: Running \"/t\"...",
-                             "vrb UpdateToolManager:runExe: Succeeded running \"/t\""}));
+    EXPECT_EQ(manager.runExe("/t", {"x", a}, true), kSucceeded);
+    EXPECT_EQ(calls(), Lines{"run /t x /a b/é.pkg"});
+    EXPECT_EQ(log(), (Lines{"vrb UpdateToolManager:runExe: Running \"/t\"...",
+                            "vrb UpdateToolManager:runExe: Succeeded running \"/t\""}));
     EXPECT_EQ(manager.status(), UpdateToolManager::kNothingDone);
 }
 
@@ -140,34 +137,34 @@ TEST_F(UpdateToolRun, OfAnyOtherStatusFails) {
     for (const int status : {1, 3, 127, 128 + 9}) {
         endWith(status);
         startLog();
-        EXPECT_EQ(manager.runExe(QStringLiteral("/t"), {a}, true), kRunFailed);
-        EXPECT_EQ(log().mid(log().size() - 2), listOf({"vrb UpdateToolManager:runExe: Running \"/t\"...",
-                                                       "ERR UpdateToolManager:runExe: Failed running \"/t\""}));
+        EXPECT_EQ(manager.runExe("/t", {a}, true), kRunFailed);
+        EXPECT_EQ(linesFrom(log(), log().size() - 2), (Lines{"vrb UpdateToolManager:runExe: Running \"/t\"...",
+                                                             "ERR UpdateToolManager:runExe: Failed running \"/t\""}));
     }
 }
 
 TEST_F(UpdateToolRun, ThatRaisesIsLoggedWithItsExceptionAndFails) {
     platform.tasks.canStart = false;
     startLog();
-    EXPECT_EQ(manager.runExe(QStringLiteral("/t"), {a}, true), kRunFailed);
-    const QStringList lines = listOf({"vrb UpdateToolManager:runExe: Running \"/t\"...",
-                                      "ERR UpdateToolManager:runExe: Exception during running \"/t\" "
-                                      "(NSInvalidArgumentException (launch path not accessible))",
-                                      "ERR UpdateToolManager:runExe: Failed running \"/t\""});
+    EXPECT_EQ(manager.runExe("/t", {a}, true), kRunFailed);
+    const Lines lines{"vrb UpdateToolManager:runExe: Running \"/t\"...",
+                      "ERR UpdateToolManager:runExe: Exception during running \"/t\" "
+                      "(NSInvalidArgumentException (launch path not accessible))",
+                      "ERR UpdateToolManager:runExe: Failed running \"/t\""};
     EXPECT_EQ(log(), lines);
-    EXPECT_EQ(manager.runExe(QStringLiteral("/t"), {a}, false), kRunFailed);
-    EXPECT_EQ(log(), lines + lines);
+    EXPECT_EQ(manager.runExe("/t", {a}, false), kRunFailed);
+    EXPECT_EQ(log(), together({lines, lines}));
 }
 
 TEST_F(UpdateToolRun, ThatIsNotWaitedForCountsAsFailed) { // deliberate, unlike one of the overlay tool
     endWith(0);
     startLog();
-    EXPECT_EQ(manager.runUpdateTool({QStringLiteral("repaircore"), a}, false), kRunFailed);
-    EXPECT_EQ(calls(), listOf({"start /Library/Application Support/Quillmark/updateqm repaircore /a b/é.pkg"}));
-    EXPECT_EQ(log(), listOf({"vrb UpdateToolManager:runExe: Running "
-                             "\"/Library/Application Support/Quillmark/updateqm\"...",
-                             "ERR UpdateToolManager:runExe: Failed running "
-                             "\"/Library/Application Support/Quillmark/updateqm\""}));
+    EXPECT_EQ(manager.runUpdateTool({"repaircore", a}, false), kRunFailed);
+    EXPECT_EQ(calls(), Lines{"start /Library/Application Support/Quillmark/updateqm repaircore /a b/é.pkg"});
+    EXPECT_EQ(log(), (Lines{"vrb UpdateToolManager:runExe: Running "
+                            "\"/Library/Application Support/Quillmark/updateqm\"...",
+                            "ERR UpdateToolManager:runExe: Failed running "
+                            "\"/Library/Application Support/Quillmark/updateqm\""}));
     EXPECT_EQ(manager.status(), UpdateToolManager::kNothingDone);
 }
 
@@ -177,22 +174,20 @@ TEST_F(UpdateToolRun, OfARealProgramEndsWithItsStatus) {
                         fake.mainBundle, fake.checkWindows,      fake.clock,        fake.images,
                         fake.keychain,   fake.mainThread,        fake.propertyList, fake.scripts,
                         fake.systemInfo, nativePlatform().tasks, fake.userDefaults, fake.workspace};
-    UpdateToolManager runner(real, QStringLiteral("/bin/%@"));
-    const auto shell = [&runner](const char *script) {
-        return runner.runExe(QStringLiteral("/bin/sh"), {QStringLiteral("-c"), QString::fromUtf8(script)}, true);
-    };
+    UpdateToolManager runner(real, "/bin/%@");
+    const auto shell = [&runner](const char *script) { return runner.runExe("/bin/sh", {"-c", script}, true); };
     EXPECT_EQ(shell("exit 0"), kSucceeded);
     EXPECT_EQ(shell("exit 1"), kRunFailed);
     EXPECT_EQ(shell("kill -KILL $$"), kRunFailed);
-    EXPECT_EQ(runner.runExe(home.path(QStringLiteral("none")), {}, true), kRunFailed);
+    EXPECT_EQ(runner.runExe(home.path("none"), {}, true), kRunFailed);
 }
 
 class OverlayTool : public UpdateTool {
 protected:
-    const QStringList m_running =
-        listOf({"vrb Running FinderOverlayTool \"/Library/Application Support/Quillmark/finderoverlaytool\"..."});
-    const QStringList m_succeeded =
-        listOf({"vrb FinderOverlayTool \"/Library/Application Support/Quillmark/finderoverlaytool\" did succeed"});
+    const std::string m_running =
+        "vrb Running FinderOverlayTool \"/Library/Application Support/Quillmark/finderoverlaytool\"...";
+    const std::string m_succeeded =
+        "vrb FinderOverlayTool \"/Library/Application Support/Quillmark/finderoverlaytool\" did succeed";
 };
 
 TEST_F(OverlayTool, IsRunToInsertTheOverlay) {
@@ -200,8 +195,8 @@ TEST_F(OverlayTool, IsRunToInsertTheOverlay) {
     startLog();
     EXPECT_EQ(manager.insertFinderOverlayBundle(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(calls(), listOf({"run /Library/Application Support/Quillmark/finderoverlaytool insertfinderoverlay"}));
-    EXPECT_EQ(log(), m_running + m_succeeded);
+    EXPECT_EQ(calls(), Lines{"run /Library/Application Support/Quillmark/finderoverlaytool insertfinderoverlay"});
+    EXPECT_EQ(log(), (Lines{m_running, m_succeeded}));
 }
 
 TEST_F(OverlayTool, ThatFailsReturnsFourAndLeavesFive) {
@@ -209,16 +204,16 @@ TEST_F(OverlayTool, ThatFailsReturnsFourAndLeavesFive) {
     startLog();
     EXPECT_EQ(manager.insertFinderOverlayBundle(), kRunFailed);
     EXPECT_EQ(manager.status(), kCommandBegun);
-    EXPECT_EQ(log(), m_running + listOf({"vrb FinderOverlayTool \"/Library/Application Support/Quillmark/"
-                                         "finderoverlaytool\" did fail"}));
+    EXPECT_EQ(log(), (Lines{m_running, "vrb FinderOverlayTool \"/Library/Application Support/Quillmark/"
+                                       "finderoverlaytool\" did fail"}));
 }
 
 TEST_F(OverlayTool, ThatIsNotWaitedForCountsAsSucceeded) { // deliberate, unlike a run of the update tool
     endWith(1);
     startLog();
     EXPECT_EQ(manager.runFinderOverlayTool({a}, false), kSucceeded);
-    EXPECT_EQ(calls(), listOf({"start /Library/Application Support/Quillmark/finderoverlaytool /a b/é.pkg"}));
-    EXPECT_EQ(log(), m_running + m_succeeded);
+    EXPECT_EQ(calls(), Lines{"start /Library/Application Support/Quillmark/finderoverlaytool /a b/é.pkg"});
+    EXPECT_EQ(log(), (Lines{m_running, m_succeeded}));
 }
 
 TEST_F(OverlayTool, ThatCannotBeStartedRaisesAnException) {
@@ -232,37 +227,33 @@ TEST_F(OverlayTool, ThatCannotBeStartedRaisesAnException) {
 /// One of the two runs with administrator rights.
 struct AdminRun {
     const char *name;
-    std::function<qint32(UpdateToolManager &)> call;
+    std::function<std::int32_t(UpdateToolManager &)> call;
     const char *operation;
     const char *program; ///< with its arguments
-    QStringList before;  ///< log lines
-    QStringList behindRights;
+    Lines before;        ///< log lines
+    Lines behindRights;
 };
 
 void PrintTo(const AdminRun &run, std::ostream *stream) { *stream << run.name; }
 
 class UpdateToolAsAdmin : public UpdateTool, public testing::WithParamInterface<AdminRun> {
 protected:
-    qint32 call() { return GetParam().call(manager); }
-    QString line(const char *level, const char *text) const {
-        return QStringLiteral("%1 UpdateToolManager:%2: %3")
-            .arg(QString::fromUtf8(level), QString::fromUtf8(GetParam().operation), QString::fromUtf8(text));
+    std::int32_t call() { return GetParam().call(manager); }
+    std::string line(const char *level, const char *text) const {
+        return std::string(level) + " UpdateToolManager:" + GetParam().operation + ": " + text;
     }
-    QStringList starting() const { return GetParam().before + QStringList{line("nrm", "Starting...")}; }
-    QString execution() const {
-        return QStringLiteral("AuthorizationExecuteWithPrivileges ") + QString::fromUtf8(GetParam().program);
-    }
-    static inline const QStringList kAsked =
-        listOf({"AuthorizationCreate", "AuthorizationCopyRights system.privilege.admin 13"});
-    static inline const QStringList kFreed = listOf({"AuthorizationFree"});
+    Lines starting() const { return together({GetParam().before, {line("nrm", "Starting...")}}); }
+    std::string execution() const { return std::string("AuthorizationExecuteWithPrivileges ") + GetParam().program; }
+    static inline const Lines kAsked{"AuthorizationCreate", "AuthorizationCopyRights system.privilege.admin 13"};
+    static inline const Lines kFreed{"AuthorizationFree"};
 };
 
 TEST_P(UpdateToolAsAdmin, AsksForTheRightAndStartsTheTool) {
     startLog();
     EXPECT_EQ(call(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(calls(), kAsked + QStringList{execution()} + kFreed);
-    EXPECT_EQ(log(), starting() + GetParam().behindRights + QStringList{line("nrm", "Succeeded")});
+    EXPECT_EQ(calls(), together({kAsked, {execution()}, kFreed}));
+    EXPECT_EQ(log(), together({starting(), GetParam().behindRights, {line("nrm", "Succeeded")}}));
 }
 
 TEST_P(UpdateToolAsAdmin, WithoutAnyAuthorizationReturnsFourWithoutAWord) {
@@ -270,7 +261,7 @@ TEST_P(UpdateToolAsAdmin, WithoutAnyAuthorizationReturnsFourWithoutAWord) {
     startLog();
     EXPECT_EQ(call(), kRunFailed);
     EXPECT_EQ(manager.status(), kCommandBegun);
-    EXPECT_EQ(calls(), listOf({"AuthorizationCreate"}));
+    EXPECT_EQ(calls(), Lines{"AuthorizationCreate"});
     EXPECT_EQ(log(), starting());
 }
 
@@ -282,9 +273,9 @@ TEST_P(UpdateToolAsAdmin, ThatTheUserRefusesReturnsFourAndLeavesTheStatus) {
         startLog();
         EXPECT_EQ(call(), kRunFailed);
         EXPECT_EQ(manager.status(), kCommandBegun);
-        EXPECT_EQ(calls(), kAsked + kFreed);
-        const QStringList wanted = starting() + QStringList{line("ERR", text)};
-        EXPECT_EQ(log().mid(log().size() - wanted.size()), wanted);
+        EXPECT_EQ(calls(), together({kAsked, kFreed}));
+        const Lines wanted = together({starting(), {line("ERR", text)}});
+        EXPECT_EQ(linesFrom(log(), log().size() - wanted.size()), wanted);
     }
 }
 
@@ -293,26 +284,27 @@ TEST_P(UpdateToolAsAdmin, ThatCannotBeStartedReturnsFourAndLeavesFour) {
     startLog();
     EXPECT_EQ(call(), kRunFailed);
     EXPECT_EQ(manager.status(), kRunFailed);
-    EXPECT_EQ(calls(), kAsked + QStringList{execution()} + kFreed);
-    EXPECT_EQ(log(), starting() + GetParam().behindRights +
-                         QStringList{line("ERR", "AuthorizationExecuteWithPrivileges failed (OSStatus -60031)")});
+    EXPECT_EQ(calls(), together({kAsked, {execution()}, kFreed}));
+    EXPECT_EQ(log(), together({starting(),
+                               GetParam().behindRights,
+                               {line("ERR", "AuthorizationExecuteWithPrivileges failed (OSStatus -60031)")}}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Run, UpdateToolAsAdmin,
-    testing::Values(AdminRun{"repairPermissions",
-                             [](Manager &m) { return m.repairPermissions(); },
-                             "runUpdateToolAsAdmin",
-                             "/Library/Application Support/Quillmark/updateqm repairpermissions",
-                             {},
-                             {}},
-                    AdminRun{"repairUpdateTool",
-                             [](Manager &m) { return m.repairUpdateTool(QStringLiteral("/App/updateqm"), a); },
-                             "runUninstalledUpdateToolAsAdmin",
-                             "/App/updateqm repair /a b/é.pkg", // the tool's own path is no argument
-                             listOf({"dtl updateQMSignaturePath is /a b/é.pkg"}),
-                             listOf({"dtl Running /App/updateqm"})}),
-    [](const auto &suite) { return std::string(suite.param.name); });
+INSTANTIATE_TEST_SUITE_P(Run, UpdateToolAsAdmin,
+                         testing::Values(AdminRun{"repairPermissions",
+                                                  [](Manager &m) { return m.repairPermissions(); },
+                                                  "runUpdateToolAsAdmin",
+                                                  "/Library/Application Support/Quillmark/updateqm repairpermissions",
+                                                  {},
+                                                  {}},
+                                         AdminRun{
+                                             "repairUpdateTool",
+                                             [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
+                                             "runUninstalledUpdateToolAsAdmin",
+                                             "/App/updateqm repair /a b/é.pkg", // the tool's own path is no argument
+                                             {"dtl updateQMSignaturePath is /a b/é.pkg"},
+                                             {"dtl Running /App/updateqm"}}),
+                         [](const auto &suite) { return std::string(suite.param.name); });
 
 TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
     platform.authorization.rightsStatus = -60006;
@@ -323,20 +315,18 @@ TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
     platform.authorization.rightsStatus = 0;
     EXPECT_EQ(manager.runUninstalledUpdateToolAsAdmin(c, {"x", "y"}), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_TRUE(calls().contains(QStringLiteral("AuthorizationExecuteWithPrivileges /c x y")));
+    EXPECT_THAT(calls(), Contains("AuthorizationExecuteWithPrivileges /c x y"));
 }
 
 /// The installation log that is kept after a package of MacFUSE.
 class MacFuseLog : public UpdateTool {
 protected:
-    QString m_kept = home.path(QStringLiteral("Library/Logs/Quillmark/MacFUSE/macfuse-install.log"));
+    std::string m_kept = home.path("Library/Logs/Quillmark/MacFUSE/macfuse-install.log");
 
-    void leaveLog() { home.write(QStringLiteral("install.log"), "installed\n"); }
+    void leaveLog() { home.write("install.log", "installed\n"); }
     /// The log's lines about the installation log.
-    QStringList keeping() const { return log().mid(2); }
-    qint32 install(const char *package = "MacFUSE.pkg") {
-        return manager.repairFrameworkUsingPackage(QString::fromUtf8(package));
-    }
+    Lines keeping() const { return linesFrom(log(), 2); }
+    std::int32_t install(const char *package = "MacFUSE.pkg") { return manager.repairFrameworkUsingPackage(package); }
 };
 
 TEST_F(MacFuseLog, IsCopiedAmongTheProductsOwn) {
@@ -344,19 +334,19 @@ TEST_F(MacFuseLog, IsCopiedAmongTheProductsOwn) {
     leaveLog();
     startLog();
     EXPECT_EQ(install(), kSucceeded);
-    EXPECT_EQ(test::readAll(m_kept), QByteArray("installed\n"));
-    EXPECT_EQ(keeping(), listOf({"vrb \"~/Library/Logs/Quillmark/MacFUSE\" subfolder missing - created it",
-                                 "vrb Copying \"~/install.log\" to "
-                                 "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
-                                 "vrb Copied \"~/install.log\" to "
-                                 "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" - MacFUSE log available"}));
+    EXPECT_EQ(test::readAll(m_kept), "installed\n");
+    EXPECT_EQ(keeping(), (Lines{"vrb \"~/Library/Logs/Quillmark/MacFUSE\" subfolder missing - created it",
+                                "vrb Copying \"~/install.log\" to "
+                                "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
+                                "vrb Copied \"~/install.log\" to "
+                                "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" - MacFUSE log available"}));
 }
 
 TEST_F(MacFuseLog, IsKeptWhateverTheLetterCaseOfThePackage) {
     endWith(0);
     leaveLog();
     EXPECT_EQ(install("/x/macfuse-2.pkg"), kSucceeded);
-    EXPECT_TRUE(QFile::exists(m_kept));
+    EXPECT_TRUE(std::filesystem::exists(m_kept));
 }
 
 TEST_F(MacFuseLog, IsOfNoInterestAfterAnotherPackageOrABundle) {
@@ -364,9 +354,9 @@ TEST_F(MacFuseLog, IsOfNoInterestAfterAnotherPackageOrABundle) {
     leaveLog();
     startLog();
     EXPECT_EQ(manager.repairFrameworkUsingPackage(a), kSucceeded);
-    EXPECT_EQ(manager.repairBundleUsingPackage(QStringLiteral("MacFUSE.pkg")), kSucceeded);
-    EXPECT_FALSE(QFile::exists(m_kept));
-    EXPECT_EQ(log().size(), 4); // two runs
+    EXPECT_EQ(manager.repairBundleUsingPackage("MacFUSE.pkg"), kSucceeded);
+    EXPECT_FALSE(std::filesystem::exists(m_kept));
+    EXPECT_EQ(log().size(), 4U); // two runs
 }
 
 TEST_F(MacFuseLog, IsKeptAfterAFailedInstallationTooWhichStaysFailed) {
@@ -374,103 +364,103 @@ TEST_F(MacFuseLog, IsKeptAfterAFailedInstallationTooWhichStaysFailed) {
     leaveLog();
     EXPECT_EQ(install(), kRunFailed);
     EXPECT_EQ(manager.status(), kCommandBegun);
-    EXPECT_TRUE(QFile::exists(m_kept));
+    EXPECT_TRUE(std::filesystem::exists(m_kept));
 }
 
 TEST_F(MacFuseLog, ThatIsMissingIsNoted) {
     endWith(0);
     startLog();
     EXPECT_EQ(install(), kSucceeded);
-    EXPECT_EQ(keeping(), listOf({"vrb \"~/install.log\" doesn't exists - no MacFUSE log will be available"}));
-    EXPECT_FALSE(QFile::exists(home.path(QStringLiteral("Library"))));
+    EXPECT_EQ(keeping(), Lines{"vrb \"~/install.log\" doesn't exists - no MacFUSE log will be available"});
+    EXPECT_FALSE(std::filesystem::exists(home.path("Library")));
 }
 
 TEST_F(MacFuseLog, IsNotTakenFromALinkThatAnybodyMayHavePutThere) {
     endWith(0);
-    home.write(QStringLiteral("secret"), "secret");
-    ASSERT_TRUE(QFile::link(home.path(QStringLiteral("secret")), home.path(QStringLiteral("install.log"))));
+    home.write("secret", "secret");
+    std::filesystem::create_symlink(home.path("secret"), home.path("install.log"));
     startLog();
     EXPECT_EQ(install(), kSucceeded);
-    EXPECT_FALSE(QFileInfo::exists(m_kept));
-    EXPECT_TRUE(keeping().last().startsWith(QStringLiteral("ERR Failed to copy \"~/install.log\" to ")));
-    EXPECT_TRUE(keeping().last().contains(QStringLiteral("It is no file of a trusted user's")));
+    EXPECT_FALSE(std::filesystem::exists(m_kept));
+    EXPECT_TRUE(keeping().back().starts_with("ERR Failed to copy \"~/install.log\" to "));
+    EXPECT_THAT(keeping().back(), HasSubstr("It is no file of a trusted user's"));
 }
 
 TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
     endWith(0);
     leaveLog();
-    home.write(QStringLiteral("Library/Logs/Quillmark/MacFUSE/macfuse-install.log"), "earlier");
+    home.write("Library/Logs/Quillmark/MacFUSE/macfuse-install.log", "earlier");
     platform.systemInfo.errorTexts.insert_or_assign(EEXIST, "File exists");
     startLog();
     EXPECT_EQ(install(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(test::readAll(m_kept), QByteArray("earlier"));
+    EXPECT_EQ(test::readAll(m_kept), "earlier");
     EXPECT_EQ(keeping(),
-              listOf({"vrb Copying \"~/install.log\" to "
-                      "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
-                      "ERR Failed to copy \"~/install.log\" to "
-                      "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" "
-                      "(\"Copying stopped at '~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log'\" because "
-                      "\"Posix error 17 (File exists)\")"}));
+              (Lines{"vrb Copying \"~/install.log\" to "
+                     "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
+                     "ERR Failed to copy \"~/install.log\" to "
+                     "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" "
+                     "(\"Copying stopped at '~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log'\" because "
+                     "\"Posix error 17 (File exists)\")"}));
 }
 
 TEST_F(MacFuseLog, WhoseFolderCannotBeMadeIsAnExceptionThatGoesNoFurther) {
     endWith(0);
     leaveLog();
-    home.write(QStringLiteral("Library/Logs"), "in the way");
+    home.write("Library/Logs", "in the way");
     platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
     startLog();
     EXPECT_EQ(install(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(keeping(), listOf({"ERR NSGenericException (Failed to create \"~/Library/Logs/Quillmark/MacFUSE\" "
-                                 "(Not a directory))"}));
+    EXPECT_EQ(keeping(), Lines{"ERR NSGenericException (Failed to create \"~/Library/Logs/Quillmark/MacFUSE\" "
+                               "(Not a directory))"});
 }
 
 TEST_F(MacFuseLog, IsKeptBeforeTheCommandCountsAsDone) {
     endWith(0);
     leaveLog();
     startLog();
-    QList<qint32> statuses;
+    std::set<std::int32_t> statuses;
     platform.clock.onNow = [this, &statuses] {
-        statuses << manager.status();
+        statuses.insert(manager.status());
     }; // each line of the log asks for the time
     install();
     platform.clock.onNow = {};
-    EXPECT_EQ(QSet<qint32>(statuses.begin(), statuses.end()), QSet<qint32>{UpdateToolManager::kCommandBegun});
+    EXPECT_EQ(statuses, std::set<std::int32_t>{kCommandBegun});
     EXPECT_EQ(manager.status(), kSucceeded);
 }
 
 TEST_F(MacFuseLog, IsLookedForInTheTemporaryFolder) {
     endWith(0);
     startLog();
-    UpdateToolManager(platform.platform).repairFrameworkUsingPackage(QStringLiteral("MacFUSE.pkg"));
+    UpdateToolManager(platform.platform).repairFrameworkUsingPackage("MacFUSE.pkg");
     // Whether there is one or not.
-    EXPECT_TRUE(keeping().value(0).contains(QStringLiteral("\"/tmp/.macfuse-install.log\"")));
+    EXPECT_THAT(keeping().at(0), HasSubstr("\"/tmp/.macfuse-install.log\""));
 }
 
 /// The Finder, which has loaded the old tool and is started anew.
 class FinderRestart : public UpdateTool {
 protected:
     FinderRestart() { endWith(0); }
-    void run() { platform.workspace.addApplication(QStringLiteral("com.apple.finder"), 5); }
-    qint32 repair() { return manager.repairQMToolRoot(a, b); }
+    void run() { platform.workspace.addApplication("com.apple.finder", 5); }
+    std::int32_t repair() { return manager.repairQMToolRoot(a, b); }
     /// The log's lines behind those of the tool.
-    QStringList behindTheRun() const { return log().mid(2); }
-    static QStringList launching() {
-        return listOf({"vrb Launching \"/System/Library/CoreServices/Finder.app\"...",
-                       "vrb Launched \"/System/Library/CoreServices/Finder.app\""});
+    Lines behindTheRun() const { return linesFrom(log(), 2); }
+    static Lines launching() {
+        return {"vrb Launching \"/System/Library/CoreServices/Finder.app\"...",
+                "vrb Launched \"/System/Library/CoreServices/Finder.app\""};
     }
-    static inline const QString kLaunch = QStringLiteral("launchApplication /System/Library/CoreServices/Finder.app");
+    static inline const std::string kLaunch = "launchApplication /System/Library/CoreServices/Finder.app";
 };
 
 TEST_F(FinderRestart, IsALaunchAloneWhenItDoesNotRun) {
     startLog();
     EXPECT_EQ(repair(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(calls().mid(1), QStringList({QStringLiteral("launchedApplications"), kLaunch}));
+    EXPECT_EQ(linesFrom(calls(), 1), (Lines{"launchedApplications", kLaunch}));
     EXPECT_EQ(behindTheRun(),
-              listOf({"vrb Not requesting app with id \"com.apple.finder\" to quit because it isn't running"}) +
-                  launching());
+              together({{"vrb Not requesting app with id \"com.apple.finder\" to quit because it isn't running"},
+                        launching()}));
 }
 
 TEST_F(FinderRestart, QuitsItFirst) {
@@ -479,13 +469,12 @@ TEST_F(FinderRestart, QuitsItFirst) {
     startLog();
     EXPECT_EQ(repair(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
-    EXPECT_EQ(calls().mid(1),
-              QStringList({QStringLiteral("launchedApplications"), QStringLiteral("buildQuitEvent com.apple.finder"),
-                           QStringLiteral("sendMessage"), QStringLiteral("launchedApplications"), kLaunch}));
-    EXPECT_EQ(behindTheRun(), listOf({"vrb Requesting app with id \"com.apple.finder\" to quit...",
-                                      "vrb Requested app with id \"com.apple.finder\" to quit",
-                                      "vrb App with id \"com.apple.finder\" did quit"}) +
-                                  launching());
+    EXPECT_EQ(linesFrom(calls(), 1), (Lines{"launchedApplications", "buildQuitEvent com.apple.finder", "sendMessage",
+                                            "launchedApplications", kLaunch}));
+    EXPECT_EQ(behindTheRun(), together({{"vrb Requesting app with id \"com.apple.finder\" to quit...",
+                                         "vrb Requested app with id \"com.apple.finder\" to quit",
+                                         "vrb App with id \"com.apple.finder\" did quit"},
+                                        launching()}));
 }
 
 TEST_F(FinderRestart, WaitsForFourSecondsAndGoesOn) {
@@ -494,10 +483,11 @@ TEST_F(FinderRestart, WaitsForFourSecondsAndGoesOn) {
     EXPECT_EQ(repair(), kSucceeded);
     EXPECT_EQ(manager.status(), kSucceeded);
     EXPECT_EQ(platform.clock.sleeps().size(), 6U);
-    EXPECT_EQ(calls().last(), kLaunch);
-    const QStringList lines = behindTheRun();
-    EXPECT_EQ(lines.mid(lines.size() - 3), listOf({"vrb Didn't see Finder restart - continue anyway"}) + launching());
-    EXPECT_FALSE(lines.join(u'\n').contains(QStringLiteral("ERR")));
+    EXPECT_EQ(calls().back(), kLaunch);
+    const Lines lines = behindTheRun();
+    EXPECT_EQ(linesFrom(lines, lines.size() - 3),
+              together({{"vrb Didn't see Finder restart - continue anyway"}, launching()}));
+    EXPECT_THAT(lines, Not(Contains(HasSubstr("ERR"))));
 }
 
 TEST_F(FinderRestart, ThatCannotBeAskedToQuitIsAnErrorAndNothingIsLaunched) {
@@ -506,73 +496,70 @@ TEST_F(FinderRestart, ThatCannotBeAskedToQuitIsAnErrorAndNothingIsLaunched) {
     startLog();
     EXPECT_EQ(repair(), kCommandBegun);
     EXPECT_EQ(manager.status(), kCommandBegun);
-    EXPECT_FALSE(calls().contains(kLaunch));
-    EXPECT_EQ(log().last(),
-              QStringLiteral("ERR repairQMToolRoot failed (\"quitApplication failed\" because \"Request to quit app "
-                             "wth id \"com.apple.finder\" failed (AESendMessage failed with error -600)\")"));
+    EXPECT_THAT(calls(), Not(Contains(kLaunch)));
+    EXPECT_EQ(log().back(), "ERR repairQMToolRoot failed (\"quitApplication failed\" because \"Request to quit app "
+                            "wth id \"com.apple.finder\" failed (AESendMessage failed with error -600)\")");
 }
 
 TEST_F(FinderRestart, ThatCannotBeLaunchedIsAnErrorAndYetLoggedAsLaunched) {
-    platform.transcript.failAt(QStringLiteral("launchApplication"), 1);
+    platform.transcript.failAt("launchApplication", 1);
     startLog();
     EXPECT_EQ(repair(), kCommandBegun);
     EXPECT_EQ(manager.status(), kCommandBegun);
-    const QStringList lines = behindTheRun().mid(1); // deliberate: "Launched" comes in any case
-    EXPECT_EQ(lines,
-              launching() + listOf({"ERR repairQMToolRoot failed (\"launchApplication failed\" because "
-                                    "\"launchApplication \"/System/Library/CoreServices/Finder.app\" failed\")"}));
+    const Lines lines = linesFrom(behindTheRun(), 1); // deliberate: "Launched" comes in any case
+    EXPECT_EQ(lines, together({launching(),
+                               {"ERR repairQMToolRoot failed (\"launchApplication failed\" because "
+                                "\"launchApplication \"/System/Library/CoreServices/Finder.app\" failed\")"}}));
 }
 
 TEST_F(FinderRestart, DoesNotFollowAFailedRepair) {
     endWith(1);
     run();
     EXPECT_EQ(repair(), kRunFailed);
-    EXPECT_EQ(calls().size(), 1);
+    EXPECT_EQ(calls().size(), 1U);
 }
 
 /// The look at an installed tool.
 class InstalledTool : public test::InstallCheckFixture {
 protected:
-    qint32 verified(const QString &name) {
-        const qint32 result = updateTool.verifyUpdateTool(name);
+    std::int32_t verified(const std::string &name) {
+        const std::int32_t result = updateTool.verifyUpdateTool(name);
         EXPECT_EQ(updateTool.status(), result);
         return result;
     }
-    UpdateToolManager own{platform.platform, home.path(QStringLiteral("%@"))};
+    UpdateToolManager own{platform.platform, home.path("%@")};
 };
 
 TEST_F(InstalledTool, OfTheAdministratorWithTheSetUserIdBitIsInOrder) {
-    EXPECT_EQ(verified(QStringLiteral("passwd")), UpdateToolManager::kSucceeded);
+    EXPECT_EQ(verified("passwd"), UpdateToolManager::kSucceeded);
 }
 
 TEST_F(InstalledTool, WithoutTheSetUserIdBitHasWrongPermissions) {
-    EXPECT_EQ(verified(QStringLiteral("env")), UpdateToolManager::kToolHasWrongPermissions);
+    EXPECT_EQ(verified("env"), UpdateToolManager::kToolHasWrongPermissions);
 }
 
-TEST_F(InstalledTool, ThatIsNotThereIsMissing) {
-    EXPECT_EQ(verified(QStringLiteral("no such tool")), UpdateToolManager::kToolMissing);
-}
+TEST_F(InstalledTool, ThatIsNotThereIsMissing) { EXPECT_EQ(verified("no such tool"), UpdateToolManager::kToolMissing); }
 
 TEST_F(InstalledTool, OfSomebodyElseHasWrongPermissionsWhateverItsMode) {
-    installTool(QStringLiteral("tool"), "", 04755);
-    EXPECT_EQ(own.verifyUpdateTool(QStringLiteral("tool")), UpdateToolManager::kToolHasWrongPermissions);
+    installTool("tool", "", 04755);
+    EXPECT_EQ(own.verifyUpdateTool("tool"), UpdateToolManager::kToolHasWrongPermissions);
 }
 
 TEST_F(InstalledTool, ThatIsALinkHasWrongPermissions) {
-    ASSERT_TRUE(QFile::link(kSetUserIdTool, home.path(QStringLiteral("link"))));
-    EXPECT_EQ(own.verifyUpdateTool(QStringLiteral("link")), UpdateToolManager::kToolHasWrongPermissions);
+    std::filesystem::create_symlink(kSetUserIdTool, home.path("link"));
+    EXPECT_EQ(own.verifyUpdateTool("link"), UpdateToolManager::kToolHasWrongPermissions);
 }
 
 TEST_F(InstalledTool, ThatIsADanglingLinkIsMissing) {
-    ASSERT_TRUE(QFile::link(home.path(QStringLiteral("gone")), home.path(QStringLiteral("link"))));
-    EXPECT_EQ(own.verifyUpdateTool(QStringLiteral("link")), UpdateToolManager::kToolMissing);
+    std::filesystem::create_symlink(home.path("gone"), home.path("link"));
+    EXPECT_EQ(own.verifyUpdateTool("link"), UpdateToolManager::kToolMissing);
     EXPECT_EQ(own.status(), UpdateToolManager::kToolMissing);
 }
 
 TEST_F(InstalledTool, IsLookedForInTheProductsFolder) {
     UpdateToolManager manager(platform.platform);
     EXPECT_EQ(manager.verifyUpdateTool(UUIDString()), UpdateToolManager::kToolMissing);
-    EXPECT_EQ(manager.verifyUpdateTool(QStringLiteral("../../../usr/bin/env")), UpdateToolManager::kToolMissing);
+    EXPECT_EQ(manager.verifyUpdateTool("../../../usr/bin/env"), UpdateToolManager::kToolMissing);
 }
 
 } // namespace

@@ -2,18 +2,22 @@
 
 #include "accounts/KeyList.h"
 #include "accounts/KeychainManager.h"
-#include "branding/BrandingManager.h"
+#include "branding/LocalizedStrings.h"
 #include "platform/Path.h"
 #include "support/LogFixture.h"
+#include "support/ValuePrinter.h"
 
-#include <QFileInfo>
+#include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <unistd.h>
 
 namespace quillmark {
 namespace {
 
-using Limits = std::numeric_limits<qint32>;
+namespace fs = std::filesystem;
+using Texts = std::vector<std::string>;
+using Limits = std::numeric_limits<std::int32_t>;
 
 class Observer final : public UserManager::RemovalObserver {
 public:
@@ -24,36 +28,37 @@ public:
 class UserManagerTest : public test::LogFixture {
 protected:
     UserManagerTest() {
-        platform.bundle.strings.insert(QStringLiteral("ProductName"), QStringLiteral("Quillmark"));
+        platform.bundle.strings["ProductName"] = "Quillmark";
         _setStandardStreams(nullptr, nullptr);
     }
 
-    static UserRecord record(const QString &name, const UserRecord &more = {}) {
+    static UserRecord record(const std::string &name, const UserRecord &more = {}) {
         UserRecord result = more;
-        result.insert(kUserUserName, name);
+        result[kUserUserName] = name;
         return result;
     }
-    void setList(const QVariantList &list) { platform.userDefaults.stored.insert(kUserList, list); }
-    void select(const QString &name) { platform.userDefaults.stored.insert(kLastUsedUserName, name); }
+    void setList(const List &list) { platform.userDefaults.stored[kUserList] = list; }
+    void select(const std::string &name) { platform.userDefaults.stored[kLastUsedUserName] = name; }
     /// A list of one user, who is the selected one, with one setting.
-    void setSetting(Key key, const QVariant &value) {
+    void setSetting(Key key, const Value &value) {
         setList({record(kAnna, {{key, value}})});
         select(kAnna);
     }
     /// The names of the stored list.
-    QStringList names() const {
-        QStringList result;
-        for (const QVariant &entry : manager.userList()) {
-            result << entry.toMap().value(kUserUserName, QStringLiteral("-")).toString();
+    Texts names() const {
+        Texts result;
+        for (const Value &entry : manager.userList()) {
+            result.push_back(valueOf(entry.dictionary(), kUserUserName).text().value_or("-"));
         }
         return result;
     }
-    QString keychainText(const QString &user) const {
-        const auto item = platform.keychain.items.find({"Quillmark", user.toStdString()});
-        return item != platform.keychain.items.end() ? QString::fromStdString(item->second) : QString();
+    std::optional<std::string> keychainText(const std::string &user) const {
+        const auto item = platform.keychain.items.find({"Quillmark", user});
+        return item != platform.keychain.items.end() ? std::optional(item->second) : std::nullopt;
     }
-    int synchronizations() const {
-        return static_cast<int>(platform.transcript.calls().count(QStringLiteral("synchronize")));
+    std::ptrdiff_t synchronizations() const {
+        const auto &calls = platform.transcript.calls();
+        return std::count(calls.begin(), calls.end(), "synchronize");
     }
     /// Runs what was to run on a thread of its own.
     void runThreads() {
@@ -64,9 +69,9 @@ protected:
         }
     }
     /// A cache with a file in it, at LOCATION/.QM/NAME.
-    QString makeCache(const QString &name) {
-        home.write(QStringLiteral("Data/.QM/") + name + QStringLiteral("/part/file"), "cached");
-        return home.path(QStringLiteral("Data/.QM/") + name);
+    std::string makeCache(const std::string &name) {
+        home.write("Data/.QM/" + name + "/part/file", "cached");
+        return home.path("Data/.QM/" + name);
     }
     void removeWithCache(const UserRecord &settings) {
         setList({record(kAnna, settings)});
@@ -74,8 +79,8 @@ protected:
         runThreads();
     }
 
-    static inline const QString kAnna = QStringLiteral("anna");
-    static inline const QString kBert = QStringLiteral("bert");
+    static inline const std::string kAnna = "anna";
+    static inline const std::string kBert = "bert";
 
 private:
     LocalizedStrings m_strings{platform.bundle};
@@ -88,52 +93,51 @@ protected:
 // Records
 
 TEST_F(UserManagerTest, AnUnknownUserHasANewRecordOfSixDefaults) {
-    EXPECT_EQ(manager.userWithUserName(kAnna), (UserRecord{{QStringLiteral("ConnectionSpeedDown"), 512},
-                                                           {QStringLiteral("ConnectionSpeedUp"), 64},
-                                                           {QStringLiteral("ConnectionCount"), 4},
-                                                           {QStringLiteral("DownloadBandwidth"), 100},
-                                                           {QStringLiteral("UploadBandwidth"), 100},
-                                                           {QStringLiteral("EncryptTransfers"), 1}}));
+    EXPECT_EQ(manager.userWithUserName(kAnna), (UserRecord{{"ConnectionSpeedDown", 512},
+                                                           {"ConnectionSpeedUp", 64},
+                                                           {"ConnectionCount", 4},
+                                                           {"DownloadBandwidth", 100},
+                                                           {"UploadBandwidth", 100},
+                                                           {"EncryptTransfers", 1}}));
     EXPECT_FALSE(manager.doesUserKeyExists(kAnna));
-    EXPECT_TRUE(manager.userList().isEmpty());
+    EXPECT_TRUE(manager.userList().empty());
 }
 
 TEST_F(UserManagerTest, TheFirstRecordOfANameIsTheUsers) {
     setList({record(kBert), record(kAnna, {{kUserFirstName, 1}}), record(kAnna, {{kUserFirstName, 2}})});
-    EXPECT_EQ(manager.userWithUserName(kAnna).value(kUserFirstName), 1);
+    EXPECT_EQ(valueOf(manager.userWithUserName(kAnna), kUserFirstName), 1);
     EXPECT_TRUE(manager.doesUserKeyExists(kAnna));
 }
 
 TEST_F(UserManagerTest, NamesAreComparedExactly) {
     setList({record(kAnna)});
-    EXPECT_FALSE(manager.doesUserKeyExists(QStringLiteral("Anna")));
-    EXPECT_FALSE(manager.doesUserKeyExists(QStringLiteral("anna ")));
-    EXPECT_FALSE(manager.doesUserKeyExists(QString()));
+    EXPECT_FALSE(manager.doesUserKeyExists("Anna"));
+    EXPECT_FALSE(manager.doesUserKeyExists("anna "));
+    EXPECT_FALSE(manager.doesUserKeyExists(std::nullopt));
 }
 
 TEST_F(UserManagerTest, EntriesThatAreNoRecordsBelongToNobodyAndStay) {
-    const QVariantList odd{
-        QStringLiteral("anna"),         7,          QVariantList{1},
-        UserRecord{{kUserUserName, 5}}, QVariant(), UserRecord{{kUserFirstName, QStringLiteral("x")}}};
+    List odd{"anna", 7, List{1}, UserRecord{{kUserUserName, 5}}, Value(), UserRecord{{kUserFirstName, "x"}}};
     setList(odd);
     EXPECT_FALSE(manager.doesUserKeyExists(kAnna));
-    EXPECT_FALSE(manager.doesUserKeyExists(QStringLiteral("5")));
-    EXPECT_FALSE(manager.doesUserKeyExists(QStringLiteral("")));
+    EXPECT_FALSE(manager.doesUserKeyExists("5"));
+    EXPECT_FALSE(manager.doesUserKeyExists(""));
     manager.saveUser(record(kAnna), kAnna);
-    EXPECT_EQ(manager.userList(), odd + QVariantList{record(kAnna)});
+    odd.emplace_back(record(kAnna));
+    EXPECT_EQ(manager.userList(), odd);
 }
 
 TEST_F(UserManagerTest, AListThatIsNoneIsEmpty) {
-    platform.userDefaults.stored.insert(kUserList, QStringLiteral("anna"));
-    EXPECT_TRUE(manager.userList().isEmpty());
+    platform.userDefaults.stored[kUserList] = "anna";
+    EXPECT_TRUE(manager.userList().empty());
     manager.saveUser(record(kAnna), kAnna);
-    EXPECT_EQ(names(), QStringList{kAnna});
+    EXPECT_EQ(names(), Texts{kAnna});
 }
 
 TEST_F(UserManagerTest, AChangedListIsSeenAtOnce) {
     for (int round = 0; round < 100; ++round) {
         setList({record(kAnna, {{kUserFirstName, round}})});
-        EXPECT_EQ(manager.userWithUserName(kAnna).value(kUserFirstName), round);
+        EXPECT_EQ(valueOf(manager.userWithUserName(kAnna), kUserFirstName), round);
     }
     setList({});
     EXPECT_FALSE(manager.doesUserKeyExists(kAnna));
@@ -141,9 +145,9 @@ TEST_F(UserManagerTest, AChangedListIsSeenAtOnce) {
 
 TEST_F(UserManagerTest, EveryReaderSeesOneConnection) { // deliberate: whatever the record holds
     setList({record(kAnna, {{kUserConnectionCount, 4}})});
-    for (const QString &user : {kAnna, kBert}) {
+    for (const std::string &user : {kAnna, kBert}) {
         EXPECT_EQ(manager.objectForKey(kUserConnectionCount, user), 1);
-        EXPECT_EQ(manager.objectForKeyAsString(kUserConnectionCount, user), QStringLiteral("1"));
+        EXPECT_EQ(manager.objectForKeyAsString(kUserConnectionCount, user), "1");
         EXPECT_EQ(manager.objectForKeyAsInt(kUserConnectionCount, user, 7), 1);
         EXPECT_EQ(manager.objectForKeyAsLong(kUserConnectionCount, user, 7), 1);
         EXPECT_EQ(manager.objectForKeyAsArray(kUserConnectionCount, user), 4); // but for this one
@@ -151,36 +155,36 @@ TEST_F(UserManagerTest, EveryReaderSeesOneConnection) { // deliberate: whatever 
 }
 
 TEST_F(UserManagerTest, ValuesComeBackAsTheyAreStored) {
-    const QVariantList list{1, QStringLiteral("two")};
+    const List list{1, "two"};
     setList({record(kAnna, {{kUserFirstName, list}, {kUserLastName, 2.5}})});
     EXPECT_EQ(manager.objectForKey(kUserFirstName, kAnna), list);
     EXPECT_EQ(manager.objectForKeyAsArray(kUserFirstName, kAnna), list);
     EXPECT_EQ(manager.objectForKeyAsArray(kUserLastName, kAnna), 2.5); // deliberate: unconverted
-    EXPECT_EQ(manager.objectForKeyAsString(kUserLastName, kAnna).typeId(), QMetaType::Double);
-    EXPECT_FALSE(manager.objectForKey(kUserCacheName, kAnna).isValid());
-    EXPECT_FALSE(manager.objectForKeyAsString(kUserCacheName, kAnna).isValid());
+    EXPECT_TRUE(manager.objectForKeyAsString(kUserLastName, kAnna).is<double>());
+    EXPECT_TRUE(manager.objectForKey(kUserCacheName, kAnna).isNothing());
+    EXPECT_TRUE(manager.objectForKeyAsString(kUserCacheName, kAnna).isNothing());
 }
 
 TEST_F(UserManagerTest, NumbersAreReadFromNumbersAndTexts) {
-    const auto read = [this](const QVariant &value) {
+    const auto read = [this](const Value &value) {
         setList({record(kAnna, {{kUserAccountType, value}})});
         return std::pair(manager.objectForKeyAsInt(kUserAccountType, kAnna, -5),
                          manager.objectForKeyAsLong(kUserAccountType, kAnna, -5));
     };
-    const auto both = [](qint64 number) { return std::pair(static_cast<qint32>(number), number); };
+    const auto both = [](std::int64_t number) { return std::pair(static_cast<std::int32_t>(number), number); };
     EXPECT_EQ(read(9), both(9));
     EXPECT_EQ(read(true), both(1));
     EXPECT_EQ(read(2.9), both(2));
     EXPECT_EQ(read(2.9F), both(2));
-    EXPECT_EQ(read(QVariant::fromValue(12L)), both(12));
-    EXPECT_EQ(read(QVariant::fromValue(12UL)), both(12));
-    EXPECT_EQ(read(QStringLiteral(" 12 apples")), both(12));
-    EXPECT_EQ(read(QStringLiteral("apples")), both(0));
-    EXPECT_EQ(read(QVariantList{1}), both(-5));
-    EXPECT_EQ(read(QByteArray("1")), both(-5));
-    EXPECT_EQ(read(QVariant()), both(-5));
-    EXPECT_EQ(read(qint64{1} << 40), std::pair(Limits::max(), qint64{1} << 40));
-    EXPECT_EQ(read(QStringLiteral("-99999999999")), std::pair(Limits::min(), qint64{-99999999999}));
+    EXPECT_EQ(read(12L), both(12));
+    EXPECT_EQ(read(12UL), both(12));
+    EXPECT_EQ(read(" 12 apples"), both(12));
+    EXPECT_EQ(read("apples"), both(0));
+    EXPECT_EQ(read(List{1}), both(-5));
+    EXPECT_EQ(read(Bytes{"1"}), both(-5));
+    EXPECT_EQ(read(Value()), both(-5));
+    EXPECT_EQ(read(std::int64_t{1} << 40), std::pair(Limits::max(), std::int64_t{1} << 40));
+    EXPECT_EQ(read("-99999999999"), std::pair(Limits::min(), std::int64_t{-99999999999}));
 }
 
 TEST_F(UserManagerTest, AMissingValueOfAnUnknownUserIsThatOfANewRecord) { // deliberate: the two differ
@@ -192,156 +196,154 @@ TEST_F(UserManagerTest, AMissingValueOfAnUnknownUserIsThatOfANewRecord) { // del
 
 TEST_F(UserManagerTest, ASettingOfAnUnknownUserMakesARecordAtTheEnd) {
     setList({record(kBert)});
-    manager.setObject(QStringLiteral("Anna"), kUserFirstName, kAnna);
+    manager.setObject("Anna", kUserFirstName, kAnna);
     UserRecord expected = UserManager::setupUserDefaults();
-    expected.insert(kUserFirstName, QStringLiteral("Anna"));
-    expected.insert(kUserUserName, kAnna);
-    EXPECT_EQ(manager.userList(), (QVariantList{record(kBert), expected}));
+    expected[kUserFirstName] = "Anna";
+    expected[kUserUserName] = kAnna;
+    EXPECT_EQ(manager.userList(), (List{record(kBert), expected}));
     EXPECT_EQ(synchronizations(), 1);
 }
 
 TEST_F(UserManagerTest, ARecordMovesToTheEndWhenItIsSaved) {
     setList({record(kAnna), record(kBert), record(kAnna, {{kUserFirstName, 2}})});
     manager.setObject(3, kUserLastName, kAnna, false); // the flag has no effect
-    EXPECT_EQ(manager.userList(), (QVariantList{record(kBert), record(kAnna, {{kUserLastName, 3}})}));
+    EXPECT_EQ(manager.userList(), (List{record(kBert), record(kAnna, {{kUserLastName, 3}})}));
 }
 
 TEST_F(UserManagerTest, TheNameOfARecordCannotBeSetApartFromItsUser) {
     setList({record(kAnna)});
     manager.setObject(kBert, kUserUserName, kAnna);
-    EXPECT_EQ(names(), QStringList{kAnna});
+    EXPECT_EQ(names(), Texts{kAnna});
 }
 
 TEST_F(UserManagerTest, AnAbsentValueChangesNothing) {
-    manager.setObject(QVariant(), kUserFirstName, kAnna);
-    manager.setObject(QVariant(), kUserPassword, kAnna);
-    EXPECT_TRUE(platform.transcript.calls().isEmpty());
+    manager.setObject(Value(), kUserFirstName, kAnna);
+    manager.setObject(Value(), kUserPassword, kAnna);
+    EXPECT_TRUE(platform.transcript.calls().empty());
 }
 
 TEST_F(UserManagerTest, ARemovedSettingIsGoneAndSaved) {
     setList({record(kAnna, {{kUserFirstName, 1}, {kUserLastName, 2}}), record(kBert)});
     manager.removeObjectForKey(kUserFirstName, kAnna);
-    EXPECT_EQ(manager.userList(), (QVariantList{record(kBert), record(kAnna, {{kUserLastName, 2}})}));
+    EXPECT_EQ(manager.userList(), (List{record(kBert), record(kAnna, {{kUserLastName, 2}})}));
     EXPECT_EQ(synchronizations(), 1);
 }
 
 TEST_F(UserManagerTest, ARemovedSettingOfAnUnknownUserLeavesARecordWithoutAName) { // deliberate: cleaning drops it
     manager.removeObjectForKey(kUserEncryptTransfers, kAnna);
     UserRecord expected = UserManager::setupUserDefaults();
-    expected.remove(kUserEncryptTransfers);
-    EXPECT_EQ(manager.userList(), QVariantList{expected});
+    expected.erase(kUserEncryptTransfers);
+    EXPECT_EQ(manager.userList(), List{expected});
 }
 
 TEST_F(UserManagerTest, SavingTakesTheRecordAsItIs) {
     setList({record(kAnna), record(kBert)});
     manager.saveUser(record(kBert, {{kUserFirstName, 1}}), kAnna);
-    EXPECT_EQ(manager.userList(), (QVariantList{record(kBert), record(kBert, {{kUserFirstName, 1}})}));
+    EXPECT_EQ(manager.userList(), (List{record(kBert), record(kBert, {{kUserFirstName, 1}})}));
 }
 
 // Secrets
 
 TEST_F(UserManagerTest, APasswordGoesToTheKeychainAlone) {
     setList({record(kAnna)});
-    manager.setObject(QStringLiteral("s3cret"), kUserPassword, kAnna);
-    EXPECT_EQ(manager.userList(), QVariantList{record(kAnna)});
-    EXPECT_EQ(keychainText(kAnna), QStringLiteral(R"({"password":"s3cret"})"));
-    EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), QStringLiteral("s3cret"));
-    EXPECT_EQ(manager.objectForKeyAsString(kUserPassword, kAnna), QStringLiteral("s3cret"));
+    manager.setObject("s3cret", kUserPassword, kAnna);
+    EXPECT_EQ(manager.userList(), List{record(kAnna)});
+    EXPECT_EQ(keychainText(kAnna), R"({"password":"s3cret"})");
+    EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), "s3cret");
+    EXPECT_EQ(manager.objectForKeyAsString(kUserPassword, kAnna), "s3cret");
     EXPECT_EQ(synchronizations(), 0);
 }
 
 TEST_F(UserManagerTest, AnEncryptionKeyGoesToTheKeychainAlone) {
-    manager.setObject(QStringLiteral("k3y"), kUserEncryptionKey, kAnna);
-    EXPECT_TRUE(manager.userList().isEmpty());
-    EXPECT_EQ(keychainText(kAnna), QStringLiteral(R"({"encryptionKey":"k3y"})"));
-    EXPECT_EQ(manager.objectForKey(kUserEncryptionKey, kAnna), QStringLiteral("k3y"));
-    EXPECT_EQ(manager.objectForKeyAsString(kUserEncryptionKey, kAnna), QStringLiteral("k3y"));
+    manager.setObject("k3y", kUserEncryptionKey, kAnna);
+    EXPECT_TRUE(manager.userList().empty());
+    EXPECT_EQ(keychainText(kAnna), R"({"encryptionKey":"k3y"})");
+    EXPECT_EQ(manager.objectForKey(kUserEncryptionKey, kAnna), "k3y");
+    EXPECT_EQ(manager.objectForKeyAsString(kUserEncryptionKey, kAnna), "k3y");
 }
 
 TEST_F(UserManagerTest, SecretsThatAreNotThereAreAbsent) {
-    EXPECT_FALSE(manager.objectForKey(kUserPassword, kAnna).isValid());
-    EXPECT_FALSE(manager.objectForKey(kUserEncryptionKey, kAnna).isValid());
+    EXPECT_TRUE(manager.objectForKey(kUserPassword, kAnna).isNothing());
+    EXPECT_TRUE(manager.objectForKey(kUserEncryptionKey, kAnna).isNothing());
 }
 
 TEST_F(UserManagerTest, RemovingASecretsKeyLeavesTheKeychainAlone) { // deliberate
-    manager.setObject(QStringLiteral("s3cret"), kUserPassword, kAnna);
+    manager.setObject("s3cret", kUserPassword, kAnna);
     manager.removeObjectForKey(kUserPassword, kAnna);
-    EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), QStringLiteral("s3cret"));
+    EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), "s3cret");
 }
 
 // Renaming
 
 TEST_F(UserManagerTest, AnAccountThatIsRenamedTakesTheEndOfTheList) {
     setList({record(kAnna, {{kAccountId, 5}, {kUserFirstName, 1}}), record(kBert, {{kAccountId, 6}})});
-    manager.updateUserWithUsername(QStringLiteral("new"), 5);
+    manager.updateUserWithUsername("new", 5);
     EXPECT_EQ(manager.userList(),
-              (QVariantList{record(kBert, {{kAccountId, 6}}),
-                            record(QStringLiteral("new"), {{kAccountId, 5}, {kUserFirstName, 1}})}));
+              (List{record(kBert, {{kAccountId, 6}}), record("new", {{kAccountId, 5}, {kUserFirstName, 1}})}));
     EXPECT_EQ(synchronizations(), 1);
 }
 
 TEST_F(UserManagerTest, AccountNumbersMayBeTexts) {
-    setList({record(kAnna, {{kAccountId, QStringLiteral("5")}})});
+    setList({record(kAnna, {{kAccountId, "5"}})});
     manager.updateUserWithUsername(kBert, 5);
-    EXPECT_EQ(names(), QStringList{kBert});
+    EXPECT_EQ(names(), Texts{kBert});
 }
 
 TEST_F(UserManagerTest, RenamingAnUnknownAccountChangesNothing) {
     setList({record(kAnna), record(kBert, {{kAccountId, 6}})});
-    manager.updateUserWithUsername(QStringLiteral("new"), 0);
-    EXPECT_EQ(names(), QStringList({kAnna, kBert}));
+    manager.updateUserWithUsername("new", 0);
+    EXPECT_EQ(names(), (Texts{kAnna, kBert}));
     EXPECT_EQ(synchronizations(), 0);
 }
 
 TEST_F(UserManagerTest, RenamingReplacesOtherRecordsOfTheOldNames) {
     const UserRecord account{{kAccountId, 5}};
-    setList({record(kAnna), record(kAnna, account), record(kBert, account), record(QStringLiteral("c"))});
-    manager.updateUserWithUsername(QStringLiteral("new"), 5);
-    EXPECT_EQ(names(), QStringList({QStringLiteral("c"), QStringLiteral("new"), QStringLiteral("new")}));
+    setList({record(kAnna), record(kAnna, account), record(kBert, account), record("c")});
+    manager.updateUserWithUsername("new", 5);
+    EXPECT_EQ(names(), (Texts{"c", "new", "new"}));
 }
 
 TEST_F(UserManagerTest, RenamingToANameThatTheAccountHasHadKeepsItsLastRecord) {
     setList(
         {record(kAnna, {{kAccountId, 5}, {kUserFirstName, 1}}), record(kBert, {{kAccountId, 5}, {kUserFirstName, 2}})});
     manager.updateUserWithUsername(kBert, 5);
-    EXPECT_EQ(manager.userList(), QVariantList{record(kBert, {{kAccountId, 5}, {kUserFirstName, 2}})});
+    EXPECT_EQ(manager.userList(), List{record(kBert, {{kAccountId, 5}, {kUserFirstName, 2}})});
 }
 
 TEST_F(UserManagerTest, ARecordWithoutANameGetsACopyWithOne) {
     const UserRecord nameless{{kAccountId, 5}};
     setList({nameless});
     manager.updateUserWithUsername(kAnna, 5);
-    EXPECT_EQ(manager.userList(), (QVariantList{nameless, record(kAnna, nameless)}));
+    EXPECT_EQ(manager.userList(), (List{nameless, record(kAnna, nameless)}));
 }
 
 TEST_F(UserManagerTest, ARecordWithoutANameTakesNoPlaceOfOneWithAnEmptyName) {
     const UserRecord nameless{{kAccountId, 5}};
-    const UserRecord empty = record(QStringLiteral(""));
+    const UserRecord empty = record("");
     setList({nameless, empty});
     manager.updateUserWithUsername(kAnna, 5);
-    EXPECT_EQ(manager.userList(), (QVariantList{nameless, empty, record(kAnna, nameless)}));
+    EXPECT_EQ(manager.userList(), (List{nameless, empty, record(kAnna, nameless)}));
 }
 
 // The selected user
 
 TEST_F(UserManagerTest, WithoutASelectedUserItsNameIsEmptyAndThePreviousOneAbsent) {
-    EXPECT_EQ(manager.lastUsedUserName(), QStringLiteral(""));
-    EXPECT_FALSE(manager.lastUsedUserName().isNull());
-    EXPECT_TRUE(manager.previousAddUserName().isNull());
+    EXPECT_EQ(manager.lastUsedUserName(), "");
+    EXPECT_EQ(manager.previousAddUserName(), std::nullopt);
     select(kAnna);
     EXPECT_EQ(manager.lastUsedUserName(), kAnna);
-    platform.userDefaults.stored.insert(kLastUsedUserName, 5);
-    EXPECT_EQ(manager.lastUsedUserName(), QStringLiteral(""));
+    platform.userDefaults.stored[kLastUsedUserName] = 5;
+    EXPECT_EQ(manager.lastUsedUserName(), "");
 }
 
 TEST_F(UserManagerTest, BothNamesAreStoredAndRemoved) {
     manager.setLastUsedUserName(kAnna);
     manager.setPreviousAddUserName(kBert);
-    EXPECT_EQ(platform.userDefaults.stored, (QVariantMap{{kLastUsedUserName, kAnna}, {kPreviousAddUserName, kBert}}));
+    EXPECT_EQ(platform.userDefaults.stored, (Dictionary{{kLastUsedUserName, kAnna}, {kPreviousAddUserName, kBert}}));
     EXPECT_EQ(manager.previousAddUserName(), kBert);
-    manager.setLastUsedUserName(QString());
-    manager.setPreviousAddUserName(QString());
-    EXPECT_TRUE(platform.userDefaults.stored.isEmpty());
+    manager.setLastUsedUserName(std::nullopt);
+    manager.setPreviousAddUserName(std::nullopt);
+    EXPECT_TRUE(platform.userDefaults.stored.empty());
 }
 
 TEST_F(UserManagerTest, WithoutASelectedUserTheAccessorsReadANewRecord) {
@@ -358,8 +360,8 @@ TEST_F(UserManagerTest, WithoutASelectedUserTheAccessorsReadANewRecord) {
     EXPECT_FALSE(manager.selectedUserEncryptNewFiles());
     EXPECT_FALSE(manager.ignoreServerExclusions());
     EXPECT_FALSE(manager.selectedUserHaveClientIdent());
-    EXPECT_TRUE(manager.selectedUserClientIdent().isNull());
-    EXPECT_TRUE(manager.selectedUserCachePath().isNull());
+    EXPECT_EQ(manager.selectedUserClientIdent(), std::nullopt);
+    EXPECT_EQ(manager.selectedUserCachePath(), std::nullopt);
 }
 
 TEST_F(UserManagerTest, EveryTwoValuedAccessorHasItsOwnRuleAndDefault) {
@@ -392,19 +394,18 @@ TEST_F(UserManagerTest, EveryTwoValuedAccessorHasItsOwnRuleAndDefault) {
         {&UserManager::ignoreServerExclusions, kIgnoreServerExclusions, false, false, true, true},
     };
     for (const Row &row : rows) {
-        const auto answer = [&](const QVariant &value) {
+        const auto answer = [&](const Value &value) {
             setSetting(row.key, value);
             return (manager.*row.accessor)();
         };
-        const std::string name = QString(row.key).toStdString();
         setList({record(kAnna)});
         select(kAnna);
-        EXPECT_EQ((manager.*row.accessor)(), row.whenAbsent) << name;
-        EXPECT_EQ(answer(0), row.when0) << name;
-        EXPECT_EQ(answer(1), row.when1) << name;
-        EXPECT_EQ(answer(QStringLiteral("1")), row.when1) << name;
-        EXPECT_EQ(answer(9), row.when9) << name;
-        EXPECT_EQ(answer(QVariantList{1}), row.whenAbsent) << name;
+        EXPECT_EQ((manager.*row.accessor)(), row.whenAbsent) << row.key;
+        EXPECT_EQ(answer(0), row.when0) << row.key;
+        EXPECT_EQ(answer(1), row.when1) << row.key;
+        EXPECT_EQ(answer("1"), row.when1) << row.key;
+        EXPECT_EQ(answer(9), row.when9) << row.key;
+        EXPECT_EQ(answer(List{1}), row.whenAbsent) << row.key;
     }
 }
 
@@ -416,19 +417,17 @@ TEST_F(UserManagerTest, TeamFoldersGiveADriveToThoseWhoHaveNone) {
 }
 
 TEST_F(UserManagerTest, TextsOfTheSelectedUserAreAbsentWhenTheyAreNoTexts) {
-    setList({record(kAnna, {{kUserClientIdent, QStringLiteral("id")},
-                            {kCacheLocation, QStringLiteral("/Volumes/Data")},
-                            {kUserCacheName, QStringLiteral("u1")}})});
+    setList({record(kAnna, {{kUserClientIdent, "id"}, {kCacheLocation, "/Volumes/Data"}, {kUserCacheName, "u1"}})});
     select(kAnna);
-    EXPECT_EQ(manager.selectedUserClientIdent(), QStringLiteral("id"));
+    EXPECT_EQ(manager.selectedUserClientIdent(), "id");
     EXPECT_TRUE(manager.selectedUserHaveClientIdent());
-    EXPECT_EQ(manager.selectedUserCacheLocation(), QStringLiteral("/Volumes/Data"));
-    EXPECT_EQ(manager.selectedUserCacheName(), QStringLiteral("u1"));
-    EXPECT_EQ(manager.selectedUserCachePath(), QStringLiteral("/Volumes/Data/.QM/u1"));
-    setSetting(kUserClientIdent, QStringLiteral(""));
+    EXPECT_EQ(manager.selectedUserCacheLocation(), "/Volumes/Data");
+    EXPECT_EQ(manager.selectedUserCacheName(), "u1");
+    EXPECT_EQ(manager.selectedUserCachePath(), "/Volumes/Data/.QM/u1");
+    setSetting(kUserClientIdent, "");
     EXPECT_FALSE(manager.selectedUserHaveClientIdent());
     setSetting(kUserClientIdent, 5);
-    EXPECT_TRUE(manager.selectedUserClientIdent().isNull());
+    EXPECT_EQ(manager.selectedUserClientIdent(), std::nullopt);
 }
 
 TEST_F(UserManagerTest, ACacheLiesInAHiddenFolderOfItsLocation) {
@@ -436,17 +435,13 @@ TEST_F(UserManagerTest, ACacheLiesInAHiddenFolderOfItsLocation) {
         setList({record(kAnna, settings)});
         return manager.userCachePath(kAnna);
     };
-    EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("/Data/")}, {kUserCacheName, QStringLiteral("u1")}}),
-              QStringLiteral("/Data/.QM/u1"));
-    EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("/")}, {kUserCacheName, QStringLiteral("u1")}}),
-              QStringLiteral("/.QM/u1"));
-    EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("/Data//x/")}, {kUserCacheName, QStringLiteral("u1//")}}),
-              QStringLiteral("/Data/x/.QM/u1"));
-    EXPECT_EQ(pathFor({{kCacheLocation, QStringLiteral("")}, {kUserCacheName, QStringLiteral("u1")}}),
-              QStringLiteral(".QM/u1"));
-    EXPECT_TRUE(pathFor({{kUserCacheName, QStringLiteral("u1")}}).isNull());
-    EXPECT_TRUE(pathFor({{kCacheLocation, QStringLiteral("/Data")}}).isNull());
-    EXPECT_TRUE(manager.userCachePath(kBert).isNull());
+    EXPECT_EQ(pathFor({{kCacheLocation, "/Data/"}, {kUserCacheName, "u1"}}), "/Data/.QM/u1");
+    EXPECT_EQ(pathFor({{kCacheLocation, "/"}, {kUserCacheName, "u1"}}), "/.QM/u1");
+    EXPECT_EQ(pathFor({{kCacheLocation, "/Data//x/"}, {kUserCacheName, "u1//"}}), "/Data/x/.QM/u1");
+    EXPECT_EQ(pathFor({{kCacheLocation, ""}, {kUserCacheName, "u1"}}), ".QM/u1");
+    EXPECT_EQ(pathFor({{kUserCacheName, "u1"}}), std::nullopt);
+    EXPECT_EQ(pathFor({{kCacheLocation, "/Data"}}), std::nullopt);
+    EXPECT_EQ(manager.userCachePath(kBert), std::nullopt);
 }
 
 TEST_F(UserManagerTest, TheBrandIsThatOfTheSelectedUser) {
@@ -463,18 +458,18 @@ TEST_F(UserManagerTest, TheBrandIsThatOfTheSelectedUser) {
 TEST_F(UserManagerTest, RemovingAUserHappensOnAThreadOfItsOwnAndIsToldOnTheMainOne) {
     setList({record(kAnna), record(kBert), record(kAnna)});
     select(kAnna);
-    manager.setObject(QStringLiteral("s3cret"), kUserPassword, kAnna);
+    manager.setObject("s3cret", kUserPassword, kAnna);
     Observer observer;
     manager.removeUser(kAnna, false, &observer);
-    EXPECT_EQ(names().size(), 3); // nothing has happened yet
+    EXPECT_EQ(names().size(), 3U); // nothing has happened yet
     runThreads();
-    EXPECT_EQ(names(), QStringList{kBert});
-    EXPECT_EQ(manager.lastUsedUserName(), QStringLiteral(""));
+    EXPECT_EQ(names(), Texts{kBert});
+    EXPECT_EQ(manager.lastUsedUserName(), "");
     EXPECT_EQ(synchronizations(), 1);
     EXPECT_EQ(observer.calls, 0);
     platform.mainThread.pump();
     EXPECT_EQ(observer.calls, 1);
-    EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), QStringLiteral("s3cret")); // deliberate: it is kept
+    EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), "s3cret"); // deliberate: it is kept
 }
 
 TEST_F(UserManagerTest, AnotherSelectedUserStaysSelectedAndNobodyNeedsToBeTold) {
@@ -487,136 +482,128 @@ TEST_F(UserManagerTest, AnotherSelectedUserStaysSelectedAndNobodyNeedsToBeTold) 
 }
 
 TEST_F(UserManagerTest, ACacheIsDeletedOnlyWhenThatIsWished) {
-    const QString cache = makeCache(QStringLiteral("u1"));
-    const QString others = makeCache(QStringLiteral("u2"));
-    const UserRecord settings{{kCacheLocation, home.path(QStringLiteral("Data"))},
-                              {kUserCacheName, QStringLiteral("u1")}};
+    const std::string cache = makeCache("u1");
+    const std::string others = makeCache("u2");
+    const UserRecord settings{{kCacheLocation, home.path("Data")}, {kUserCacheName, "u1"}};
     setList({record(kAnna, settings)});
     manager.removeUser(kAnna, false);
     runThreads();
-    EXPECT_TRUE(QFileInfo::exists(cache));
+    EXPECT_TRUE(fs::exists(cache));
     removeWithCache(settings);
-    EXPECT_FALSE(QFileInfo::exists(cache));
-    EXPECT_TRUE(QFileInfo::exists(others));
-    EXPECT_TRUE(names().isEmpty());
+    EXPECT_FALSE(fs::exists(cache));
+    EXPECT_TRUE(fs::exists(others));
+    EXPECT_TRUE(names().empty());
 }
 
 TEST_F(UserManagerTest, ALinkInACacheIsDeletedAndNotFollowed) {
-    const QString precious = home.write(QStringLiteral("Documents/letter"), "kept");
-    const QString cache = makeCache(QStringLiteral("u1"));
-    QFile::link(home.path(QStringLiteral("Documents")), cache + QStringLiteral("/part/link"));
-    const UserRecord settings{{kCacheLocation, home.path(QStringLiteral("Data"))},
-                              {kUserCacheName, QStringLiteral("u1")}};
+    const std::string precious = home.write("Documents/letter", "kept");
+    const std::string cache = makeCache("u1");
+    fs::create_symlink(home.path("Documents"), cache + "/part/link");
+    const UserRecord settings{{kCacheLocation, home.path("Data")}, {kUserCacheName, "u1"}};
     removeWithCache(settings);
-    EXPECT_FALSE(QFileInfo::exists(cache));
+    EXPECT_FALSE(fs::exists(cache));
     EXPECT_EQ(test::readAll(precious), "kept");
 
     // The cache itself may be a link, too.
-    QFile::link(home.path(QStringLiteral("Documents")), cache);
+    fs::create_symlink(home.path("Documents"), cache);
     removeWithCache(settings);
-    EXPECT_FALSE(QFileInfo(cache).isSymLink());
+    EXPECT_FALSE(fs::is_symlink(cache));
     EXPECT_EQ(test::readAll(precious), "kept");
 }
 
 TEST_F(UserManagerTest, ACacheOutsideTheCachesFolderIsRefusedAndTheRecordRemovedAllTheSame) {
-    const QString precious = home.write(QStringLiteral("Data/letter"), "kept");
-    const QString other = makeCache(QStringLiteral("u2")) + QStringLiteral("/part/file");
-    const QString log = logToFile(kLogLevelError);
-    const QString location = home.path(QStringLiteral("Data"));
-    for (const QString &name :
-         {QStringLiteral(".."), QStringLiteral("u1/../.."), QStringLiteral("../letter"), precious, QStringLiteral("/"),
-          QStringLiteral(""), QStringLiteral("."), QStringLiteral("u2/.."), QStringLiteral("./u2")}) {
+    const std::string precious = home.write("Data/letter", "kept");
+    const std::string other = makeCache("u2") + "/part/file";
+    const std::string log = logToFile(kLogLevelError);
+    const std::string location = home.path("Data");
+    for (const std::string &name : Texts{"..", "u1/../..", "../letter", precious, "/", "", ".", "u2/..", "./u2"}) {
         removeWithCache({{kCacheLocation, location}, {kUserCacheName, name}});
-        EXPECT_TRUE(names().isEmpty()) << name.toStdString();
-        EXPECT_EQ(linesOf(log).last(), QStringLiteral("ERR The cache \"%1\" of \"anna\" is not removed: its name is "
-                                                      "no name of a folder")
-                                           .arg(appendingPathComponent(location + QStringLiteral("/.QM"), name)));
+        EXPECT_TRUE(names().empty()) << name;
+        EXPECT_EQ(linesOf(log).back(), "ERR The cache \"" + appendingPathComponent(location + "/.QM", name) +
+                                           "\" of \"anna\" is not removed: its name is no name of a folder");
     }
-    removeWithCache({{kCacheLocation, QStringLiteral("Data")}, {kUserCacheName, QStringLiteral("u2")}});
-    EXPECT_EQ(linesOf(log).last(),
-              QStringLiteral("ERR The cache \"Data/.QM/u2\" of \"anna\" is not removed: its location "
-                             "is no absolute path"));
+    removeWithCache({{kCacheLocation, "Data"}, {kUserCacheName, "u2"}});
+    EXPECT_EQ(linesOf(log).back(), "ERR The cache \"Data/.QM/u2\" of \"anna\" is not removed: its location "
+                                   "is no absolute path");
     EXPECT_EQ(test::readAll(precious), "kept");
     EXPECT_EQ(test::readAll(other), "cached");
 }
 
 TEST_F(UserManagerTest, ACacheBehindALinkInItsNameIsRefused) {
-    const QString precious = home.write(QStringLiteral("Documents/u1/letter"), "kept");
-    const QString log = logToFile(kLogLevelError);
-    home.makeFolder(QStringLiteral("Data/.QM"));
-    QFile::link(home.path(QStringLiteral("Documents")), home.path(QStringLiteral("Data/.QM/link")));
-    removeWithCache({{kCacheLocation, home.path(QStringLiteral("Data"))}, {kUserCacheName, QStringLiteral("link/u1")}});
-    EXPECT_EQ(linesOf(log).size(), 1);
-    EXPECT_TRUE(linesOf(log).last().endsWith(u"is not removed: a link lies in its way"));
+    const std::string precious = home.write("Documents/u1/letter", "kept");
+    const std::string log = logToFile(kLogLevelError);
+    home.makeFolder("Data/.QM");
+    fs::create_symlink(home.path("Documents"), home.path("Data/.QM/link"));
+    removeWithCache({{kCacheLocation, home.path("Data")}, {kUserCacheName, "link/u1"}});
+    EXPECT_EQ(linesOf(log).size(), 1U);
+    EXPECT_TRUE(linesOf(log).back().ends_with("is not removed: a link lies in its way"));
     EXPECT_EQ(test::readAll(precious), "kept");
 }
 
 TEST_F(UserManagerTest, ACacheThatWasMovedToABiggerDiskIsDeletedThere) {
-    const QString others = home.write(QStringLiteral("Big/u2/file"), "cached");
-    home.write(QStringLiteral("Big/u1/part/file"), "cached");
-    const QString link = home.makeFolder(QStringLiteral("Data")) + QStringLiteral("/.QM");
-    QFile::link(home.path(QStringLiteral("Big")), link);
-    removeWithCache({{kCacheLocation, home.path(QStringLiteral("Data"))}, {kUserCacheName, QStringLiteral("u1")}});
-    EXPECT_FALSE(QFileInfo::exists(home.path(QStringLiteral("Big/u1"))));
+    const std::string others = home.write("Big/u2/file", "cached");
+    home.write("Big/u1/part/file", "cached");
+    const std::string link = home.makeFolder("Data") + "/.QM";
+    fs::create_symlink(home.path("Big"), link);
+    removeWithCache({{kCacheLocation, home.path("Data")}, {kUserCacheName, "u1"}});
+    EXPECT_FALSE(fs::exists(home.path("Big/u1")));
     EXPECT_EQ(test::readAll(others), "cached");
-    EXPECT_TRUE(QFileInfo(link).isSymLink());
+    EXPECT_TRUE(fs::is_symlink(link));
 }
 
 TEST_F(UserManagerTest, ACacheThatStaysIsTold) {
     struct Watching final : UserManager::RemovalObserver {
-        QStringList told;
-        void removeUserFinished() override { told << QStringLiteral("finished"); }
-        void cacheStays(const QString &path, const QString &reason) override { told << path << reason; }
+        Texts told;
+        void removeUserFinished() override { told.emplace_back("finished"); }
+        void cacheStays(const std::string &path, const std::string &reason) override {
+            told.insert(told.end(), {path, reason});
+        }
     };
-    const auto toldOf = [this](const QString &name) {
-        setList({record(kAnna, {{kCacheLocation, home.path(QStringLiteral("Data"))}, {kUserCacheName, name}})});
+    const auto toldOf = [this](const std::string &name) {
+        setList({record(kAnna, {{kCacheLocation, home.path("Data")}, {kUserCacheName, name}})});
         Watching watching;
         manager.removeUser(kAnna, true, &watching);
         runThreads();
         platform.mainThread.pump();
-        EXPECT_TRUE(names().isEmpty());
+        EXPECT_TRUE(names().empty());
         return watching.told;
     };
-    const QString caches = home.makeFolder(QStringLiteral("Data")) + QStringLiteral("/.QM");
-    const QString finished = QStringLiteral("finished");
-    for (const QString &target : {QStringLiteral("/proc"), home.path(QStringLiteral("unplugged"))}) {
-        QFile::link(target, caches); // nobody's but root's, and nothing at all
-        if (::geteuid() != 0 || target != u"/proc") {
-            EXPECT_EQ(toldOf(QStringLiteral("u1")),
-                      QStringList({caches + QStringLiteral("/u1"),
-                                   QStringLiteral("the link \"%1\" leads to no folder of the user's").arg(caches),
-                                   finished}));
+    const std::string caches = home.makeFolder("Data") + "/.QM";
+    const std::string finished = "finished";
+    for (const std::string &target : {std::string("/proc"), home.path("unplugged")}) {
+        fs::create_symlink(target, caches); // nobody's but root's, and nothing at all
+        if (::geteuid() != 0 || target != "/proc") {
+            EXPECT_EQ(toldOf("u1"), (Texts{caches + "/u1",
+                                           "the link \"" + caches + "\" leads to no folder of the user's", finished}));
         }
-        QFile::remove(caches);
+        fs::remove(caches);
     }
-    const QString kept = home.write(QStringLiteral("Elsewhere/file"), "kept");
-    home.makeFolder(QStringLiteral("Data/.QM"));
-    QFile::link(home.path(QStringLiteral("Elsewhere")), caches + QStringLiteral("/u1"));
-    EXPECT_EQ(toldOf(QStringLiteral("u1")),
-              QStringList({home.path(QStringLiteral("Elsewhere")),
-                           QStringLiteral("only a link to it was the user's cache"), finished}));
+    const std::string kept = home.write("Elsewhere/file", "kept");
+    home.makeFolder("Data/.QM");
+    fs::create_symlink(home.path("Elsewhere"), caches + "/u1");
+    EXPECT_EQ(toldOf("u1"), (Texts{home.path("Elsewhere"), "only a link to it was the user's cache", finished}));
     EXPECT_EQ(test::readAll(kept), "kept");
-    makeCache(QStringLiteral("u1"));
-    EXPECT_EQ(toldOf(QStringLiteral("u1/")), QStringList{finished}); // a slash at the end means nothing
-    EXPECT_FALSE(QFileInfo::exists(caches + QStringLiteral("/u1")));
-    EXPECT_EQ(toldOf(QStringLiteral("..")).size(), 3);
+    makeCache("u1");
+    EXPECT_EQ(toldOf("u1/"), Texts{finished}); // a slash at the end means nothing
+    EXPECT_FALSE(fs::exists(caches + "/u1"));
+    EXPECT_EQ(toldOf("..").size(), 3U);
 }
 
 TEST_F(UserManagerTest, ACacheThatIsNotThereIsNoFault) {
-    const QString log = logToFile(kLogLevelError);
-    removeWithCache({{kCacheLocation, home.path()}, {kUserCacheName, QStringLiteral("none")}});
+    const std::string log = logToFile(kLogLevelError);
+    removeWithCache({{kCacheLocation, home.path()}, {kUserCacheName, "none"}});
     removeWithCache({});
-    EXPECT_TRUE(names().isEmpty());
-    EXPECT_TRUE(linesOf(log).isEmpty());
+    EXPECT_TRUE(names().empty());
+    EXPECT_TRUE(linesOf(log).empty());
 }
 
 // Housekeeping
 
 TEST_F(UserManagerTest, CleaningDropsRecordsWithoutAName) {
-    setList({UserRecord{{kUserFirstName, 1}}, record(kAnna), QStringLiteral("no record"), record(kBert)});
+    setList({UserRecord{{kUserFirstName, 1}}, record(kAnna), "no record", record(kBert)});
     select(kAnna);
     manager.load();
-    EXPECT_EQ(names(), QStringList({kAnna, kBert}));
+    EXPECT_EQ(names(), (Texts{kAnna, kBert}));
     EXPECT_EQ(manager.lastUsedUserName(), kAnna);
     EXPECT_EQ(synchronizations(), 1);
 }
@@ -625,38 +612,36 @@ TEST_F(UserManagerTest, CleaningDropsAUserByNameAsWell) {
     setList({record(kAnna), UserRecord{}, record(kBert), record(kAnna)});
     select(kAnna);
     manager.removeIncompleteUser(kAnna);
-    EXPECT_EQ(names(), QStringList{kBert});
+    EXPECT_EQ(names(), Texts{kBert});
     EXPECT_FALSE(platform.userDefaults.stored.contains(kLastUsedUserName));
 }
 
 TEST_F(UserManagerTest, PreferencesThatCannotBeWrittenAreToldOfAndValuesStay) {
-    const QString log = logToFile(kLogLevelError);
-    platform.transcript.failAt(QStringLiteral("synchronize"), 1);
+    const std::string log = logToFile(kLogLevelError);
+    platform.transcript.failAt("synchronize", 1);
     EXPECT_FALSE(manager.setObject(1, kUserFirstName, kAnna));
-    EXPECT_EQ(linesOf(log),
-              QStringList{QStringLiteral("ERR The preferences \"/preferences.plist\" can't be written; what "
-                                         "was set is kept until this program ends")});
+    EXPECT_EQ(linesOf(log), Texts{"ERR The preferences \"/preferences.plist\" can't be written; what "
+                                  "was set is kept until this program ends"});
     EXPECT_EQ(manager.objectForKey(kUserFirstName, kAnna), 1);
     EXPECT_TRUE(manager.save());
     platform.keychain.status = kKeychainInteractionNotAllowed;
-    EXPECT_FALSE(manager.setObject(QStringLiteral("s3cret"), kUserPassword, kAnna));
-    EXPECT_FALSE(manager.setObject(QStringLiteral("k3y"), kUserEncryptionKey, kAnna));
+    EXPECT_FALSE(manager.setObject("s3cret", kUserPassword, kAnna));
+    EXPECT_FALSE(manager.setObject("k3y", kUserEncryptionKey, kAnna));
 }
 
 TEST_F(UserManagerTest, NothingIsChangedWhileThePreferencesCannotBeRead) {
-    const QString log = logToFile(kLogLevelError);
-    const QVariantList list{record(kAnna, {{kAccountId, 5}})};
+    const std::string log = logToFile(kLogLevelError);
+    const List list{record(kAnna, {{kAccountId, 5}})};
     setList(list);
     select(kAnna);
-    int refused = 0;
+    size_t refused = 0;
     const auto isRefused = [&](const std::function<bool()> &change) {
-        platform.transcript.failAt(QStringLiteral("change"), 1);
+        platform.transcript.failAt("change", 1);
         EXPECT_FALSE(change());
         ++refused;
         EXPECT_EQ(linesOf(log).size(), refused);
-        EXPECT_EQ(linesOf(log).last(),
-                  QStringLiteral("ERR The preferences \"/preferences.plist\" can't be read; nothing was changed"));
-        EXPECT_EQ(platform.userDefaults.stored, (QVariantMap{{kUserList, list}, {kLastUsedUserName, kAnna}}));
+        EXPECT_EQ(linesOf(log).back(), "ERR The preferences \"/preferences.plist\" can't be read; nothing was changed");
+        EXPECT_EQ(platform.userDefaults.stored, (Dictionary{{kUserList, list}, {kLastUsedUserName, kAnna}}));
     };
     isRefused([this] { return manager.setObject(1, kUserFirstName, kBert); });
     isRefused([this] { return manager.removeObjectForKey(kAccountId, kAnna); });
@@ -673,17 +658,18 @@ TEST_F(UserManagerTest, NothingIsChangedWhileThePreferencesCannotBeRead) {
 
 TEST_F(UserManagerTest, ManyUsersAreNoBurden) {
     constexpr int kUsers = 10'000;
-    QVariantList list;
+    List list;
     for (int i = 0; i < kUsers; ++i) {
-        list << record(QString::number(i), {{kAccountId, i % 2}});
+        list.emplace_back(record(std::to_string(i), {{kAccountId, i % 2}}));
     }
     setList(list);
     for (int i = 0; i < kUsers; ++i) {
-        ASSERT_EQ(manager.objectForKeyAsInt(kAccountId, QString::number(i), -1), i % 2);
+        ASSERT_EQ(manager.objectForKeyAsInt(kAccountId, std::to_string(i), -1), i % 2);
     }
-    manager.updateUserWithUsername(QStringLiteral("new"), 1);
-    EXPECT_EQ(manager.userList().size(), kUsers);
-    EXPECT_EQ(names().count(QStringLiteral("new")), kUsers / 2);
+    manager.updateUserWithUsername("new", 1);
+    EXPECT_EQ(std::ssize(manager.userList()), kUsers);
+    const Texts left = names();
+    EXPECT_EQ(std::count(left.begin(), left.end(), "new"), kUsers / 2);
     EXPECT_EQ(synchronizations(), 1);
 }
 

@@ -1,6 +1,5 @@
 #include "utils/Version.h"
 #include "fakes/FakePlatform.h"
-#include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
 
@@ -9,44 +8,42 @@ namespace {
 
 class Version : public testing::Test {
 protected:
-    QString version(bool withBuild) { return versionOfBundleAsString(platform.bundle, 1303, withBuild); }
-    void tell(const char *key, const QVariant &value) {
-        platform.bundle.information.insert(QString::fromLatin1(key), value);
-    }
+    std::string version(bool withBuild) { return versionOfBundleAsString(platform.bundle, 1303, withBuild); }
+    void tell(const char *key, const Value &value) { platform.bundle.information.insert_or_assign(key, value); }
 
     test::FakePlatform platform;
 };
 
 TEST_F(Version, ABundlesVersionIsItsShortVersionWithItsBuildInParentheses) {
-    tell("CFBundleShortVersionString", QStringLiteral("2.0.1"));
-    tell("CFBundleVersion", QStringLiteral("77"));
-    EXPECT_EQ(version(false), QStringLiteral("2.0.1"));
-    EXPECT_EQ(version(true), QStringLiteral("2.0.1 (77)"));
+    tell("CFBundleShortVersionString", "2.0.1");
+    tell("CFBundleVersion", "77");
+    EXPECT_EQ(version(false), "2.0.1");
+    EXPECT_EQ(version(true), "2.0.1 (77)");
 }
 
 TEST_F(Version, ABundleWithoutADictionaryHasTheFallbackAndTheDefaultBuild) {
-    EXPECT_EQ(version(false), QStringLiteral("1.14.4"));
-    EXPECT_EQ(version(true), QStringLiteral("1.14.4 (1303)"));
+    EXPECT_EQ(version(false), "1.14.4");
+    EXPECT_EQ(version(true), "1.14.4 (1303)");
 }
 
 TEST_F(Version, EachMissingKeyHasItsOwnFallback) {
     tell("CFBundleVersion", 9);
-    EXPECT_EQ(version(true), QStringLiteral("1.14.4 (9)"));
+    EXPECT_EQ(version(true), "1.14.4 (9)");
     platform.bundle.information.clear();
-    tell("CFBundleShortVersionString", QStringLiteral("3.1"));
-    EXPECT_EQ(version(true), QStringLiteral("3.1 (1303)"));
+    tell("CFBundleShortVersionString", "3.1");
+    EXPECT_EQ(version(true), "3.1 (1303)");
 }
 
 TEST_F(Version, ABuildThatIsNoNumberIsZero) {
-    tell("CFBundleVersion", QStringLiteral("beta"));
-    EXPECT_EQ(version(true), QStringLiteral("1.14.4 (0)"));
+    tell("CFBundleVersion", "beta");
+    EXPECT_EQ(version(true), "1.14.4 (0)");
 }
 
 TEST_F(Version, TheRunningApplicationsVersionIsThatOfTheFirstCall) {
-    tell("CFBundleShortVersionString", QStringLiteral("1.14.5"));
-    const QString plain = versionOfThisAppAsString(false); // fills both
-    tell("CFBundleShortVersionString", QStringLiteral("6.0"));
-    EXPECT_EQ(versionOfThisAppAsString(true), plain + QStringLiteral(" (1303)"));
+    tell("CFBundleShortVersionString", "1.14.5");
+    const std::string plain = versionOfThisAppAsString(false); // fills both
+    tell("CFBundleShortVersionString", "6.0");
+    EXPECT_EQ(versionOfThisAppAsString(true), plain + " (1303)");
     EXPECT_EQ(versionOfThisAppAsString(false), plain);
 }
 

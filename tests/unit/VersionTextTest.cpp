@@ -9,10 +9,9 @@ namespace {
 
 class VersionText : public test::LogFixture {
 protected:
-    static MicrosoftStyleVersion parse(const char *text) {
-        return microsoftStyleVersionFromString(QString::fromUtf8(text));
-    }
-    static MicrosoftStyleVersion version(quint32 major, quint32 minor, quint32 build, quint32 revision) {
+    static MicrosoftStyleVersion parse(const char *text) { return microsoftStyleVersionFromString(text); }
+    static MicrosoftStyleVersion version(std::uint32_t major, std::uint32_t minor, std::uint32_t build,
+                                         std::uint32_t revision) {
         return {major, minor, build, revision};
     }
 };
@@ -34,21 +33,21 @@ TEST_F(VersionText, OnlyTheFirstLineCounts) {
 }
 
 TEST_F(VersionText, TheEmptyTextIsZeroWithoutAnError) {
-    const QString file = logToFile(kLogLevelError);
+    const std::string file = logToFile(kLogLevelError);
     EXPECT_EQ(parse(""), version(0, 0, 0, 0));
-    EXPECT_EQ(microsoftStyleVersionFromString(QString()), version(0, 0, 0, 0));
+    EXPECT_EQ(microsoftStyleVersionFromString({}), version(0, 0, 0, 0));
     EXPECT_EQ(contentsOf(file), "");
 }
 
 TEST_F(VersionText, AnyOtherCountIsLoggedWithTheWholeTextAndGivesZeros) {
-    const QString file = logToFile(kLogLevelError);
+    const std::string file = logToFile(kLogLevelError);
     testing::internal::CaptureStderr();
     for (const char *text : {"1.14.4", "1.2.3.4.5", "1.2", "1 2 3", "a b"}) {
         EXPECT_EQ(parse(text), version(0, 0, 0, 0)) << text;
     }
     testing::internal::GetCapturedStderr();
-    EXPECT_EQ(messagesOf(file).first(), QStringLiteral("Failed to extract version from string \"1.14.4\""));
-    EXPECT_EQ(messagesOf(file).size(), 5);
+    EXPECT_EQ(messagesOf(file).at(0), "Failed to extract version from string \"1.14.4\"");
+    EXPECT_EQ(messagesOf(file).size(), 5U);
 }
 
 TEST_F(VersionText, TheLettersAAndBAreDroppedWhereverTheyStand) {
@@ -68,24 +67,24 @@ TEST_F(VersionText, PiecesAreTheNumbersTheyBeginWith) {
 }
 
 TEST_F(VersionText, NumbersBeyond32BitsAreTheLargest) {
-    EXPECT_EQ(parse("99999999999"), version(std::numeric_limits<quint32>::max(), 0, 0, 0));
+    EXPECT_EQ(parse("99999999999"), version(std::numeric_limits<std::uint32_t>::max(), 0, 0, 0));
 }
 
 TEST_F(VersionText, TheBuildStandsInParenthesesBehindOneBlank) {
-    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("1.14.4 (1303)")), 1303);
-    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("x ((7))")), 7);
-    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("x 8")), 8);
-    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral(" )(")), 0);
-    EXPECT_EQ(buildNumberFromVersionStr(QStringLiteral("x (-5)")), -5);
+    EXPECT_EQ(buildNumberFromVersionStr("1.14.4 (1303)"), 1303);
+    EXPECT_EQ(buildNumberFromVersionStr("x ((7))"), 7);
+    EXPECT_EQ(buildNumberFromVersionStr("x 8"), 8);
+    EXPECT_EQ(buildNumberFromVersionStr(" )("), 0);
+    EXPECT_EQ(buildNumberFromVersionStr("x (-5)"), -5);
 }
 
 TEST_F(VersionText, AComponentsVersionHasExactlyThreePieces) {
-    EXPECT_EQ(parseVersionString(QStringLiteral("2.0.1")), (ComponentVersion{2, 0, 1}));
-    EXPECT_EQ(parseVersionString(QStringLiteral("1.x.3")), (ComponentVersion{1, 0, 3}));
-    EXPECT_EQ(parseVersionString(QStringLiteral(" 1.-2.3b")), (ComponentVersion{1, -2, 3}));
-    EXPECT_EQ(parseVersionString(QStringLiteral("..")), (ComponentVersion{0, 0, 0}));
+    EXPECT_EQ(parseVersionString("2.0.1"), (ComponentVersion{2, 0, 1}));
+    EXPECT_EQ(parseVersionString("1.x.3"), (ComponentVersion{1, 0, 3}));
+    EXPECT_EQ(parseVersionString(" 1.-2.3b"), (ComponentVersion{1, -2, 3}));
+    EXPECT_EQ(parseVersionString(".."), (ComponentVersion{0, 0, 0}));
     for (const char *text : {"", "1", "1.2", "1.2.3.4"}) {
-        EXPECT_FALSE(parseVersionString(QString::fromLatin1(text))) << text;
+        EXPECT_FALSE(parseVersionString(text)) << text;
     }
 }
 
@@ -93,7 +92,7 @@ using VersionTextDeathTest = VersionText;
 
 TEST_F(VersionTextDeathTest, AnyOtherNumberOfBlanksEndsTheProcess) {
     for (const char *text : {"", "1.14.4", "1 2 3", "a  b"}) {
-        EXPECT_EXIT(buildNumberFromVersionStr(QString::fromLatin1(text)), testing::KilledBySignal(SIGABRT),
+        EXPECT_EXIT(buildNumberFromVersionStr(text), testing::KilledBySignal(SIGABRT),
                     "ASSERTION ERROR: \\[vAndB count\\] == 2 \\(file \"utils\"");
     }
 }

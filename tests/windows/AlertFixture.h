@@ -1,12 +1,12 @@
 #pragma once
 
+#include "QtPrinters.h"
 #include "WindowsRunLoop.h"
 #include "platform/Alerts.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/linux/LinuxAlerts.h"
 #include "platform/linux/WindowModule.h"
-#include "support/QtPrinters.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -23,11 +23,11 @@ namespace quillmark::test {
 /// Shows alerts of the built bundle's own module.
 class AlertFixture : public testing::Test {
 protected:
-    AlertFixture() : m_bundle(nativeBundle(QStringLiteral(QUILLMARK_APP))) {
-        alert.windowTitle = QStringLiteral("Quillmark");
-        alert.messageText = QStringLiteral("Move to Applications folder?");
-        alert.informativeText = QStringLiteral("This will keep your Downloads folder uncluttered.");
-        alert.buttons = {QStringLiteral("Move"), QStringLiteral("Ask Later"), QStringLiteral("Do Not Move")};
+    AlertFixture() : m_bundle(nativeBundle(QUILLMARK_APP)) {
+        alert.windowTitle = "Quillmark";
+        alert.messageText = "Move to Applications folder?";
+        alert.informativeText = "This will keep your Downloads folder uncluttered.";
+        alert.buttons = {"Move", "Ask Later", "Do Not Move"};
     }
 
     /// Shows the alert, lets `act` look at it once it is active and press something, and returns the answer;
@@ -50,15 +50,13 @@ protected:
     void lookAt(const std::function<void(QDialog &)> &look) { EXPECT_EQ(answerAfter(look), kNothingPressed); }
 
     static QPushButton &button(const QDialog &dialog, int index) {
-        return *dialog.findChild<QPushButton *>(QStringLiteral("button%1").arg(index));
+        return *dialog.findChild<QPushButton *>(QString("button%1").arg(index));
     }
     static QLabel &label(const QDialog &dialog, const char *name) {
         return *dialog.findChild<QLabel *>(QLatin1StringView(name));
     }
 
-    static QCheckBox &suppression(const QDialog &dialog) {
-        return *dialog.findChild<QCheckBox *>(QStringLiteral("suppression"));
-    }
+    static QCheckBox &suppression(const QDialog &dialog) { return *dialog.findChild<QCheckBox *>("suppression"); }
 
     static constexpr int kNothingPressed = -7;
     AlertDescription alert;

@@ -48,7 +48,7 @@ TEST_F(AlertKeys, EscapePressesTheGivenButton) {
 }
 
 TEST_F(AlertKeys, EscapePressesTheOnlyButton) {
-    alert.buttons = {QStringLiteral("Quit")};
+    alert.buttons = {"Quit"};
     EXPECT_EQ(answerAfter(press(Qt::Key_Escape)), 0);
 }
 
@@ -78,8 +78,8 @@ TEST_F(AlertKeys, TabGoesThroughTheButtonsInTheirOrder) {
 }
 
 TEST_F(AlertKeys, AnAmpersandInATitleIsNoShortcut) {
-    alert.buttons = {QStringLiteral("Quit"), QStringLiteral("Save & Quit")};
-    alert.suppressionText = QStringLiteral("Yes & Amen");
+    alert.buttons = {"Quit", "Save & Quit"};
+    alert.suppressionText = "Yes & Amen";
     lookAt([](QDialog &dialog) {
         EXPECT_TRUE(button(dialog, 1).shortcut().isEmpty());
         EXPECT_TRUE(suppression(dialog).shortcut().isEmpty());
@@ -87,7 +87,7 @@ TEST_F(AlertKeys, AnAmpersandInATitleIsNoShortcut) {
 }
 
 TEST_F(AlertKeys, TheCheckBoxIsOffUntilItIsPressed) {
-    alert.suppressionText = QStringLiteral("Never again");
+    alert.suppressionText = "Never again";
     EXPECT_EQ(answerAfter(press(Qt::Key_Escape)), 2);
     EXPECT_FALSE(isSuppressionChecked);
     EXPECT_EQ(answerAfter([](QDialog &dialog) {
@@ -100,7 +100,7 @@ TEST_F(AlertKeys, TheCheckBoxIsOffUntilItIsPressed) {
 }
 
 TEST_F(AlertKeys, TheCheckBoxIsReachedByTabBehindTheButtonsAndSwitchedBySpace) {
-    alert.suppressionText = QStringLiteral("Never again");
+    alert.suppressionText = "Never again";
     EXPECT_EQ(answerAfter([](QDialog &dialog) {
                   for (int presses = 0; presses < 3; ++presses) {
                       QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);

@@ -17,10 +17,10 @@ protected:
         alert.informativeText = text("QuillmarkLauncher_YouMustQuit");
         alert.buttons = {text("Quit")};
     }
-    QString text(const char *key) { return m_strings.localisedString(QLatin1StringView(key)); }
+    std::string text(const char *key) { return m_strings.localisedString(key); }
 
 private:
-    LinuxBundle m_bundle{QStringLiteral(QUILLMARK_APP), {QLatin1StringView(GetParam())}, nativePlatform().propertyList};
+    LinuxBundle m_bundle{QUILLMARK_APP, {GetParam()}, nativePlatform().propertyList};
     LocalizedStrings m_strings{m_bundle};
 };
 
@@ -29,7 +29,7 @@ class MoveAlertLanguages : public AlertLanguages {
 protected:
     MoveAlertLanguages() {
         alert.messageText = text("Move to Applications folder?");
-        alert.informativeText = text("I can move myself to the Applications folder if you'd like.") + u' ' +
+        alert.informativeText = text("I can move myself to the Applications folder if you'd like.") + ' ' +
                                 text("Note that this will require an administrator password.");
         alert.buttons = {text("Move to Applications Folder"), text("Do Not Move")};
         alert.suppressionText = text("Do not show this message again");
@@ -73,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(EachOne, AlertLanguages, testing::Values("en", "de", "f
 INSTANTIATE_TEST_SUITE_P(EachOne, MoveAlertLanguages, testing::Values("en", "de", "fr", "es", "ja"), kLanguageName);
 
 TEST_F(AlertFixture, AWordThatIsLongerThanTheMeasureIsNotClipped) {
-    alert.informativeText = QStringLiteral("/Applications/") + QString(90, u'x') + QStringLiteral(".app is damaged.");
+    alert.informativeText = "/Applications/" + std::string(90, 'x') + ".app is damaged.";
     lookAt(expectNothingClipped);
 }
 

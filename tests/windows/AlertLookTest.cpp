@@ -1,3 +1,4 @@
+#include "branding/windows/QtText.h"
 #include "windows/AlertFixture.h"
 
 #include <QAccessible>
@@ -25,23 +26,23 @@ int contrast(const QColor &a, const QColor &b) { return std::abs(qGray(a.rgb()) 
 
 TEST_F(AlertLook, ShowsItsTexts) {
     lookAt([this](QDialog &dialog) {
-        EXPECT_EQ(dialog.windowTitle(), alert.windowTitle);
-        EXPECT_EQ(label(dialog, "messageText").text(), alert.messageText);
+        EXPECT_EQ(dialog.windowTitle(), qtText(alert.windowTitle));
+        EXPECT_EQ(label(dialog, "messageText").text(), qtText(alert.messageText));
         EXPECT_TRUE(label(dialog, "messageText").font().bold());
-        EXPECT_EQ(label(dialog, "informativeText").text(), alert.informativeText);
+        EXPECT_EQ(label(dialog, "informativeText").text(), qtText(alert.informativeText));
         EXPECT_FALSE(label(dialog, "informativeText").font().bold());
-        EXPECT_EQ(button(dialog, 0).text(), alert.buttons[0]);
-        EXPECT_EQ(button(dialog, 2).text(), alert.buttons[2]);
+        EXPECT_EQ(button(dialog, 0).text(), qtText(alert.buttons[0]));
+        EXPECT_EQ(button(dialog, 2).text(), qtText(alert.buttons[2]));
     });
 }
 
 TEST_F(AlertLook, HasNoRoomForAnInformativeTextThatIsEmpty) {
     alert.informativeText.clear();
-    lookAt([](QDialog &dialog) { EXPECT_EQ(dialog.findChild<QLabel *>(QStringLiteral("informativeText")), nullptr); });
+    lookAt([](QDialog &dialog) { EXPECT_EQ(dialog.findChild<QLabel *>("informativeText"), nullptr); });
 }
 
 TEST_F(AlertLook, TakesNoTextForMarkup) {
-    alert.messageText = QStringLiteral("<b>1 < 2</b>");
+    alert.messageText = "<b>1 < 2</b>";
     lookAt([](QDialog &dialog) { EXPECT_EQ(label(dialog, "messageText").textFormat(), Qt::PlainText); });
 }
 
@@ -50,11 +51,11 @@ TEST_F(AlertLook, HasNoCheckBoxWithoutATextForIt) {
 }
 
 TEST_F(AlertLook, ShowsASmallCheckBoxBetweenTheTextsAndTheButtons) {
-    alert.suppressionText = QStringLiteral("Do not show this message again");
+    alert.suppressionText = "Do not show this message again";
     lookAt([this](QDialog &dialog) {
         const QCheckBox &box = suppression(dialog);
         const QLabel &above = label(dialog, "informativeText");
-        EXPECT_EQ(box.text(), alert.suppressionText);
+        EXPECT_EQ(box.text(), qtText(alert.suppressionText));
         EXPECT_LT(QFontInfo(box.font()).pixelSize(), QFontInfo(above.font()).pixelSize());
         EXPECT_GE(placeIn(dialog, box).top(), placeIn(dialog, above).bottom());
         EXPECT_LE(placeIn(dialog, box).bottom(), placeIn(dialog, button(dialog, 0)).top());
@@ -63,18 +64,18 @@ TEST_F(AlertLook, ShowsASmallCheckBoxBetweenTheTextsAndTheButtons) {
 }
 
 TEST_F(AlertLook, TellsScreenReadersTheCheckBox) {
-    alert.suppressionText = QStringLiteral("Ask & answer");
+    alert.suppressionText = "Ask & answer";
     lookAt([this](QDialog &dialog) {
         QAccessibleInterface &box = accessible(suppression(dialog));
         EXPECT_EQ(box.role(), QAccessible::CheckBox);
-        EXPECT_EQ(box.text(QAccessible::Name), alert.suppressionText);
+        EXPECT_EQ(box.text(QAccessible::Name), qtText(alert.suppressionText));
         EXPECT_FALSE(box.state().checked);
     });
 }
 
 TEST_F(AlertLook, NamesTheOnlyButtonOkWhenNoneIsGiven) {
     alert.buttons.clear();
-    lookAt([](QDialog &dialog) { EXPECT_EQ(button(dialog, 0).text(), QStringLiteral("OK")); });
+    lookAt([](QDialog &dialog) { EXPECT_EQ(button(dialog, 0).text(), "OK"); });
 }
 
 TEST_F(AlertLook, HasItsButtonsAtTheLowerRightWithTheDefaultOneOutermost) {
@@ -98,10 +99,10 @@ TEST_F(AlertLook, StandsInTheMiddleOfTheScreen) {
 
 TEST_F(AlertLook, DrawsTheIconPixelByPixelAtTheScreensResolution) {
     lookAt([](QDialog &dialog) {
-        auto *const icon = dialog.findChild<QWidget *>(QStringLiteral("icon"));
+        auto *const icon = dialog.findChild<QWidget *>("icon");
         ASSERT_NE(icon, nullptr);
         const int pixels = 64 * static_cast<int>(dialog.devicePixelRatio());
-        const QImage stored(QStringLiteral(QUILLMARK_APP "/Contents/Resources/Quillmark-%1.png").arg(pixels));
+        const QImage stored(QString(QUILLMARK_APP "/Contents/Resources/Quillmark-%1.png").arg(pixels));
         ASSERT_EQ(stored.width(), pixels);
 
         QPixmap drawn(pixels, pixels);
@@ -121,18 +122,18 @@ TEST_F(AlertLook, TellsScreenReadersThatItIsAnAlertAndWhatItSays) {
     lookAt([this](QDialog &dialog) {
         QAccessibleInterface &window = accessible(dialog);
         EXPECT_EQ(window.role(), QAccessible::AlertMessage);
-        EXPECT_EQ(window.text(QAccessible::Name), alert.windowTitle);
-        EXPECT_EQ(window.text(QAccessible::Description), alert.messageText + u' ' + alert.informativeText);
+        EXPECT_EQ(window.text(QAccessible::Name), qtText(alert.windowTitle));
+        EXPECT_EQ(window.text(QAccessible::Description), qtText(alert.messageText + ' ' + alert.informativeText));
     });
 }
 
 TEST_F(AlertLook, TellsScreenReadersTheButtonsWithTheirTitles) {
-    alert.buttons[1] = QStringLiteral("Save & Quit");
+    alert.buttons[1] = "Save & Quit";
     lookAt([this](QDialog &dialog) {
         for (int index = 0; index < 3; ++index) {
             QAccessibleInterface &pushButton = accessible(button(dialog, index));
             EXPECT_EQ(pushButton.role(), QAccessible::Button);
-            EXPECT_EQ(pushButton.text(QAccessible::Name), alert.buttons[index]);
+            EXPECT_EQ(pushButton.text(QAccessible::Name), qtText(alert.buttons.at(static_cast<size_t>(index))));
         }
     });
 }
@@ -141,7 +142,7 @@ TEST_F(AlertLook, FollowsADarkPalette) {
     const QPalette before = QApplication::palette();
     QPalette dark(QColor(0x2a, 0x2e, 0x32));
     QApplication::setPalette(dark);
-    alert.suppressionText = QStringLiteral("Never again");
+    alert.suppressionText = "Never again";
     lookAt([](QDialog &dialog) {
         const QImage picture = dialog.grab().toImage();
         const QColor ground = picture.pixelColor(2, 2);

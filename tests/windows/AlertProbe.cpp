@@ -8,13 +8,13 @@
 #include "utils/Log.h"
 
 int main(int count, char ** /*arguments*/) {
-    const auto text = [](const char *key) { return quillmark::QMLocalizedString(QString::fromLatin1(key)); };
+    const auto text = [](const char *key) { return quillmark::QMLocalizedString(key); };
     quillmark::setProblemReporter([](const std::string &sentence) { quillmark::logError("%@", sentence); });
     quillmark::AlertDescription alert;
     alert.windowTitle = text("ProductName");
     if (count > 1) {
         alert.messageText = text("Move to Applications folder?");
-        alert.informativeText = text("I can move myself to the Applications folder if you'd like.") + u' ' +
+        alert.informativeText = text("I can move myself to the Applications folder if you'd like.") + ' ' +
                                 text("Note that this will require an administrator password.");
         alert.buttons = {text("Move to Applications Folder"), text("Do Not Move")};
         alert.suppressionText = text("Do not show this message again");

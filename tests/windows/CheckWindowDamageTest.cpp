@@ -13,10 +13,10 @@ namespace {
 class CheckWindowDamage : public CheckWindowFixture {
 protected:
     CheckWindowDamage() {
-        QFile file(interfaceFile);
+        QFile file(qtText(interfaceFile));
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         whole = file.readAll();
-        interfaceFile = folder.filePath(QStringLiteral("InstallCheck.ui"));
+        interfaceFile = folder.filePath("InstallCheck.ui").toStdString();
     }
     void write(const QByteArray &contents) const { writeFile("InstallCheck.ui", contents); }
     void writeFile(const char *name, const QByteArray &contents) const {
@@ -33,8 +33,8 @@ protected:
         problems().clear();
         EXPECT_FALSE(load());
         ASSERT_EQ(problems().size(), 1) << qPrintable(reason);
-        EXPECT_TRUE(problems()[0].startsWith(
-            QStringLiteral("The check window could not be shown: the interface file \"") + interfaceFile + u'"'))
+        EXPECT_TRUE(problems()[0].startsWith("The check window could not be shown: the interface file \"" +
+                                             qtText(interfaceFile) + u'"'))
             << qPrintable(problems()[0]);
         EXPECT_TRUE(problems()[0].contains(reason)) << qPrintable(problems()[0]);
     }
@@ -42,7 +42,7 @@ protected:
     void expectWorkingWindowWithout(const QString &problem) {
         problems().clear();
         show();
-        const QString line = QStringLiteral("The check window is incomplete: ") + problem;
+        const QString line = "The check window is incomplete: " + problem;
         EXPECT_TRUE(problems().contains(line)) << qPrintable(line) << "\n" << qPrintable(problems().join(u'\n'));
         view->beginProgressSheet();
         QApplication::processEvents();
@@ -52,7 +52,7 @@ protected:
         QApplication::processEvents();
         EXPECT_TRUE(findWindow()->isVisible());
         EXPECT_FALSE(findWindow()->close());
-        EXPECT_EQ(calls, QStringList({QStringLiteral("sheet ended"), QStringLiteral("close")}));
+        EXPECT_EQ(calls, QStringList({"sheet ended", "close"}));
     }
     /// As the window shows it: alone, the header would be drawn on a ground that it need not have.
     static QColor headerAt(int x, int y) {
@@ -80,21 +80,21 @@ QByteArray elementOf(const QByteArray &file, const QByteArray &outlet) {
 // No window
 
 TEST_F(CheckWindowDamage, AFileThatIsMissingGivesNoWindow) {
-    expectNoWindow(QStringLiteral("can't be read: No such file"));
-    interfaceFile = QStringLiteral("InstallCheck.ui");
-    expectNoWindow(QStringLiteral("can't be read"));
+    expectNoWindow("can't be read: No such file");
+    interfaceFile = "InstallCheck.ui";
+    expectNoWindow("can't be read");
 }
 
 TEST_F(CheckWindowDamage, AResourceThatIsMissingIsNamedAllTheSame) {
     interfaceFile.clear();
     EXPECT_FALSE(load());
-    EXPECT_EQ(problems(), QStringList{QStringLiteral("The check window could not be shown: the interface file "
-                                                     "\"InstallCheck.ui\" is missing")});
+    EXPECT_EQ(problems(), QStringList{"The check window could not be shown: the interface file "
+                                      "\"InstallCheck.ui\" is missing"});
 }
 
 TEST_F(CheckWindowDamage, AFolderInTheFilesPlaceGivesNoWindow) {
-    ASSERT_TRUE(QDir().mkpath(interfaceFile));
-    expectNoWindow(QStringLiteral("can't be read"));
+    ASSERT_TRUE(QDir().mkpath(qtText(interfaceFile)));
+    expectNoWindow("can't be read");
 }
 
 TEST_F(CheckWindowDamage, AFileThatIsNoInterfaceGivesNoWindow) {
@@ -109,7 +109,7 @@ TEST_F(CheckWindowDamage, AFileThatIsNoInterfaceGivesNoWindow) {
         EXPECT_FALSE(load()) << contents.constData();
         ASSERT_FALSE(problems().isEmpty()) << contents.constData();
         for (const QString &problem : problems()) {
-            EXPECT_TRUE(problem.contains(interfaceFile)) << qPrintable(problem);
+            EXPECT_TRUE(problem.contains(qtText(interfaceFile))) << qPrintable(problem);
         }
     }
 }
@@ -117,19 +117,19 @@ TEST_F(CheckWindowDamage, AFileThatIsNoInterfaceGivesNoWindow) {
 TEST_F(CheckWindowDamage, ATruncatedFileGivesNoWindowWhereverItEnds) {
     for (qsizetype size = 1; size < whole.lastIndexOf('>'); size += 53) {
         write(whole.first(size));
-        expectNoWindow(QStringLiteral("is damaged: line "));
+        expectNoWindow("is damaged: line ");
     }
 }
 
 TEST_F(CheckWindowDamage, AHugeFileGivesNoWindow) {
     write(whole + QByteArray(2 << 20, ' '));
-    expectNoWindow(QStringLiteral("is damaged: it is larger than 1048576 bytes"));
+    expectNoWindow("is damaged: it is larger than 1048576 bytes");
 }
 
 TEST_F(CheckWindowDamage, WidgetsInEachOtherByTheThousandGiveNoWindow) {
     const QByteArray open = R"(<widget class="QDialog">)";
     write(R"(<ui version="4.0">)" + open.repeated(20'000) + QByteArray("</widget>").repeated(20'000) + "</ui>");
-    expectNoWindow(QStringLiteral("more than 100 elements lie in each other in line 1"));
+    expectNoWindow("more than 100 elements lie in each other in line 1");
 }
 
 TEST_F(CheckWindowDamage, EntitiesThatUnfoldIntoGigabytesGiveNoWindow) {
@@ -139,7 +139,7 @@ TEST_F(CheckWindowDamage, EntitiesThatUnfoldIntoGigabytesGiveNoWindow) {
         entities += "<!ENTITY a" + QByteArray::number(level) + " \"" + below.repeated(10) + "\">";
     }
     write(entities + "]><ui version=\"4.0\"><class>&a11;</class></ui>");
-    expectNoWindow(QStringLiteral("is damaged: line 1"));
+    expectNoWindow("is damaged: line 1");
 }
 
 TEST_F(CheckWindowDamage, ANewTryAfterwardsGivesTheWindow) {
@@ -157,14 +157,14 @@ TEST_F(CheckWindowDamage, EachOutletMayBeMissing) {
     for (const char *name : kOutlets) {
         const QByteArray element = elementOf(whole, name);
         writeWith(element, QByteArray(element).replace(name, "another"));
-        expectWorkingWindowWithout(QStringLiteral("the interface file has no \"%1\"").arg(QLatin1StringView(name)));
+        expectWorkingWindowWithout(QString("the interface file has no \"%1\"").arg(QLatin1StringView(name)));
     }
 }
 
 TEST_F(CheckWindowDamage, AllOutletsMayBeMissing) {
     write(R"(<ui version="4.0"><widget class="QDialog" name="checkWindow"/></ui>)");
     for (const char *name : kOutlets) {
-        expectWorkingWindowWithout(QStringLiteral("the interface file has no \"%1\"").arg(QLatin1StringView(name)));
+        expectWorkingWindowWithout(QString("the interface file has no \"%1\"").arg(QLatin1StringView(name)));
     }
 }
 
@@ -173,7 +173,7 @@ TEST_F(CheckWindowDamage, EachOutletMayBeOfAWrongClass) {
         const QByteArray element = elementOf(whole, name);
         writeWith(element, QByteArray(R"(<widget class="QFrame" name=")") + name + '"');
         expectWorkingWindowWithout(
-            QStringLiteral("\"%1\" in the interface file is of the wrong class (QFrame)").arg(QLatin1StringView(name)));
+            QString("\"%1\" in the interface file is of the wrong class (QFrame)").arg(QLatin1StringView(name)));
         EXPECT_FALSE(outlet(name).isVisible()) << "nothing would ever be written there";
     }
 }
@@ -182,7 +182,7 @@ TEST_F(CheckWindowDamage, EachOutletMayBeOfAnUnknownClass) {
     for (const char *name : kOutlets) {
         const QByteArray element = elementOf(whole, name);
         writeWith(element, QByteArray(R"(<widget class="NoSuchClass" name=")") + name + '"');
-        expectWorkingWindowWithout(QStringLiteral("the interface file has no \"%1\"").arg(QLatin1StringView(name)));
+        expectWorkingWindowWithout(QString("the interface file has no \"%1\"").arg(QLatin1StringView(name)));
         EXPECT_TRUE(problems().join(u'\n').contains(u"NoSuchClass")) << qPrintable(problems().join(u'\n'));
     }
 }
@@ -209,20 +209,20 @@ TEST_F(CheckWindowDamage, WithoutASheetARepairCannotBeStartedTwice) {
     EXPECT_EQ(calls, QStringList());
     view->endProgressSheet();
     QTest::mouseClick(&install(), Qt::LeftButton);
-    EXPECT_EQ(calls, QStringList({QStringLiteral("sheet ended"), QStringLiteral("install")}));
+    EXPECT_EQ(calls, QStringList({"sheet ended", "install"}));
 }
 
 // Pictures
 
 TEST_F(CheckWindowDamage, PicturesThatAreMissingOrDamagedAreNamedAndTheTitleStaysReadable) {
     write(whole);
-    branding.resourceFolder = folder.path();
+    branding.resourceFolder = folder.path().toStdString();
     for (const QByteArray &contents : {QByteArray(), QByteArray("no picture"), QByteArray("\x89PNG\r\n\x1a\n", 8)}) {
         problems().clear();
         show();
         QStringList expected;
         for (const char *name : {"appheade_bg.png", "resellerheader_bg.png", "appheader_logo.png"}) {
-            expected << QStringLiteral("The check window is incomplete: the picture \"%1\" can't be read")
+            expected << QString("The check window is incomplete: the picture \"%1\" can't be read")
                             .arg(QLatin1StringView(name));
             writeFile(name, contents); // for the next round
         }
@@ -235,7 +235,7 @@ TEST_F(CheckWindowDamage, ALogoThatIsNoneIsLeftOut) {
     write(whole);
     show();
     for (const Image &image : {Image{}, Image{{}, 120, 44, "short"}, Image{{}, INT_MAX, INT_MAX, "short"},
-                               Image{QStringLiteral("../../logo"), -1, -1, {}}}) {
+                               Image{"../../logo", -1, -1, {}}}) {
         view->setHeaderLogo(image);
         QApplication::processEvents();
         EXPECT_NE(headerAt(525, 30), Qt::white);
@@ -258,15 +258,15 @@ TEST_F(CheckWindowDamage, EveryBrandHasAHeader) {
 TEST_F(CheckWindowDamage, TextsAreShownAsTheyAreWhateverStandsInThem) {
     write(whole);
     show();
-    for (const QString &text : {QStringLiteral("%1 %s %n %@ {#Nothing#}"), QStringLiteral("<b>1 &lt; 2</b> & 3"),
-                                QStringLiteral("a\0b"), QString(), QString(QChar(0xd800))}) {
+    for (const std::string &text : {std::string("%1 %s %n %@ {#Nothing#}"), std::string("<b>1 &lt; 2</b> & 3"),
+                                    std::string("a\0b", 3), std::string(), std::string("\xED\xA0\x80")}) {
         for (int each = 0; each <= static_cast<int>(Outlet::Progress); ++each) {
             view->setText(static_cast<Outlet>(each), text);
         }
         QApplication::processEvents();
-        EXPECT_EQ(explanation().text(), text);
+        EXPECT_EQ(explanation().text(), qtText(text));
         EXPECT_EQ(explanation().textFormat(), Qt::PlainText);
-        EXPECT_EQ(install().accessibleName(), text);
+        EXPECT_EQ(install().accessibleName(), qtText(text));
         EXPECT_TRUE(install().shortcut().isEmpty());
     }
 }
@@ -274,7 +274,7 @@ TEST_F(CheckWindowDamage, TextsAreShownAsTheyAreWhateverStandsInThem) {
 TEST_F(CheckWindowDamage, ATextWithoutAnEndLeavesTheButtonsInSight) {
     write(whole);
     show();
-    view->setText(Outlet::Explanation, QStringLiteral("And so on. ").repeated(20'000));
+    view->setText(Outlet::Explanation, QString("And so on. ").repeated(20'000).toStdString());
     view->bringToFront();
     QApplication::processEvents();
     EXPECT_LE(findWindow()->height(), 768);

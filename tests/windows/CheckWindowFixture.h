@@ -1,6 +1,8 @@
 #pragma once
 
+#include "QtPrinters.h"
 #include "WindowsRunLoop.h"
+#include "branding/windows/QtText.h"
 #include "platform/HeaderBranding.h"
 #include "platform/Images.h"
 #include "platform/Platform.h"
@@ -8,7 +10,6 @@
 #include "platform/linux/LinuxCheckWindows.h"
 #include "platform/linux/WindowModule.h"
 #include "support/InstallCheckFixture.h"
-#include "support/QtPrinters.h"
 
 #include <QApplication>
 #include <QDialog>
@@ -51,42 +52,37 @@ protected:
     /// Lets the install check find the components at fault, and give the window what it gives it.
     void fill() {
         speak();
-        platform.images.pictures.insert(platform.bundle.resourcePath() + QStringLiteral("/logo-1.bmp"), *logo);
-        platform.bundle.resources << logo->name;
+        platform.images.pictures[platform.bundle.resourcePath() + "/logo-1.bmp"] = *logo;
+        platform.bundle.resources.push_back(logo->name);
         platform.checkWindows.windowInItsPlace = view;
-        setItems(components.isEmpty() ? componentsAtFault() : components);
+        setItems(components.empty() ? componentsAtFault() : components);
         EXPECT_FALSE(manager().checkForRequiredItems());
-        if (!faults.isEmpty()) {
+        if (!faults.empty()) {
             view->setFaults(faults);
         }
     }
     /// Has the language's texts looked up from now on.
     void speak() {
-        const QVariantMap texts = nativePlatform().propertyList.readDictionary(
-            QStringLiteral(QUILLMARK_APP "/Contents/Resources/%1.lproj/Localizable.strings").arg(language));
-        EXPECT_FALSE(texts.isEmpty()) << qPrintable(language);
-        for (const auto &[key, text] : texts.asKeyValueRange()) {
-            platform.bundle.strings.insert(key, text.toString());
+        const Dictionary texts = nativePlatform().propertyList.readDictionary(QUILLMARK_APP "/Contents/Resources/" +
+                                                                              language + ".lproj/Localizable.strings");
+        EXPECT_FALSE(texts.empty()) << language;
+        for (const auto &[key, text] : texts) {
+            platform.bundle.strings[key] = text.text().value_or("");
         }
     }
 
     // Components for the install check to find.
 
-    RequiredItem missing(const char *type, const char *name) const {
-        return itemOf(type, name, home.path(QStringLiteral("none")));
-    }
+    RequiredItem missing(const char *type, const char *name) const { return itemOf(type, name, home.path("none")); }
     RequiredItem toolWithWrongPermissions() {
-        return itemOf("QMTool", "updateqm", installTool(QStringLiteral("updateqm"), "Limited 1.14.4.1303", 0775));
+        return itemOf("QMTool", "updateqm", installTool("updateqm", "Limited 1.14.4.1303", 0775));
     }
     RequiredItem oldFileSystem() {
-        return itemOf("Bundle", "QuillmarkFS", installBundle(QStringLiteral("fs"), QStringLiteral("1.0.0")),
-                      {{kVersion, QStringLiteral("1.14.4")}});
+        return itemOf("Bundle", "QuillmarkFS", installBundle("fs", "1.0.0"), {{kVersion, "1.14.4"}});
     }
-    RequiredItem invalidFramework() {
-        return itemOf("Bundle", "QuillmarkRuntime", installBundle(QStringLiteral("runtime"), QVariant()));
-    }
+    RequiredItem invalidFramework() { return itemOf("Bundle", "QuillmarkRuntime", installBundle("runtime", Value())); }
     /// Of both kinds that the explanation names, each with a status of its own.
-    QVariantList componentsAtFault() {
+    List componentsAtFault() {
         return {toolWithWrongPermissions(), missing("QMTool", "finderoverlaytool"), oldFileSystem()};
     }
 
@@ -101,7 +97,7 @@ protected:
     void showLines(int count) {
         components.clear();
         for (int index = 1; index <= count; ++index) {
-            components << missing("QMTool", qPrintable(QStringLiteral("component%1").arg(index)));
+            components.push_back(missing("QMTool", ("component" + std::to_string(index)).c_str()));
         }
         show();
     }
@@ -144,18 +140,16 @@ protected:
     static void useDarkPalette() { QApplication::setPalette(QPalette(QColor(0x2a, 0x2e, 0x32))); }
 
     static std::optional<Image> shippedLogo(const char *file = "logo-1.bmp") {
-        const QString name = QLatin1StringView(file);
         std::optional<Image> image =
-            nativePlatform().images.load(QStringLiteral(QUILLMARK_APP "/Contents/Resources/") + name);
-        image->name = name;
+            nativePlatform().images.load(std::string(QUILLMARK_APP "/Contents/Resources/") + file);
+        image->name = file;
         return image;
     }
 
     /// Leaves a picture for whoever wants to see it, of the window with the sheet or the alert that covers it.
-    static void keepPicture(QWidget &window, const QString &name,
-                            const QString &folder = QStringLiteral(QUILLMARK_DRAWN_PICTURES)) {
+    static void keepPicture(QWidget &window, const QString &name, const QString &folder = QUILLMARK_DRAWN_PICTURES) {
         QDir().mkpath(folder);
-        const QString path = QStringLiteral("%1/%2@%3x.png").arg(folder, name).arg(window.devicePixelRatioF());
+        const QString path = QString("%1/%2@%3x.png").arg(folder, name).arg(window.devicePixelRatioF());
         QPixmap picture = window.grab();
         QPainter painter(&picture);
         for (QDialog *const cover : window.findChildren<QDialog *>()) {
@@ -178,30 +172,30 @@ protected:
     }
 
     CheckWindowView *view = nullptr;
-    QString language = QStringLiteral("en");
-    QVariantList components; ///< all of them at fault; three, if none are given
-    QList<Fault> faults;     ///< what the list shows; that of the components, if none are given
-    QString interfaceFile = QStringLiteral(QUILLMARK_APP "/Contents/Resources/InstallCheck.ui");
-    qint32 brand = 1;
+    std::string language = "en";
+    List components;           ///< all of them at fault; three, if none are given
+    std::vector<Fault> faults; ///< what the list shows; that of the components, if none are given
+    std::string interfaceFile = QUILLMARK_APP "/Contents/Resources/InstallCheck.ui";
+    std::int32_t brand = 1;
     std::optional<Image> logo = shippedLogo();
-    HeaderBranding branding{QStringLiteral(QUILLMARK_APP "/Contents/Resources"), QStringLiteral("Quillmark"),
-                            [] { return -1; }, [this] { return brand; },
-                            [](qint32 id) { return shippedLogo(id == 15 ? "logo-15.bmp" : "logo-1.bmp"); }};
+    HeaderBranding branding{QUILLMARK_APP "/Contents/Resources", "Quillmark", [] { return -1; },
+                            [this] { return brand; },
+                            [](std::int32_t id) { return shippedLogo(id == 15 ? "logo-15.bmp" : "logo-1.bmp"); }};
     QStringList calls; ///< what the owner was told
 
-    void installButtonClick() override { calls << QStringLiteral("install"); }
-    void dontInstallButtonClick() override { calls << QStringLiteral("don't install"); }
-    void detailsButtonClick() override { calls << QStringLiteral("details"); }
-    void windowWillClose() override { calls << QStringLiteral("close"); }
+    void installButtonClick() override { calls << "install"; }
+    void dontInstallButtonClick() override { calls << "don't install"; }
+    void detailsButtonClick() override { calls << "details"; }
+    void windowWillClose() override { calls << "close"; }
     void sheetDidEnd() override {
-        calls << QStringLiteral("sheet ended");
+        calls << "sheet ended";
         view->orderOutProgressSheet();
     }
 
 private:
     const QFont m_font = QApplication::font();
     const QPalette m_palette = QApplication::palette();
-    std::unique_ptr<Bundle> m_bundle = nativeBundle(QStringLiteral(QUILLMARK_APP));
+    std::unique_ptr<Bundle> m_bundle = nativeBundle(QUILLMARK_APP);
     WindowModule m_module{*m_bundle, windowsRunLoop()};
     LinuxCheckWindows m_checkWindows{m_module};
 };

@@ -20,8 +20,7 @@ TEST_F(CheckWindowKeys, AClickTellsTheOwner) {
     for (QPushButton *const button : {&install(), &dontInstall(), &details()}) {
         QTest::mouseClick(button, Qt::LeftButton);
     }
-    EXPECT_EQ(calls,
-              QStringList({QStringLiteral("install"), QStringLiteral("don't install"), QStringLiteral("details")}));
+    EXPECT_EQ(calls, QStringList({"install", "don't install", "details"}));
 }
 
 TEST_F(CheckWindowKeys, ContinueHasTheFocusAndIsTheDefault) {
@@ -37,7 +36,7 @@ TEST_F(CheckWindowKeys, ReturnIsContinueWhereverTheFocusIs) {
             calls.clear();
             stop->setFocus();
             press(key);
-            EXPECT_EQ(calls, QStringList{QStringLiteral("install")}) << qPrintable(stop->objectName());
+            EXPECT_EQ(calls, QStringList{"install"}) << qPrintable(stop->objectName());
         }
     }
 }
@@ -58,7 +57,7 @@ TEST_F(CheckWindowKeys, SpacePressesTheButtonWithTheFocus) {
     press(Qt::Key_Space);
     press(Qt::Key_Tab);
     press(Qt::Key_Space);
-    EXPECT_EQ(calls, QStringList({QStringLiteral("don't install"), QStringLiteral("details")}));
+    EXPECT_EQ(calls, QStringList({"don't install", "details"}));
 }
 
 TEST_F(CheckWindowKeys, EscapeIsDontInstallWhereverTheFocusIs) {
@@ -67,7 +66,7 @@ TEST_F(CheckWindowKeys, EscapeIsDontInstallWhereverTheFocusIs) {
         calls.clear();
         stops()[index]->setFocus();
         press(Qt::Key_Escape);
-        EXPECT_EQ(calls, QStringList{QStringLiteral("don't install")}) << index;
+        EXPECT_EQ(calls, QStringList{"don't install"}) << index;
     }
 }
 
@@ -80,7 +79,7 @@ TEST_F(CheckWindowKeys, TheArrowsScrollALongList) {
 
 TEST_F(CheckWindowKeys, TheCloseBoxTellsTheOwnerWhoDecides) {
     EXPECT_FALSE(show().close());
-    EXPECT_EQ(calls, QStringList{QStringLiteral("close")});
+    EXPECT_EQ(calls, QStringList{"close"});
     EXPECT_TRUE(findWindow()->isVisible());
 }
 
@@ -125,14 +124,14 @@ TEST_F(CheckWindowKeys, AnAlertOverItIsDismissedByReturnAndByEscapeAndTheWindowS
     show();
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
         AlertDescription alert;
-        alert.messageText = QStringLiteral("The installation could not be completed.");
-        alert.buttons = {QStringLiteral("OK")};
+        alert.messageText = "The installation could not be completed.";
+        alert.buttons = {"OK"};
         view->beginAlertSheet(alert);
-        auto *const dialog = findWindow()->findChild<QDialog *>(QStringLiteral("alert"));
+        auto *const dialog = findWindow()->findChild<QDialog *>("alert");
         ASSERT_NE(dialog, nullptr);
         EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
         EXPECT_EQ(findWindow()->mapFromGlobal(dialog->pos()).y(), outlet("checkHeaderView").height());
-        keepPicture(*dialog, QStringLiteral("check-alert"));
+        keepPicture(*dialog, "check-alert");
         QTest::keyClick(dialog->focusWidget(), key);
         EXPECT_FALSE(dialog->isVisible());
         EXPECT_TRUE(findWindow()->isVisible());

@@ -9,9 +9,9 @@ namespace {
 /// Each leaves its picture in the build folder.
 class CheckWindowLanguages : public CheckWindowFixture, public testing::WithParamInterface<const char *> {
 protected:
-    CheckWindowLanguages() { language = QLatin1StringView(GetParam()); }
+    CheckWindowLanguages() { language = GetParam(); }
     QString pictureName(const char *state) const {
-        return QStringLiteral("check-%1-%2").arg(QLatin1StringView(state), language);
+        return QString("check-%1-%2").arg(QLatin1StringView(state), qtText(language));
     }
 };
 
@@ -40,7 +40,7 @@ TEST_P(CheckWindowLanguages, ClipNothingInALargeFont) {
 
 TEST_P(CheckWindowLanguages, FitIntoASmallScreenWithALongListInALargeFont) {
     for (int index = 0; index < 30; ++index) {
-        faults.append({QStringLiteral("component%1").arg(index), QStringLiteral("Missing")});
+        faults.push_back({"component" + std::to_string(index), "Missing"});
     }
     useLargerFont(1.5);
     EXPECT_LE(show().frameGeometry().height(), 768);

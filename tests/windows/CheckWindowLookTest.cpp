@@ -47,7 +47,7 @@ int contrastIn(const QImage &picture, const QRect &place) {
 TEST_F(CheckWindowLook, LoadsNoPlugInOfAFormDesigner) {
     const QStringList folders = QCoreApplication::libraryPaths();
     show();
-    QFile maps(QStringLiteral("/proc/self/maps"));
+    QFile maps("/proc/self/maps");
     ASSERT_TRUE(maps.open(QIODevice::ReadOnly));
     const QByteArray loaded = maps.readAll();
     EXPECT_TRUE(loaded.contains("libquillmark-windows.so"));
@@ -117,9 +117,9 @@ TEST_F(CheckWindowLook, FloatsAboveOrdinaryWindowsUnlessASheetCoversIt) {
 
 TEST_F(CheckWindowLook, ShowsTheWholeExplanationWithItsLastLineBreak) {
     show();
-    const QString text = QStringLiteral("Before\n\n\u2022 after\n");
+    const std::string text = "Before\n\n\u2022 after\n";
     view->setText(Outlet::Explanation, text);
-    EXPECT_EQ(explanation().text(), text);
+    EXPECT_EQ(explanation().text(), qtText(text));
 }
 
 TEST_F(CheckWindowLook, TheHeaderAloneDecidesWhatIsPaintedOfIt) {
@@ -151,7 +151,7 @@ TEST_F(CheckWindowLook, TheListIsAsHighAsItsLines) {
         showLines(count);
         EXPECT_EQ(linesInSight(), count);
         EXPECT_FALSE(list().verticalScrollBar()->isVisible()) << count;
-        keepPicture(*findWindow(), QStringLiteral("check-%1-lines").arg(count));
+        keepPicture(*findWindow(), QString("check-%1-lines").arg(count));
     }
 }
 
@@ -160,16 +160,16 @@ TEST_F(CheckWindowLook, TheListScrollsFromTheSeventhLineOn) {
     EXPECT_EQ(linesInSight(), 6);
     EXPECT_TRUE(list().verticalScrollBar()->isVisible());
     expectNothingClipped(*findWindow());
-    keepPicture(*findWindow(), QStringLiteral("check-7-lines"));
+    keepPicture(*findWindow(), "check-7-lines");
 }
 
 TEST_F(CheckWindowLook, ALongNameIsCutOffAndToldInFullByItsToolTip) {
-    const QString name(300, u'x');
-    faults = {{name, QStringLiteral("Wrong Permissions")}};
+    const std::string name(300, 'x');
+    faults = {{name, "Wrong Permissions"}};
     show();
-    EXPECT_GE(list().columnWidth(1), list().fontMetrics().horizontalAdvance(faults[0].status));
+    EXPECT_GE(list().columnWidth(1), list().fontMetrics().horizontalAdvance(qtText(faults[0].status)));
     EXPECT_EQ(list().columnWidth(0) + list().columnWidth(1), list().viewport()->width());
-    EXPECT_EQ(list().topLevelItem(0)->toolTip(0), name);
+    EXPECT_EQ(list().topLevelItem(0)->toolTip(0), qtText(name));
 }
 
 TEST_F(CheckWindowLook, WithoutAnyFaultThereIsNoList) {
@@ -183,8 +183,8 @@ TEST_F(CheckWindowLook, WithoutAnyFaultThereIsNoList) {
 TEST_F(CheckWindowLook, NothingJumpsWhenLessIsLeftToSay) {
     show();
     const QList<QRect> before = places();
-    view->setText(Outlet::Explanation, explanation().text().section(u'\n', 0, 0));
-    view->setFaults(faults.first(0) + QList<Fault>{{QStringLiteral("QuillmarkFS"), QStringLiteral("Missing")}});
+    view->setText(Outlet::Explanation, explanation().text().section(u'\n', 0, 0).toStdString());
+    view->setFaults({{"QuillmarkFS", "Missing"}});
     QApplication::processEvents();
     EXPECT_EQ(places(), before);
     view->bringToFront();
@@ -206,7 +206,7 @@ TEST_F(CheckWindowLook, NothingJumpsUnderTheSheetAndBehindIt) {
 
 TEST_F(CheckWindowLook, GrowsForALongerText) {
     const int before = show().height();
-    view->setText(Outlet::Explanation, explanation().text() + QStringLiteral("\n\nAnd a line more."));
+    view->setText(Outlet::Explanation, explanation().text().toStdString() + "\n\nAnd a line more.");
     view->bringToFront();
     QApplication::processEvents();
     EXPECT_GT(findWindow()->height(), before);
@@ -229,11 +229,11 @@ TEST_F(CheckWindowLook, EveryTextIsReadableInLightAndInDark) {
             const QRect place = placeOf(*text).adjusted(30, 3, -4, -3); // without frames, nor the sign of a fault
             EXPECT_GT(contrastIn(picture, place), 0x80) << qPrintable(text->objectName()) << isDark;
         }
-        keepPicture(window, isDark ? QStringLiteral("check-dark") : QStringLiteral("check-light"));
+        keepPicture(window, isDark ? "check-dark" : "check-light");
         view->beginProgressSheet();
         QApplication::processEvents();
         EXPECT_GT(contrastIn(sheet().grab().toImage(), placeOf(outlet("repairProgressText"))), 0x80);
-        keepPicture(sheet(), isDark ? QStringLiteral("check-dark-sheet") : QStringLiteral("check-light-sheet"));
+        keepPicture(sheet(), isDark ? "check-dark-sheet" : "check-light-sheet");
     }
 }
 
@@ -244,29 +244,29 @@ TEST_F(CheckWindowLook, EveryControlHasAnAccessibleName) {
     view->beginProgressSheet();
     QApplication::processEvents();
     for (const auto &[name, role, text] :
-         {std::tuple("checkHeaderView", QAccessible::Heading, QStringLiteral("Installing Quillmark")),
+         {std::tuple("checkHeaderView", QAccessible::Heading, QString("Installing Quillmark")),
           {"checkText", QAccessible::StaticText, explanation().text()},
-          {"checkFaults", QAccessible::Tree, QStringLiteral("Components that need repair")},
-          {"checkDetails", QAccessible::Button, QStringLiteral("Details")},
-          {"checkDontInstall", QAccessible::Button, QStringLiteral("Don’t Install")},
-          {"checkInstall", QAccessible::Button, QStringLiteral("Continue")},
-          {"repairProgressText", QAccessible::StaticText, QStringLiteral("Installing the Quillmark components…")},
-          {"repairProgressIndicator", QAccessible::ProgressBar, QStringLiteral("Installing the Quillmark components…")},
-          {"repairProgressWindow", QAccessible::Dialog, QStringLiteral("Quillmark")}}) {
+          {"checkFaults", QAccessible::Tree, "Components that need repair"},
+          {"checkDetails", QAccessible::Button, "Details"},
+          {"checkDontInstall", QAccessible::Button, "Don’t Install"},
+          {"checkInstall", QAccessible::Button, "Continue"},
+          {"repairProgressText", QAccessible::StaticText, "Installing the Quillmark components…"},
+          {"repairProgressIndicator", QAccessible::ProgressBar, "Installing the Quillmark components…"},
+          {"repairProgressWindow", QAccessible::Dialog, "Quillmark"}}) {
         EXPECT_EQ(accessible(outlet(name)).role(), role) << name;
         EXPECT_EQ(accessible(outlet(name)).text(QAccessible::Name), text) << name;
     }
-    EXPECT_EQ(accessible(window).text(QAccessible::Name), QStringLiteral("Quillmark"));
+    EXPECT_EQ(accessible(window).text(QAccessible::Name), "Quillmark");
     EXPECT_EQ(accessible(window).text(QAccessible::Description), explanation().text());
 }
 
 TEST_F(CheckWindowLook, TheListTellsItsColumnsByTheirTitles) {
-    language = QStringLiteral("de");
+    language = "de";
     show();
     QAccessibleTableInterface *const table = accessible(list()).tableInterface();
     ASSERT_NE(table, nullptr);
-    EXPECT_EQ(table->columnDescription(0), QStringLiteral("Komponente"));
-    EXPECT_EQ(table->columnDescription(1), QStringLiteral("Zustand"));
+    EXPECT_EQ(table->columnDescription(0), "Komponente");
+    EXPECT_EQ(table->columnDescription(1), "Zustand");
     EXPECT_TRUE(list().header()->isVisible());
 }
 

@@ -27,8 +27,8 @@ protected:
 
     WindowStates() {
         platform.workspace.ownFolder = home.path();
-        platform.workspace.localFolders = {home.makeFolder(QStringLiteral("local"))};
-        platform.workspace.downloads = {home.path(QStringLiteral("Downloads"))};
+        platform.workspace.localFolders = {home.makeFolder("local")};
+        platform.workspace.downloads = {home.path("Downloads")};
     }
 
     static const std::vector<State> &states() {
@@ -71,7 +71,7 @@ protected:
     }
 
     /// Shows the state in that language. \returns its windows, the lowest first.
-    QList<QDialog *> windowsOf(const State &state, const QString &inLanguage) {
+    QList<QDialog *> windowsOf(const State &state, const std::string &inLanguage) {
         for (QWidget *const widget : QApplication::topLevelWidgets()) {
             widget->hide(); // what is left of the state before
         }
@@ -94,14 +94,14 @@ protected:
     }
 
 private:
-    void showCheck(const QVariantList &list) {
+    void showCheck(const List &list) {
         components = list;
         show();
     }
     void showEveryStatus() {
-        QVariantList all{toolWithWrongPermissions(), oldFileSystem(), invalidFramework()};
+        List all{toolWithWrongPermissions(), oldFileSystem(), invalidFramework()};
         for (const char *name : {"finderoverlaytool", "QuillmarkContextMenu", "QuillmarkOverlay", "QuillmarkBackup"}) {
-            all << missing("QMTool", name);
+            all.push_back(missing("QMTool", name));
         }
         showCheck(all);
     }
@@ -127,13 +127,13 @@ private:
         showAlert();
     }
     void showMove(const char *folder, bool hasOldCopy) {
-        platform.bundle.bundlePath = home.makeFolder(QLatin1StringView(folder) + QStringLiteral("/Quillmark.app"));
+        platform.bundle.bundlePath = home.makeFolder(std::string(folder) + "/Quillmark.app");
         if (hasOldCopy) {
-            home.makeFolder(QStringLiteral("local/Quillmark.app"));
+            home.makeFolder("local/Quillmark.app");
         }
         LocalizedStrings strings(platform.bundle);
         PFMove(platform.platform, strings); // asks, and is answered "Do Not Move"
-        QDir(home.path(QStringLiteral("local"))).rmdir(QStringLiteral("Quillmark.app"));
+        std::filesystem::remove(home.path("local/Quillmark.app"));
         showAlert();
     }
     /// The user has agreed, and there is no way to ask for the password that it takes.
@@ -144,7 +144,7 @@ private:
     }
     /// The alert that the launcher has asked for last.
     void showAlert() {
-        static const DialogAlerts alerts(QStringLiteral(QUILLMARK_APP "/Contents/Resources"));
+        static const DialogAlerts alerts(QUILLMARK_APP "/Contents/Resources");
         m_alert = std::make_unique<AlertDialog>(platform.alerts.last, alerts.icon());
         m_alert->show();
     }
@@ -183,13 +183,13 @@ TEST_P(Gallery, ShowsEveryStateWithNothingClippedAndNoLetterMissing) {
     }
     for (const State &state : states()) {
         SCOPED_TRACE(state.name);
-        const QList<QDialog *> windows = windowsOf(state, QLatin1StringView(inLanguage));
+        const QList<QDialog *> windows = windowsOf(state, inLanguage);
         for (QDialog *const window : windows) {
             expectNothingClipped(*window);
         }
-        const QString theme = isDark ? QStringLiteral("dark") : QStringLiteral("light");
-        keepPicture(*windows.first(), QStringLiteral("%1.%2.%3").arg(QLatin1StringView(state.name), language, theme),
-                    QStringLiteral(QUILLMARK_GALLERY "/pictures"));
+        const QString theme = isDark ? "dark" : "light";
+        keepPicture(*windows.first(), QString("%1.%2.%3").arg(QLatin1StringView(state.name), qtText(language), theme),
+                    QUILLMARK_GALLERY "/pictures");
     }
 }
 
@@ -201,21 +201,21 @@ INSTANTIATE_TEST_SUITE_P(Of, Gallery, testing::Combine(testing::ValuesIn(kLangua
 
 TEST_F(WindowStates, SayNothingInEnglishToThoseWhoReadAnotherLanguage) {
     const QStringList names =
-        listOf({"Quillmark", "OK", "updateqm", "finderoverlaytool", "QuillmarkFS", "QuillmarkRuntime",
-                "QuillmarkContextMenu", "QuillmarkOverlay", "QuillmarkBackup"});
+        QStringList({"Quillmark", "OK", "updateqm", "finderoverlaytool", "QuillmarkFS", "QuillmarkRuntime",
+                     "QuillmarkContextMenu", "QuillmarkOverlay", "QuillmarkBackup"});
     for (const State &state : states()) {
         QStringList english;
-        for (const QDialog *const window : windowsOf(state, QStringLiteral("en"))) {
+        for (const QDialog *const window : windowsOf(state, "en")) {
             english << textsOf(*window);
         }
         for (const char *const other : kLanguages) {
             SCOPED_TRACE(std::string(state.name) + " in " + other);
             QStringList texts;
-            for (const QDialog *const window : windowsOf(state, QLatin1StringView(other))) {
+            for (const QDialog *const window : windowsOf(state, other)) {
                 texts << textsOf(*window);
             }
             ASSERT_EQ(texts.size(), english.size());
-            for (qsizetype index = 0; index < texts.size() && language != u"en"; ++index) {
+            for (qsizetype index = 0; index < texts.size() && language != "en"; ++index) {
                 EXPECT_TRUE(texts[index] != english[index] || names.contains(texts[index])) << qPrintable(texts[index]);
             }
         }

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "QtPrinters.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "platform/Platform.h"
-#include "support/QtPrinters.h"
 
 #include <QFontDatabase>
 #include <QImage>
@@ -17,17 +17,17 @@ inline const QColor kLogoColor(0xd0, 0x20, 0x20);
 inline Image plainLogo(int width, int height, const QColor &color = kLogoColor) {
     QImage image(width, height, QImage::Format_RGBA8888);
     image.fill(color);
-    return {QStringLiteral("/plain.bmp"), width, height,
-            QByteArray(reinterpret_cast<const char *>(image.constBits()), image.sizeInBytes())};
+    return {"/plain.bmp", width, height,
+            std::string(reinterpret_cast<const char *>(image.constBits()), static_cast<size_t>(image.sizeInBytes()))};
 }
 
 /// A header view with the built bundle's resources, in the font that the stored pictures were made with.
 class HeaderFixture : public testing::Test {
 protected:
     static void SetUpTestSuite() {
-        static const int font = QFontDatabase::addApplicationFont(QStringLiteral(QUILLMARK_TEST_FONT));
+        static const int font = QFontDatabase::addApplicationFont(QUILLMARK_TEST_FONT);
         ASSERT_GE(font, 0) << "can't read " QUILLMARK_TEST_FONT;
-        QFont::insertSubstitution(QStringLiteral("Lucida Grande"), QStringLiteral("DejaVu Sans"));
+        QFont::insertSubstitution("Lucida Grande", "DejaVu Sans");
     }
 
     QuillmarkHeaderView &view() {
@@ -53,16 +53,16 @@ protected:
 
     qreal scale() { return view().devicePixelRatioF(); }
 
-    static QString resource(const QString &name) { return QStringLiteral(QUILLMARK_APP "/Contents/Resources/") + name; }
+    static std::string resource(const std::string &name) { return QUILLMARK_APP "/Contents/Resources/" + name; }
 
     int width = 400;
-    qint32 accountBrand = 1;
-    qint32 configurationBrand = 0;
+    std::int32_t accountBrand = 1;
+    std::int32_t configurationBrand = 0;
     std::optional<Image> brandedLogo = plainLogo(50, 30);
-    std::vector<qint32> logosAskedFor;
-    HeaderBranding branding{resource(QString()), QStringLiteral("Quillmark"), [this] { return accountBrand; },
+    std::vector<std::int32_t> logosAskedFor;
+    HeaderBranding branding{resource(""), "Quillmark", [this] { return accountBrand; },
                             [this] { return configurationBrand; },
-                            [this](qint32 brand) {
+                            [this](std::int32_t brand) {
                                 logosAskedFor.push_back(brand);
                                 return brandedLogo;
                             }};

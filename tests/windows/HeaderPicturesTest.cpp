@@ -81,8 +81,8 @@ Image drawnLogo(const QSize &size) {
     painter.setPen(Qt::red);
     painter.drawRect(0, 0, size.width() - 1, size.height() - 1);
     painter.end();
-    return {QStringLiteral("/drawn.bmp"), size.width(), size.height(),
-            QByteArray(reinterpret_cast<const char *>(image.constBits()), image.sizeInBytes())};
+    return {"/drawn.bmp", size.width(), size.height(),
+            std::string(reinterpret_cast<const char *>(image.constBits()), static_cast<size_t>(image.sizeInBytes()))};
 }
 
 /// The largest difference between two pictures in any channel of any pixel; 256 when they differ in size.
@@ -109,8 +109,8 @@ protected:
         const Form &form = GetParam();
         width = form.width;
         (form.isWelcome ? configurationBrand : accountBrand) = form.brand;
-        branding.title = QString::fromUtf8(form.title);
-        const QString shipped = form.brand == 15 ? QStringLiteral("logo-15.bmp") : QStringLiteral("logo-1.bmp");
+        branding.title = form.title;
+        const std::string shipped = form.brand == 15 ? "logo-15.bmp" : "logo-1.bmp";
         brandedLogo = nativePlatform().images.load(resource(shipped));
         brandedLogo->name = shipped;
         view().setUseWelcomeBranding(form.isWelcome);
@@ -126,14 +126,14 @@ protected:
 } // namespace
 
 TEST_P(HeaderPictures, AreAsTheyWere) {
-    const QString name = QStringLiteral("/%1@%2x.png").arg(QLatin1StringView(GetParam().name)).arg(scale());
-    const QString storedPath = QStringLiteral(QUILLMARK_TEST_PICTURES) + name;
+    const QString name = QString("/%1@%2x.png").arg(QLatin1StringView(GetParam().name)).arg(scale());
+    const QString storedPath = QUILLMARK_TEST_PICTURES + name;
     const QImage drawn = draw().convertToFormat(QImage::Format_RGB888);
     if (qEnvironmentVariableIsSet("QUILLMARK_STORE_PICTURES")) {
         ASSERT_TRUE(drawn.save(storedPath)) << qPrintable(storedPath);
     }
     if (difference(drawn, QImage(storedPath)) > kTolerance) {
-        const QString folder = QStringLiteral(QUILLMARK_DRAWN_PICTURES);
+        const QString folder = QUILLMARK_DRAWN_PICTURES;
         QDir().mkpath(folder);
         EXPECT_TRUE(drawn.save(folder + name));
         ADD_FAILURE() << "is not " << qPrintable(storedPath) << "; see " << qPrintable(folder + name);

@@ -1,6 +1,7 @@
 // The header by numbers: in points, from the left and from below.
 
 #include "WindowsRunLoop.h"
+#include "branding/windows/QtText.h"
 #include "platform/Bundle.h"
 #include "platform/HeaderPicture.h"
 #include "platform/Images.h"
@@ -38,17 +39,16 @@ QRectF placeOf(const QColor &color, const QImage &image) {
             place.height() / scale};
 }
 
-QString storedAt(qreal scale, const char *name, const char *type) {
-    return QLatin1StringView(name) + (scale > 1 ? QStringLiteral("@2x.") : QStringLiteral(".")) +
-           QLatin1StringView(type);
+std::string storedAt(qreal scale, const char *name, const char *type) {
+    return std::string(name) + (scale > 1 ? "@2x." : ".") + type;
 }
 
 /// A folder with some of the resources.
 class Resources {
 public:
-    explicit Resources(HeaderBranding &branding) { branding.resourceFolder = m_folder.path(); }
+    explicit Resources(HeaderBranding &branding) { branding.resourceFolder = m_folder.path().toStdString(); }
     void copy(const char *from, const char *to) const {
-        ASSERT_TRUE(QFile::copy(QStringLiteral(QUILLMARK_APP "/Contents/Resources/") + QLatin1StringView(from),
+        ASSERT_TRUE(QFile::copy(QUILLMARK_APP "/Contents/Resources/" + QLatin1StringView(from),
                                 m_folder.filePath(QLatin1StringView(to))));
     }
     void write(const char *name, const QByteArray &contents) const {
@@ -169,7 +169,7 @@ TEST_F(HeaderView, TheOwnBrandHasNoLine) {
 // The title
 
 TEST_F(HeaderView, TheTitleStandsInItsRectangle) {
-    branding.title = QStringLiteral("MMÅg");
+    branding.title = "MMÅg";
     for (const qint32 brand : {7, 15}) {
         accountBrand = brand;
         const QRectF text = placeOf(brand == 15 ? Qt::white : Qt::black, draw());
@@ -185,14 +185,14 @@ TEST_F(HeaderView, TheTitleStandsInItsRectangle) {
 TEST_F(HeaderView, LettersOfAnotherFontStandOnTheSameLine) {
     accountBrand = 15;
     const QRect letter((QPointF(20, 0) * scale()).toPoint(), (QSizeF(15, 60) * scale()).toSize());
-    view().setTitle(QStringLiteral("M"));
+    view().setTitle("M");
     const QImage alone = draw().copy(letter);
-    view().setTitle(QStringLiteral("M確認"));
+    view().setTitle("M確認");
     EXPECT_EQ(draw().copy(letter), alone);
 }
 
 TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatTheOwnLogoIsDrawnWith) {
-    branding.title = QLatin1StringView(kLongTitle);
+    branding.title = kLongTitle;
     view().setLogoImage(plainLogo(200, 120));
     const QRectF text = placeOf(Qt::white, draw()); // up to 400 - 100 - 40 points wide
     EXPECT_LE(text.right(), 280);
@@ -200,7 +200,7 @@ TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatTheOwnLogoIsDrawnWith) {
 }
 
 TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatAnotherLogoWouldHaveUnscaledDeliberately) {
-    branding.title = QLatin1StringView(kLongTitle);
+    branding.title = kLongTitle;
     accountBrand = 15;
     brandedLogo = plainLogo(200, 120);
     const QRectF text = placeOf(Qt::white, draw()); // up to 400 - 200 - 40 points wide
@@ -209,7 +209,7 @@ TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatAnotherLogoWouldHaveUnscaledDel
 }
 
 TEST_F(HeaderView, TheTitleOfAResellersWelcomeHasTheWholeWidth) {
-    branding.title = QLatin1StringView(kLongTitle);
+    branding.title = kLongTitle;
     configurationBrand = 10001;
     view().setUseWelcomeBranding(true);
     const QRectF text = placeOf(Qt::black, draw()); // up to 400 - 40 points wide
@@ -218,7 +218,7 @@ TEST_F(HeaderView, TheTitleOfAResellersWelcomeHasTheWholeWidth) {
 }
 
 TEST_F(HeaderView, TheGenericTitleHasNoLimit) {
-    branding.title = QLatin1StringView(kLongTitle);
+    branding.title = kLongTitle;
     view().setUseGenericBranding(true);
     EXPECT_GT(placeOf(Qt::white, draw()).right(), 390);
 }
@@ -241,7 +241,7 @@ TEST_F(HeaderView, ATitleThatFitsIsNotCutOff) {
 }
 
 TEST_F(HeaderView, AnEmptyTitleLeavesNothing) {
-    branding.title = QString();
+    branding.title.clear();
     accountBrand = 15;
     EXPECT_TRUE(placeOf(Qt::white, draw()).isEmpty());
     view().setUseGenericBranding(true);
@@ -249,7 +249,7 @@ TEST_F(HeaderView, AnEmptyTitleLeavesNothing) {
 }
 
 TEST_F(HeaderView, TheLettersAreSixteenPixelsHighInEveryResolution) {
-    branding.title = QStringLiteral("M");
+    branding.title = "M";
     accountBrand = 15;
     const QRectF text = placeOf(Qt::white, draw());
     EXPECT_NEAR(text.height(), 0.73 * 16, 1); // a capital's height in this font
@@ -270,7 +270,7 @@ protected:
     QColor colorOf(char ground) {
         if (ground == 'o' || ground == 'r') {
             const char *name = ground == 'o' ? "appheade_bg" : "resellerheader_bg";
-            const QImage stored(resource(storedAt(scale(), name, "png")));
+            const QImage stored(qtText(resource(storedAt(scale(), name, "png"))));
             return stored.pixelColor(static_cast<int>(5 * scale()),
                                      stored.height() - 1 - static_cast<int>(5 * scale()));
         }
@@ -393,7 +393,7 @@ TEST_F(HeaderView, InAFrameWithoutAnyWidthNothingHappens) {
 }
 
 TEST_F(HeaderView, GroundsAreStretchedOverTheWholeWidth) {
-    const QImage stored(resource(QStringLiteral("appheade_bg.png")));
+    const QImage stored(qtText(resource("appheade_bg.png")));
     for (const int points : {300, 600, 1500}) {
         view().resize(points, 60);
         for (const auto &[x, there] : {std::pair{0.5, 0}, {points - 1.0, 599}}) {
@@ -407,17 +407,17 @@ TEST_F(HeaderView, GroundsAreStretchedOverTheWholeWidth) {
 
 TEST_F(HeaderView, PicturesAreDrawnPixelByPixelAtTheScreensResolution) {
     width = 600;
-    branding.title = QString();
+    branding.title.clear();
     view().setUseGenericBranding(true);
     const auto format = QImage::Format_RGB32;
-    const QString ground = resource(storedAt(scale(), "appheade_bg", "png"));
+    const QString ground = qtText(resource(storedAt(scale(), "appheade_bg", "png")));
     EXPECT_EQ(draw().convertToFormat(format), QImage(ground).convertToFormat(format));
 
     view().setUseGenericBranding(false);
     accountBrand = 15;
-    brandedLogo = nativePlatform().images.load(resource(QStringLiteral("logo-15.bmp")));
-    brandedLogo->name = QStringLiteral("logo-15.bmp");
-    QImage logo = QImage(resource(storedAt(scale(), "logo-15", "bmp"))).convertToFormat(format);
+    brandedLogo = nativePlatform().images.load(resource("logo-15.bmp"));
+    brandedLogo->name = "logo-15.bmp";
+    QImage logo = QImage(qtText(resource(storedAt(scale(), "logo-15", "bmp")))).convertToFormat(format);
     const QPointF corner(600 - 120 - 15, 8);
     QImage drawn = draw().copy(QRect((corner * scale()).toPoint(), logo.size())).convertToFormat(format);
     drawn.setDevicePixelRatio(1);
@@ -427,9 +427,9 @@ TEST_F(HeaderView, PicturesAreDrawnPixelByPixelAtTheScreensResolution) {
 
 TEST_F(HeaderView, ADownloadedLogoHasNoTwinOfDoubleResolution) {
     accountBrand = 15;
-    brandedLogo = nativePlatform().images.load(resource(QStringLiteral("logo-15.bmp")));
+    brandedLogo = nativePlatform().images.load(resource("logo-15.bmp"));
     const QImage withoutTwin = draw();
-    brandedLogo->name = QStringLiteral("logo-15.bmp");
+    brandedLogo->name = "logo-15.bmp";
     EXPECT_EQ(draw() == withoutTwin, scale() == 1);
 }
 
@@ -439,7 +439,7 @@ TEST_F(HeaderView, ATwinOfAnotherSizeIsNotTaken) {
     resources.copy("appheade_bg.png", "appheade_bg.png");
     resources.copy("appheader_logo@2x.png", "appheade_bg@2x.png");
     view().setUseGenericBranding(true);
-    const QColor stored = QImage(resource(QStringLiteral("appheade_bg.png"))).pixelColor(300, 10);
+    const QColor stored = QImage(qtText(resource("appheade_bg.png"))).pixelColor(300, 10);
     EXPECT_NEAR(at(300.5, 49.5).blue(), stored.blue(), 3);
 }
 
@@ -456,7 +456,7 @@ TEST_F(HeaderView, WithoutResourcesTheTitleStandsAlone) {
 }
 
 TEST_F(HeaderView, DamagedResourcesAreLeftOut) {
-    QFile whole(resource(QStringLiteral("appheade_bg.png")));
+    QFile whole(qtText(resource("appheade_bg.png")));
     ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
     for (const QByteArray &contents : {QByteArray(), QByteArray("no picture"), whole.readAll().first(60)}) {
         HeaderBranding damaged = branding;
@@ -477,7 +477,7 @@ TEST_F(HeaderView, DamagedResourcesAreLeftOut) {
 }
 
 TEST_F(HeaderView, ABrandWithoutALogoHasARectangleForTheTitleUpToTheMargin) {
-    branding.title = QLatin1StringView(kLongTitle);
+    branding.title = kLongTitle;
     accountBrand = 15;
     brandedLogo.reset();
     const QRectF text = placeOf(Qt::white, draw());
@@ -489,7 +489,7 @@ TEST_F(HeaderView, ALogoThatIsNoneIsLeftOut) {
     accountBrand = 15;
     brandedLogo.reset();
     const QImage without = draw();
-    const QByteArray tooShort(50 * 30 * 4 - 1, '\x7f');
+    const std::string tooShort(50 * 30 * 4 - 1, '\x7f');
     for (const Image &image :
          {Image{}, Image{{}, 50, 30, tooShort}, Image{{}, 0, 30, tooShort}, Image{{}, 50, 0, tooShort},
           Image{{}, -50, -30, tooShort}, Image{{}, INT_MAX, INT_MAX, tooShort}}) {
@@ -509,9 +509,9 @@ TEST_F(HeaderView, ATitleIsDrawnAnewEvenWhenItIsTheSame) {
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view()));
     drawings.count();
     EXPECT_EQ(drawings.count(), 0);
-    view().setTitle(QStringLiteral("Quillmark"));
+    view().setTitle("Quillmark");
     EXPECT_EQ(drawings.count(), 1);
-    view().setTitle(QStringLiteral("Welcome"));
+    view().setTitle("Welcome");
     EXPECT_EQ(drawings.count(), 1);
 }
 
@@ -553,32 +553,32 @@ TEST_F(HeaderView, TellsScreenReadersItsTitleAsAHeading) {
     QAccessibleInterface *heading = QAccessible::queryAccessibleInterface(&view());
     ASSERT_NE(heading, nullptr);
     EXPECT_EQ(heading->role(), QAccessible::Heading);
-    EXPECT_EQ(heading->text(QAccessible::Name), QStringLiteral("Quillmark"));
-    view().setTitle(QStringLiteral("Welcome & hello"));
-    EXPECT_EQ(heading->text(QAccessible::Name), QStringLiteral("Welcome & hello"));
+    EXPECT_EQ(heading->text(QAccessible::Name), "Quillmark");
+    view().setTitle("Welcome & hello");
+    EXPECT_EQ(heading->text(QAccessible::Name), "Welcome & hello");
 }
 
 // Off screen
 
 TEST_F(HeaderView, TheModuleDrawsWhatTheViewDraws) {
-    const auto bundle = nativeBundle(QStringLiteral(QUILLMARK_APP));
+    const auto bundle = nativeBundle(QUILLMARK_APP);
     HeaderPicture picture{.branding = branding, .logo = plainLogo(200, 120), .width = width, .scale = scale()};
-    QByteArray png;
-    QString obstacle;
-    ASSERT_TRUE(WindowModule(*bundle, windowsRunLoop()).drawHeader(picture, png, obstacle)) << qPrintable(obstacle);
+    std::string png;
+    std::string obstacle;
+    ASSERT_TRUE(WindowModule(*bundle, windowsRunLoop()).drawHeader(picture, png, obstacle)) << obstacle;
     view().setLogoImage(*picture.logo);
     const auto format = QImage::Format_RGB32;
-    EXPECT_EQ(QImage::fromData(png).convertToFormat(format), draw().convertToFormat(format));
+    EXPECT_EQ(QImage::fromData(QByteArray::fromStdString(png)).convertToFormat(format), draw().convertToFormat(format));
 }
 
 TEST_F(HeaderView, WithoutTheModuleNothingIsDrawnOffScreen) {
     const QTemporaryDir empty;
-    const auto bundle = nativeBundle(empty.path());
-    QByteArray png;
-    QString obstacle;
+    const auto bundle = nativeBundle(empty.path().toStdString());
+    std::string png;
+    std::string obstacle;
     EXPECT_FALSE(WindowModule(*bundle, windowsRunLoop()).drawHeader(HeaderPicture(), png, obstacle));
-    EXPECT_TRUE(obstacle.contains(QStringLiteral("libquillmark-windows.so"))) << qPrintable(obstacle);
-    EXPECT_TRUE(png.isEmpty());
+    EXPECT_TRUE(obstacle.find("libquillmark-windows.so") != std::string::npos) << obstacle;
+    EXPECT_TRUE(png.empty());
 }
 
 } // namespace quillmark::test

@@ -6,7 +6,7 @@ namespace {
 
 /// A screen of 1024 by 768 points without a display, in the format of Qt's platform plug-in.
 QByteArray smallScreen(int scale) {
-    return QStringLiteral(R"({"screens": [{"name": "small", "x": 0, "y": 0, "width": %1, "height": %2,
+    return QString(R"({"screens": [{"name": "small", "x": 0, "y": 0, "width": %1, "height": %2,
                               "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})")
         .arg(1024 * scale)
         .arg(768 * scale)

@@ -1,6 +1,7 @@
 #include "branding/windows/AlertDialog.h"
 
 #include "branding/windows/AlertParts.h"
+#include "branding/windows/QtText.h"
 #include "platform/Alerts.h"
 
 #include <QAccessible>
@@ -41,10 +42,11 @@ AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon, QWidg
                           Qt::WindowCloseButtonHint),
       m_escapeButton(alert.escapeButton.value_or(alert.lastButton())) {
     setObjectName(QStringLiteral("alert"));
-    setWindowTitle(alert.windowTitle);
+    setWindowTitle(qtText(alert.windowTitle));
     setWindowIcon(icon);
     // Its accessible name is the title; a screen reader reads this beside it when the window appears.
-    setAccessibleDescription(QStringList{alert.messageText, alert.informativeText}.join(u' ').trimmed());
+    setAccessibleDescription(
+        QStringList{qtText(alert.messageText), qtText(alert.informativeText)}.join(u' ').trimmed());
 
     // A layout that stands in the window makes what is added to it the window's child at once, and the order of the
     // children is the order in which assistive programs read them.
@@ -62,25 +64,29 @@ AlertDialog::AlertDialog(const AlertDescription &alert, const QIcon &icon, QWidg
     auto *const lower = new QHBoxLayout;
     lower->setSpacing(kBetweenButtons);
     all->addLayout(lower);
-    addButtons(*lower, alert.buttons);
+    QStringList titles;
+    for (const std::string &title : alert.buttons) {
+        titles << qtText(title);
+    }
+    addButtons(*lower, titles);
 }
 
 void AlertDialog::addTexts(QBoxLayout &layout, const AlertDescription &alert) {
     layout.setSpacing(kTextSpacing);
-    auto *const message = new AlertText(alert.messageText);
+    auto *const message = new AlertText(qtText(alert.messageText));
     message->setObjectName(QStringLiteral("messageText"));
     QFont bold;
     bold.setBold(true);
     message->setFont(bold);
     layout.addWidget(message);
-    if (!alert.informativeText.isEmpty()) {
-        auto *const informative = new AlertText(alert.informativeText);
+    if (!alert.informativeText.empty()) {
+        auto *const informative = new AlertText(qtText(alert.informativeText));
         informative->setObjectName(QStringLiteral("informativeText"));
         layout.addWidget(informative);
     }
-    if (!alert.suppressionText.isEmpty()) {
+    if (!alert.suppressionText.empty()) {
         layout.addSpacing(kAboveSuppression);
-        addSuppression(layout, alert.suppressionText);
+        addSuppression(layout, qtText(alert.suppressionText));
     }
     layout.addStretch(1);
 }

@@ -1,5 +1,6 @@
 #include "branding/windows/HeaderImage.h"
 
+#include "branding/windows/QtText.h"
 #include "platform/Images.h"
 
 #include <QFileInfo>
@@ -20,10 +21,10 @@ QImage readImage(const QString &path) {
 QImage imageOf(const Image &image) {
     constexpr qsizetype kBytesPerPixel = 4;
     const qsizetype bytesPerLine = image.width * kBytesPerPixel;
-    if (image.width < 1 || image.height < 1 || image.rgba.size() / bytesPerLine < image.height) {
+    if (image.width < 1 || image.height < 1 || std::ssize(image.rgba) / bytesPerLine < image.height) {
         return {};
     }
-    const auto *pixels = reinterpret_cast<const uchar *>(image.rgba.constData());
+    const auto *pixels = reinterpret_cast<const uchar *>(image.rgba.data());
     return QImage(pixels, image.width, image.height, bytesPerLine, QImage::Format_RGBA8888).convertToFormat(kFormat);
 }
 
@@ -32,8 +33,8 @@ QImage imageOf(const Image &image) {
 HeaderImage::HeaderImage(const QString &path) : m_ordinary(readImage(path)) { readTwin(path); }
 
 HeaderImage::HeaderImage(const Image &image, const QString &resourceFolder) : m_ordinary(imageOf(image)) {
-    if (!image.name.isEmpty() && !image.name.contains(u'/')) {
-        readTwin(resourceFolder + u'/' + image.name);
+    if (!image.name.empty() && image.name.find('/') == std::string::npos) {
+        readTwin(resourceFolder + u'/' + qtText(image.name));
     }
 }
 

@@ -1,5 +1,7 @@
 #include "branding/windows/QuillmarkHeaderView.h"
 
+#include "branding/windows/QtText.h"
+
 #include <QAccessibleWidget>
 #include <QFontMetricsF>
 #include <QPainter>
@@ -52,12 +54,12 @@ QAccessibleInterface *accessibleHeader(const QString & /*className*/, QObject *o
 
 QuillmarkHeaderView::QuillmarkHeaderView(HeaderBranding branding, QWidget *parent)
     : QWidget(parent), m_branding(std::move(branding)), m_font(titleFont()),
-      m_bkgImage(m_branding.resourceFolder + u'/' + QLatin1StringView(kBkgImage)),
-      m_resellerBkgImage(m_branding.resourceFolder + u'/' + QLatin1StringView(kResellerBkgImage)),
-      m_logoImage(m_branding.resourceFolder + u'/' + QLatin1StringView(kLogoImage)) {
+      m_bkgImage(qtText(m_branding.resourceFolder) + u'/' + QLatin1StringView(kBkgImage)),
+      m_resellerBkgImage(qtText(m_branding.resourceFolder) + u'/' + QLatin1StringView(kResellerBkgImage)),
+      m_logoImage(qtText(m_branding.resourceFolder) + u'/' + QLatin1StringView(kLogoImage)) {
     QAccessible::installFactory(accessibleHeader);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setTitle(m_branding.title);
+    setTitle(qtText(m_branding.title));
 }
 
 QSize QuillmarkHeaderView::sizeHint() const { return {600, kHeight}; }
@@ -72,7 +74,7 @@ void QuillmarkHeaderView::setTitle(const QString &title) {
 }
 
 void QuillmarkHeaderView::setLogoImage(const Image &image) {
-    m_logoImage = HeaderImage(image, m_branding.resourceFolder);
+    m_logoImage = HeaderImage(image, qtText(m_branding.resourceFolder));
     if (window()->isVisible()) {
         update();
     }
@@ -141,7 +143,7 @@ void QuillmarkHeaderView::drawOwnBrand(QPainter &painter) const {
 
 void QuillmarkHeaderView::drawOtherBrand(QPainter &painter, qint32 brand) const {
     const std::optional<Image> image = m_branding.brandedLogo(brand);
-    const HeaderImage logo = image ? HeaderImage(*image, m_branding.resourceFolder) : HeaderImage();
+    const HeaderImage logo = image ? HeaderImage(*image, qtText(m_branding.resourceFolder)) : HeaderImage();
     if (brand > kLargestOwnBrand) {
         drawResellerBkgImage(painter);
     } else {

@@ -1,6 +1,7 @@
 #include "installcheck/windows/CheckWindow.h"
 
 #include "branding/windows/AlertDialog.h"
+#include "branding/windows/QtText.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "installcheck/windows/InterfaceFile.h"
 #include "platform/Alerts.h"
@@ -98,7 +99,7 @@ std::unique_ptr<CheckWindow> CheckWindow::load(const QString &interfaceFile, con
         return nullptr;
     }
     std::unique_ptr<CheckWindow> checkWindow(new CheckWindow(window, icon, owner, problems));
-    checkWindow->m_faultIcon = QIcon(branding.resourceFolder + QStringLiteral("/fault.png"));
+    checkWindow->m_faultIcon = QIcon(qtText(branding.resourceFolder) + QStringLiteral("/fault.png"));
     return checkWindow;
 }
 
@@ -204,7 +205,8 @@ bool CheckWindow::eventFilter(QObject *watched, QEvent *event) {
     return QObject::eventFilter(watched, event);
 }
 
-void CheckWindow::setText(Outlet outlet, const QString &text) {
+void CheckWindow::setText(Outlet outlet, const std::string &newText) {
+    const QString text = qtText(newText);
     switch (outlet) {
     case Outlet::Header:
         if (m_header != nullptr) {
@@ -275,17 +277,17 @@ void CheckWindow::makeInstallButtonDefault() {
     }
 }
 
-void CheckWindow::setFaults(const QList<Fault> &faults) {
+void CheckWindow::setFaults(const std::vector<Fault> &faults) {
     if (m_faults == nullptr) {
         return;
     }
     m_faults->clear();
     for (const Fault &fault : faults) {
-        auto *const line = new QTreeWidgetItem(m_faults, {fault.name, fault.status});
+        auto *const line = new QTreeWidgetItem(m_faults, {qtText(fault.name), qtText(fault.status)});
         line->setIcon(kNameColumn, m_faultIcon);
-        line->setToolTip(kNameColumn, fault.name); // a long one is cut off
+        line->setToolTip(kNameColumn, qtText(fault.name)); // a long one is cut off
     }
-    m_faults->setVisible(!faults.isEmpty());
+    m_faults->setVisible(!faults.empty());
 }
 
 int CheckWindow::heightOfLines(int count) const {

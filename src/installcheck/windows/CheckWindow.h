@@ -32,11 +32,11 @@ public:
     static std::unique_ptr<CheckWindow> load(const QString &interfaceFile, const HeaderBranding &branding,
                                              const QIcon &icon, Owner &owner, QStringList &problems);
 
-    void setText(Outlet outlet, const QString &text) override;
+    void setText(Outlet outlet, const std::string &text) override;
     void useWelcomeBranding() override;
     void setHeaderLogo(const Image &image) override;
     void makeInstallButtonDefault() override;
-    void setFaults(const QList<Fault> &faults) override;
+    void setFaults(const std::vector<Fault> &faults) override;
     void bringToFront() override;
     void beginProgressSheet() override;
     void endProgressSheet() override;

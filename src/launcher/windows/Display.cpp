@@ -36,9 +36,9 @@ bool tryDisplay() {
     return application != nullptr;
 }
 
-bool openDisplay(const QString &program, QString &obstacle) {
+bool openDisplay(const QString &program, std::string &obstacle) {
     if (QCoreApplication *existing = QCoreApplication::instance(); existing != nullptr) {
-        obstacle = QStringLiteral("the process has an application without windows");
+        obstacle = "the process has an application without windows";
         return qobject_cast<QApplication *>(existing) != nullptr;
     }
     qInstallMessageHandler(tellFailuresAlone);

@@ -1,4 +1,5 @@
 #include "branding/windows/HeaderDrawing.h"
+#include "branding/windows/QtText.h"
 #include "installcheck/windows/CheckWindow.h"
 #include "launcher/windows/Alerts.h"
 #include "launcher/windows/Display.h"
@@ -25,9 +26,13 @@ public:
     Alerts &alerts() override { return m_alerts; }
     void turn() override { QEventLoop().processEvents(QEventLoop::WaitForMoreEvents); }
     void run() override { QCoreApplication::exec(); }
-    CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
-                                     CheckWindowView::Owner &owner, QStringList &problems) override {
-        m_checkWindow = CheckWindow::load(interfaceFile, branding, m_alerts.icon(), owner, problems);
+    CheckWindowView *loadCheckWindow(const std::string &interfaceFile, const HeaderBranding &branding,
+                                     CheckWindowView::Owner &owner, std::vector<std::string> &problems) override {
+        QStringList found;
+        m_checkWindow = CheckWindow::load(qtText(interfaceFile), branding, m_alerts.icon(), owner, found);
+        for (const QString &problem : found) {
+            problems.push_back(problem.toStdString());
+        }
         return m_checkWindow.get();
     }
 
@@ -49,25 +54,26 @@ QString bundleName(const QString &resourceFolder) {
 extern "C" Q_DECL_EXPORT bool quillmarkTryDisplay() { return quillmark::tryDisplay(); }
 
 extern "C" Q_DECL_EXPORT quillmark::Windows *
-quillmarkOpenWindows(const QString &resourceFolder, quillmark::OtherEvents &otherEvents, QString &obstacle) {
-    if (!quillmark::openDisplay(quillmark::bundleName(resourceFolder), obstacle)) {
+quillmarkOpenWindows(const std::string &resourceFolder, quillmark::OtherEvents &otherEvents, std::string &obstacle) {
+    const QString folder = quillmark::qtText(resourceFolder);
+    if (!quillmark::openDisplay(quillmark::bundleName(folder), obstacle)) {
         return nullptr;
     }
     // Never destroyed, like the application it belongs to.
-    static auto *const windows = new quillmark::DialogWindows(resourceFolder, otherEvents);
+    static auto *const windows = new quillmark::DialogWindows(folder, otherEvents);
     return windows;
 }
 
-extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture &picture, QByteArray &png,
-                                                  QString &obstacle) {
-    if (!quillmark::openDisplay(quillmark::bundleName(picture.branding.resourceFolder), obstacle)) {
+extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture &picture, std::string &png,
+                                                  std::string &obstacle) {
+    if (!quillmark::openDisplay(quillmark::bundleName(quillmark::qtText(picture.branding.resourceFolder)), obstacle)) {
         return false;
     }
-    png = quillmark::drawnHeader(picture);
-    if (png.isEmpty()) {
-        obstacle = QStringLiteral("there is not enough memory for the picture");
+    png = quillmark::drawnHeader(picture).toStdString();
+    if (png.empty()) {
+        obstacle = "there is not enough memory for the picture";
     }
-    return !png.isEmpty();
+    return !png.empty();
 }
 
 static_assert(std::is_same_v<decltype(quillmarkTryDisplay), quillmark::QuillmarkTryDisplay>);

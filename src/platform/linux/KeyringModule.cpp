@@ -30,7 +30,7 @@ Keychain *KeyringModule::open() {
         if (auto *const openKeyring = reinterpret_cast<QuillmarkOpenKeyring *>(symbol)) {
             m_keyring = openKeyring();
         } else {
-            reportProblem(QString::fromStdString("The keyring can't be asked: " + obstacle));
+            reportProblem("The keyring can't be asked: " + obstacle);
         }
     });
     return m_keyring;

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxAlerts.h"
 
 #include "platform/Problem.h"
+#include "platform/WhiteSpace.h"
 #include "platform/linux/WindowModule.h"
 
 #include <cstdio>
@@ -8,14 +9,13 @@
 namespace quillmark {
 
 AlertAnswer LinuxAlerts::runModal(const AlertDescription &alert) {
-    QString obstacle;
+    std::string obstacle;
     if (Windows *windows = m_windowModule.open(obstacle); windows != nullptr) {
         return windows->alerts().runModal(alert);
     }
-    reportProblem(QStringLiteral("The alert \"%1\" could not be shown: %2").arg(alert.messageText, obstacle));
-    const QString line = QStringLiteral("%1: %2 %3").arg(alert.windowTitle, alert.messageText, alert.informativeText);
-    const QByteArray bytes = line.simplified().toUtf8() + '\n';
-    std::fputs(bytes.constData(), stderr);
+    reportProblem("The alert \"" + alert.messageText + "\" could not be shown: " + obstacle);
+    const std::string line = alert.windowTitle + ": " + alert.messageText + ' ' + alert.informativeText;
+    std::fputs((simplified(line) + '\n').c_str(), stderr);
     return {alert.lastButton(), false};
 }
 

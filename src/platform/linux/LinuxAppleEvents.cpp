@@ -51,16 +51,16 @@ std::int32_t LinuxAppleEvents::sendMessage(const Event &event) {
     }
     const std::string &identifier = quitEvent->bundleIdentifier();
     // The file manager may be in the middle of a copy: where it can be asked, it sees to that.
-    const bool isAsked = QString::fromStdString(identifier) == kFinderIdentifier
-                             ? m_sessionBus.activateQuitOfOwner(kFileManagerName)
-                             : m_sessionBus.activateQuit(identifier);
+    const bool isAsked = identifier == kFinderIdentifier ? m_sessionBus.activateQuitOfOwner(kFileManagerName)
+                                                         : m_sessionBus.activateQuit(identifier);
     if (isAsked) {
         return 0;
     }
     bool isSent = false;
-    for (const QVariantMap &record : m_workspace.launchedApplications()) {
-        if (record.value(kApplicationBundleIdentifier).toString().toStdString() == identifier) {
-            isSent = ::kill(record.value(kApplicationProcessIdentifier).toInt(), SIGTERM) == 0 || isSent;
+    for (const Dictionary &record : m_workspace.launchedApplications()) {
+        if (valueOf(record, kApplicationBundleIdentifier) == identifier) {
+            const auto *process = valueOf(record, kApplicationProcessIdentifier).as<std::int64_t>();
+            isSent = (process != nullptr && ::kill(static_cast<pid_t>(*process), SIGTERM) == 0) || isSent;
         }
     }
     return isSent ? 0 : kApplicationNotFound;

@@ -122,9 +122,8 @@ private:
         const int error = ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
         ::posix_spawn_file_actions_destroy(&actions);
         if (error != 0) {
-            reportProblem(QStringLiteral("\"%1\" can't be started: %2")
-                              .arg(QString::fromUtf8(arguments[0]),
-                                   QString::fromStdString(std::generic_category().message(error))));
+            reportProblem('"' + std::string(arguments[0]) +
+                          "\" can't be started: " + std::generic_category().message(error));
         }
         return error == 0 ? process : 0;
     }
@@ -216,8 +215,7 @@ private:
 } // namespace
 
 std::int32_t LinuxAuthorization::create(std::unique_ptr<Reference> &reference) {
-    const QString helper = helpersFolder(m_bundle.path()) + QStringLiteral("/quillmark-root-helper");
-    reference = std::make_unique<HelperReference>(helper.toStdString());
+    reference = std::make_unique<HelperReference>(helpersFolder(m_bundle.path()) + "/quillmark-root-helper");
     return 0;
 }
 

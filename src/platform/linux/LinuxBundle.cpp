@@ -1,94 +1,110 @@
 #include "platform/linux/LinuxBundle.h"
 
+#include "platform/EnvironmentVariable.h"
+#include "platform/Pieces.h"
 #include "platform/PropertyList.h"
-#include "platform/QtText.h"
 #include "platform/linux/ExecutablePath.h"
 
-#include <QFile>
+#include <algorithm>
+#include <strings.h>
 #include <unistd.h>
 
 namespace quillmark {
 
-LinuxBundle::LinuxBundle(QString path, QStringList languages, const PropertyList &propertyList)
+namespace {
+
+bool isNamedAsBundle(const std::string &path) {
+    constexpr std::string_view kEnding = ".app";
+    return path.size() >= kEnding.size() &&
+           ::strcasecmp(path.c_str() + path.size() - kEnding.size(), kEnding.data()) == 0;
+}
+
+} // namespace
+
+LinuxBundle::LinuxBundle(std::string path, std::vector<std::string> languages, const PropertyList &propertyList)
     : m_path(std::move(path)), m_languages(std::move(languages)), m_propertyList(propertyList) {
-    while (m_path.size() > 1 && m_path.endsWith(u'/')) {
-        m_path.chop(1);
+    while (m_path.size() > 1 && m_path.ends_with('/')) {
+        m_path.pop_back();
     }
-    m_resourcePath =
-        m_path.endsWith(u".app", Qt::CaseInsensitive) ? m_path + QStringLiteral("/Contents/Resources") : m_path;
+    m_resourcePath = isNamedAsBundle(m_path) ? m_path + "/Contents/Resources" : m_path;
 }
 
-QString LinuxBundle::pathForResource(const QString &name, const QString &type) const {
-    if (name.isEmpty()) {
-        return {};
+std::optional<std::string> LinuxBundle::pathForResource(std::string_view name, std::string_view type) const {
+    if (name.empty()) {
+        return std::nullopt;
     }
-    const QString path = m_resourcePath + u'/' + name + (type.isEmpty() ? QString() : u'.' + type);
-    return ::access(QFile::encodeName(path).constData(), F_OK) == 0 ? path : QString();
+    std::string path = m_resourcePath + '/' + std::string(name);
+    if (!type.empty()) {
+        path.append(".").append(type);
+    }
+    return ::access(path.c_str(), F_OK) == 0 ? std::optional(path) : std::nullopt;
 }
 
-QVariantMap LinuxBundle::infoDictionary() const {
+Dictionary LinuxBundle::infoDictionary() const {
     const std::scoped_lock lock(m_mutex);
     if (!m_information) {
-        m_information = m_propertyList.readDictionary(m_path + QStringLiteral("/Contents/Info.plist"));
+        m_information = m_propertyList.readDictionary(m_path + "/Contents/Info.plist");
     }
     return *m_information;
 }
 
-QString LinuxBundle::localizedString(const QString &key) const {
+std::string LinuxBundle::localizedString(std::string_view key) const {
     const std::scoped_lock lock(m_mutex);
     if (!m_strings) {
         m_strings = readStringTable();
     }
-    const QVariant text = m_strings->value(key);
-    return text.typeId() == QMetaType::QString ? text.toString() : key;
+    return valueOf(*m_strings, key).text().value_or(std::string(key));
 }
 
-QVariantMap LinuxBundle::readStringTable() const {
-    const QStringList languages = m_languages + QStringList{QStringLiteral("en")};
-    for (const QString &language : languages) {
-        QVariantMap table = m_propertyList.readDictionary(m_resourcePath + u'/' + language +
-                                                          QStringLiteral(".lproj/Localizable.strings"));
-        if (!table.isEmpty()) {
+Dictionary LinuxBundle::readStringTable() const {
+    std::vector<std::string> languages = m_languages;
+    languages.emplace_back("en");
+    for (const std::string &language : languages) {
+        Dictionary table =
+            m_propertyList.readDictionary(m_resourcePath + '/' + language + ".lproj/Localizable.strings");
+        if (!table.empty()) {
             return table;
         }
     }
     return {};
 }
 
-QString LinuxBundle::pathOfRunningBundle() {
-    const QString executable = qtText(executablePath());
-    const auto parent = [](const QString &path) { return path.left(path.lastIndexOf(u'/')); };
-    for (QString folder = parent(executable); !folder.isEmpty(); folder = parent(folder)) {
-        if (folder.endsWith(u".app")) {
+std::string LinuxBundle::pathOfRunningBundle() {
+    const std::string executable = executablePath().value_or("");
+    const auto parent = [](const std::string &path) { return path.substr(0, path.rfind('/')); };
+    for (std::string folder = parent(executable); !folder.empty(); folder = parent(folder)) {
+        if (folder.ends_with(".app")) {
             return folder;
         }
     }
     return parent(executable);
 }
 
-QStringList LinuxBundle::preferredLanguages() {
-    const auto locale = [] {
-        for (const char *variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-            if (QString value = qEnvironmentVariable(variable); !value.isEmpty()) {
-                return value;
-            }
+std::vector<std::string> LinuxBundle::preferredLanguages() {
+    std::string locale;
+    for (const char *name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (locale = environmentVariable(name); !locale.empty()) {
+            break;
         }
-        return QString();
-    }();
-    const QString language = locale.section(u'.', 0, 0).section(u'@', 0, 0);
-    if (language.isEmpty() || language == u"C" || language == u"POSIX") {
+    }
+    const std::string language = locale.substr(0, locale.find_first_of(".@"));
+    if (language.empty() || language == "C" || language == "POSIX") {
         return {};
     }
-    const QStringList wantedLanguages =
-        qEnvironmentVariable("LANGUAGE").split(u':', Qt::SkipEmptyParts) + QStringList{language};
-    QStringList languages;
-    for (const QString &wanted : wantedLanguages) {
+    std::vector<std::string> languages;
+    const auto add = [&languages](std::string_view name) {
+        if (std::find(languages.begin(), languages.end(), name) == languages.end()) {
+            languages.emplace_back(name);
+        }
+    };
+    const std::string wantedLanguages = environmentVariable("LANGUAGE") + ':' + language;
+    for (const std::string_view wanted : pieces(wantedLanguages, ':')) {
         // A name with a slash would lead out of the resources folder.
-        if (!wanted.contains(u'/')) {
-            languages << wanted << wanted.section(u'_', 0, 0);
+        if (!wanted.empty() && wanted.find('/') == std::string_view::npos) {
+            add(wanted);
+            add(wanted.substr(0, wanted.find('_')));
         }
     }
-    languages.removeDuplicates();
     return languages;
 }
 

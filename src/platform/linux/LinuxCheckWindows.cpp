@@ -5,22 +5,26 @@
 
 namespace quillmark {
 
+namespace {
+
+const std::string kNotShown = "The check window could not be shown: ";
+
+} // namespace
+
 void LinuxCheckWindows::prepare() { m_windowModule.prepare(); }
 
-CheckWindowView *LinuxCheckWindows::load(const QString &interfaceFile, const HeaderBranding &branding,
+CheckWindowView *LinuxCheckWindows::load(const std::string &interfaceFile, const HeaderBranding &branding,
                                          CheckWindowView::Owner &owner) {
-    QString obstacle;
+    std::string obstacle;
     Windows *const windows = m_windowModule.open(obstacle);
     if (windows == nullptr) {
-        reportProblem(QStringLiteral("The check window could not be shown: %1").arg(obstacle));
+        reportProblem(kNotShown + obstacle);
         return nullptr;
     }
-    QStringList problems;
+    std::vector<std::string> problems;
     CheckWindowView *const window = windows->loadCheckWindow(interfaceFile, branding, owner, problems);
-    const QString sentence = window != nullptr ? QStringLiteral("The check window is incomplete: %1")
-                                               : QStringLiteral("The check window could not be shown: %1");
-    for (const QString &problem : problems) {
-        reportProblem(sentence.arg(problem));
+    for (const std::string &problem : problems) {
+        reportProblem((window != nullptr ? "The check window is incomplete: " : kNotShown) + problem);
     }
     return window;
 }

@@ -2,6 +2,8 @@
 
 #include "platform/CheckWindowView.h"
 
+#include <string>
+
 namespace quillmark {
 
 class WindowModule;
@@ -11,7 +13,7 @@ class LinuxCheckWindows final : public CheckWindows {
 public:
     explicit LinuxCheckWindows(WindowModule &windowModule) : m_windowModule(windowModule) {}
     void prepare() override;
-    CheckWindowView *load(const QString &interfaceFile, const HeaderBranding &branding,
+    CheckWindowView *load(const std::string &interfaceFile, const HeaderBranding &branding,
                           CheckWindowView::Owner &owner) override;
 
 private:

@@ -36,30 +36,30 @@ void *resizedBlock(void *block, size_t size) {
 
 namespace quillmark {
 
-std::optional<Image> decodeImage(const QByteArray &bytes, const QString &name) {
+std::optional<Image> decodeImage(const std::string &bytes, const std::string &name) {
     constexpr int kChannels = 4;
-    if (bytes.isEmpty() || bytes.size() > INT_MAX) {
+    if (bytes.empty() || bytes.size() > INT_MAX) {
         return std::nullopt;
     }
     int width = 0;
     int height = 0;
-    stbi_uc *pixels = stbi_load_from_memory(reinterpret_cast<const stbi_uc *>(bytes.constData()), // NOLINT: bytes
+    stbi_uc *pixels = stbi_load_from_memory(reinterpret_cast<const stbi_uc *>(bytes.data()), // NOLINT: bytes
                                             static_cast<int>(bytes.size()), &width, &height, nullptr, kChannels);
     if (pixels == nullptr || width < 1 || height < 1) { // a bitmap without rows is decoded, too
         stbi_image_free(pixels);
         return std::nullopt;
     }
     Image image{name, width, height, {}};
-    image.rgba = QByteArray(reinterpret_cast<const char *>(pixels), // NOLINT: bytes
-                            static_cast<qsizetype>(width) * height * kChannels);
+    image.rgba.assign(reinterpret_cast<const char *>(pixels), // NOLINT: bytes
+                      static_cast<size_t>(width) * static_cast<size_t>(height) * kChannels);
     stbi_image_free(pixels);
     return image;
 }
 
-std::optional<Image> LinuxImages::load(const QString &path) const {
-    constexpr qint64 kMaximumFileSize = 64LL << 20; // what 4096 by 4096 pixels take
+std::optional<Image> LinuxImages::load(const std::string &path) const {
+    constexpr std::int64_t kMaximumFileSize = 64LL << 20; // what 4096 by 4096 pixels take
     auto contents = readRegularFile(path, kMaximumFileSize);
-    const auto *bytes = std::get_if<QByteArray>(&contents);
+    const auto *bytes = std::get_if<std::string>(&contents);
     return bytes != nullptr ? decodeImage(*bytes, path) : std::nullopt;
 }
 

@@ -8,9 +8,9 @@ void LinuxMainThread::serve(std::vector<Input> inputs) {
     std::this_thread::get_id() == m_thread ? m_runLoop.serve(inputs) : serveAlone(std::move(inputs));
 }
 
-void LinuxMainThread::detachNewThread(const QString &name, std::function<void()> body) {
+void LinuxMainThread::detachNewThread(const std::string &name, std::function<void()> body) {
     std::thread([name, body = std::move(body)] {
-        nameCurrentThread(name.toStdString());
+        nameCurrentThread(name);
         body();
     }).detach();
 }

@@ -15,7 +15,7 @@ public:
     void post(std::function<void()> call) override { m_runLoop.post(std::move(call)); }
     void runOnce() override { m_runLoop.turn(); }
     void serve(std::vector<Input> inputs) override;
-    void detachNewThread(const QString &name, std::function<void()> body) override;
+    void detachNewThread(const std::string &name, std::function<void()> body) override;
 
 private:
     const std::thread::id m_thread = std::this_thread::get_id();

@@ -24,12 +24,12 @@ namespace quillmark {
 
 namespace {
 
-QString preferenceFile(const Bundle &bundle) {
-    QString identifier = bundle.infoDictionary().value(QStringLiteral("CFBundleIdentifier")).toString();
-    if (identifier.isEmpty() || identifier.contains(u'/')) {
-        identifier = QStringLiteral("com.quillmark.QuillmarkLauncher");
+std::string preferenceFile(const Bundle &bundle) {
+    std::string identifier = valueOf(bundle.infoDictionary(), "CFBundleIdentifier").text().value_or("");
+    if (identifier.empty() || identifier.find('/') != std::string::npos) {
+        identifier = "com.quillmark.QuillmarkLauncher";
     }
-    return appendingPathComponent(qtText(homeFolder()), QStringLiteral("Library/Preferences/%1.plist").arg(identifier));
+    return appendingPathComponent(homeFolder(), "Library/Preferences/" + identifier + ".plist");
 }
 
 struct LinuxBackends {
@@ -65,7 +65,7 @@ const Platform &nativePlatform() {
     return backends->platform;
 }
 
-std::unique_ptr<Bundle> nativeBundle(const QString &path) {
+std::unique_ptr<Bundle> nativeBundle(const std::string &path) {
     return std::make_unique<LinuxBundle>(path, LinuxBundle::preferredLanguages(), nativePlatform().propertyList);
 }
 

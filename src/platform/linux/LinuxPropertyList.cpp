@@ -2,13 +2,13 @@
 
 namespace quillmark {
 
-QVariant LinuxPropertyList::parse(QByteArray document) const {
-    if (document.startsWith("bplist")) {
+Value LinuxPropertyList::parse(std::string document) const {
+    if (document.starts_with("bplist")) {
         return parseBinaryPropertyList(document);
     }
     return parseXmlPropertyList(std::move(document));
 }
 
-std::optional<QByteArray> LinuxPropertyList::toXml(const QVariant &value) const { return writeXmlPropertyList(value); }
+std::optional<std::string> LinuxPropertyList::toXml(const Value &value) const { return writeXmlPropertyList(value); }
 
 } // namespace quillmark

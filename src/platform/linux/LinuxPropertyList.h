@@ -6,13 +6,13 @@ namespace quillmark {
 
 class LinuxPropertyList final : public PropertyList {
 public:
-    QVariant parse(QByteArray document) const override;
-    std::optional<QByteArray> toXml(const QVariant &value) const override;
+    Value parse(std::string document) const override;
+    std::optional<std::string> toXml(const Value &value) const override;
 };
 
 /// The two readers behind parse(), and the writer.
-QVariant parseXmlPropertyList(QByteArray document);
-QVariant parseBinaryPropertyList(const QByteArray &document);
-std::optional<QByteArray> writeXmlPropertyList(const QVariant &value);
+Value parseXmlPropertyList(std::string document);
+Value parseBinaryPropertyList(const std::string &document);
+std::optional<std::string> writeXmlPropertyList(const Value &value);
 
 } // namespace quillmark

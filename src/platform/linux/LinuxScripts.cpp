@@ -12,7 +12,7 @@ public:
 
 } // namespace
 
-std::unique_ptr<Scripts::Script> LinuxScripts::scriptWithSource(const QString & /*source*/) {
+std::unique_ptr<Scripts::Script> LinuxScripts::scriptWithSource(const std::string & /*source*/) {
     return std::make_unique<NoScript>();
 }
 

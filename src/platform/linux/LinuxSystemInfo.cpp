@@ -5,10 +5,12 @@
 #include "platform/linux/ExecutablePath.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
+#include <memory>
 #include <netdb.h>
 #include <string_view>
 #include <sys/socket.h>
@@ -62,9 +64,8 @@ std::uint32_t LinuxSystemInfo::currentThreadNumber() const {
 }
 
 SystemVersion LinuxSystemInfo::systemVersion() const {
-    const QVariantMap description =
-        m_propertyList.readDictionary(QStringLiteral("/System/Library/CoreServices/SystemVersion.plist"));
-    const std::string text = description.value(QStringLiteral("ProductVersion")).toString().toStdString();
+    const Dictionary description = m_propertyList.readDictionary("/System/Library/CoreServices/SystemVersion.plist");
+    const std::string text = valueOf(description, "ProductVersion").text().value_or("");
     struct utsname kernel {};
     if (!text.empty() || ::uname(&kernel) != 0) {
         return systemVersionIn(text);
@@ -113,11 +114,11 @@ std::vector<std::uint32_t> LinuxSystemInfo::ipv4Addresses(const std::string &hos
 
 bool LinuxSystemInfo::isTraced() const {
     constexpr std::string_view kLabel = "TracerPid:\t";
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line)) {
-        if (line.starts_with(kLabel)) {
-            return line.substr(kLabel.size(), 1) != "0";
+    const std::unique_ptr<FILE, int (*)(FILE *)> status(std::fopen("/proc/self/status", "re"), std::fclose);
+    std::array<char, 256> line{};
+    while (status != nullptr && std::fgets(line.data(), line.size(), status.get()) != nullptr) {
+        if (std::string_view(line.data()).starts_with(kLabel)) {
+            return line[kLabel.size()] != '0';
         }
     }
     return false;

@@ -1,9 +1,8 @@
 #include "platform/linux/LinuxTasks.h"
 
+#include "platform/EnvironmentVariable.h"
 #include "platform/linux/DetachedSpawn.h"
 
-#include <QByteArrayList>
-#include <QFile>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -43,12 +42,9 @@ std::optional<Pipe> makePipe() {
 /// The strings of a program's arguments, the first of which is the program itself, as the system wants them.
 class ArgumentVector {
 public:
-    ArgumentVector(const QString &program, const QStringList &arguments) {
-        m_texts << QFile::encodeName(program);
-        for (const QString &argument : arguments) {
-            m_texts << argument.toUtf8();
-        }
-        for (QByteArray &text : m_texts) {
+    ArgumentVector(const std::string &program, const std::vector<std::string> &arguments) : m_texts{program} {
+        m_texts.insert(m_texts.end(), arguments.begin(), arguments.end());
+        for (std::string &text : m_texts) {
             m_pointers.push_back(text.data());
         }
         m_pointers.push_back(nullptr);
@@ -57,23 +53,22 @@ public:
     char *const *data() const { return m_pointers.data(); }
 
 private:
-    QByteArrayList m_texts;
+    std::vector<std::string> m_texts;
     std::vector<char *> m_pointers;
 };
 
-/// This process's environment, in which programs are looked for in a folder first.
+/// This process's environment, in which programs are looked for in a folder first, when one is given.
 class Environment {
 public:
-    /// \param programFolder may be null: then it is the same.
-    explicit Environment(const QString &programFolder) {
+    explicit Environment(const std::optional<std::string> &programFolder) {
         for (char **variable = environ; *variable != nullptr; ++variable) {
-            if (programFolder.isNull() || !std::string_view(*variable).starts_with("PATH=")) {
+            if (!programFolder || !std::string_view(*variable).starts_with("PATH=")) {
                 m_variables.push_back(*variable);
             }
         }
-        if (!programFolder.isNull()) {
-            const QByteArray otherFolders = qEnvironmentVariableIsEmpty("PATH") ? "/usr/bin:/bin" : qgetenv("PATH");
-            m_path = "PATH=" + QFile::encodeName(programFolder) + ':' + otherFolders;
+        if (programFolder) {
+            const std::string otherFolders = environmentVariable("PATH");
+            m_path = "PATH=" + *programFolder + ':' + (otherFolders.empty() ? "/usr/bin:/bin" : otherFolders);
             m_variables.push_back(m_path.data());
         }
         m_variables.push_back(nullptr);
@@ -81,14 +76,14 @@ public:
     char *const *data() const { return m_variables.data(); }
 
 private:
-    QByteArray m_path;
+    std::string m_path;
     std::vector<char *> m_variables;
 };
 
 /// \param streams what becomes the child's standard output and standard error; null leaves them as they are.
 /// \returns the process's number, or 0.
-pid_t spawn(const QString &path, const QStringList &arguments, const std::pair<int, int> *streams,
-            const QString &programFolder = {}) {
+pid_t spawn(const std::string &path, const std::vector<std::string> &arguments, const std::pair<int, int> *streams,
+            const std::optional<std::string> &programFolder = {}) {
     posix_spawn_file_actions_t actions;
     if (::posix_spawn_file_actions_init(&actions) != 0) {
         return 0;
@@ -129,7 +124,8 @@ LinuxTasks::LinuxTasks() {
     }
 }
 
-std::optional<int> LinuxTasks::run(const QString &path, const QStringList &arguments, const QString &programFolder) {
+std::optional<int> LinuxTasks::run(const std::string &path, const std::vector<std::string> &arguments,
+                                   const std::optional<std::string> &programFolder) {
     constexpr int kEndedBySignal = 128;
     const pid_t child = spawn(path, arguments, nullptr, programFolder);
     const auto status = child != 0 ? waitFor(child) : std::nullopt;
@@ -139,7 +135,7 @@ std::optional<int> LinuxTasks::run(const QString &path, const QStringList &argum
     return WIFEXITED(*status) ? WEXITSTATUS(*status) : kEndedBySignal + WTERMSIG(*status);
 }
 
-bool LinuxTasks::runUnwaited(const QString &path, const QStringList &arguments) {
+bool LinuxTasks::runUnwaited(const std::string &path, const std::vector<std::string> &arguments) {
     const pid_t child = spawn(path, arguments, nullptr);
     if (child != 0) {
         waitInBackground(child);
@@ -148,7 +144,8 @@ bool LinuxTasks::runUnwaited(const QString &path, const QStringList &arguments) 
 }
 
 /// The system sees to the program's end after this process's own.
-bool LinuxTasks::start(const QString &path, const QStringList &arguments, const QString &programFolder) {
+bool LinuxTasks::start(const std::string &path, const std::vector<std::string> &arguments,
+                       const std::optional<std::string> &programFolder) {
     const Environment environment(programFolder);
     const ArgumentVector vector(path, arguments);
     DetachedSpawn spawn;
@@ -156,7 +153,7 @@ bool LinuxTasks::start(const QString &path, const QStringList &arguments, const 
     return spawn.start(vector.program(), vector.data(), environment.data()) == 0;
 }
 
-std::optional<PipedTask> LinuxTasks::launch(const QString &path, const QStringList &arguments,
+std::optional<PipedTask> LinuxTasks::launch(const std::string &path, const std::vector<std::string> &arguments,
                                             StandardError standardError) {
     auto output = makePipe();
     auto error = standardError == StandardError::Piped ? makePipe() : Pipe{};

@@ -1,17 +1,17 @@
 #include "platform/linux/LinuxUserDefaults.h"
 
+#include "platform/AtEnd.h"
 #include "platform/Clock.h"
 #include "platform/Path.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadFile.h"
+#include "platform/WriteAll.h"
 #include "platform/linux/LockFile.h"
 
-#include <QDir>
-#include <QFile>
-#include <QScopedValueRollback>
 #include <cerrno>
-#include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -19,60 +19,60 @@ namespace quillmark {
 
 namespace {
 
-void apply(const QVariantMap &changes, QVariantMap &values) {
-    for (auto change = changes.begin(); change != changes.end(); ++change) {
-        if (change.value().isValid()) {
-            values.insert(change.key(), change.value());
+void applyChanges(const Dictionary &changes, Dictionary &values) {
+    for (const auto &[key, value] : changes) {
+        if (value.isNothing()) {
+            values.erase(key);
         } else {
-            values.remove(change.key());
+            values.insert_or_assign(key, value);
         }
     }
 }
 
 } // namespace
 
-LinuxUserDefaults::LinuxUserDefaults(QString path, const PropertyList &propertyList, Clock &clock)
+LinuxUserDefaults::LinuxUserDefaults(std::string path, const PropertyList &propertyList, Clock &clock)
     : m_path(std::move(path)), m_propertyList(propertyList), m_clock(clock) {}
 
-void LinuxUserDefaults::registerDefaults(const QVariantMap &values) {
+void LinuxUserDefaults::registerDefaults(const Dictionary &values) {
     const std::scoped_lock lock(m_mutex);
-    apply(values, m_registered);
+    applyChanges(values, m_registered);
 }
 
-QVariant LinuxUserDefaults::objectForKey(const QString &key) {
+Value LinuxUserDefaults::objectForKey(std::string_view key) {
     const std::scoped_lock lock(m_mutex);
     if (m_fileState == FileState::Unread) {
         read();
     }
-    if (const auto change = m_changes.constFind(key); change != m_changes.constEnd()) {
-        return change->isValid() ? *change : m_registered.value(key);
-    }
-    return m_stored.value(key, m_registered.value(key));
+    const auto change = m_changes.find(key);
+    const Value &value = change != m_changes.end() ? change->second : valueOf(m_stored, key);
+    return value.isNothing() ? valueOf(m_registered, key) : value;
 }
 
-void LinuxUserDefaults::setObject(const QString &key, const QVariant &value) {
+void LinuxUserDefaults::setObject(std::string_view key, const Value &value) {
     const std::scoped_lock lock(m_mutex);
-    m_changes.insert(key, value);
+    const std::string name(key);
+    m_changes.insert_or_assign(name, value);
     if (m_isChanging) {
-        m_bases.insert(key, m_stored.value(key));
+        m_bases.insert_or_assign(name, valueOf(m_stored, key));
     } else {
-        m_bases.remove(key);
+        m_bases.erase(name);
     }
 }
 
-QString LinuxUserDefaults::damagedFile() const {
+std::optional<std::string> LinuxUserDefaults::damagedFile() const {
     const std::scoped_lock lock(m_mutex);
     return m_damagedFile;
 }
 
-QString LinuxUserDefaults::problem() const {
+std::optional<std::string> LinuxUserDefaults::problem() const {
     const std::scoped_lock lock(m_mutex);
     return m_problem;
 }
 
 bool LinuxUserDefaults::synchronize() {
     const std::scoped_lock mutexLock(m_mutex);
-    if (m_changes.isEmpty()) {
+    if (m_changes.empty()) {
         read();
         return m_fileState == FileState::Usable;
     }
@@ -88,30 +88,31 @@ bool LinuxUserDefaults::change(const std::function<void()> &change) {
     }
     dropOutdatedChanges();
     {
-        const QScopedValueRollback isChanging(m_isChanging, true);
+        m_isChanging = true;
+        const AtEnd changed([this] { m_isChanging = false; });
         change();
     }
-    if (m_changes.isEmpty()) {
-        m_problem.clear(); // what was dropped is of no concern to this change
+    if (m_changes.empty()) {
+        m_problem.reset(); // what was dropped is of no concern to this change
         return true;
     }
     return writeChanges();
 }
 
 Descriptor LinuxUserDefaults::lock() {
-    const QString folder = deletingLastPathComponent(m_path);
-    const bool isThere = QDir().mkpath(folder);
-    const QString lockFile = folder + QStringLiteral("/.%1.lock").arg(lastPathComponent(m_path));
-    Descriptor held = isThere ? lockedFile(lockFile, m_clock) : Descriptor();
+    const std::string folder = deletingLastPathComponent(m_path);
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    Descriptor held = error ? Descriptor() : lockedFile(folder + "/." + lastPathComponent(m_path) + ".lock", m_clock);
     if (!held.isOpen()) {
-        setProblem("can't be written", errno);
+        setProblem("can't be written", error ? error.value() : errno);
     }
     return held;
 }
 
 LinuxUserDefaults::FileState LinuxUserDefaults::load() {
     m_stored.clear();
-    m_problem.clear();
+    m_problem.reset();
     auto contents = readRegularFile(m_path, PropertyList::kMaximumMemory);
     if (const auto *failure = std::get_if<ReadError>(&contents)) {
         if (failure->error == ENOENT) {
@@ -120,11 +121,11 @@ LinuxUserDefaults::FileState LinuxUserDefaults::load() {
         setProblem("can't be read", failure->error);
         return FileState::Unreadable;
     }
-    const QVariant root = m_propertyList.parse(std::get<QByteArray>(std::move(contents)));
-    if (root.typeId() != QMetaType::QVariantMap) {
+    const Value root = m_propertyList.parse(std::get<std::string>(std::move(contents)));
+    if (!root.is<Dictionary>()) {
         return FileState::Damaged;
     }
-    m_stored = root.toMap();
+    m_stored = root.dictionary();
     return FileState::Usable;
 }
 
@@ -142,8 +143,8 @@ void LinuxUserDefaults::read() {
 bool LinuxUserDefaults::readForChange() {
     m_fileState = load(); // again: another program may have replaced what was damaged a moment ago
     if (m_fileState == FileState::Damaged) {
-        const QString aside = m_path + QStringLiteral(".damaged");
-        if (::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(aside).constData()) == 0) {
+        const std::string aside = m_path + ".damaged";
+        if (::rename(m_path.c_str(), aside.c_str()) == 0) {
             m_damagedFile = aside;
             m_fileState = FileState::Usable;
         } else {
@@ -157,24 +158,24 @@ bool LinuxUserDefaults::readForChange() {
 bool LinuxUserDefaults::dropOutdatedChanges() {
     bool isEverythingUpToDate = true;
     for (auto base = m_bases.begin(); base != m_bases.end();) {
-        if (m_stored.value(base.key()) == base.value()) {
+        if (valueOf(m_stored, base->first) == base->second) {
             ++base;
             continue;
         }
-        m_changes.remove(base.key());
+        m_changes.erase(base->first);
         base = m_bases.erase(base);
-        m_problem = QStringLiteral("was changed by another program meanwhile");
+        m_problem = "was changed by another program meanwhile";
         isEverythingUpToDate = false;
     }
     return isEverythingUpToDate;
 }
 
 bool LinuxUserDefaults::writeChanges() {
-    QVariantMap values = m_stored;
-    apply(m_changes, values);
+    Dictionary values = m_stored;
+    applyChanges(m_changes, values);
     const auto document = m_propertyList.toXml(values);
     if (!document) {
-        m_problem = QStringLiteral("can't be written (no property list can hold what was set)");
+        m_problem = "can't be written (no property list can hold what was set)";
         return false;
     }
     if (const int error = write(*document); error != 0) {
@@ -184,31 +185,28 @@ bool LinuxUserDefaults::writeChanges() {
     m_stored = std::move(values);
     m_changes.clear();
     m_bases.clear();
-    m_problem.clear();
+    m_problem.reset();
     return true;
 }
 
-int LinuxUserDefaults::write(const QByteArray &document) const {
+int LinuxUserDefaults::write(const std::string &document) const {
     // One name for every writer, since only the lock's holder writes: what a killed one left is replaced by the next.
-    QFile file(m_path + QStringLiteral(".new"));
-    const QByteArray name = QFile::encodeName(file.fileName());
+    const std::string name = m_path + ".new";
     std::error_code obstacle;
-    std::filesystem::remove_all(name.constData(), obstacle);
+    std::filesystem::remove_all(name, obstacle);
     errno = 0;
-    const bool isReplaced = file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered,
-                                      QFile::ReadOwner | QFile::WriteOwner) &&
-                            file.write(document) == document.size() && ::fsync(file.handle()) == 0 &&
-                            ::rename(name.constData(), QFile::encodeName(m_path).constData()) == 0;
+    const Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    const bool isReplaced = file.isOpen() && writeAll(file.get(), document) && ::fsync(file.get()) == 0 &&
+                            ::rename(name.c_str(), m_path.c_str()) == 0;
     const int error = isReplaced ? 0 : errno;
-    if (!isReplaced) {
-        file.remove();
+    if (!isReplaced && file.isOpen()) {
+        ::unlink(name.c_str());
     }
     return isReplaced || error != 0 ? error : EIO;
 }
 
 void LinuxUserDefaults::setProblem(const char *what, int error) {
-    m_problem = QStringLiteral("%1 (%2)").arg(
-        QLatin1StringView(what), QString::fromStdString(std::error_code(error, std::generic_category()).message()));
+    m_problem = std::string(what) + " (" + std::generic_category().message(error) + ')';
 }
 
 } // namespace quillmark

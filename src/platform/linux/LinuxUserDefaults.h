@@ -4,6 +4,8 @@
 #include "platform/UserDefaults.h"
 
 #include <mutex>
+#include <optional>
+#include <string>
 
 namespace quillmark {
 
@@ -22,16 +24,16 @@ class PropertyList;
 class LinuxUserDefaults final : public UserDefaults {
 public:
     /// \param path the property list; its folder is created with the first synchronize().
-    LinuxUserDefaults(QString path, const PropertyList &propertyList, Clock &clock);
+    LinuxUserDefaults(std::string path, const PropertyList &propertyList, Clock &clock);
 
-    void registerDefaults(const QVariantMap &values) override;
-    QVariant objectForKey(const QString &key) override;
-    void setObject(const QString &key, const QVariant &value) override;
+    void registerDefaults(const Dictionary &values) override;
+    Value objectForKey(std::string_view key) override;
+    void setObject(std::string_view key, const Value &value) override;
     bool synchronize() override;
     bool change(const std::function<void()> &change) override;
-    QString problem() const override;
-    QString file() const override { return m_path; }
-    QString damagedFile() const override;
+    std::optional<std::string> problem() const override;
+    std::string file() const override { return m_path; }
+    std::optional<std::string> damagedFile() const override;
 
 private:
     enum class FileState { Unread, Usable, Damaged, Unreadable };
@@ -47,22 +49,22 @@ private:
     bool dropOutdatedChanges();
     bool writeChanges();
     /// \returns 0 or an `errno`.
-    int write(const QByteArray &document) const;
+    int write(const std::string &document) const;
     void setProblem(const char *what, int error);
 
-    const QString m_path;
+    const std::string m_path;
     const PropertyList &m_propertyList;
     Clock &m_clock;
 
     mutable std::recursive_mutex m_mutex; // recursive, since a change() asks and sets
     FileState m_fileState = FileState::Unread;
-    QVariantMap m_registered;
-    QVariantMap m_stored;
-    QVariantMap m_changes; ///< set and not yet written; an invalid value stands for a removal
-    QVariantMap m_bases;   ///< for those of them that a change() set, what was stored when it did
+    Dictionary m_registered;
+    Dictionary m_stored;
+    Dictionary m_changes; ///< set and not yet written; nothing stands for a removal
+    Dictionary m_bases;   ///< for those of them that a change() set, what was stored when it did
     bool m_isChanging = false;
-    QString m_damagedFile;
-    QString m_problem;
+    std::optional<std::string> m_damagedFile;
+    std::optional<std::string> m_problem;
 };
 
 } // namespace quillmark

@@ -8,15 +8,15 @@
 #include "platform/linux/LockFile.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/Trash.h"
+#include "platform/linux/UserDirectories.h"
 
-#include <QDir>
-#include <QFile>
-#include <QStandardPaths>
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <climits>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <memory>
 #include <unistd.h>
 #include <vector>
@@ -25,16 +25,16 @@ namespace quillmark {
 
 namespace {
 
-constexpr QLatin1StringView kFinderPath("/System/Library/CoreServices/Finder.app"); // where it is on a Mac
+constexpr const char *kFinderPath = "/System/Library/CoreServices/Finder.app"; // where it is on a Mac
 
 /// Starts a program that has nothing in common with this process but its user and its environment.
-bool spawnDetached(const QByteArray &executable, const QByteArray &onlyArgument = {}) {
+bool spawnDetached(const std::string &executable, const std::string &onlyArgument = {}) {
     DetachedSpawn spawn;
     spawn.separate();
-    QByteArray first = executable;
-    QByteArray second = onlyArgument;
-    char *arguments[] = {first.data(), second.isEmpty() ? nullptr : second.data(), nullptr};
-    return spawn.start(executable.constData(), arguments, environ) == 0;
+    std::string first = executable;
+    std::string second = onlyArgument;
+    char *arguments[] = {first.data(), second.empty() ? nullptr : second.data(), nullptr};
+    return spawn.start(executable.c_str(), arguments, environ) == 0;
 }
 
 std::vector<int> processNumbers() {
@@ -45,9 +45,10 @@ std::vector<int> processNumbers() {
         if (entry == nullptr) {
             break;
         }
-        bool isNumber = false;
-        const int number = QByteArray(entry->d_name).toInt(&isNumber);
-        if (isNumber) {
+        const std::string_view name(entry->d_name);
+        int number = 0;
+        const auto [end, error] = std::from_chars(name.begin(), name.end(), number);
+        if (error == std::errc() && end == name.end()) {
             numbers.push_back(number);
         }
     }
@@ -55,28 +56,32 @@ std::vector<int> processNumbers() {
     return numbers;
 }
 
-/// Null when the process has ended or may not be looked at.
-QString executableOfProcess(int process) {
+/// An empty text when the process has ended or may not be looked at.
+std::string executableOfProcess(int process) {
+    constexpr std::string_view kDeleted = " (deleted)";
     std::array<char, PATH_MAX> buffer{};
-    const QByteArray link = "/proc/" + QByteArray::number(process) + "/exe";
-    const ssize_t length = ::readlink(link.constData(), buffer.data(), buffer.size());
-    QByteArray path(buffer.data(), std::max<ssize_t>(length, 0));
+    const std::string link = "/proc/" + std::to_string(process) + "/exe";
+    const ssize_t length = ::readlink(link.c_str(), buffer.data(), buffer.size());
+    std::string path(buffer.data(), static_cast<size_t>(std::max<ssize_t>(length, 0)));
     // An update took the file's place; but a file may be called like this, too.
-    if (path.endsWith(" (deleted)") && ::access(path.constData(), F_OK) != 0) {
-        path.chop(10);
+    if (path.ends_with(kDeleted) && ::access(path.c_str(), F_OK) != 0) {
+        path.erase(path.size() - kDeleted.size());
     }
-    return path.isEmpty() ? QString() : QFile::decodeName(path);
+    return path;
 }
 
-/// The bundle whose Contents/MacOS folder holds the executable; null when there is none.
-QString bundleOf(const QString &executable) {
-    const QString folder = deletingLastPathComponent(executable);
-    const QString suffix = QStringLiteral("/Contents/MacOS");
-    const QString bundle = folder.chopped(folder.endsWith(suffix) ? suffix.size() : folder.size());
-    return bundle.endsWith(u".app") ? bundle : QString();
+/// The bundle whose Contents/MacOS folder holds the executable.
+std::optional<std::string> bundleOf(const std::string &executable) {
+    constexpr std::string_view kPrograms = "/Contents/MacOS";
+    std::string folder = deletingLastPathComponent(executable);
+    if (!folder.ends_with(kPrograms)) {
+        return std::nullopt;
+    }
+    folder.erase(folder.size() - kPrograms.size());
+    return folder.ends_with(".app") ? std::optional(folder) : std::nullopt;
 }
 
-bool isRunning(const QString &executable) {
+bool isRunning(const std::string &executable) {
     const std::vector<int> processes = processNumbers();
     return std::any_of(processes.begin(), processes.end(),
                        [&executable](int process) { return executableOfProcess(process) == executable; });
@@ -84,9 +89,9 @@ bool isRunning(const QString &executable) {
 
 } // namespace
 
-QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
-    const QString local = QStringLiteral("/Applications");
-    const QString users = appendingPathComponent(qtText(homeFolder()), local);
+std::vector<std::string> LinuxWorkspace::applicationsFolders(Domain domain) const {
+    const std::string local = "/Applications";
+    const std::string users = appendingPathComponent(homeFolder(), local);
     switch (domain) {
     case Domain::User:
         return {users};
@@ -99,94 +104,89 @@ QStringList LinuxWorkspace::applicationsFolders(Domain domain) const {
 }
 
 /// The one that the desktop goes by and the one that everybody knows. A desktop that has none names the home folder.
-QStringList LinuxWorkspace::downloadsFolders() const {
-    QStringList folders{appendingPathComponent(qtText(homeFolder()), QStringLiteral("Downloads"))};
-    const QString desktops = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
-    if (!desktops.isEmpty() && desktops != qtText(homeFolder()) && !folders.contains(desktops)) {
-        folders.prepend(desktops);
-    }
-    return folders;
+std::vector<std::string> LinuxWorkspace::downloadsFolders() const {
+    const std::string usual = appendingPathComponent(homeFolder(), "Downloads");
+    const auto desktops = downloadsFolderOfDesktop();
+    const bool hasOwn = desktops && !desktops->empty() && *desktops != homeFolder() && *desktops != usual;
+    return hasOwn ? std::vector{*desktops, usual} : std::vector{usual};
 }
 
 /// A Mac's, and those of the desktops.
-QStringList LinuxWorkspace::volumesFolders() const {
-    return {QStringLiteral("/Volumes/"), QStringLiteral("/media/"), QStringLiteral("/run/media/")};
-}
+std::vector<std::string> LinuxWorkspace::volumesFolders() const { return {"/Volumes/", "/media/", "/run/media/"}; }
 
-QList<QVariantMap> LinuxWorkspace::launchedApplications() const {
-    const auto recordOf = [](const QString &identifier, const QString &bundle, int process) {
-        QVariantMap record{{kApplicationPath, bundle}, {kApplicationProcessIdentifier, process}};
-        if (!identifier.isEmpty()) {
-            record.insert(kApplicationBundleIdentifier, identifier);
+std::vector<Dictionary> LinuxWorkspace::launchedApplications() const {
+    const auto recordOf = [](const std::string &identifier, const std::string &bundle, int process) {
+        Dictionary record{{kApplicationPath, bundle}, {kApplicationProcessIdentifier, process}};
+        if (!identifier.empty()) {
+            record.emplace(kApplicationBundleIdentifier, identifier);
         }
         return record;
     };
     const std::optional<int> fileManager = m_sessionBus.processOwning(kFileManagerName);
-    QList<QVariantMap> records;
+    std::vector<Dictionary> records;
     for (const int process : processNumbers()) {
         if (process == fileManager) {
-            records.append(recordOf(kFinderIdentifier, kFinderPath, process));
+            records.push_back(recordOf(kFinderIdentifier, kFinderPath, process));
             continue;
         }
-        const QString executable = executableOfProcess(process);
-        const QString bundle = bundleOf(executable);
-        if (bundle.isNull() || executableOf(bundle) != executable) {
+        const std::string executable = executableOfProcess(process);
+        const auto bundle = bundleOf(executable);
+        if (!bundle || executableOf(*bundle) != executable) {
             continue;
         }
-        const QVariantMap information = m_propertyList.readDictionary(bundle + QStringLiteral("/Contents/Info.plist"));
-        records.append(recordOf(information.value(QStringLiteral("CFBundleIdentifier")).toString(), bundle, process));
+        const Dictionary information = m_propertyList.readDictionary(*bundle + "/Contents/Info.plist");
+        records.push_back(recordOf(valueOf(information, "CFBundleIdentifier").text().value_or(""), *bundle, process));
     }
     return records;
 }
 
-QString LinuxWorkspace::bundleWithIdentifier(const QString &bundleIdentifier) const {
+std::optional<std::string> LinuxWorkspace::bundleWithIdentifier(const std::string &bundleIdentifier) const {
     if (bundleIdentifier == kFinderIdentifier) {
         return kFinderPath;
     }
-    std::optional<QStringList> paths;
-    for (const QString &folder : applicationsFolders(Domain::All)) {
+    std::optional<std::vector<std::string>> paths;
+    for (const std::string &folder : applicationsFolders(Domain::All)) {
         pathsForIdent(bundleIdentifier, folder, &paths, m_propertyList);
     }
-    return paths ? paths->first() : QString();
+    return paths ? std::optional(paths->front()) : std::nullopt;
 }
 
-bool LinuxWorkspace::launchApplication(const QString &path) {
+bool LinuxWorkspace::launchApplication(const std::string &path) {
     if (path == kFinderPath) {
         return true;
     }
-    const QString executable = executableOf(path);
-    if (!executable.startsWith(u'/')) {
+    const std::string executable = executableOf(path);
+    if (!executable.starts_with('/')) {
         return false;
     }
-    if (bundleOf(executable).isNull()) {
-        return spawnDetached(QFile::encodeName(executable));
+    if (!bundleOf(executable)) {
+        return spawnDetached(executable);
     }
     // So that of several that launch it at once one does. Where there can be no lock it is launched all the same.
-    const QString folder = appendingPathComponent(qtText(homeFolder()), QStringLiteral("Library/Caches/Quillmark"));
-    QDir().mkpath(folder);
-    const Descriptor lock = lockedFile(folder + QStringLiteral("/launch.lock"), m_clock);
-    return isRunning(executable) || spawnDetached(QFile::encodeName(executable));
+    const std::string folder = appendingPathComponent(homeFolder(), "Library/Caches/Quillmark");
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    const Descriptor lock = lockedFile(folder + "/launch.lock", m_clock);
+    return isRunning(executable) || spawnDetached(executable);
 }
 
-bool LinuxWorkspace::openFolder(const QString &path) {
-    return spawnDetached("/usr/bin/xdg-open", QFile::encodeName(path));
-}
+bool LinuxWorkspace::openFolder(const std::string &path) { return spawnDetached("/usr/bin/xdg-open", path); }
 
-bool LinuxWorkspace::recycle(const QString &name, const QString &folder) {
-    return moveToTrash(name.toStdString(), folder.toStdString());
-}
+bool LinuxWorkspace::recycle(const std::string &name, const std::string &folder) { return moveToTrash(name, folder); }
 
 /// A bundle's executable is the one that its Info.plist names, else the one named as the bundle.
-QString LinuxWorkspace::executableOf(const QString &path) const {
-    if (!path.endsWith(u".app")) {
+std::string LinuxWorkspace::executableOf(const std::string &path) const {
+    constexpr std::string_view kEnding = ".app";
+    if (!path.ends_with(kEnding)) {
         return path;
     }
-    const QVariantMap information = m_propertyList.readDictionary(path + QStringLiteral("/Contents/Info.plist"));
-    QString name = information.value(QStringLiteral("CFBundleExecutable")).toString();
-    if (name.isEmpty()) {
-        name = lastPathComponent(path).chopped(4);
+    const Dictionary information = m_propertyList.readDictionary(path + "/Contents/Info.plist");
+    std::string name = valueOf(information, "CFBundleExecutable").text().value_or("");
+    if (name.empty()) {
+        name = lastPathComponent(path);
+        name.erase(name.size() - kEnding.size());
     }
-    return path + QStringLiteral("/Contents/MacOS/") + name;
+    return path + "/Contents/MacOS/" + name;
 }
 
 } // namespace quillmark

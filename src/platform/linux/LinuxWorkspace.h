@@ -2,6 +2,10 @@
 
 #include "platform/Workspace.h"
 
+#include <optional>
+#include <string>
+#include <vector>
+
 namespace quillmark {
 
 class Clock;
@@ -15,19 +19,19 @@ public:
     LinuxWorkspace(const PropertyList &propertyList, SessionBus &sessionBus, Clock &clock)
         : m_propertyList(propertyList), m_sessionBus(sessionBus), m_clock(clock) {}
 
-    QStringList applicationsFolders(Domain domain) const override;
-    QStringList downloadsFolders() const override;
-    QStringList volumesFolders() const override;
+    std::vector<std::string> applicationsFolders(Domain domain) const override;
+    std::vector<std::string> downloadsFolders() const override;
+    std::vector<std::string> volumesFolders() const override;
     /// Processes whose program is the main executable of a bundle, and the file manager, by process number.
-    QList<QVariantMap> launchedApplications() const override;
+    std::vector<Dictionary> launchedApplications() const override;
     /// The first one in the user's Applications folder, then in the computer's.
-    QString bundleWithIdentifier(const QString &bundleIdentifier) const override;
-    bool launchApplication(const QString &path) override;
-    bool openFolder(const QString &path) override;
-    bool recycle(const QString &name, const QString &folder) override;
+    std::optional<std::string> bundleWithIdentifier(const std::string &bundleIdentifier) const override;
+    bool launchApplication(const std::string &path) override;
+    bool openFolder(const std::string &path) override;
+    bool recycle(const std::string &name, const std::string &folder) override;
 
 private:
-    QString executableOf(const QString &path) const;
+    std::string executableOf(const std::string &path) const;
 
     const PropertyList &m_propertyList;
     SessionBus &m_sessionBus;

@@ -2,7 +2,6 @@
 
 #include "platform/Clock.h"
 
-#include <QFile>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -15,9 +14,9 @@ namespace {
 
 constexpr mode_t kUsersAlone = S_IRUSR | S_IWUSR;
 
-Descriptor openOwnFile(const QString &path) {
-    Descriptor file(::open(QFile::encodeName(path).constData(),
-                           O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, kUsersAlone));
+Descriptor openOwnFile(const std::string &path) {
+    Descriptor file(
+        ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, kUsersAlone));
     struct stat status {};
     if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
         return {};
@@ -32,7 +31,7 @@ Descriptor openOwnFile(const QString &path) {
 
 } // namespace
 
-Descriptor lockedFile(const QString &path, Clock &clock) {
+Descriptor lockedFile(const std::string &path, Clock &clock) {
     constexpr int kAttempts = 1000;
     constexpr std::chrono::milliseconds kPause(10);
     Descriptor file = openOwnFile(path);

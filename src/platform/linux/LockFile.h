@@ -2,7 +2,7 @@
 
 #include "platform/Descriptor.h"
 
-class QString;
+#include <string>
 
 namespace quillmark {
 
@@ -12,6 +12,6 @@ class Clock;
 /// when it is missing, and which nobody else can open, and so can't lock. A holder keeps the lock for milliseconds;
 /// when it is not to be had within ten seconds, many others waiting included, the descriptor is not open, and `errno`
 /// says why.
-Descriptor lockedFile(const QString &path, Clock &clock);
+Descriptor lockedFile(const std::string &path, Clock &clock);
 
 } // namespace quillmark

@@ -7,7 +7,7 @@
 namespace quillmark {
 
 void *plugInSymbol(const Bundle &bundle, const char *fileName, const char *symbol, std::string &obstacle) {
-    const std::string path = bundle.path().toStdString() + "/Contents/PlugIns/" + fileName;
+    const std::string path = bundle.path() + "/Contents/PlugIns/" + fileName;
     void *const plugIn = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     void *const address = plugIn != nullptr ? ::dlsym(plugIn, symbol) : nullptr;
     if (address == nullptr) {

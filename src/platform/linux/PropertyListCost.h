@@ -8,15 +8,15 @@ namespace quillmark {
 /// refused before it costs more than PropertyList::kMaximumMemory.
 namespace cost {
 
-constexpr qint64 kDictionary = 128;
-constexpr qint64 kArray = 96;
-constexpr qint64 kScalar = 48;
+constexpr std::int64_t kDictionary = 128;
+constexpr std::int64_t kArray = 96;
+constexpr std::int64_t kScalar = 48;
 
-constexpr qint64 text(qint64 characters) { return kScalar + 2 * characters; }
-constexpr qint64 data(qint64 bytes) { return kScalar + bytes; }
+constexpr std::int64_t text(std::int64_t bytes) { return kScalar + bytes; }
+constexpr std::int64_t data(std::int64_t bytes) { return kScalar + bytes; }
 /// A place in an array, and a place in a dictionary less its key's text.
-constexpr qint64 kElement = 32;
-constexpr qint64 kEntry = 96;
+constexpr std::int64_t kElement = 40;
+constexpr std::int64_t kEntry = 112;
 
 } // namespace cost
 
@@ -24,18 +24,18 @@ constexpr qint64 kEntry = 96;
 class PropertyListBudget {
 public:
     /// Takes a share. \returns false when there is not enough left; then nothing is taken.
-    bool take(qint64 bytes) {
+    bool take(std::int64_t bytes) {
         if (bytes > m_left) {
             return false;
         }
         m_left -= bytes;
         return true;
     }
-    void giveBack(qint64 bytes) { m_left += bytes; }
-    qint64 left() const { return m_left; }
+    void giveBack(std::int64_t bytes) { m_left += bytes; }
+    std::int64_t left() const { return m_left; }
 
 private:
-    qint64 m_left = PropertyList::kMaximumMemory;
+    std::int64_t m_left = PropertyList::kMaximumMemory;
 };
 
 } // namespace quillmark

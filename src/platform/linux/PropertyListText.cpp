@@ -1,9 +1,12 @@
 #include "platform/linux/PropertyListText.h"
-#include "platform/linux/Utc.h"
 
-#include <QUtf8StringView>
+#include "platform/Base64.h"
+
+#include <algorithm>
 #include <charconv>
+#include <iterator>
 #include <limits>
+#include <utf8.h>
 
 namespace quillmark {
 
@@ -17,26 +20,15 @@ std::string_view trimmed(std::string_view text) {
                                            : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
-std::optional<QString> fromValidUtf8(std::string_view raw) {
-    const QUtf8StringView view(raw.data(), static_cast<qsizetype>(raw.size()));
-    if (!view.isValidUtf8() || raw.find('\0') != std::string_view::npos) {
-        return std::nullopt;
-    }
-    // The conversion takes a mark of the byte order from the front; here it is a character like any other.
-    constexpr std::string_view kMark = "\xEF\xBB\xBF";
-    qsizetype marks = 0;
-    for (; raw.starts_with(kMark); ++marks) {
-        raw.remove_prefix(kMark.size());
-    }
-    const QString text = QString::fromUtf8(raw.data(), static_cast<qsizetype>(raw.size()));
-    return marks == 0 ? text : QString(marks, QChar(QChar::ByteOrderMark)) + text;
+bool isText(std::string_view raw) {
+    return utf8::is_valid(raw.begin(), raw.end()) && raw.find('\0') == std::string_view::npos;
 }
 
 /// The character behind "#65" or "#x41".
 std::optional<char32_t> characterReference(std::string_view reference) {
     const bool hexadecimal = reference.starts_with("#x");
     const std::string_view digits = reference.substr(hexadecimal ? 2 : 1);
-    quint32 code = 0;
+    std::uint32_t code = 0;
     const auto [end, error] = std::from_chars(digits.begin(), digits.end(), code, hexadecimal ? 16 : 10);
     const bool isCharacter = code != 0 && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
     if (error != std::errc() || end != digits.end() || !isCharacter) {
@@ -64,34 +56,26 @@ std::optional<char32_t> entity(std::string_view name) {
 
 } // namespace
 
-std::optional<QString> propertyListString(std::string_view raw) {
-    size_t ampersand = raw.find('&');
-    if (ampersand == std::string_view::npos) {
-        return fromValidUtf8(raw);
+std::optional<std::string> propertyListString(std::string_view raw) {
+    if (!isText(raw)) {
+        return std::nullopt;
     }
-    QString text;
-    while (true) {
-        const std::optional<QString> piece = fromValidUtf8(raw.substr(0, ampersand));
-        if (!piece) {
-            return std::nullopt;
-        }
-        text += *piece;
-        if (ampersand == std::string_view::npos) {
-            return text;
-        }
+    std::string text;
+    for (size_t ampersand = 0; (ampersand = raw.find('&')) != std::string_view::npos;) {
+        text += raw.substr(0, ampersand);
         raw.remove_prefix(ampersand + 1);
         const size_t semicolon = raw.find(';');
         const auto character = semicolon == std::string_view::npos ? std::nullopt : entity(raw.substr(0, semicolon));
         if (!character) {
             return std::nullopt;
         }
-        text += QString::fromUcs4(&*character, 1);
+        utf8::append(*character, std::back_inserter(text));
         raw.remove_prefix(semicolon + 1);
-        ampersand = raw.find('&');
     }
+    return text.append(raw);
 }
 
-QVariant propertyListInteger(std::string_view raw) {
+Value propertyListInteger(std::string_view raw) {
     std::string_view digits = trimmed(raw);
     const bool negative = digits.starts_with('-');
     if (negative || digits.starts_with('+')) {
@@ -102,19 +86,19 @@ QVariant propertyListInteger(std::string_view raw) {
         digits.remove_prefix(2);
         base = 16;
     }
-    quint64 magnitude = 0;
+    std::uint64_t magnitude = 0;
     const auto [end, error] = std::from_chars(digits.begin(), digits.end(), magnitude, base);
     if (error != std::errc() || end != digits.end()) {
         return {};
     }
-    constexpr quint64 kLargest = std::numeric_limits<qint64>::max();
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
     if (negative) {
-        return magnitude > kLargest + 1 ? QVariant() : QVariant(static_cast<qint64>(0 - magnitude));
+        return magnitude > kLargest + 1 ? Value() : Value(static_cast<std::int64_t>(0 - magnitude));
     }
-    return magnitude > kLargest ? QVariant(magnitude) : QVariant(static_cast<qint64>(magnitude));
+    return magnitude > kLargest ? Value(magnitude) : Value(static_cast<std::int64_t>(magnitude));
 }
 
-QVariant propertyListReal(std::string_view raw) {
+Value propertyListReal(std::string_view raw) {
     std::string_view digits = trimmed(raw);
     if (digits.starts_with('+') && !digits.starts_with("+-")) {
         digits.remove_prefix(1);
@@ -127,7 +111,7 @@ QVariant propertyListReal(std::string_view raw) {
     return value;
 }
 
-QVariant propertyListDate(std::string_view raw) {
+Value propertyListDate(std::string_view raw) {
     const std::string_view date = trimmed(raw);
     constexpr std::string_view kForm = "dddd-dd-ddTdd:dd:ddZ";
     if (date.size() != kForm.size()) {
@@ -144,21 +128,26 @@ QVariant propertyListDate(std::string_view raw) {
         std::from_chars(date.data() + at, date.data() + at + length, value);
         return value;
     };
-    const QDate day(number(0, 4), number(5, 2), number(8, 2));
-    const QTime time(number(11, 2), number(14, 2), number(17, 2));
-    return day.isValid() && time.isValid() ? QVariant(QDateTime(day, time, kUtc)) : QVariant();
+    const std::chrono::year_month_day day(std::chrono::year(number(0, 4)),
+                                          std::chrono::month(static_cast<unsigned>(number(5, 2))),
+                                          std::chrono::day(static_cast<unsigned>(number(8, 2))));
+    const int hour = number(11, 2);
+    const int minute = number(14, 2);
+    const int second = number(17, 2);
+    if (!day.ok() || day.year() == std::chrono::year(0) || hour > 23 || minute > 59 || second > 59) {
+        return {};
+    }
+    return Date(std::chrono::sys_days(day)) + std::chrono::hours(hour) + std::chrono::minutes(minute) +
+           std::chrono::seconds(second);
 }
 
-QVariant propertyListData(std::string_view raw) {
-    QByteArray encoded;
-    encoded.reserve(static_cast<qsizetype>(raw.size()));
-    for (const char character : raw) {
-        if (kBlanks.find(character) == std::string_view::npos) {
-            encoded.append(character);
-        }
-    }
-    const auto decoded = QByteArray::fromBase64Encoding(std::move(encoded), QByteArray::AbortOnBase64DecodingErrors);
-    return decoded ? QVariant(*decoded) : QVariant();
+Value propertyListData(std::string_view raw) {
+    std::string encoded;
+    encoded.reserve(raw.size());
+    std::copy_if(raw.begin(), raw.end(), std::back_inserter(encoded),
+                 [](char character) { return kBlanks.find(character) == std::string_view::npos; });
+    auto bytes = bytesOfBase64(encoded);
+    return bytes ? Value(Bytes{*std::move(bytes)}) : Value();
 }
 
 } // namespace quillmark

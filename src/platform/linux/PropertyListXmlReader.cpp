@@ -1,10 +1,12 @@
+#include "platform/AtEnd.h"
 #include "platform/linux/LinuxPropertyList.h"
 #include "platform/linux/PropertyListCost.h"
 #include "platform/linux/PropertyListText.h"
 
-#include <QScopeGuard>
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
+#include <mutex>
 #include <pugixml.hpp>
 
 namespace quillmark {
@@ -18,7 +20,7 @@ thread_local PropertyListBudget *chargedBudget = nullptr;
 constexpr size_t kSizeHeader = alignof(std::max_align_t);
 
 void *allocateCharged(size_t size) {
-    const qint64 bytes = static_cast<qint64>(size) + static_cast<qint64>(kSizeHeader);
+    const std::int64_t bytes = static_cast<std::int64_t>(size) + static_cast<std::int64_t>(kSizeHeader);
     if (chargedBudget == nullptr || !chargedBudget->take(bytes)) {
         return nullptr;
     }
@@ -36,7 +38,7 @@ void releaseCharged(void *pointer) {
     }
     char *block = static_cast<char *>(pointer) - kSizeHeader;
     if (chargedBudget != nullptr) {
-        chargedBudget->giveBack(static_cast<qint64>(*reinterpret_cast<size_t *>(block) + kSizeHeader)); // NOLINT
+        chargedBudget->giveBack(static_cast<std::int64_t>(*reinterpret_cast<size_t *>(block) + kSizeHeader)); // NOLINT
     }
     std::free(block); // NOLINT
 }
@@ -46,14 +48,14 @@ class Converter {
 public:
     explicit Converter(PropertyListBudget &budget) : m_budget(budget) {}
 
-    /// An invalid QVariant stands for any fault.
-    QVariant value(pugi::xml_node element, int depth);
+    /// Nothing stands for any fault.
+    Value value(pugi::xml_node element, int depth);
 
 private:
-    QVariant dictionary(pugi::xml_node element, int depth);
-    QVariant array(pugi::xml_node element, int depth);
-    QVariant scalar(std::string_view type, std::string_view raw);
-    std::optional<QString> string(std::string_view raw);
+    Value dictionary(pugi::xml_node element, int depth);
+    Value array(pugi::xml_node element, int depth);
+    Value scalar(std::string_view type, std::string_view raw);
+    std::optional<std::string> string(std::string_view raw);
     std::optional<std::string_view> textOf(pugi::xml_node element, std::string &joined);
 
     PropertyListBudget &m_budget;
@@ -79,7 +81,7 @@ std::optional<std::string_view> Converter::textOf(pugi::xml_node element, std::s
             return std::nullopt;
         }
     }
-    if (!m_budget.take(static_cast<qint64>(length))) {
+    if (!m_budget.take(static_cast<std::int64_t>(length))) {
         return std::nullopt;
     }
     joined.reserve(length);
@@ -93,7 +95,7 @@ std::optional<std::string_view> Converter::textOf(pugi::xml_node element, std::s
     return joined;
 }
 
-QVariant Converter::value(pugi::xml_node element, int depth) {
+Value Converter::value(pugi::xml_node element, int depth) {
     const std::string_view type = element.name();
     if (type == "dict") {
         return dictionary(element, depth);
@@ -103,41 +105,41 @@ QVariant Converter::value(pugi::xml_node element, int depth) {
     }
     std::string joined;
     const auto raw = textOf(element, joined);
-    return raw ? scalar(type, *raw) : QVariant();
+    return raw ? scalar(type, *raw) : Value();
 }
 
-std::optional<QString> Converter::string(std::string_view raw) {
-    if (!m_budget.take(cost::text(static_cast<qint64>(raw.size())))) {
+std::optional<std::string> Converter::string(std::string_view raw) {
+    if (!m_budget.take(cost::text(static_cast<std::int64_t>(raw.size())))) {
         return std::nullopt;
     }
     return propertyListString(raw);
 }
 
-QVariant Converter::scalar(std::string_view type, std::string_view raw) {
+Value Converter::scalar(std::string_view type, std::string_view raw) {
     if (type == "string") {
-        const auto text = string(raw);
-        return text ? QVariant(*text) : QVariant();
+        auto text = string(raw);
+        return text ? Value(*std::move(text)) : Value();
     }
     if (type == "true" || type == "false") {
         return type == "true";
     }
     if (type == "data") {
-        return m_budget.take(cost::data(static_cast<qint64>(raw.size()))) ? propertyListData(raw) : QVariant();
+        return m_budget.take(cost::data(static_cast<std::int64_t>(raw.size()))) ? propertyListData(raw) : Value();
     }
     if (type == "date") {
-        return m_budget.take(cost::kScalar) ? propertyListDate(raw) : QVariant();
+        return m_budget.take(cost::kScalar) ? propertyListDate(raw) : Value();
     }
     if (type == "integer") {
         return propertyListInteger(raw);
     }
-    return type == "real" ? propertyListReal(raw) : QVariant();
+    return type == "real" ? propertyListReal(raw) : Value();
 }
 
-QVariant Converter::dictionary(pugi::xml_node element, int depth) {
+Value Converter::dictionary(pugi::xml_node element, int depth) {
     if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kDictionary)) {
         return {};
     }
-    QVariantMap map;
+    Dictionary map;
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
         if (child.type() != pugi::node_element) {
             continue;
@@ -148,31 +150,32 @@ QVariant Converter::dictionary(pugi::xml_node element, int depth) {
         } while (child && child.type() != pugi::node_element);
         std::string joined;
         const auto raw = std::string_view(key.name()) == "key" && child ? textOf(key, joined) : std::nullopt;
-        const auto name = raw && m_budget.take(cost::kEntry) ? string(*raw) : std::nullopt;
-        const QVariant entry = name ? value(child, depth + 1) : QVariant();
-        if (!entry.isValid()) {
+        auto name = raw && m_budget.take(cost::kEntry) ? string(*raw) : std::nullopt;
+        Value entry = name ? value(child, depth + 1) : Value();
+        if (entry.isNothing()) {
             return {};
         }
-        map.insert(map.cend(), *name, entry); // the place when the keys are sorted, as they often are
+        map.insert_or_assign(map.cend(), *std::move(name),
+                             std::move(entry)); // the place when the keys are sorted, as they often are
     }
     return map;
 }
 
-QVariant Converter::array(pugi::xml_node element, int depth) {
+Value Converter::array(pugi::xml_node element, int depth) {
     if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kArray)) {
         return {};
     }
-    QVariantList list;
+    List list;
     for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
         if (child.type() != pugi::node_element) {
             continue;
         }
         // A growing list has room for twice its elements.
-        QVariant entry = m_budget.take(2 * cost::kElement) ? value(child, depth + 1) : QVariant();
-        if (!entry.isValid()) {
+        Value entry = m_budget.take(2 * cost::kElement) ? value(child, depth + 1) : Value();
+        if (entry.isNothing()) {
             return {};
         }
-        list.append(std::move(entry));
+        list.push_back(std::move(entry));
     }
     return list;
 }
@@ -192,27 +195,24 @@ pugi::xml_node onlyElement(pugi::xml_node parent) {
 
 } // namespace
 
-QVariant parseXmlPropertyList(QByteArray document) {
-    static const bool charged = [] {
-        pugi::set_memory_management_functions(allocateCharged, releaseCharged);
-        return true;
-    }();
-    Q_UNUSED(charged)
+Value parseXmlPropertyList(std::string document) {
+    static std::once_flag isCharged;
+    std::call_once(isCharged, pugi::set_memory_management_functions, allocateCharged, releaseCharged);
     PropertyListBudget budget;
-    if (document.isEmpty() || !budget.take(document.size())) {
+    if (document.empty() || !budget.take(std::ssize(document))) {
         return {};
     }
     chargedBudget = &budget;
-    const auto endOfCharge = qScopeGuard([] { chargedBudget = nullptr; });
+    const AtEnd endOfCharge([] { chargedBudget = nullptr; });
     constexpr unsigned int kFlags =
         pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata_single | pugi::parse_embed_pcdata;
     pugi::xml_document xml;
-    if (!xml.load_buffer_inplace(document.data(), static_cast<size_t>(document.size()), kFlags)) {
+    if (!xml.load_buffer_inplace(document.data(), document.size(), kFlags)) {
         return {};
     }
     const pugi::xml_node root = onlyElement(xml);
     const pugi::xml_node content = std::string_view(root.name()) == "plist" ? onlyElement(root) : pugi::xml_node();
-    return content ? Converter(budget).value(content, 0) : QVariant();
+    return content ? Converter(budget).value(content, 0) : Value();
 }
 
 } // namespace quillmark

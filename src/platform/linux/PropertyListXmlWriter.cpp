@@ -1,66 +1,94 @@
 #include "platform/linux/LinuxPropertyList.h"
 
-#include <QDateTime>
-#include <QLocale>
+#include "platform/Base64.h"
+#include "platform/ScalarText.h"
+
 #include <cmath>
+#include <fmt/format.h>
+#include <utf8.h>
 
 namespace quillmark {
 
 namespace {
 
-bool isXmlText(const QString &text) {
-    if (!text.isValidUtf16()) {
+bool isXmlCharacter(char32_t character) {
+    const bool isControl = character < 0x20 && character != U'\t' && character != U'\n' && character != U'\r';
+    return !isControl && character != 0xFFFE && character != 0xFFFF;
+}
+
+bool isXmlText(const std::string &text) {
+    if (!utf8::is_valid(text.begin(), text.end())) {
         return false;
     }
-    return std::all_of(text.begin(), text.end(), [](QChar character) {
-        const char16_t code = character.unicode();
-        const bool isControl = code < 0x20 && code != u'\t' && code != u'\n' && code != u'\r';
-        return !isControl && code != 0xFFFE && code != 0xFFFF;
-    });
+    for (auto at = text.begin(); at != text.end();) {
+        if (!isXmlCharacter(utf8::unchecked::next(at))) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// What stands for a character in XML; an empty text where it stands for itself.
+std::string_view referenceFor(char character) {
+    switch (character) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '\r': // a bare one would be read as a line feed
+        return "&#13;";
+    default:
+        return {};
+    }
 }
 
 class XmlWriter {
 public:
-    bool value(const QVariant &value, int depth);
-    QByteArray out;
+    bool value(const Value &value, int depth);
+    std::string out;
 
 private:
-    bool text(const char *tag, const QString &text, int depth);
-    bool line(const char *tag, const QByteArray &content, int depth);
-    bool dictionary(const QVariantMap &map, int depth);
-    bool array(const QVariantList &list, int depth);
-    void indent(int depth) { out.append(depth, '\t'); }
+    bool text(std::string_view tag, const std::string &text, int depth);
+    bool line(std::string_view tag, std::string_view content, int depth);
+    bool dictionary(const Dictionary &map, int depth);
+    bool array(const List &list, int depth);
+    void indent(int depth) { out.append(static_cast<size_t>(depth), '\t'); }
 };
 
-bool XmlWriter::line(const char *tag, const QByteArray &content, int depth) {
+bool XmlWriter::line(std::string_view tag, std::string_view content, int depth) {
     indent(depth);
-    out += '<' + QByteArray(tag) + '>' + content + "</" + tag + ">\n";
+    out.append("<").append(tag).append(">").append(content).append("</").append(tag).append(">\n");
     return true;
 }
 
-bool XmlWriter::text(const char *tag, const QString &text, int depth) {
+bool XmlWriter::text(std::string_view tag, const std::string &text, int depth) {
     if (!isXmlText(text)) {
         return false;
     }
-    QByteArray escaped = text.toUtf8();
-    escaped.replace('&', "&amp;").replace('<', "&lt;").replace('>', "&gt;");
-    escaped.replace('\r', "&#13;"); // a bare one would be read as a line feed
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (const char character : text) {
+        const std::string_view reference = referenceFor(character);
+        reference.empty() ? escaped += character : escaped += reference;
+    }
     return line(tag, escaped, depth);
 }
 
-bool XmlWriter::dictionary(const QVariantMap &map, int depth) {
+bool XmlWriter::dictionary(const Dictionary &map, int depth) {
     if (depth >= PropertyList::kMaximumDepth) {
         return false;
     }
-    if (map.isEmpty()) {
+    if (map.empty()) {
         indent(depth);
         out += "<dict/>\n";
         return true;
     }
     indent(depth);
     out += "<dict>\n";
-    for (auto entry = map.begin(); entry != map.end(); ++entry) {
-        if (!text("key", entry.key(), depth + 1) || !value(entry.value(), depth + 1)) {
+    for (const auto &[key, entry] : map) {
+        if (!text("key", key, depth + 1) || !value(entry, depth + 1)) {
             return false;
         }
     }
@@ -69,17 +97,17 @@ bool XmlWriter::dictionary(const QVariantMap &map, int depth) {
     return true;
 }
 
-bool XmlWriter::array(const QVariantList &list, int depth) {
+bool XmlWriter::array(const List &list, int depth) {
     if (depth >= PropertyList::kMaximumDepth) {
         return false;
     }
     indent(depth);
-    if (list.isEmpty()) {
+    if (list.empty()) {
         out += "<array/>\n";
         return true;
     }
     out += "<array>\n";
-    for (const QVariant &element : list) {
+    for (const Value &element : list) {
         if (!value(element, depth + 1)) {
             return false;
         }
@@ -89,57 +117,56 @@ bool XmlWriter::array(const QVariantList &list, int depth) {
     return true;
 }
 
-QByteArray realText(double real) {
-    if (std::isnan(real)) {
-        return "nan";
-    }
-    if (real == 0 && std::signbit(real)) {
-        return "-0.0"; // the number's text below has no sign for it
-    }
-    if (std::isinf(real)) {
-        return real < 0 ? "-inf" : "inf";
-    }
-    return QByteArray::number(real, 'g', QLocale::FloatingPointShortest);
+std::string signedRealText(double real) { return real == 0 && std::signbit(real) ? "-0.0" : realText(real); }
+
+std::string dateText(Date date) {
+    const auto day = std::chrono::floor<std::chrono::days>(date);
+    const std::chrono::year_month_day calendar(day);
+    const std::chrono::hh_mm_ss time(std::chrono::floor<std::chrono::seconds>(date - day));
+    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(calendar.year()),
+                       static_cast<unsigned>(calendar.month()), static_cast<unsigned>(calendar.day()),
+                       time.hours().count(), time.minutes().count(), time.seconds().count());
 }
 
-bool XmlWriter::value(const QVariant &value, int depth) {
-    switch (value.typeId()) {
-    case QMetaType::QVariantMap:
-        return dictionary(value.toMap(), depth);
-    case QMetaType::QVariantList:
-    case QMetaType::QStringList:
-        return array(value.toList(), depth);
-    case QMetaType::QString:
-        return text("string", value.toString(), depth);
-    case QMetaType::Bool:
+bool isWritable(Date date) {
+    using namespace std::chrono;
+    return date >= sys_days(year(1) / 1 / 1) && date < sys_days(year(10000) / 1 / 1);
+}
+
+bool XmlWriter::value(const Value &value, int depth) {
+    if (const auto *map = value.as<Dictionary>()) {
+        return dictionary(*map, depth);
+    }
+    if (const auto *list = value.as<List>()) {
+        return array(*list, depth);
+    }
+    if (const auto *string = value.as<std::string>()) {
+        return text("string", *string, depth);
+    }
+    if (const auto *boolean = value.as<bool>()) {
         indent(depth);
-        out += value.toBool() ? "<true/>\n" : "<false/>\n";
+        out += *boolean ? "<true/>\n" : "<false/>\n";
         return true;
-    case QMetaType::Int:
-    case QMetaType::UInt:
-    case QMetaType::LongLong:
-        return line("integer", QByteArray::number(value.toLongLong()), depth);
-    case QMetaType::ULongLong:
-        return line("integer", QByteArray::number(value.toULongLong()), depth);
-    case QMetaType::Float:
-    case QMetaType::Double:
-        return line("real", realText(value.toDouble()), depth);
-    case QMetaType::QDateTime: {
-        const QDateTime date = value.toDateTime().toUTC();
-        const int year = date.date().year();
-        return date.isValid() && year >= 1 && year <= 9999 &&
-               line("date", date.toString(u"yyyy-MM-ddTHH:mm:ssZ").toLatin1(), depth);
     }
-    case QMetaType::QByteArray:
-        return line("data", value.toByteArray().toBase64(), depth);
-    default:
-        return false;
+    if (value.is<std::int64_t>() || value.is<std::uint64_t>()) {
+        return line("integer", *scalarText(value), depth);
     }
+    if (const auto *real = value.as<double>()) {
+        return line("real", signedRealText(*real), depth);
+    }
+    if (const auto *single = value.as<float>()) {
+        return line("real", signedRealText(static_cast<double>(*single)), depth);
+    }
+    if (const auto *date = value.as<Date>()) {
+        return isWritable(*date) && line("date", dateText(*date), depth);
+    }
+    const auto *bytes = value.as<Bytes>();
+    return bytes != nullptr && line("data", base64(bytes->data), depth);
 }
 
 } // namespace
 
-std::optional<QByteArray> writeXmlPropertyList(const QVariant &value) {
+std::optional<std::string> writeXmlPropertyList(const Value &value) {
     XmlWriter writer;
     writer.out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                  "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "

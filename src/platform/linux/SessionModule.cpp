@@ -32,7 +32,7 @@ SessionBus *SessionModule::open() {
         if (auto *const openSessionBus = reinterpret_cast<QuillmarkOpenSessionBus *>(symbol)) {
             m_bus = openSessionBus(*address);
         } else {
-            reportProblem(QString::fromStdString("The session's bus can't be asked: " + obstacle));
+            reportProblem("The session's bus can't be asked: " + obstacle);
         }
     });
     return m_bus;

@@ -209,9 +209,8 @@ int copyInto(const Trash &trash, const Item &item) {
             return error;
         }
         if (const int error = removeTree(item.pathOf(leaving)); error != 0) {
-            reportProblem(QStringLiteral("\"%1\", of which a copy is in the Trash, can't be removed: %2")
-                              .arg(QString::fromStdString(item.pathOf(leaving)),
-                                   QString::fromStdString(std::generic_category().message(error))));
+            reportProblem('"' + item.pathOf(leaving) + "\", of which a copy is in the Trash, can't be removed: " +
+                          std::generic_category().message(error));
         }
         return 0;
     });

@@ -4,6 +4,8 @@
 #include "platform/linux/PlugIn.h"
 #include "platform/linux/RunLoop.h"
 
+#include <cstdlib>
+
 namespace quillmark {
 
 namespace {
@@ -11,15 +13,15 @@ namespace {
 constexpr const char *kFileName = "libquillmark-windows.so";
 
 bool hasDisplayName() {
-    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
-           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+    const auto isSet = [](const char *name) { return std::getenv(name) != nullptr; }; // NOLINT(concurrency-mt-unsafe)
+    return isSet("DISPLAY") || isSet("WAYLAND_DISPLAY") || isSet("QT_QPA_PLATFORM");
 }
 
 /// For an application that needs no display and takes nothing from the desktop.
 void leaveDesktop() {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1); // NOLINT(concurrency-mt-unsafe): no other thread runs yet
     for (const char *setting : {"QT_QPA_PLATFORMTHEME", "QT_STYLE_OVERRIDE", "QT_SCALE_FACTOR"}) {
-        qunsetenv(setting);
+        ::unsetenv(setting); // NOLINT(concurrency-mt-unsafe)
     }
 }
 
@@ -35,21 +37,20 @@ void WindowModule::prepare() {
     }
 }
 
-void *WindowModule::symbol(const char *name, QString &obstacle) {
+void *WindowModule::symbol(const char *name, std::string &obstacle) {
     prepare();
     std::string loadersObstacle;
     void *const address = plugInSymbol(m_bundle, kFileName, name, loadersObstacle);
     const bool isDisplayThere = m_trial.succeeds() || m_windows != nullptr;
     if (address == nullptr) {
-        obstacle = QString::fromStdString(loadersObstacle);
+        obstacle = loadersObstacle;
     } else if (!isDisplayThere) {
-        obstacle =
-            hasDisplayName() ? QStringLiteral("the display can't be reached") : QStringLiteral("there is no display");
+        obstacle = hasDisplayName() ? "the display can't be reached" : "there is no display";
     }
     return isDisplayThere ? address : nullptr;
 }
 
-Windows *WindowModule::open(QString &obstacle) {
+Windows *WindowModule::open(std::string &obstacle) {
     if (m_windows == nullptr) {
         if (auto *const openWindows = reinterpret_cast<QuillmarkOpenWindows *>(symbol(kOpenWindowsSymbol, obstacle))) {
             m_windows = openWindows(m_bundle.resourcePath(), m_runLoop, obstacle);
@@ -61,7 +62,7 @@ Windows *WindowModule::open(QString &obstacle) {
     return m_windows;
 }
 
-bool WindowModule::drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle) {
+bool WindowModule::drawHeader(const HeaderPicture &picture, std::string &png, std::string &obstacle) {
     if (m_windows == nullptr) {
         leaveDesktop();
     }

@@ -3,7 +3,7 @@
 #include "platform/linux/DisplayTrial.h"
 #include "platform/linux/Windows.h"
 
-#include <QString>
+#include <string>
 
 namespace quillmark {
 
@@ -24,16 +24,16 @@ public:
 
     /// The module's windows, or null when it can't be loaded or no display can be reached; a later call tries again.
     /// \param obstacle receives the reason, as a part of a sentence.
-    Windows *open(QString &obstacle);
+    Windows *open(std::string &obstacle);
 
     /// Draws a header view off screen, with or without a display; afterwards open() gives windows that nobody sees,
     /// unless it was called before.
     /// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
-    bool drawHeader(const HeaderPicture &picture, QByteArray &png, QString &obstacle);
+    bool drawHeader(const HeaderPicture &picture, std::string &png, std::string &obstacle);
 
 private:
     /// An exported function of the module; null when an application with windows can't be made.
-    void *symbol(const char *name, QString &obstacle);
+    void *symbol(const char *name, std::string &obstacle);
 
     const Bundle &m_bundle;
     RunLoop &m_runLoop;

@@ -2,9 +2,8 @@
 
 #include "platform/CheckWindowView.h"
 
-#include <QStringList>
-
-class QByteArray;
+#include <string>
+#include <vector>
 
 namespace quillmark {
 
@@ -22,7 +21,7 @@ public:
 };
 
 /// Everything that needs a window library. It comes from a module of its own, which shares nothing with this program
-/// but Qt Core and these headers.
+/// but these headers and the standard library.
 class Windows {
 public:
     virtual ~Windows() = default;
@@ -35,8 +34,8 @@ public:
     /// The check window of that file, which lives as long as the process.
     /// \param problems receives what is wrong with the file and its pictures, each as a part of a sentence. \returns
     /// null when that is too much for a window.
-    virtual CheckWindowView *loadCheckWindow(const QString &interfaceFile, const HeaderBranding &branding,
-                                             CheckWindowView::Owner &owner, QStringList &problems) = 0;
+    virtual CheckWindowView *loadCheckWindow(const std::string &interfaceFile, const HeaderBranding &branding,
+                                             CheckWindowView::Owner &owner, std::vector<std::string> &problems) = 0;
 };
 
 /// The module's exported functions. This one makes an application with windows, and aborts the process where that is
@@ -49,13 +48,14 @@ inline constexpr const char *kTryDisplaySymbol = "quillmarkTryDisplay";
 /// \param resourceFolder where the application's pictures are. \param otherEvents are served, too, wherever the window
 /// library waits; they live as long as the process. \param obstacle receives why there can be no windows.
 /// \returns the windows, which live as long as the process, or null.
-using QuillmarkOpenWindows = Windows *(const QString &resourceFolder, OtherEvents &otherEvents, QString &obstacle);
+using QuillmarkOpenWindows = Windows *(const std::string &resourceFolder, OtherEvents &otherEvents,
+                                       std::string &obstacle);
 inline constexpr const char *kOpenWindowsSymbol = "quillmarkOpenWindows";
 
 /// Draws a header view off screen. It needs no display, and a process that has no windows yet will have none
 /// that anybody sees. Main thread only.
 /// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
-using QuillmarkDrawHeader = bool(const HeaderPicture &picture, QByteArray &png, QString &obstacle);
+using QuillmarkDrawHeader = bool(const HeaderPicture &picture, std::string &png, std::string &obstacle);
 inline constexpr const char *kDrawHeaderSymbol = "quillmarkDrawHeader";
 
 } // namespace quillmark

@@ -1,13 +1,16 @@
 /// Starts an application bundle as the desktop does: open PATH. One that runs already is not started again. The
 /// launcher's shells find this program first in their search path, where a Mac has one of its own.
 
+#include "platform/EnvironmentVariable.h"
+#include "platform/Path.h"
+#include "platform/Pieces.h"
 #include "platform/Platform.h"
 #include "platform/Workspace.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 
 namespace {
 
@@ -16,13 +19,24 @@ int failed(const char *path, const char *why) {
     return EXIT_FAILURE;
 }
 
+/// Without links; an empty text for what is not there.
+std::string plainPath(std::string_view path) {
+    std::error_code error;
+    return std::filesystem::canonical(path, error).string();
+}
+
 /// The folder of this program leads the search path of the shell that has started it. What it starts is to find the
 /// system's programs.
 void leaveSearchPath() {
-    const QString own = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
-    QStringList folders = qEnvironmentVariable("PATH").split(u':');
-    folders.removeIf([&own](const QString &folder) { return QFileInfo(folder).canonicalFilePath() == own; });
-    qputenv("PATH", folders.join(u':').toLocal8Bit());
+    const std::string own = quillmark::deletingLastPathComponent(plainPath("/proc/self/exe"));
+    const std::string folders = quillmark::environmentVariable("PATH");
+    std::string others;
+    for (const std::string_view folder : quillmark::pieces(folders, ':')) {
+        if (plainPath(folder) != own) {
+            others.append(others.empty() ? "" : ":").append(folder);
+        }
+    }
+    ::setenv("PATH", others.c_str(), 1); // NOLINT(concurrency-mt-unsafe): no other thread runs
 }
 
 } // namespace
@@ -33,8 +47,9 @@ int main(int count, char **arguments) {
         return EXIT_FAILURE;
     }
     // Without links, as the system tells what runs.
-    const QString bundle = QFileInfo(QFile::decodeName(arguments[1])).canonicalFilePath();
-    if (!bundle.endsWith(u".app") || !QFileInfo(bundle).isDir()) {
+    const std::string bundle = plainPath(arguments[1]);
+    std::error_code error;
+    if (!bundle.ends_with(".app") || !std::filesystem::is_directory(bundle, error)) {
         return failed(arguments[1], "is no application bundle");
     }
     leaveSearchPath();

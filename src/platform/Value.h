@@ -1,0 +1,102 @@
+#pragma once
+
+#include <chrono>
+#include <concepts>
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace quillmark {
+
+class Value;
+
+/// The order of the keys in files and JSON texts: that of their 16-bit characters. Bytes of UTF-8 stand in that order
+/// but for the characters that take four of them, which are two 16-bit ones below U+E000.
+struct KeyOrder {
+    using is_transparent = void;
+    bool operator()(std::string_view left, std::string_view right) const;
+};
+
+using List = std::vector<Value>;
+using Dictionary = std::map<std::string, Value, KeyOrder>;
+
+/// Bytes without a meaning as text.
+struct Bytes {
+    std::string data;
+    friend bool operator==(const Bytes &, const Bytes &) = default;
+};
+
+/// A point in time, of UTC.
+using Date = std::chrono::sys_time<std::chrono::milliseconds>;
+
+/// What a property list or the preferences hold: nothing, a boolean, an integer, a real, a text in UTF-8, bytes, a
+/// date, a list or a dictionary.
+///
+/// An integer is an `int64_t`, or a `uint64_t` where that one ends. A `float` is told from a `double` by those who
+/// write it with its own digits. A value never changes, so copies share their list or dictionary.
+class Value {
+public:
+    Value() = default;
+    Value(bool value) : m_content(value) {}
+    Value(std::integral auto value) : m_content(integer(value)) {}
+    Value(float value) : m_content(value) {}
+    Value(double value) : m_content(value) {}
+    Value(const char *text) : m_content(std::string(text)) {}
+    Value(std::string_view text) : m_content(std::string(text)) {}
+    Value(std::string text) : m_content(std::move(text)) {}
+    /// Nothing when the text is absent.
+    Value(std::optional<std::string> text);
+    Value(Bytes bytes) : m_content(std::move(bytes)) {}
+    Value(Date date) : m_content(date) {}
+    Value(List list);
+    Value(Dictionary dictionary);
+    Value(const void *) = delete; // a pointer is no boolean
+
+    bool isNothing() const { return std::holds_alternative<std::monostate>(m_content); }
+    /// The content if it is of that kind, else null.
+    template <class Kind>
+    const Kind *as() const {
+        if constexpr (std::same_as<Kind, List> || std::same_as<Kind, Dictionary>) {
+            const auto *shared = std::get_if<std::shared_ptr<const Kind>>(&m_content);
+            return shared != nullptr ? shared->get() : nullptr;
+        } else {
+            return std::get_if<Kind>(&m_content);
+        }
+    }
+    template <class Kind>
+    bool is() const {
+        return as<Kind>() != nullptr;
+    }
+
+    /// The text; nothing for any other kind.
+    std::optional<std::string> text() const;
+    /// The list or the dictionary; an empty one for any other kind.
+    const List &list() const;
+    const Dictionary &dictionary() const;
+
+    /// Whether both are of one kind, and the same.
+    friend bool operator==(const Value &left, const Value &right);
+
+private:
+    using Content = std::variant<std::monostate, bool, std::int64_t, std::uint64_t, float, double, std::string, Bytes,
+                                 Date, std::shared_ptr<const List>, std::shared_ptr<const Dictionary>>;
+
+    static Content integer(std::integral auto value) {
+        return std::in_range<std::int64_t>(value) ? Content(static_cast<std::int64_t>(value))
+                                                  : Content(static_cast<std::uint64_t>(value));
+    }
+
+    Content m_content;
+};
+
+/// The dictionary's value of that key; nothing when it has none.
+const Value &valueOf(const Dictionary &dictionary, std::string_view key);
+
+} // namespace quillmark
