@@ -28,7 +28,13 @@ endforeach()
 add_link_options(-Wl,--as-needed -Wl,-O1)
 
 if(QUILLMARK_SANITIZE)
-  add_compile_options(-fsanitize=${QUILLMARK_SANITIZE} -fno-omit-frame-pointer -O1)
+  # A report needs functions and lines. With the checks for undefined behaviour the optimiser takes most of a build's time,
+  # and warns of what is no fault; fuzzers need their speed, and races the least disturbance.
+  set(level -O1)
+  if(QUILLMARK_SANITIZE STREQUAL "address,undefined")
+    set(level -O0)
+  endif()
+  add_compile_options(-fsanitize=${QUILLMARK_SANITIZE} -fno-omit-frame-pointer ${level} -g1)
   add_link_options(-fsanitize=${QUILLMARK_SANITIZE})
   if(QUILLMARK_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)
