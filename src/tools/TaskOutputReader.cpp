@@ -6,6 +6,7 @@
 #include "utils/Log.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <unistd.h>
 
@@ -15,23 +16,17 @@ namespace {
 
 /// Appends what the pipe holds. \returns false at its end.
 bool readAvailable(int pipe, std::string &data) {
-    constexpr size_t kPiece = size_t{64} * 1024;
     constexpr int kPiecesATurn = 16; // then other events have their turn
-    for (int piece = 0; piece < kPiecesATurn; ++piece) {
-        const size_t before = data.size();
-        if (data.capacity() - before < kPiece) {
-            data.reserve(std::max(before * 2, before + kPiece)); // resize() alone may grow by the piece each time
-        }
-        data.resize(before + kPiece);
-        const ssize_t count = ::read(pipe, data.data() + before, kPiece);
-        const int error = errno;
-        data.resize(before + static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    std::array<char, 65536> piece;   // NOLINT(cppcoreguidelines-pro-type-member-init): written by what follows
+    for (int turn = 0; turn < kPiecesATurn; ++turn) {
+        const ssize_t count = ::read(pipe, piece.data(), piece.size());
         if (count == 0) {
             return false;
         }
-        if (count < 0 && error != EINTR) {
-            return error == EAGAIN;
+        if (count < 0 && errno != EINTR) {
+            return errno == EAGAIN;
         }
+        data.append(piece.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
     }
     return true;
 }
