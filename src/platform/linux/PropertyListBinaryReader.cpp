@@ -104,7 +104,7 @@ std::optional<BinaryReader::Span> BinaryReader::payload(std::int64_t at, std::in
         if (!marker || *marker < 0x10 || *marker > 0x13) {
             return std::nullopt;
         }
-        const std::int64_t width = 1LL << (*marker & 0x0FU);
+        const std::int64_t width = std::int64_t{1} << (*marker & 0x0FU);
         const auto length = number(begin + 1, width);
         if (!length) {
             return std::nullopt;
@@ -192,7 +192,7 @@ Value textFrom(std::string_view bytes) {
 
 bool BinaryReader::read(Object &target, std::int64_t at, int depth) {
     const auto marker = static_cast<std::uint8_t>(m_bytes[static_cast<size_t>(at)]);
-    const std::int64_t width = 1LL << (marker & 0x0FU);
+    const std::int64_t width = std::int64_t{1} << (marker & 0x0FU);
     target.treeCost = cost::kScalar;
     switch (marker >> 4U) {
     case 0x0:
