@@ -12,8 +12,8 @@ struct Platform;
 
 /// \name The settings of a move
 /// Process-wide and absent at first; the functions of MoveToApplications.h store them.
-inline std::vector<std::string>
-    gAlsoRemoveBundlePaths; ///< bundles that go when the application moves; may start with a tilde
+/// Bundles that go when the application moves; may start with a tilde.
+inline std::vector<std::string> gAlsoRemoveBundlePaths;
 inline std::optional<std::string> gAltDstBundleName; ///< deliberately read by nobody: a moved bundle keeps its name
 inline std::optional<std::string> gAltDstBundleParentPath; ///< where to move to, in place of the Applications folder
 inline std::optional<std::string> gAltSrcBundlePath; ///< what to move, in place of the running application's bundle
@@ -42,8 +42,8 @@ struct MovePlan {
     bool needsAuthorisation = false;
     std::string informativeText; ///< of the question to the user
     std::string relaunchCommand; ///< shell text that starts the moved bundle as soon as this process has ended
-    std::optional<std::string>
-        detachCommand; ///< shell text that lets go of the source's volume; absent unless on a disk image
+    /// Shell text that lets go of the source's volume; absent unless on a disk image.
+    std::optional<std::string> detachCommand;
     std::optional<std::string> obstacle; ///< why it can't be offered, as a sentence; absent when it can
 };
 

@@ -153,7 +153,8 @@ bool InstallCheckManager::isToBeRepaired(const RequiredItem &item, bool isNotReq
 }
 
 std::string InstallCheckManager::statusKeyOf(const RequiredItem &item) const {
-    const auto place = std::find(m_requiredItemsList.begin(), m_requiredItemsList.end(), Value(item));
+    const auto place = std::find_if(m_requiredItemsList.begin(), m_requiredItemsList.end(),
+                                    [&item](const Value &other) { return other.dictionary() == item; });
     const auto index = static_cast<size_t>(place - m_requiredItemsList.begin());
     return index < m_requiredItemsStatusKeys.size() ? m_requiredItemsStatusKeys[index] : "";
 }

@@ -18,6 +18,7 @@ public:
     std::vector<std::string> userFolders;
     std::vector<std::string> localFolders;
     std::vector<std::string> downloads;
+    std::vector<std::string> volumes = {"/Volumes/", "/media/"};
     std::vector<Dictionary> applications;
     std::map<std::string, std::string> bundles;          ///< paths by identifier
     mutable std::function<void()> onApplicationsFolders; ///< called when they are first asked for
@@ -46,7 +47,7 @@ public:
         m_transcript.record("downloadsFolders");
         return downloads;
     }
-    std::vector<std::string> volumesFolders() const override { return {"/Volumes/", "/media/"}; }
+    std::vector<std::string> volumesFolders() const override { return volumes; }
     std::vector<Dictionary> launchedApplications() const override {
         m_transcript.record("launchedApplications");
         return applications;
