@@ -23,11 +23,12 @@ constexpr const char *kStandardInput = "standard input";
 /// What errno tells of the file.
 Failure failureOf(const std::string &name) { return {name, std::generic_category().message(errno)}; }
 
-std::string text(const std::string &bytes) {
-    if (!utf8Text(bytes)) {
+std::string text(std::string bytes) {
+    auto text = utf8Text(std::move(bytes));
+    if (!text) {
         throw Failure{kStandardInput, "is no UTF-8"};
     }
-    return bytes;
+    return *std::move(text);
 }
 
 } // namespace

@@ -133,7 +133,7 @@ Value valueToSet(const Arguments &arguments) {
     }
     if (arguments.form == "bool") {
         if (value != "yes" && value != "no") {
-            throw Failure{arguments.key, "the value is neither \"yes\" nor \"no\""};
+            throw Failure{arguments.key, R"(the value is neither "yes" nor "no")"};
         }
         return value == "yes";
     }

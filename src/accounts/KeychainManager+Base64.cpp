@@ -44,7 +44,7 @@ std::optional<std::string> KeychainManager::decryptString(OptionalText string) {
         }
         bytes += decodedPiece;
     }
-    return utf8Text(bytes);
+    return utf8Text(std::move(bytes));
 }
 
 } // namespace quillmark

@@ -63,7 +63,7 @@ KeychainManager::Reading KeychainManager::read(OptionalText userName, const std:
     std::string data;
     const std::int32_t status = item->copyContent(data);
     if (status == 0) {
-        return {0, true, utf8Text(data)};
+        return {0, true, utf8Text(std::move(data))};
     }
     logNormal("Failed to read keychain item ( error = %d )", status);
     const bool isDamaged = !isOutOfReach(status);

@@ -39,8 +39,8 @@ std::optional<std::string> stringByLaunchingPath(const std::string &path, const 
     std::optional<std::string> standardError;
     try {
         reader.launchTaskAndRunSynchronous(onCreatedDoBlock);
-        output = utf8Text(reader.standardOutputData());
-        standardError = utf8Text(reader.standardErrorData());
+        output = utf8Text(std::move(reader.standardOutputData()));
+        standardError = utf8Text(std::move(reader.standardErrorData()));
         if (const int status = reader.terminationStatus(); status != 0) {
             throw Exception("Process Failed", "Task terminationStatus was " + std::to_string(status));
         }

@@ -22,8 +22,8 @@ public:
     /// exception when the program could not be launched. What the callback raises ends the wait, not the program.
     void launchTaskAndRunSynchronous(const std::function<void(std::int32_t)> &onCreated);
 
-    const std::string &standardOutputData() const { return standardOutput; }
-    const std::string &standardErrorData() const { return standardError; }
+    std::string &standardOutputData() { return standardOutput; }
+    std::string &standardErrorData() { return standardError; }
     /// The program's exit status, or the number of the signal that ended it; 0 before it has ended.
     int terminationStatus() const { return m_terminationStatus; }
 
