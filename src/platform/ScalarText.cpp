@@ -48,13 +48,8 @@ std::optional<std::string> scalarText(const Value &value) {
     if (const auto *large = value.as<std::uint64_t>()) {
         return std::to_string(*large);
     }
-    if (const auto *real = value.as<double>()) {
-        return realText(*real);
-    }
-    if (const auto *single = value.as<float>()) {
-        return realText(static_cast<double>(*single));
-    }
-    return value.text();
+    const auto real = value.real();
+    return real ? realText(*real) : value.text();
 }
 
 } // namespace quillmark

@@ -32,6 +32,12 @@ std::optional<std::string> Value::text() const {
     return text != nullptr ? std::optional(*text) : std::nullopt;
 }
 
+std::optional<double> Value::real() const {
+    const auto *single = as<float>();
+    const auto *real = as<double>();
+    return single != nullptr ? std::optional<double>(*single) : real != nullptr ? std::optional(*real) : std::nullopt;
+}
+
 const List &Value::list() const {
     static const List empty;
     const auto *list = as<List>();

@@ -77,6 +77,8 @@ public:
 
     /// The text; nothing for any other kind.
     std::optional<std::string> text() const;
+    /// The real number of either size; nothing for any other kind.
+    std::optional<double> real() const;
     /// The list or the dictionary; an empty one for any other kind.
     const List &list() const;
     const Dictionary &dictionary() const;

@@ -15,10 +15,7 @@ bool booleanValueOf(const Value &value) {
     if (const auto *boolean = value.as<bool>()) {
         return *boolean;
     }
-    if (const auto *single = value.as<float>()) {
-        return *single != 0;
-    }
-    if (const auto *real = value.as<double>()) {
+    if (const auto real = value.real()) {
         return *real != 0;
     }
     const auto *integer = value.as<std::int64_t>();

@@ -41,10 +41,7 @@ std::int64_t integerValueOf(const Value &value) {
     if (const auto *text = value.as<std::string>()) {
         return integerValue(*text);
     }
-    if (const auto *single = value.as<float>()) {
-        return integerValue(static_cast<double>(*single));
-    }
-    if (const auto *real = value.as<double>()) {
+    if (const auto real = value.real()) {
         return integerValue(*real);
     }
     if (const auto *boolean = value.as<bool>()) {

@@ -61,6 +61,16 @@ private:
     PropertyListBudget &m_budget;
 };
 
+/// The first element from that node on among its siblings.
+pugi::xml_node elementFrom(pugi::xml_node node) {
+    while (node && node.type() != pugi::node_element) {
+        node = node.next_sibling();
+    }
+    return node;
+}
+
+pugi::xml_node elementBehind(pugi::xml_node node) { return elementFrom(node.next_sibling()); }
+
 bool isText(pugi::xml_node piece) { return piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata; }
 
 /// The text inside an element, in one piece; nothing when there are elements inside. `joined` keeps it alive where a
@@ -140,23 +150,18 @@ Value Converter::dictionary(pugi::xml_node element, int depth) {
         return {};
     }
     Dictionary map;
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() != pugi::node_element) {
-            continue;
-        }
-        const pugi::xml_node key = child;
-        do {
-            child = child.next_sibling();
-        } while (child && child.type() != pugi::node_element);
+    pugi::xml_node content;
+    for (pugi::xml_node key = elementFrom(element.first_child()); key; key = elementBehind(content)) {
+        content = elementBehind(key);
         std::string joined;
-        const auto raw = std::string_view(key.name()) == "key" && child ? textOf(key, joined) : std::nullopt;
+        const auto raw = std::string_view(key.name()) == "key" && content ? textOf(key, joined) : std::nullopt;
         auto name = raw && m_budget.take(cost::kEntry) ? string(*raw) : std::nullopt;
-        Value entry = name ? value(child, depth + 1) : Value();
+        Value entry = name ? value(content, depth + 1) : Value();
         if (entry.isNothing()) {
             return {};
         }
-        map.insert_or_assign(map.cend(), *std::move(name),
-                             std::move(entry)); // the place when the keys are sorted, as they often are
+        // Often the keys are sorted: then the end is the place.
+        map.insert_or_assign(map.cend(), *std::move(name), std::move(entry));
     }
     return map;
 }
@@ -166,10 +171,7 @@ Value Converter::array(pugi::xml_node element, int depth) {
         return {};
     }
     List list;
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
-        if (child.type() != pugi::node_element) {
-            continue;
-        }
+    for (auto child = elementFrom(element.first_child()); child; child = elementBehind(child)) {
         // A growing list has room for twice its elements.
         Value entry = m_budget.take(2 * cost::kElement) ? value(child, depth + 1) : Value();
         if (entry.isNothing()) {
@@ -181,16 +183,8 @@ Value Converter::array(pugi::xml_node element, int depth) {
 }
 
 pugi::xml_node onlyElement(pugi::xml_node parent) {
-    pugi::xml_node found;
-    for (pugi::xml_node child = parent.first_child(); child; child = child.next_sibling()) {
-        if (child.type() == pugi::node_element) {
-            if (found) {
-                return {};
-            }
-            found = child;
-        }
-    }
-    return found;
+    const pugi::xml_node found = elementFrom(parent.first_child());
+    return elementBehind(found) ? pugi::xml_node() : found;
 }
 
 } // namespace

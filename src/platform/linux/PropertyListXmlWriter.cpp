@@ -3,6 +3,7 @@
 #include "platform/Base64.h"
 #include "platform/ScalarText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 #include <utf8.h>
@@ -52,14 +53,23 @@ public:
 private:
     bool text(std::string_view tag, const std::string &text, int depth);
     bool line(std::string_view tag, std::string_view content, int depth);
-    bool dictionary(const Dictionary &map, int depth);
-    bool array(const List &list, int depth);
-    void indent(int depth) { out.append(static_cast<size_t>(depth), '\t'); }
+    template <class Container>
+    bool container(std::string_view tag, const Container &content, int depth);
+    bool entry(const Dictionary::value_type &entry, int depth) {
+        return text("key", entry.first, depth) && value(entry.second, depth);
+    }
+    bool entry(const Value &element, int depth) { return value(element, depth); }
+    void markup(std::string_view opening, std::string_view tag, std::string_view closing, int depth);
 };
 
+void XmlWriter::markup(std::string_view opening, std::string_view tag, std::string_view closing, int depth) {
+    out.append(static_cast<size_t>(depth), '\t').append(opening).append(tag).append(closing);
+}
+
 bool XmlWriter::line(std::string_view tag, std::string_view content, int depth) {
-    indent(depth);
-    out.append("<").append(tag).append(">").append(content).append("</").append(tag).append(">\n");
+    markup("<", tag, ">", depth);
+    out.append(content);
+    markup("</", tag, ">\n", 0);
     return true;
 }
 
@@ -76,45 +86,18 @@ bool XmlWriter::text(std::string_view tag, const std::string &text, int depth) {
     return line(tag, escaped, depth);
 }
 
-bool XmlWriter::dictionary(const Dictionary &map, int depth) {
+template <class Container>
+bool XmlWriter::container(std::string_view tag, const Container &content, int depth) {
     if (depth >= PropertyList::kMaximumDepth) {
         return false;
     }
-    if (map.empty()) {
-        indent(depth);
-        out += "<dict/>\n";
-        return true;
+    markup("<", tag, content.empty() ? "/>\n" : ">\n", depth);
+    const bool isWritten =
+        std::all_of(content.begin(), content.end(), [&](const auto &element) { return entry(element, depth + 1); });
+    if (!content.empty()) {
+        markup("</", tag, ">\n", depth);
     }
-    indent(depth);
-    out += "<dict>\n";
-    for (const auto &[key, entry] : map) {
-        if (!text("key", key, depth + 1) || !value(entry, depth + 1)) {
-            return false;
-        }
-    }
-    indent(depth);
-    out += "</dict>\n";
-    return true;
-}
-
-bool XmlWriter::array(const List &list, int depth) {
-    if (depth >= PropertyList::kMaximumDepth) {
-        return false;
-    }
-    indent(depth);
-    if (list.empty()) {
-        out += "<array/>\n";
-        return true;
-    }
-    out += "<array>\n";
-    for (const Value &element : list) {
-        if (!value(element, depth + 1)) {
-            return false;
-        }
-    }
-    indent(depth);
-    out += "</array>\n";
-    return true;
+    return isWritten;
 }
 
 std::string signedRealText(double real) { return real == 0 && std::signbit(real) ? "-0.0" : realText(real); }
@@ -135,27 +118,23 @@ bool isWritable(Date date) {
 
 bool XmlWriter::value(const Value &value, int depth) {
     if (const auto *map = value.as<Dictionary>()) {
-        return dictionary(*map, depth);
+        return container("dict", *map, depth);
     }
     if (const auto *list = value.as<List>()) {
-        return array(*list, depth);
+        return container("array", *list, depth);
     }
     if (const auto *string = value.as<std::string>()) {
         return text("string", *string, depth);
     }
     if (const auto *boolean = value.as<bool>()) {
-        indent(depth);
-        out += *boolean ? "<true/>\n" : "<false/>\n";
+        markup("<", *boolean ? "true" : "false", "/>\n", depth);
         return true;
     }
     if (value.is<std::int64_t>() || value.is<std::uint64_t>()) {
         return line("integer", *scalarText(value), depth);
     }
-    if (const auto *real = value.as<double>()) {
+    if (const auto real = value.real()) {
         return line("real", signedRealText(*real), depth);
-    }
-    if (const auto *single = value.as<float>()) {
-        return line("real", signedRealText(static_cast<double>(*single)), depth);
     }
     if (const auto *date = value.as<Date>()) {
         return isWritable(*date) && line("date", dateText(*date), depth);
