@@ -99,12 +99,11 @@ Value UserManager::recordValue(std::string_view key, std::string_view userName) 
 }
 
 Value UserManager::objectForKey(std::string_view key, std::string_view userName) const {
-    const auto orNothing = [](std::optional<std::string> text) { return text ? Value(*std::move(text)) : Value(); };
     if (key == kUserPassword) {
-        return orNothing(m_keychain->getPasswordForUser(userName));
+        return m_keychain->getPasswordForUser(userName);
     }
     if (key == kUserEncryptionKey) {
-        return orNothing(m_keychain->getEncryptionKeyForUser(userName));
+        return m_keychain->getEncryptionKeyForUser(userName);
     }
     return key == kUserConnectionCount ? Value(kConnectionCount) : recordValue(key, userName);
 }

@@ -127,8 +127,7 @@ std::optional<std::string> Converter::string(std::string_view raw) {
 
 Value Converter::scalar(std::string_view type, std::string_view raw) {
     if (type == "string") {
-        auto text = string(raw);
-        return text ? Value(*std::move(text)) : Value();
+        return string(raw);
     }
     if (type == "true" || type == "false") {
         return type == "true";
