@@ -42,9 +42,19 @@ protected:
         }
         return names;
     }
-    bool isCalled(const char *name) const {
-        const Texts names = calls();
-        return std::find(names.begin(), names.end(), name) != names.end();
+    bool isCalled(const char *name) const { return std::ranges::count(calls(), name) > 0; }
+    /// The nth call from now on of that function fails with that status.
+    void failAt(const char *call, std::int32_t status, int nth = 1) {
+        keychain.failure = status;
+        platform.transcript.failAt(call, nth);
+    }
+    /// What looking for an item gives: the status, and the text that was absent before.
+    using Found = std::pair<std::int32_t, std::optional<std::string>>;
+    template <class... Service>
+    Found find(const OptionalText &user, const Service &...ofService) {
+        std::optional<std::string> text;
+        const std::int32_t status = manager.secKeychainFindGenericPassword(&text, user, ofService...);
+        return {status, text};
     }
     Texts messages() const { return linesOf(log); }
     /// The product has another name from now on.
@@ -76,9 +86,7 @@ TEST_F(Keychains, ServiceIsTheProductsNameInTheUsersLanguage) {
 
 TEST_F(Keychains, FindGivesTheItemsText) {
     store("grüß €");
-    std::optional<std::string> text;
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
-    EXPECT_EQ(text, "grüß €");
+    EXPECT_EQ(find(ada), Found(0, "grüß €"));
     EXPECT_EQ(platform.transcript.calls(),
               (Texts{"SecKeychainFindGenericPassword Quillmark ada", "SecKeychainItemCopyContent Quillmark ada"}));
 }
@@ -100,25 +108,19 @@ TEST_F(Keychains, FindNeedsNoPlaceForTheText) {
 
 TEST_F(Keychains, FindOfAnEmptyItemGivesAnEmptyTextAndNoAbsentOne) {
     store("");
-    std::optional<std::string> text;
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
-    EXPECT_EQ(text, "");
+    EXPECT_EQ(find(ada), Found(0, ""));
 }
 
 TEST_F(Keychains, FindOfWhatIsNoTextSucceedsAndGivesNone) {
     for (const char *const data : {"\xff\xfe", "a\xc3", "\xed\xa0\x80"}) {
         store(data);
-        std::optional<std::string> text;
-        EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), 0);
-        EXPECT_EQ(text, std::nullopt);
+        EXPECT_EQ(find(ada), Found(0, std::nullopt));
         EXPECT_EQ(stored(), data);
     }
 }
 
 TEST_F(Keychains, NullNamesAreASuccessThatDoesNothing) {
-    std::optional<std::string> text;
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, std::nullopt), 0);
-    EXPECT_EQ(text, std::nullopt);
+    EXPECT_EQ(find(std::nullopt), Found(0, std::nullopt));
     EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", std::nullopt), 0);
     EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword(Value(), ada), 0);
     EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(std::nullopt));
@@ -148,16 +150,14 @@ TEST_F(Keychains, AnItemMayBeEmpty) {
 
 TEST_F(Keychains, AnItemThatVanishesBeforeItIsReplacedIsAdded) {
     store("old");
-    keychain.failure = kKeychainItemNotFound;
-    platform.transcript.failAt("SecKeychainItemModifyContent", 1);
+    failAt("SecKeychainItemModifyContent", kKeychainItemNotFound);
     EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("new", ada), 0);
     EXPECT_EQ(stored(), "new");
 }
 
 TEST_F(Keychains, NothingIsAddedWhenTheItemCannotBeLookedFor) {
     for (const std::int32_t status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
-        keychain.failure = status;
-        platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+        failAt("SecKeychainFindGenericPassword", status);
         EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", ada), status);
         EXPECT_EQ(stored(), "(none)");
     }
@@ -182,17 +182,14 @@ TEST_F(Keychains, AnotherServicesItemsAreReachedByItsName) {
     const std::string other = "Other";
     EXPECT_EQ(manager.secKeychainModifyOrAddGenericPassword("x", ada, other), 0);
     EXPECT_EQ(stored(), "(none)");
-    std::optional<std::string> text;
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada, other), 0);
-    EXPECT_EQ(text, "x");
+    EXPECT_EQ(find(ada, other), Found(0, "x"));
     EXPECT_FALSE(manager.secKeychainRemoveAllItemsWithUserName(ada));
     EXPECT_TRUE(manager.secKeychainRemoveAllItemsWithUserName(ada, other));
 }
 
 TEST_F(Keychains, AFindThatFailsIsNotLogged) {
     for (const std::int32_t status : {kKeychainItemNotFound, kSomeFault, kKeychainNotAvailable}) {
-        keychain.failure = status;
-        platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+        failAt("SecKeychainFindGenericPassword", status);
         EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, ada), status);
     }
     EXPECT_EQ(messages(), Texts());
@@ -202,19 +199,15 @@ TEST_F(Keychains, AFindThatFailsIsNotLogged) {
 
 TEST_F(Keychains, ADamagedItemIsLoggedAndDeleted) {
     store("x");
-    keychain.failure = kKeychainDecode;
-    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
-    std::optional<std::string> text;
-    EXPECT_EQ(manager.secKeychainFindGenericPassword(&text, ada), kKeychainDecode);
-    EXPECT_EQ(text, std::nullopt);
+    failAt("SecKeychainItemCopyContent", kKeychainDecode);
+    EXPECT_EQ(find(ada), Found(kKeychainDecode, std::nullopt));
     EXPECT_EQ(stored(), "(none)");
     EXPECT_EQ(messages(), Texts{"nrm Failed to read keychain item ( error = -26275 )"});
 }
 
 TEST_F(Keychains, ADamagedItemIsMadeAnewByTheNextSave) {
     store("damaged");
-    keychain.failure = kKeychainDecode;
-    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    failAt("SecKeychainItemCopyContent", kKeychainDecode);
     EXPECT_TRUE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"password":"new"})");
 }
@@ -222,8 +215,7 @@ TEST_F(Keychains, ADamagedItemIsMadeAnewByTheNextSave) {
 TEST_F(Keychains, AnItemBehindALockIsLoggedAndKept) {
     for (const std::int32_t status : kOutOfReach) {
         store("x");
-        keychain.failure = status;
-        platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+        failAt("SecKeychainItemCopyContent", status);
         EXPECT_EQ(manager.secKeychainFindGenericPassword(nullptr, ada), status);
         EXPECT_EQ(stored(), "x") << status;
         EXPECT_EQ(messages().back(), "nrm Failed to read keychain item ( error = " + std::to_string(status) + " )");
@@ -232,8 +224,7 @@ TEST_F(Keychains, AnItemBehindALockIsLoggedAndKept) {
 
 TEST_F(Keychains, ADamagedItemThatCannotBeDeletedIsOverwrittenByTheNextSave) {
     store("damaged");
-    keychain.failure = kKeychainDecode;
-    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    failAt("SecKeychainItemCopyContent", kKeychainDecode);
     platform.transcript.failAt("SecKeychainItemDelete", 1);
     EXPECT_TRUE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"password":"new"})");
@@ -242,8 +233,7 @@ TEST_F(Keychains, ADamagedItemThatCannotBeDeletedIsOverwrittenByTheNextSave) {
 
 TEST_F(Keychains, AnItemThatVanishesBeforeItIsReadIsLoggedAndMadeAnewByTheNextSave) {
     store("x");
-    keychain.failure = kKeychainItemNotFound;
-    platform.transcript.failAt("SecKeychainItemCopyContent", 1);
+    failAt("SecKeychainItemCopyContent", kKeychainItemNotFound);
     EXPECT_TRUE(manager.savePassword("new", ada));
     EXPECT_EQ(messages(), Texts{"nrm Failed to read keychain item ( error = -25300 )"});
     EXPECT_EQ(stored(), R"({"password":"new"})");
@@ -256,8 +246,7 @@ TEST_F(Keychains, NothingIsWrittenOverAnItemThatCannotBeReached) {
             // Out of reach at the first call and back at the next: the whole document must survive.
             const auto change = [&](const std::function<void()> &operation) {
                 store(document);
-                keychain.failure = status;
-                platform.transcript.failAt(call, 1);
+                failAt(call, status);
                 operation();
                 EXPECT_EQ(stored(), document) << call << status;
             };
@@ -274,8 +263,7 @@ TEST_F(Keychains, NothingIsWrittenOverAnItemThatCannotBeReached) {
 
 TEST_F(Keychains, NothingIsWrittenWhenTheItemCannotBeLookedForForAnyOtherReason) {
     store(R"({"encryptionKey":"k"})");
-    keychain.failure = kSomeFault;
-    platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+    failAt("SecKeychainFindGenericPassword", kSomeFault);
     EXPECT_FALSE(manager.savePassword("new", ada));
     EXPECT_EQ(stored(), R"({"encryptionKey":"k"})");
     EXPECT_EQ(messages(), Texts{"nrm Failed to write keychain item ( error = -2070 )"});
@@ -337,8 +325,7 @@ TEST_F(Keychains, ABarePasswordOfAnEarlierVersionBecomesADocument) {
 TEST_F(Keychains, ABarePasswordIsGivenAlsoWhenItCannotBeMadeADocument) {
     store("bare");
     for (const std::int32_t status : {kKeychainInteractionNotAllowed, kSomeFault}) {
-        keychain.failure = status;
-        platform.transcript.failAt("SecKeychainItemModifyContent", 1);
+        failAt("SecKeychainItemModifyContent", status);
         EXPECT_EQ(manager.getPasswordForUser(ada), "bare");
         EXPECT_EQ(stored(), "bare");
     }
@@ -407,8 +394,7 @@ TEST_F(Keychains, NothingMovesUnlessTheCurrentItemIsKnownToBeAbsent) {
     store("old");
     rename("Plume");
     for (const std::int32_t status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
-        keychain.failure = status;
-        platform.transcript.failAt("SecKeychainFindGenericPassword", 1);
+        failAt("SecKeychainFindGenericPassword", status);
         EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
         EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
         EXPECT_EQ(stored(), "(none)");
@@ -429,8 +415,7 @@ TEST_F(Keychains, TheLegacyItemIsDeletedBeforeItsTextIsWritten) {
 TEST_F(Keychains, AMovingItemThatCannotBeWrittenIsGivenOnceAndThenGoneWithoutAWord) { // deliberate
     store(R"({"password":"p"})");
     rename("Plume");
-    keychain.failure = kSomeFault;
-    platform.transcript.failAt("SecKeychainAddGenericPassword", 1);
+    failAt("SecKeychainAddGenericPassword", kSomeFault);
     EXPECT_EQ(renamed->getPasswordForUser(ada), "p");
     EXPECT_TRUE(keychain.items.empty());
     EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
@@ -440,8 +425,7 @@ TEST_F(Keychains, AMovingItemThatCannotBeWrittenIsGivenOnceAndThenGoneWithoutAWo
 TEST_F(Keychains, AMovingItemThatCannotBeDeletedIsCopied) { // deliberate
     store("old");
     rename("Plume");
-    keychain.failure = kSomeFault;
-    platform.transcript.failAt("SecKeychainItemDelete", 1);
+    failAt("SecKeychainItemDelete", kSomeFault);
     EXPECT_EQ(renamed->getPasswordForUser(ada), "old");
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
     EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"old"})");
@@ -513,8 +497,7 @@ TEST_F(Keychains, AFailedSaveIsLoggedAndDeletesTheItem) { // deliberate
         if (isThere) {
             store(R"({"password":"old","encryptionKey":"k"})");
         }
-        keychain.failure = kSomeFault;
-        platform.transcript.failAt(call, 1);
+        failAt(call, kSomeFault);
         platform.transcript.clear();
         EXPECT_FALSE(manager.savePassword("new", ada));
         EXPECT_EQ(stored(), "(none)");
@@ -528,8 +511,7 @@ TEST_F(Keychains, ASaveThatFailsOutOfReachIsLoggedAndDeletesNothing) {
         for (const auto &[call, nth] : {std::pair("SecKeychainItemModifyContent", 1), // not found the second time
                                         {"SecKeychainFindGenericPassword", 2}}) {
             store(R"({"password":"old"})");
-            keychain.failure = status;
-            platform.transcript.failAt(call, nth);
+            failAt(call, status, nth);
             EXPECT_FALSE(manager.savePassword("new", ada));
             EXPECT_EQ(stored(), R"({"password":"old"})") << call << status;
             EXPECT_EQ(messages().back(),
@@ -729,8 +711,7 @@ TEST_F(Keychains, NoSecretReachesTheLog) {
                 store(*data);
             }
             for (int operation = 0; operation < 4; ++operation) {
-                keychain.failure = kSomeFault;
-                platform.transcript.failAt(call, 1);
+                failAt(call, kSomeFault);
                 const std::vector<std::function<void()>> operations = {
                     [&] { manager.getPasswordForUser(ada); }, [&] { manager.savePassword(secret, ada, true); },
                     [&] { manager.saveEncryptionKey(secret, ada); }, [&] { manager.removePassword(ada); }};

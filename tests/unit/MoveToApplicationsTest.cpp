@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <gmock/gmock.h>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
@@ -27,10 +28,10 @@ constexpr int kExitedWith1 = 1 << 8; // as waitpid gives it
 constexpr int kKilled = 9;
 
 using test::Lines;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::StartsWith;
 
-bool contains(const Lines &lines, const std::string &line) {
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
-}
 /// Those that hold a text.
 Lines filtered(Lines lines, std::string_view text) {
     std::erase_if(lines, [text](const std::string &line) { return line.find(text) == std::string::npos; });
@@ -47,9 +48,9 @@ protected:
         platform.workspace.localFolders = {home.path("network"), home.makeFolder("local")};
         platform.systemInfo.appKit = 2487;
         platform.workspace.ownFolder = home.path();
-        platform.alerts.answers = {{0, false}};
         m_log = logToFile(kLogLevelVerbose);
-        platform.transcript.clear();
+        _setStandardStreams(nullptr, nullptr);
+        beginAnew();
     }
     ~MoveToApplications() override {
         ::chmod(destination.c_str(), 0777); // so that it can be deleted
@@ -96,7 +97,18 @@ protected:
         }).join();
     }
 
-    void offer() { PFMoveToApplicationsFolderIfNecessary(platform.platform, m_strings); }
+    /// True when the user is asked. The answer is a refusal.
+    bool isOffered() {
+        platform.alerts.answers.clear();
+        platform.transcript.clear();
+        PFMoveToApplicationsFolderIfNecessary(platform.platform, m_strings);
+        return wasAsked();
+    }
+    /// Nothing was asked or done yet, and the user will want the move.
+    void beginAnew() {
+        platform.alerts.answers = {{0, false}};
+        platform.transcript.clear();
+    }
     /// A move after which this process stays.
     void move() { PFMove(platform.platform, m_strings); }
     /// One after which it ends.
@@ -105,13 +117,9 @@ protected:
 
     bool wasAsked() const { return callsThatBeginWith("runModal").size() == 1; }
     Lines callsThatBeginWith(const char *beginning) const {
-        Lines found;
-        for (const std::string &call : platform.transcript.calls()) {
-            if (call.starts_with(beginning)) {
-                found.push_back(call);
-            }
-        }
-        return found;
+        Lines calls = platform.transcript.calls();
+        std::erase_if(calls, [beginning](const std::string &call) { return !call.starts_with(beginning); });
+        return calls;
     }
     std::string lastAlert() const {
         const Lines alerts = callsThatBeginWith("runModal");
@@ -120,8 +128,8 @@ protected:
     /// What was done behind the question to the user.
     Lines deeds() const {
         Lines calls = platform.transcript.calls();
-        const auto question = std::find_if(calls.begin(), calls.end(),
-                                           [](const std::string &call) { return call.starts_with("runModal"); });
+        const auto question =
+            std::ranges::find_if(calls, [](const std::string &call) { return call.starts_with("runModal"); });
         if (question != calls.end()) {
             calls.erase(calls.begin(), question + 1);
         }
@@ -150,24 +158,18 @@ private:
     LocalizedStrings m_strings{platform.bundle};
 };
 
-Lines withFailureAlert(Lines deeds) {
-    deeds.emplace_back("runModal [Quillmark] Could not move to Applications folder |  | OK");
-    return deeds;
-}
+constexpr const char *kFailureAlert = "runModal [Quillmark] Could not move to Applications folder |  | OK";
+
+Lines withFailureAlert(const Lines &deeds) { return test::together({deeds, {kFailureAlert}}); }
 
 /// \name When the move is offered
 
-TEST_F(MoveToApplications, IsOfferedOutsideTheApplicationsFolders) {
-    platform.alerts.answers.clear();
-    offer();
-    EXPECT_TRUE(wasAsked());
-}
+TEST_F(MoveToApplications, IsOfferedOutsideTheApplicationsFolders) { EXPECT_TRUE(isOffered()); }
 
 TEST_F(MoveToApplications, IsNotOfferedToAUserWhoAskedNotToBeAskedAgain) {
     for (const Value &value : {Value(true), Value(1), Value(2.5), Value("YES"), Value(" 01"), Value("true")}) {
         platform.userDefaults.stored.insert_or_assign(std::string(kMoveAlertSuppress), value);
-        offer();
-        EXPECT_FALSE(wasAsked()) << testing::PrintToString(value);
+        EXPECT_FALSE(isOffered()) << testing::PrintToString(value);
     }
     EXPECT_EQ(log(), Lines());
 }
@@ -175,11 +177,8 @@ TEST_F(MoveToApplications, IsNotOfferedToAUserWhoAskedNotToBeAskedAgain) {
 TEST_F(MoveToApplications, IsOfferedWhenTheWishIsOffOrOfAWrongType) {
     for (const Value &value : {Value(false), Value(0), Value("NO"), Value("maybe"), Value(""), Value(Bytes{"YES"}),
                                Value(List{true}), Value(Dictionary{{"a", 1}})}) {
-        platform.alerts.answers.clear();
-        platform.transcript.clear();
         platform.userDefaults.stored.insert_or_assign(std::string(kMoveAlertSuppress), value);
-        offer();
-        EXPECT_TRUE(wasAsked()) << testing::PrintToString(value);
+        EXPECT_TRUE(isOffered()) << testing::PrintToString(value);
     }
 }
 
@@ -187,42 +186,34 @@ TEST_F(MoveToApplications, IsNotOfferedInTheApplicationsFolderOfAnyDomain) {
     for (const std::string &folder :
          test::together({platform.workspace.userFolders, platform.workspace.localFolders})) {
         putSource(folder);
-        offer();
+        EXPECT_FALSE(isOffered()) << folder;
     }
-    EXPECT_FALSE(wasAsked());
     EXPECT_EQ(log(), Lines());
 }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereAPathMerelyBeginsLikeAnApplicationsFolderEither) {
     putSource(platform.workspace.localFolders[0] + "Old"); // deliberate
-    offer();
-    EXPECT_FALSE(wasAsked());
+    EXPECT_FALSE(isOffered());
 }
 
 TEST_F(MoveToApplications, IsNotOfferedBelowAnyFolderThatIsCalledApplications) {
     for (const char *folder : {"Applications", "Applications/Cloud", "Cloud/Applications/new/1"}) {
         putSource(home.path(folder));
-        offer();
-        EXPECT_FALSE(wasAsked()) << folder;
+        EXPECT_FALSE(isOffered()) << folder;
     }
 }
 
 TEST_F(MoveToApplications, IsOfferedBelowFoldersWhoseNamesAreMerelyLikeIt) {
     for (const char *name : {"applications", "Applications2", "My Applications"}) {
-        platform.alerts.answers.clear();
-        platform.transcript.clear();
         putSource(home.path(name));
-        offer();
-        EXPECT_TRUE(wasAsked()) << name;
+        EXPECT_TRUE(isOffered()) << name;
     }
 }
 
 TEST_F(MoveToApplications, TakesBackAnAlternativeSourceAndFolderBeforeItsOffer) {
     PFAltSrcBundlePath("/elsewhere/Quillmark.app");
     PFAltDstBundleParentPath("/somewhere");
-    platform.alerts.answers.clear();
-    offer(); // deliberate: they have no effect
-    EXPECT_TRUE(wasAsked());
+    EXPECT_TRUE(isOffered()); // deliberate: they have no effect
     EXPECT_FALSE(gAltSrcBundlePath);
     EXPECT_FALSE(gAltDstBundleParentPath);
     EXPECT_EQ(plan().source, source);
@@ -232,7 +223,7 @@ TEST_F(MoveToApplications, TakesBackAnAlternativeSourceAndFolderBeforeItsOffer) 
 TEST_F(MoveToApplications, TakesThemBackEvenWhereItOffersNothing) {
     platform.userDefaults.stored.insert_or_assign(std::string(kMoveAlertSuppress), true);
     PFAltSrcBundlePath("/elsewhere/Quillmark.app");
-    offer();
+    EXPECT_FALSE(isOffered());
     EXPECT_FALSE(gAltSrcBundlePath);
 }
 
@@ -299,10 +290,9 @@ TEST_F(MoveToApplications, TakesAVolumeThatCanBeWrittenToForNoDiskImage) {
     platform.workspace.volumes = {home.path("Volumes/")};
     home.write("Volumes/Stick/Quillmark.app/x", "x");
     setSource(home.path("Volumes/Stick/Quillmark.app"));
-    const MovePlan found = plan();
-    EXPECT_FALSE(found.obstacle);
-    EXPECT_FALSE(found.isOnDiskImage);
-    EXPECT_FALSE(found.detachCommand);
+    EXPECT_FALSE(plan().obstacle);
+    EXPECT_FALSE(plan().isOnDiskImage);
+    EXPECT_FALSE(plan().detachCommand);
 }
 
 TEST_F(MoveToApplications, IsNotOfferedForAPathWithASingleQuote) {
@@ -547,7 +537,6 @@ TEST_F(MoveToApplications, DoesNotMindTheCheckBoxOfAUserWhoWantsTheMove) {
 TEST_F(MoveToApplications, SaysThatAWishCouldNotBeKept) {
     platform.alerts.answers = {{1, true}};
     platform.transcript.failAt("synchronize", 1);
-    _setStandardStreams(nullptr, nullptr);
     move();
     EXPECT_EQ(log(),
               Lines{"ERR The preferences \"/preferences.plist\" can't be written: the user will be asked again"});
@@ -572,7 +561,6 @@ TEST_F(MoveToApplications, FailsWhenTheOldCopyCannotBeTrashed) {
     PFAlsoRemoveBundles({"~/Stale.app"});
     home.write("Stale.app/x", "x");
     platform.transcript.failAt("recycle", 1);
-    _setStandardStreams(nullptr, nullptr);
     move();
     EXPECT_EQ(deeds(), withFailureAlert({recycled(destination)}));
     EXPECT_EQ(log().back(), "ERR Could not trash \"" + destination + "\"");
@@ -585,13 +573,12 @@ TEST_F(MoveToApplications, TrashesEachOtherCopyThatIsThereAndPassesOverTheOnesTh
     home.write("a/Two.app/x", "x");
     PFAlsoRemoveBundles({"/none.app", "~/a/One.app", home.path("a/Two.app"), "~/a/Two.app", destination});
     platform.transcript.failAt("recycle", 2);
-    _setStandardStreams(nullptr, nullptr);
     moveToTheEnd();
     const std::string one = home.path("a/One.app");
     EXPECT_EQ(callsThatBeginWith("recycle"),
               (Lines{recycled(destination), recycled(one), recycled(home.path("a/Two.app")), recycled(source)}));
-    EXPECT_TRUE(contains(log(), "ERR Could not trash \"" + one + "\""));
-    EXPECT_TRUE(contains(log(), "vrb Failed to trash \"" + one + "\""));
+    EXPECT_THAT(log(), Contains("ERR Could not trash \"" + one + "\""));
+    EXPECT_THAT(log(), Contains("vrb Failed to trash \"" + one + "\""));
     EXPECT_TRUE(isMoved());
 }
 
@@ -621,25 +608,23 @@ TEST_F(MoveToApplications, RemovesALinkThatMerelyLeadsToTheApplication) {
     ASSERT_EQ(::symlink(source.c_str(), link.c_str()), 0);
     PFAlsoRemoveBundles({link});
     moveToTheEnd();
-    EXPECT_TRUE(contains(callsThatBeginWith("recycle"), recycled(link)));
+    EXPECT_THAT(callsThatBeginWith("recycle"), Contains(recycled(link)));
 }
 
 TEST_F(MoveToApplications, FailsWhenTheBundleCannotBeCopied) {
     putOldCopy();
     platform.workspace.ownFolder.clear(); // so that the place is taken
-    _setStandardStreams(nullptr, nullptr);
     move();
     EXPECT_EQ(deeds(), withFailureAlert({recycled(destination)}));
-    const Lines lines = log();
-    EXPECT_TRUE(lines[3].starts_with("ERR Could not copy '" + source + "' to '" + destination + "' ("));
-    EXPECT_EQ(lines[4], "ERR Could not copy myself to " + destination);
+    EXPECT_THAT(test::linesFrom(log(), 3),
+                ElementsAre(StartsWith("ERR Could not copy '" + source + "' to '" + destination + "' ("),
+                            "ERR Could not copy myself to " + destination));
     EXPECT_TRUE(exists(source));
 }
 
 TEST_F(MoveToApplications, CopiesNothingOnOldSystems) {
     putOldCopy();
     platform.systemInfo.appKit = 949;
-    _setStandardStreams(nullptr, nullptr);
     move(); // deliberate: it fails behind the removals
     EXPECT_EQ(deeds(), withFailureAlert({recycled(destination)}));
     EXPECT_EQ(log().back(), "ERR Could not copy myself to " + destination);
@@ -649,7 +634,6 @@ TEST_F(MoveToApplications, CopiesNothingOnOldSystems) {
 TEST_F(MoveToApplications, GoesOnWhenTheSourceCannotBeTrashed) {
     putOldCopy();
     platform.transcript.failAt("recycle", 2);
-    _setStandardStreams(nullptr, nullptr);
     moveToTheEnd();
     EXPECT_EQ(deeds(), (Lines{recycled(destination), recycled(source), relaunch(), programs(), "terminate"}));
     EXPECT_EQ(log().back(), "nrm Warning! Could not delete application after moving it to Applications folder");
@@ -658,7 +642,6 @@ TEST_F(MoveToApplications, GoesOnWhenTheSourceCannotBeTrashed) {
 TEST_F(MoveToApplications, SaysWhatToDoWhenTheNewCopyCannotBeStarted) {
     putOldCopy();
     platform.tasks.canStart = false;
-    _setStandardStreams(nullptr, nullptr);
     moveToTheEnd();
     EXPECT_EQ(log().back(), "ERR \"/bin/sh\" can't be started; open \"" + destination + "\" by hand");
 }
@@ -666,8 +649,7 @@ TEST_F(MoveToApplications, SaysWhatToDoWhenTheNewCopyCannotBeStarted) {
 TEST_F(MoveToApplications, MovesOddlyNamedBundlesToo) {
     for (const std::string &name : {std::string("My Quillmark \"2\".app"), std::string("a\nb.app"),
                                     std::string("$HOME`id`.app"), std::string(200, 'x') + ".app"}) {
-        platform.alerts.answers = {{0, false}};
-        platform.transcript.clear();
+        beginAnew();
         const std::string folder = std::string(200, 'y') + '/';
         const std::string file = folder + folder + folder + folder + folder + name; // more than a thousand characters
         setSource(
@@ -675,7 +657,7 @@ TEST_F(MoveToApplications, MovesOddlyNamedBundlesToo) {
         home.write("local/" + name + "/x", "x");
         moveToTheEnd();
         EXPECT_TRUE(isMoved()) << name;
-        EXPECT_TRUE(contains(deeds(), relaunch()));
+        EXPECT_THAT(deeds(), Contains(relaunch()));
     }
 }
 
@@ -683,8 +665,6 @@ TEST_F(MoveToApplications, MovesOddlyNamedBundlesToo) {
 
 class MoveWithPassword : public MoveToApplications {
 protected:
-    MoveWithPassword() { _setStandardStreams(nullptr, nullptr); }
-
     static std::string create() { return "AuthorizationCreate"; }
     static std::string rights() { return "AuthorizationCopyRights system.privilege.admin 13"; }
     static std::string remove(const std::string &path) {
@@ -693,6 +673,13 @@ protected:
     std::string copy() const { return "AuthorizationExecuteWithPrivileges /bin/cp -pR " + source + " " + destination; }
     static std::string wait() { return "wait"; }
     static std::string free() { return "AuthorizationFree"; }
+    void expectFailureBehindARemovalOf(std::optional<int> status) {
+        home.write("a/One.app/x", "x");
+        PFAlsoRemoveBundles({"~/a/One.app"});
+        platform.authorization.childStatuses = {status};
+        move();
+        EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(home.path("a/One.app")), wait(), free()}));
+    }
     static std::string errorLine() { return "ERR Could not copy myself to /Applications with authorization"; }
 };
 
@@ -713,7 +700,7 @@ TEST_F(MoveWithPassword, MakesTheFolderOnASystemThatHasNone) {
     const std::string make = "AuthorizationExecuteWithPrivileges /bin/mkdir -p " + folder;
     EXPECT_EQ(deeds(), (Lines{create(), rights(), make, wait(), copy(), wait(), free(), recycled(source), relaunch(),
                               programs(), "terminate"}));
-    EXPECT_TRUE(contains(log(), "vrb Making \"" + folder + "\""));
+    EXPECT_THAT(log(), Contains("vrb Making \"" + folder + "\""));
 }
 
 TEST_F(MoveWithPassword, FailsWhenThatFolderCannotBeMade) {
@@ -721,7 +708,7 @@ TEST_F(MoveWithPassword, FailsWhenThatFolderCannotBeMade) {
     platform.authorization.childStatuses = {kExitedWith1};
     move();
     EXPECT_EQ(filtered(deeds(), "/bin/cp").size(), 0U);
-    EXPECT_EQ(lastAlert(), "runModal [Quillmark] Could not move to Applications folder |  | OK");
+    EXPECT_EQ(lastAlert(), kFailureAlert);
 }
 
 TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
@@ -735,8 +722,8 @@ TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
     const std::string two = home.path("a/Two.app");
     EXPECT_EQ(deeds(), (Lines{create(), rights(), remove(destination), wait(), remove(one), wait(), remove(two), wait(),
                               copy(), wait(), free(), recycled(source), relaunch(), programs(), "terminate"}));
-    EXPECT_TRUE(contains(log(), "vrb Removing \"" + one + "\""));
-    EXPECT_TRUE(contains(log(), "nrm Not removing \"" + source + "\": the application is in it"));
+    EXPECT_THAT(log(), Contains("vrb Removing \"" + one + "\""));
+    EXPECT_THAT(log(), Contains("nrm Not removing \"" + source + "\": the application is in it"));
 }
 
 TEST_F(MoveWithPassword, NeverRemovesWhatHoldsTheApplication) {
@@ -744,7 +731,7 @@ TEST_F(MoveWithPassword, NeverRemovesWhatHoldsTheApplication) {
     moveToTheEnd();
     EXPECT_EQ(filtered(deeds(), "/bin/rm"), Lines());
     EXPECT_EQ(filtered(log(), "nrm Not removing").size(), 3U);
-    EXPECT_TRUE(contains(deeds(), copy()));
+    EXPECT_THAT(deeds(), Contains(copy()));
 }
 
 TEST_F(MoveWithPassword, LeavesAloneWhatOthersCouldExchangeMeanwhile) {
@@ -754,26 +741,25 @@ TEST_F(MoveWithPassword, LeavesAloneWhatOthersCouldExchangeMeanwhile) {
     PFAlsoRemoveBundles({"~/open/One.app"});
     moveToTheEnd();
     EXPECT_EQ(filtered(deeds(), "/bin/rm"), Lines());
-    EXPECT_TRUE(contains(deeds(), copy()));
-    EXPECT_TRUE(
-        contains(log(), "ERR Leaving \"" + open + "/One.app\" alone: others can change what is in \"" + open + "\""));
+    EXPECT_THAT(deeds(), Contains(copy()));
+    EXPECT_THAT(log(),
+                Contains("ERR Leaving \"" + open + "/One.app\" alone: others can change what is in \"" + open + "\""));
 }
 
 TEST_F(MoveWithPassword, FailsWhereOthersCouldExchangeThePlaceItself) {
-    const std::string open = home.path("open");
-    home.write("open/x", "x");
+    const std::string open = home.makeFolder("open");
     ASSERT_EQ(::chmod(open.c_str(), 0777), 0);
     platform.workspace.localFolders = {open + "/Applications"};
     move();
     EXPECT_EQ(filtered(deeds(), "/bin/"), Lines());
-    EXPECT_EQ(lastAlert(), "runModal [Quillmark] Could not move to Applications folder |  | OK");
+    EXPECT_EQ(lastAlert(), kFailureAlert);
 }
 
 TEST_F(MoveWithPassword, RemovesWhatIsInAFolderThatIsNamedWithATilde) {
     putOldCopyOfAnAdministrator();
     PFAltDstBundleParentPath("~/local");
     asStranger([this] { moveToTheEnd(); });
-    EXPECT_TRUE(contains(deeds(), remove(destination)));
+    EXPECT_THAT(deeds(), Contains(remove(destination)));
 }
 
 TEST_F(MoveWithPassword, ComesBackWithoutAnAlertWhenTheUserCancels) {
@@ -787,14 +773,11 @@ TEST_F(MoveWithPassword, ComesBackWithoutAnAlertWhenTheUserCancels) {
 
 TEST_F(MoveWithPassword, FailsForAnyOtherRefusal) {
     for (const std::int32_t status : {kAuthorizationDenied, kAuthorizationToolExecuteFailure, 1}) {
-        platform.alerts.answers = {{0, false}};
-        platform.transcript.clear();
+        beginAnew();
         platform.authorization.rightsStatus = status;
         move();
         EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), free()}));
-        const Lines lines = log();
-        ASSERT_GE(lines.size(), 2U);
-        EXPECT_EQ(Lines(lines.end() - 2, lines.end()), (Lines{"vrb Authorisation denied", errorLine()}));
+        EXPECT_EQ(test::linesFrom(log(), log().size() - 2), (Lines{"vrb Authorisation denied", errorLine()}));
     }
 }
 
@@ -820,27 +803,14 @@ TEST_F(MoveWithPassword, FailsWhenARemovalCannotBeStarted) {
     EXPECT_EQ(log().back(), errorLine());
 }
 
-TEST_F(MoveWithPassword, FailsWhenARemovalCannotBeWaitedFor) {
-    home.write("a/One.app/x", "x");
-    PFAlsoRemoveBundles({"~/a/One.app"});
-    platform.authorization.childStatuses = {std::nullopt};
-    move();
-    EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(home.path("a/One.app")), wait(), free()}));
-}
+TEST_F(MoveWithPassword, FailsWhenARemovalCannotBeWaitedFor) { expectFailureBehindARemovalOf({}); }
 
-TEST_F(MoveWithPassword, FailsWhenASignalEndsARemoval) {
-    home.write("a/One.app/x", "x");
-    PFAlsoRemoveBundles({"~/a/One.app"});
-    platform.authorization.childStatuses = {kKilled};
-    move();
-    EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(home.path("a/One.app")), wait(), free()}));
-}
+TEST_F(MoveWithPassword, FailsWhenASignalEndsARemoval) { expectFailureBehindARemovalOf(kKilled); }
 
 TEST_F(MoveWithPassword, FailsWhenTheCopyFails) {
     for (const std::optional<int> &status :
          {std::optional(kExitedWith1), std::optional(kKilled), std::optional<int>()}) {
-        platform.alerts.answers = {{0, false}};
-        platform.transcript.clear();
+        beginAnew();
         platform.authorization.childStatuses = {status};
         move();
         EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), copy(), wait(), free()}));
@@ -858,7 +828,7 @@ TEST_F(MoveWithPassword, FailsWhenTheCopyCannotBeStarted) {
 TEST_F(MoveWithPassword, CopiesOnOldSystemsToo) {
     platform.systemInfo.appKit = 824;
     moveToTheEnd();
-    EXPECT_TRUE(contains(deeds(), copy()));
+    EXPECT_THAT(deeds(), Contains(copy()));
     EXPECT_TRUE(callsThatBeginWith("start")[0].ends_with("sleep 0.1; done;  open '" + destination + "') &"));
 }
 
@@ -879,12 +849,10 @@ TEST_F(MoveToApplications, TrashesOneItemByItsNameAndFolder) {
     EXPECT_EQ(platform.transcript.calls(), Lines{"recycle c.app in /a b"});
     EXPECT_TRUE(Trash("/c.app", platform.platform));
     EXPECT_EQ(platform.transcript.calls().back(), "recycle c.app in /");
-    EXPECT_EQ(log()[0], "vrb Trashing \"/a b/c.app\"...");
-    EXPECT_EQ(log()[1], "vrb Trashed \"/a b/c.app\"");
+    EXPECT_EQ(test::linesFrom(log(), 0, 2), (Lines{"vrb Trashing \"/a b/c.app\"...", "vrb Trashed \"/a b/c.app\""}));
 }
 
 TEST_F(MoveToApplications, TellsWhatCouldNotBeTrashed) {
-    _setStandardStreams(nullptr, nullptr);
     platform.transcript.failAt("recycle", 1);
     EXPECT_FALSE(Trash("/a/c.app", platform.platform));
     EXPECT_EQ(log(), (Lines{"vrb Trashing \"/a/c.app\"...", "ERR Could not trash \"/a/c.app\""}));

@@ -29,16 +29,19 @@ const std::string c = "/c";
 /// The update tool as fakes run it.
 class UpdateTool : public test::LogFixture {
 protected:
-    UpdateTool() { _setStandardStreams(nullptr, nullptr); }
-
-    /// From now on, the tool's runs end with that status.
-    void endWith(int status) {
-        for (const std::string &last : Lines{a, b, c, home.path(".config/.mono/keypairs"), "insertfinderoverlay",
-                                             "MacFUSE.pkg", "/x/macfuse-2.pkg"}) {
-            platform.tasks.statuses[last] = status;
-        }
+    UpdateTool() {
+        _setStandardStreams(nullptr, nullptr);
+        endWith(0);
     }
-    void startLog(LoggingLevel level = kLogLevelDetailed) { m_log = logToFile(level); }
+
+    /// From now on, the tools' runs end with that status.
+    void endWith(int status) { platform.tasks.usualStatus = status; }
+    /// A command's result, and the status that it leaves.
+    using Outcome = std::pair<std::int32_t, std::int32_t>;
+    Outcome outcomeOf(const std::function<std::int32_t(UpdateToolManager &)> &command) {
+        const std::int32_t result = command(manager);
+        return {result, manager.status()};
+    }
     Lines log() const { return withTilde(linesOf(m_log)); }
     Lines calls() const { return withTilde(platform.transcript.calls()); }
 
@@ -46,7 +49,7 @@ protected:
     UpdateToolManager manager{platform.platform, std::string(kToolPath), m_macFuseLog};
 
 private:
-    std::string m_log;
+    const std::string m_log = logToFile(kLogLevelDetailed);
 };
 
 struct Command {
@@ -86,29 +89,25 @@ protected:
 };
 
 TEST_P(UpdateToolCommands, RunTheInstalledToolAndWait) {
-    endWith(0);
     EXPECT_EQ(manager.status(), UpdateToolManager::kNothingDone);
-    EXPECT_EQ(GetParam().call(manager), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(outcomeOf(GetParam().call), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(calls().front(), wantedRun());
     EXPECT_THAT(calls(), Contains(HasSubstr("run ")).Times(1));
 }
 
 TEST_P(UpdateToolCommands, ThatFailReturnFourAndLeaveFive) {
     endWith(1);
-    EXPECT_EQ(GetParam().call(manager), kRunFailed);
-    EXPECT_EQ(manager.status(), kCommandBegun); // deliberate: the status is that of the begun command
+    EXPECT_EQ(outcomeOf(GetParam().call),
+              Outcome(kRunFailed, kCommandBegun)); // deliberate: the status is that of the begun command
     EXPECT_EQ(calls(), Lines{wantedRun()});
 }
 
 TEST_P(UpdateToolCommands, ThatCannotBeStartedFailToo) {
     platform.tasks.canStart = false;
-    EXPECT_EQ(GetParam().call(manager), kRunFailed);
-    EXPECT_EQ(manager.status(), kCommandBegun);
+    EXPECT_EQ(outcomeOf(GetParam().call), Outcome(kRunFailed, kCommandBegun));
 }
 
 TEST_P(UpdateToolCommands, BeginAnewAfterASuccess) {
-    endWith(0);
     GetParam().call(manager);
     endWith(7);
     GetParam().call(manager);
@@ -124,8 +123,6 @@ INSTANTIATE_TEST_SUITE_P(Each, UpdateToolCommands, testing::ValuesIn(kCommands),
 using UpdateToolRun = UpdateTool;
 
 TEST_F(UpdateToolRun, OfStatusZeroSucceeds) {
-    endWith(0);
-    startLog();
     EXPECT_EQ(manager.runExe("/t", {"x", a}, true), kSucceeded);
     EXPECT_EQ(calls(), Lines{"run /t x /a b/é.pkg"});
     EXPECT_EQ(log(), (Lines{"vrb UpdateToolManager:runExe: Running \"/t\"...",
@@ -136,7 +133,6 @@ TEST_F(UpdateToolRun, OfStatusZeroSucceeds) {
 TEST_F(UpdateToolRun, OfAnyOtherStatusFails) {
     for (const int status : {1, 3, 127, 128 + 9}) {
         endWith(status);
-        startLog();
         EXPECT_EQ(manager.runExe("/t", {a}, true), kRunFailed);
         EXPECT_EQ(linesFrom(log(), log().size() - 2), (Lines{"vrb UpdateToolManager:runExe: Running \"/t\"...",
                                                              "ERR UpdateToolManager:runExe: Failed running \"/t\""}));
@@ -145,7 +141,6 @@ TEST_F(UpdateToolRun, OfAnyOtherStatusFails) {
 
 TEST_F(UpdateToolRun, ThatRaisesIsLoggedWithItsExceptionAndFails) {
     platform.tasks.canStart = false;
-    startLog();
     EXPECT_EQ(manager.runExe("/t", {a}, true), kRunFailed);
     const Lines lines{"vrb UpdateToolManager:runExe: Running \"/t\"...",
                       "ERR UpdateToolManager:runExe: Exception during running \"/t\" "
@@ -157,8 +152,6 @@ TEST_F(UpdateToolRun, ThatRaisesIsLoggedWithItsExceptionAndFails) {
 }
 
 TEST_F(UpdateToolRun, ThatIsNotWaitedForCountsAsFailed) { // deliberate, unlike one of the overlay tool
-    endWith(0);
-    startLog();
     EXPECT_EQ(manager.runUpdateTool({"repaircore", a}, false), kRunFailed);
     EXPECT_EQ(calls(), Lines{"start /Library/Application Support/Quillmark/updateqm repaircore /a b/é.pkg"});
     EXPECT_EQ(log(), (Lines{"vrb UpdateToolManager:runExe: Running "
@@ -191,26 +184,20 @@ protected:
 };
 
 TEST_F(OverlayTool, IsRunToInsertTheOverlay) {
-    endWith(0);
-    startLog();
-    EXPECT_EQ(manager.insertFinderOverlayBundle(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(outcomeOf(&Manager::insertFinderOverlayBundle), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(calls(), Lines{"run /Library/Application Support/Quillmark/finderoverlaytool insertfinderoverlay"});
     EXPECT_EQ(log(), (Lines{m_running, m_succeeded}));
 }
 
 TEST_F(OverlayTool, ThatFailsReturnsFourAndLeavesFive) {
     endWith(2);
-    startLog();
-    EXPECT_EQ(manager.insertFinderOverlayBundle(), kRunFailed);
-    EXPECT_EQ(manager.status(), kCommandBegun);
+    EXPECT_EQ(outcomeOf(&Manager::insertFinderOverlayBundle), Outcome(kRunFailed, kCommandBegun));
     EXPECT_EQ(log(), (Lines{m_running, "vrb FinderOverlayTool \"/Library/Application Support/Quillmark/"
                                        "finderoverlaytool\" did fail"}));
 }
 
 TEST_F(OverlayTool, ThatIsNotWaitedForCountsAsSucceeded) { // deliberate, unlike a run of the update tool
     endWith(1);
-    startLog();
     EXPECT_EQ(manager.runFinderOverlayTool({a}, false), kSucceeded);
     EXPECT_EQ(calls(), Lines{"start /Library/Application Support/Quillmark/finderoverlaytool /a b/é.pkg"});
     EXPECT_EQ(log(), (Lines{m_running, m_succeeded}));
@@ -238,7 +225,6 @@ void PrintTo(const AdminRun &run, std::ostream *stream) { *stream << run.name; }
 
 class UpdateToolAsAdmin : public UpdateTool, public testing::WithParamInterface<AdminRun> {
 protected:
-    std::int32_t call() { return GetParam().call(manager); }
     std::string line(const char *level, const char *text) const {
         return std::string(level) + " UpdateToolManager:" + GetParam().operation + ": " + text;
     }
@@ -249,18 +235,14 @@ protected:
 };
 
 TEST_P(UpdateToolAsAdmin, AsksForTheRightAndStartsTheTool) {
-    startLog();
-    EXPECT_EQ(call(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(outcomeOf(GetParam().call), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(calls(), together({kAsked, {execution()}, kFreed}));
     EXPECT_EQ(log(), together({starting(), GetParam().behindRights, {line("nrm", "Succeeded")}}));
 }
 
 TEST_P(UpdateToolAsAdmin, WithoutAnyAuthorizationReturnsFourWithoutAWord) {
     platform.authorization.createStatus = -60008;
-    startLog();
-    EXPECT_EQ(call(), kRunFailed);
-    EXPECT_EQ(manager.status(), kCommandBegun);
+    EXPECT_EQ(outcomeOf(GetParam().call), Outcome(kRunFailed, kCommandBegun));
     EXPECT_EQ(calls(), Lines{"AuthorizationCreate"});
     EXPECT_EQ(log(), starting());
 }
@@ -270,9 +252,7 @@ TEST_P(UpdateToolAsAdmin, ThatTheUserRefusesReturnsFourAndLeavesTheStatus) {
                                        {-60005, "AuthorizationCopyRights failed (OSStatus -60005)"}}) {
         platform.transcript.clear();
         platform.authorization.rightsStatus = status;
-        startLog();
-        EXPECT_EQ(call(), kRunFailed);
-        EXPECT_EQ(manager.status(), kCommandBegun);
+        EXPECT_EQ(outcomeOf(GetParam().call), Outcome(kRunFailed, kCommandBegun));
         EXPECT_EQ(calls(), together({kAsked, kFreed}));
         const Lines wanted = together({starting(), {line("ERR", text)}});
         EXPECT_EQ(linesFrom(log(), log().size() - wanted.size()), wanted);
@@ -281,9 +261,7 @@ TEST_P(UpdateToolAsAdmin, ThatTheUserRefusesReturnsFourAndLeavesTheStatus) {
 
 TEST_P(UpdateToolAsAdmin, ThatCannotBeStartedReturnsFourAndLeavesFour) {
     platform.authorization.executeStatus = -60031;
-    startLog();
-    EXPECT_EQ(call(), kRunFailed);
-    EXPECT_EQ(manager.status(), kRunFailed);
+    EXPECT_EQ(outcomeOf(GetParam().call), Outcome(kRunFailed, kRunFailed));
     EXPECT_EQ(calls(), together({kAsked, {execution()}, kFreed}));
     EXPECT_EQ(log(), together({starting(),
                                GetParam().behindRights,
@@ -308,7 +286,6 @@ INSTANTIATE_TEST_SUITE_P(Run, UpdateToolAsAdmin,
 
 TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
     platform.authorization.rightsStatus = -60006;
-    startLog();
     EXPECT_EQ(manager.runUpdateToolAsAdmin({"x"}), kRunFailed);
     EXPECT_EQ(manager.runUninstalledUpdateToolAsAdmin(c, {"x"}), kRunFailed);
     EXPECT_EQ(manager.status(), UpdateToolManager::kNothingDone);
@@ -326,14 +303,14 @@ protected:
     void leaveLog() { home.write("install.log", "installed\n"); }
     /// The log's lines about the installation log.
     Lines keeping() const { return linesFrom(log(), 2); }
-    std::int32_t install(const char *package = "MacFUSE.pkg") { return manager.repairFrameworkUsingPackage(package); }
+    Outcome install(const char *package = "MacFUSE.pkg") {
+        return outcomeOf([package](Manager &m) { return m.repairFrameworkUsingPackage(package); });
+    }
 };
 
 TEST_F(MacFuseLog, IsCopiedAmongTheProductsOwn) {
-    endWith(0);
     leaveLog();
-    startLog();
-    EXPECT_EQ(install(), kSucceeded);
+    EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(test::readAll(m_kept), "installed\n");
     EXPECT_EQ(keeping(), (Lines{"vrb \"~/Library/Logs/Quillmark/MacFUSE\" subfolder missing - created it",
                                 "vrb Copying \"~/install.log\" to "
@@ -343,16 +320,13 @@ TEST_F(MacFuseLog, IsCopiedAmongTheProductsOwn) {
 }
 
 TEST_F(MacFuseLog, IsKeptWhateverTheLetterCaseOfThePackage) {
-    endWith(0);
     leaveLog();
-    EXPECT_EQ(install("/x/macfuse-2.pkg"), kSucceeded);
+    EXPECT_EQ(install("/x/macfuse-2.pkg"), Outcome(kSucceeded, kSucceeded));
     EXPECT_TRUE(std::filesystem::exists(m_kept));
 }
 
 TEST_F(MacFuseLog, IsOfNoInterestAfterAnotherPackageOrABundle) {
-    endWith(0);
     leaveLog();
-    startLog();
     EXPECT_EQ(manager.repairFrameworkUsingPackage(a), kSucceeded);
     EXPECT_EQ(manager.repairBundleUsingPackage("MacFUSE.pkg"), kSucceeded);
     EXPECT_FALSE(std::filesystem::exists(m_kept));
@@ -362,38 +336,30 @@ TEST_F(MacFuseLog, IsOfNoInterestAfterAnotherPackageOrABundle) {
 TEST_F(MacFuseLog, IsKeptAfterAFailedInstallationTooWhichStaysFailed) {
     endWith(1);
     leaveLog();
-    EXPECT_EQ(install(), kRunFailed);
-    EXPECT_EQ(manager.status(), kCommandBegun);
+    EXPECT_EQ(install(), Outcome(kRunFailed, kCommandBegun));
     EXPECT_TRUE(std::filesystem::exists(m_kept));
 }
 
 TEST_F(MacFuseLog, ThatIsMissingIsNoted) {
-    endWith(0);
-    startLog();
-    EXPECT_EQ(install(), kSucceeded);
+    EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(keeping(), Lines{"vrb \"~/install.log\" doesn't exists - no MacFUSE log will be available"});
     EXPECT_FALSE(std::filesystem::exists(home.path("Library")));
 }
 
 TEST_F(MacFuseLog, IsNotTakenFromALinkThatAnybodyMayHavePutThere) {
-    endWith(0);
     home.write("secret", "secret");
     std::filesystem::create_symlink(home.path("secret"), home.path("install.log"));
-    startLog();
-    EXPECT_EQ(install(), kSucceeded);
+    EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_FALSE(std::filesystem::exists(m_kept));
     EXPECT_TRUE(keeping().back().starts_with("ERR Failed to copy \"~/install.log\" to "));
     EXPECT_THAT(keeping().back(), HasSubstr("It is no file of a trusted user's"));
 }
 
 TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
-    endWith(0);
     leaveLog();
     home.write("Library/Logs/Quillmark/MacFUSE/macfuse-install.log", "earlier");
     platform.systemInfo.errorTexts.insert_or_assign(EEXIST, "File exists");
-    startLog();
-    EXPECT_EQ(install(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(test::readAll(m_kept), "earlier");
     EXPECT_EQ(keeping(),
               (Lines{"vrb Copying \"~/install.log\" to "
@@ -405,25 +371,18 @@ TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
 }
 
 TEST_F(MacFuseLog, WhoseFolderCannotBeMadeIsAnExceptionThatGoesNoFurther) {
-    endWith(0);
     leaveLog();
     home.write("Library/Logs", "in the way");
     platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
-    startLog();
-    EXPECT_EQ(install(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(keeping(), Lines{"ERR NSGenericException (Failed to create \"~/Library/Logs/Quillmark/MacFUSE\" "
                                "(Not a directory))"});
 }
 
 TEST_F(MacFuseLog, IsKeptBeforeTheCommandCountsAsDone) {
-    endWith(0);
     leaveLog();
-    startLog();
     std::set<std::int32_t> statuses;
-    platform.clock.onNow = [this, &statuses] {
-        statuses.insert(manager.status());
-    }; // each line of the log asks for the time
+    platform.clock.onNow = [&] { statuses.insert(manager.status()); }; // each line of the log asks for the time
     install();
     platform.clock.onNow = {};
     EXPECT_EQ(statuses, std::set<std::int32_t>{kCommandBegun});
@@ -431,8 +390,6 @@ TEST_F(MacFuseLog, IsKeptBeforeTheCommandCountsAsDone) {
 }
 
 TEST_F(MacFuseLog, IsLookedForInTheTemporaryFolder) {
-    endWith(0);
-    startLog();
     UpdateToolManager(platform.platform).repairFrameworkUsingPackage("MacFUSE.pkg");
     // Whether there is one or not.
     EXPECT_THAT(keeping().at(0), HasSubstr("\"/tmp/.macfuse-install.log\""));
@@ -441,9 +398,10 @@ TEST_F(MacFuseLog, IsLookedForInTheTemporaryFolder) {
 /// The Finder, which has loaded the old tool and is started anew.
 class FinderRestart : public UpdateTool {
 protected:
-    FinderRestart() { endWith(0); }
     void run() { platform.workspace.addApplication("com.apple.finder", 5); }
-    std::int32_t repair() { return manager.repairQMToolRoot(a, b); }
+    Outcome repair() {
+        return outcomeOf([](Manager &m) { return m.repairQMToolRoot(a, b); });
+    }
     /// The log's lines behind those of the tool.
     Lines behindTheRun() const { return linesFrom(log(), 2); }
     static Lines launching() {
@@ -454,9 +412,7 @@ protected:
 };
 
 TEST_F(FinderRestart, IsALaunchAloneWhenItDoesNotRun) {
-    startLog();
-    EXPECT_EQ(repair(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(repair(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(linesFrom(calls(), 1), (Lines{"launchedApplications", kLaunch}));
     EXPECT_EQ(behindTheRun(),
               together({{"vrb Not requesting app with id \"com.apple.finder\" to quit because it isn't running"},
@@ -466,9 +422,7 @@ TEST_F(FinderRestart, IsALaunchAloneWhenItDoesNotRun) {
 TEST_F(FinderRestart, QuitsItFirst) {
     run();
     platform.appleEvents.onSend = [this] { platform.workspace.applications.clear(); };
-    startLog();
-    EXPECT_EQ(repair(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(repair(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(linesFrom(calls(), 1), (Lines{"launchedApplications", "buildQuitEvent com.apple.finder", "sendMessage",
                                             "launchedApplications", kLaunch}));
     EXPECT_EQ(behindTheRun(), together({{"vrb Requesting app with id \"com.apple.finder\" to quit...",
@@ -479,23 +433,18 @@ TEST_F(FinderRestart, QuitsItFirst) {
 
 TEST_F(FinderRestart, WaitsForFourSecondsAndGoesOn) {
     run();
-    startLog();
-    EXPECT_EQ(repair(), kSucceeded);
-    EXPECT_EQ(manager.status(), kSucceeded);
+    EXPECT_EQ(repair(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(platform.clock.sleeps().size(), 6U);
     EXPECT_EQ(calls().back(), kLaunch);
-    const Lines lines = behindTheRun();
-    EXPECT_EQ(linesFrom(lines, lines.size() - 3),
+    EXPECT_EQ(linesFrom(log(), log().size() - 3),
               together({{"vrb Didn't see Finder restart - continue anyway"}, launching()}));
-    EXPECT_THAT(lines, Not(Contains(HasSubstr("ERR"))));
+    EXPECT_THAT(behindTheRun(), Not(Contains(HasSubstr("ERR"))));
 }
 
 TEST_F(FinderRestart, ThatCannotBeAskedToQuitIsAnErrorAndNothingIsLaunched) {
     run();
     platform.appleEvents.sendStatus = -600;
-    startLog();
-    EXPECT_EQ(repair(), kCommandBegun);
-    EXPECT_EQ(manager.status(), kCommandBegun);
+    EXPECT_EQ(repair(), Outcome(kCommandBegun, kCommandBegun));
     EXPECT_THAT(calls(), Not(Contains(kLaunch)));
     EXPECT_EQ(log().back(), "ERR repairQMToolRoot failed (\"quitApplication failed\" because \"Request to quit app "
                             "wth id \"com.apple.finder\" failed (AESendMessage failed with error -600)\")");
@@ -503,9 +452,7 @@ TEST_F(FinderRestart, ThatCannotBeAskedToQuitIsAnErrorAndNothingIsLaunched) {
 
 TEST_F(FinderRestart, ThatCannotBeLaunchedIsAnErrorAndYetLoggedAsLaunched) {
     platform.transcript.failAt("launchApplication", 1);
-    startLog();
-    EXPECT_EQ(repair(), kCommandBegun);
-    EXPECT_EQ(manager.status(), kCommandBegun);
+    EXPECT_EQ(repair(), Outcome(kCommandBegun, kCommandBegun));
     const Lines lines = linesFrom(behindTheRun(), 1); // deliberate: "Launched" comes in any case
     EXPECT_EQ(lines, together({launching(),
                                {"ERR repairQMToolRoot failed (\"launchApplication failed\" because "
@@ -515,7 +462,7 @@ TEST_F(FinderRestart, ThatCannotBeLaunchedIsAnErrorAndYetLoggedAsLaunched) {
 TEST_F(FinderRestart, DoesNotFollowAFailedRepair) {
     endWith(1);
     run();
-    EXPECT_EQ(repair(), kRunFailed);
+    EXPECT_EQ(repair(), Outcome(kRunFailed, kCommandBegun));
     EXPECT_EQ(calls().size(), 1U);
 }
 
