@@ -1,7 +1,9 @@
 #pragma once
 
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -14,6 +16,18 @@ inline struct stat statusOf(const std::string &path) {
     struct stat status {};
     EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
     return status;
+}
+
+inline mode_t permissionsOf(const std::string &path) { return statusOf(path).st_mode & 07777U; }
+
+/// The names of all that lies in a folder; none when there is no folder.
+inline std::set<std::string> namesIn(const std::string &folder) {
+    std::set<std::string> names;
+    std::error_code missing;
+    for (const auto &entry : std::filesystem::directory_iterator(folder, missing)) {
+        names.insert(entry.path().filename());
+    }
+    return names;
 }
 
 inline bool setAttribute(const std::string &path, const char *name, std::string_view value) {

@@ -1,10 +1,9 @@
 #include "support/LogFixture.h"
+#include "support/Threads.h"
 #include "utils/ConditionLock+Waitable.h"
 
 #include <atomic>
 #include <gmock/gmock.h>
-#include <thread>
-#include <vector>
 
 namespace quillmark {
 namespace {
@@ -87,36 +86,23 @@ class WaitableThreads : public testing::Test {};
 
 TEST_F(WaitableThreads, NoChangeIsLostBetweenThem) {
     const auto lock = condition(0);
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread) {
-        threads.emplace_back([&lock, thread] {
-            for (int i = 0; i < 5000; ++i) {
-                thread % 4 == 0 ? signalDecCondition(*lock) : signalIncCondition(*lock);
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    test::onThreads(8, [&lock](int thread) {
+        for (int i = 0; i < 5000; ++i) {
+            thread % 4 == 0 ? signalDecCondition(*lock) : signalIncCondition(*lock);
+        }
+    });
     EXPECT_TRUE(isCondition(*lock, 6 * 5000 - 2 * 5000));
 }
 
 TEST_F(WaitableThreads, EveryWaiterWakesForItsOwnCondition) {
     const auto lock = condition(0);
     std::atomic<int> woken{0};
-    std::vector<std::thread> threads;
-    for (int value = 1; value <= 4; ++value) {
-        threads.emplace_back([&, value] {
-            waitCondition(*lock, value);
-            ++woken;
-            signalIncCondition(*lock);
-        });
-    }
-    signalCondition(*lock, 1);
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(woken, 4);
+    test::onThreads(5, [&](int value) { // the first one wakes the second, and so on
+        waitCondition(*lock, value);
+        ++woken;
+        signalIncCondition(*lock);
+    });
+    EXPECT_EQ(woken, 5);
     EXPECT_TRUE(isCondition(*lock, 5));
 }
 

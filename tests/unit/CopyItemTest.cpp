@@ -1,16 +1,15 @@
 #include "fakes/FakePlatform.h"
 #include "platform/Descriptor.h"
 #include "support/FileFacts.h"
+#include "support/ProcessSettings.h"
 #include "support/TemporaryHome.h"
 #include "utils/FileManager.h"
 
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -31,18 +30,13 @@ protected:
     }
     void link(const char *text, const char *relative) const { ASSERT_EQ(::symlink(text, at(relative).c_str()), 0); }
     void changeMode(const char *relative, mode_t mode) const { ASSERT_EQ(::chmod(at(relative).c_str(), mode), 0); }
-    mode_t modeOf(const char *relative) const { return test::statusOf(at(relative)).st_mode & 07777U; }
+    mode_t modeOf(const char *relative) const { return test::permissionsOf(at(relative)); }
     std::string linkText(const char *relative) const { return std::filesystem::read_symlink(at(relative)); }
-    std::set<std::string> namesIn(const char *relative) const {
-        std::set<std::string> names;
-        for (const auto &entry : std::filesystem::directory_iterator(at(relative))) {
-            names.insert(entry.path().filename());
-        }
-        return names;
-    }
     bool isThere(const std::string &relative) const { return ::access(at(relative).c_str(), F_OK) == 0; }
 
-    /// Copies "a" to "b", which has to fail; nothing may be left of it. \returns the error.
+    /// Copies "a" to "b".
+    void copy() const { EXPECT_FALSE(files.copyItem(at("a"), at("b"))); }
+    /// Does so, which has to fail; nothing may be left of it. \returns the error.
     Error failure() const {
         const auto error = files.copyItem(at("a"), at("b"));
         EXPECT_FALSE(isThere("b"));
@@ -55,7 +49,7 @@ protected:
 TEST_F(CopyItem, CopiesAFileWithItsModeToWhereThereIsNothing) {
     write("a");
     changeMode("a", 0640);
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     EXPECT_EQ(test::readAll(at("b")), "contents");
     EXPECT_EQ(modeOf("b"), 0640U);
 }
@@ -65,15 +59,15 @@ TEST_F(CopyItem, CopiesAFolderWithAllThatIsInIt) {
     write("a/Contents/empty", "");
     write("a/with blank\nand line", "y");
     home.makeFolder("a/none");
-    const std::string longest = "a/" + std::string(255, 'n');
-    write(longest, "z");
+    const std::string longest(255, 'n');
+    write("a/" + longest, "z");
     EXPECT_FALSE(files.copyItem(at("a/"), at("b/")));
     EXPECT_EQ(test::readAll(at("b/Contents/MacOS/program")), "x");
     EXPECT_EQ(test::readAll(at("b/Contents/empty")), "");
     EXPECT_EQ(test::readAll(at("b/with blank\nand line")), "y");
-    EXPECT_EQ(test::readAll(at("b/" + longest.substr(2))), "z");
+    EXPECT_EQ(test::readAll(at("b/" + longest)), "z");
     EXPECT_TRUE(isThere("b/none"));
-    EXPECT_EQ(namesIn("b").size(), 4U);
+    EXPECT_EQ(test::namesIn(at("b")).size(), 4U);
 }
 
 TEST_F(CopyItem, KeepsModesOfFilesAndFoldersWhateverTheMask) {
@@ -85,9 +79,8 @@ TEST_F(CopyItem, KeepsModesOfFilesAndFoldersWhateverTheMask) {
     changeMode("a/tool", 06755);
     changeMode("a/shared", 01777);
     changeMode("a/locked", 0500);
-    const mode_t mask = ::umask(077);
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
-    ::umask(mask);
+    const test::Mask mask(077);
+    copy();
     EXPECT_EQ(modeOf("b/secret"), 0400U);
     EXPECT_EQ(modeOf("b/tool"), 06755U);
     EXPECT_EQ(modeOf("b/shared"), 01777U);
@@ -105,15 +98,12 @@ TEST_F(CopyItem, KeepsTimesToTheNanosecondOfFoldersAndLinksToo) {
     for (const char *path : {"a/folder/file", "a/folder", "a/link", "a"}) {
         test::setTimes(at(path), accessed, modified);
     }
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
+    const auto both = [](const timespec &time) { return std::pair(time.tv_sec, time.tv_nsec); };
     for (const char *path : {"b/folder/file", "b/folder", "b/link", "b"}) {
-        const auto status = test::statusOf(at(path));
-        EXPECT_EQ(status.st_mtim.tv_sec, modified.tv_sec) << path;
-        EXPECT_EQ(status.st_mtim.tv_nsec, modified.tv_nsec) << path;
+        EXPECT_EQ(both(test::statusOf(at(path)).st_mtim), both(modified)) << path;
     }
-    const auto status = test::statusOf(at("b/folder/file"));
-    EXPECT_EQ(status.st_atim.tv_sec, accessed.tv_sec);
-    EXPECT_EQ(status.st_atim.tv_nsec, accessed.tv_nsec);
+    EXPECT_EQ(both(test::statusOf(at("b/folder/file")).st_atim), both(accessed));
 }
 
 TEST_F(CopyItem, CopiesLinksAsTheyAreAndFollowsNone) {
@@ -122,7 +112,7 @@ TEST_F(CopyItem, CopiesLinksAsTheyAreAndFollowsNone) {
     link("../outside", "a/folder");
     link("../outside/file", "a/file");
     link("nowhere", "a/broken");
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     EXPECT_EQ(linkText("b/folder"), "../outside");
     EXPECT_EQ(linkText("b/file"), "../outside/file");
     EXPECT_EQ(linkText("b/broken"), "nowhere");
@@ -141,7 +131,7 @@ TEST_F(CopyItem, KeepsHardLinksWithinAFolder) {
     home.makeFolder("a/below");
     ASSERT_EQ(::link(at("a/first").c_str(), at("a/below/x").c_str()), 0);
     ASSERT_EQ(::link(at("a/first").c_str(), at("outside").c_str()), 0);
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     const auto first = test::statusOf(at("b/first"));
     EXPECT_EQ(test::statusOf(at("b/second")).st_ino, first.st_ino);
     EXPECT_EQ(test::statusOf(at("b/below/x")).st_ino, first.st_ino);
@@ -158,7 +148,7 @@ TEST_F(CopyItem, KeepsExtendedAttributes) {
     }
     ASSERT_TRUE(test::setAttribute(at("a"), "user.large", large));
     ASSERT_TRUE(test::setAttribute(at("a"), "user.empty", ""));
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     EXPECT_EQ(test::attribute(at("b/file"), "user.com.apple.quarantine"), quarantine);
     EXPECT_EQ(test::attribute(at("b"), "user.large"), large);
     EXPECT_EQ(test::attribute(at("b"), "user.empty"), "");
@@ -171,7 +161,7 @@ TEST_F(CopyItem, KeepsTheHolesOfAFile) {
     ASSERT_EQ(::pwrite(file.get(), "middle", 6, kSize / 2), 6);
     ASSERT_EQ(::ftruncate(file.get(), kSize), 0);
     file.close();
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     const auto copied = test::statusOf(at("b"));
     EXPECT_EQ(copied.st_size, kSize);
     EXPECT_LT(copied.st_blocks, 1024);
@@ -181,7 +171,7 @@ TEST_F(CopyItem, KeepsTheHolesOfAFile) {
 TEST_F(CopyItem, CopiesAFileThatIsNothingButAHole) {
     write("a", "");
     ASSERT_EQ(::truncate(at("a").c_str(), 1 << 20), 0);
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     EXPECT_EQ(test::readAll(at("b")), std::string(1 << 20, '\0'));
 }
 
@@ -194,17 +184,15 @@ TEST_F(CopyItem, CopiesPipesAndSocketsWithoutOpeningThem) {
     const int listening = ::socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(::bind(listening, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
     ::close(listening);
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    copy();
     EXPECT_TRUE(S_ISFIFO(test::statusOf(at("b/pipe")).st_mode));
     EXPECT_EQ(modeOf("b/pipe"), 0622U);
     EXPECT_TRUE(S_ISSOCK(test::statusOf(at("b/socket")).st_mode));
 }
 
 TEST_F(CopyItem, LeavesWhatIsThereAlready) {
-    for (const char *source : {"file", "folder/file", "link"}) {
-        write(source);
-    }
-    ASSERT_TRUE(std::filesystem::remove(at("link")));
+    write("file");
+    write("folder/file");
     link("nowhere", "link");
     write("old", "old");
     home.makeFolder("empty");
@@ -237,38 +225,29 @@ TEST_F(CopyItem, NamesWhatIsMissing) {
 TEST_F(CopyItem, RefusesToCopyAFolderIntoItself) {
     write("a/file");
     EXPECT_EQ(files.copyItem(at("a"), at("a/b"))->code, EINVAL);
-    EXPECT_EQ(namesIn("a"), std::set<std::string>{"file"});
+    EXPECT_EQ(test::namesIn(at("a")), std::set<std::string>{"file"});
 }
 
 TEST_F(CopyItem, OfATreeThatIsTooDeepLeavesNothing) {
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     std::string folder = "a";
     for (int level = 0; level < 100; ++level) {
         folder += "/a";
     }
     home.makeFolder(folder);
-    const rlimit few{120, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    const Error error = failure();
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_EQ(error.code, EMFILE);
-    EXPECT_FALSE(files.copyItem(at("a"), at("b")));
+    {
+        const test::Limit few(RLIMIT_NOFILE, 120);
+        EXPECT_EQ(failure().code, EMFILE);
+    }
+    copy();
     EXPECT_TRUE(isThere('b' + folder.substr(1)));
 }
 
 TEST_F(CopyItem, ThatFailsLaterRemovesFoldersThatForbidIt) {
     write("a/1locked/file");
     changeMode("a/1locked", 0500);
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
     write("a/2large", std::string(100'000, 'x'));
-    const rlimit small{1000, before.rlim_max};
-    ::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const test::Limit small(RLIMIT_FSIZE, 1000);
     const Error error = failure();
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-    ::signal(SIGXFSZ, SIG_DFL);
     EXPECT_EQ(error.code, EFBIG);
     EXPECT_EQ(error.failureReason(), stopAt(at("b/2large")));
     changeMode("a/1locked", 0700);

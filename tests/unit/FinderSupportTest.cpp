@@ -1,15 +1,12 @@
 #include "desktop/FinderSupport.h"
 #include "desktop/FinderScripts.h"
 #include "fakes/FakePlatform.h"
+#include "support/IdleProcess.h"
+#include "support/Threads.h"
 #include "support/ValuePrinter.h"
 
-#include <csignal>
 #include <future>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
 
 namespace quillmark {
 namespace {
@@ -176,99 +173,100 @@ protected:
 
     KeptSelection() { clock.set(start); }
 
+    const Lines &read() { return finder.getSelectedFinderItemsIsRetry(false); }
+    const Lines &readAgain() { return finder.getSelectedFinderItemsIsRetry(true); }
+    /// Reads the one path, after which another one is selected.
+    void readBeforeAChange(const char *path, const char *next) {
+        select({path});
+        read();
+        select({next});
+    }
+
     test::FakeClock clock;
     FinderSupport finder{clock};
 };
 
 TEST_F(KeptSelection, IsReadAtTheFirstCall) {
     select({"/a"});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
     EXPECT_EQ(calls(), Lines{kSelectionRun});
 }
 
 TEST_F(KeptSelection, StaysForTwoAndAHalfSeconds) {
-    select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"});
+    readBeforeAChange("/a", "/b");
     clock.set(start + kLifetime);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
     EXPECT_EQ(calls().size(), 1U);
 }
 
 TEST_F(KeptSelection, IsReadAnewAfterThat) {
-    select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"});
+    readBeforeAChange("/a", "/b");
     clock.set(start + kLifetime + kTick);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/b"});
+    EXPECT_EQ(read(), Lines{"/b"});
     EXPECT_EQ(calls(), (Lines{kSelectionRun, kSelectionRun}));
 }
 
 TEST_F(KeptSelection, IsReadAnewInEveryRetry) {
-    select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), Lines{"/b"});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), Lines{"/b"});
+    readBeforeAChange("/a", "/b");
+    EXPECT_EQ(readAgain(), Lines{"/b"});
+    EXPECT_EQ(readAgain(), Lines{"/b"});
     EXPECT_EQ(calls(), (Lines{kSelectionRun, kRetryRun, kRetryRun}));
 }
 
 TEST_F(KeptSelection, StaysAfterARetryToo) {
     select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(true);
+    readAgain();
     select({"/b"});
     clock.set(start + kLifetime);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
 }
 
 TEST_F(KeptSelection, IsAsOldAsTheCallHoweverLongTheScriptTook) { // deliberate
     platform.scripts.onExecute = [this] { clock.set(start + kLifetime + kTick); };
-    finder.getSelectedFinderItemsIsRetry(false);
-    finder.getSelectedFinderItemsIsRetry(false);
+    read();
+    read();
     EXPECT_EQ(calls().size(), 2U);
 }
 
 TEST_F(KeptSelection, DoesNotGrowOldWhileTheClockIsSetBack) { // deliberate
     select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(false);
+    read();
     clock.set(start - std::chrono::hours(1));
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
     EXPECT_EQ(calls().size(), 1U);
 }
 
 TEST_F(KeptSelection, CountsAsReadAtTheReferenceDateAtFirst) { // deliberate
     select({"/a"});
     clock.set(kReferenceDate + kLifetime);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines());
+    EXPECT_EQ(read(), Lines());
     EXPECT_EQ(calls(), Lines());
     clock.set(kReferenceDate + kLifetime + kTick);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
 }
 
 TEST_F(KeptSelection, IsEmptiedByAFinderThatDoesNotAnswer) {
     select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(false);
+    read();
     platform.scripts.answer.reset();
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(true), Lines());
+    EXPECT_EQ(readAgain(), Lines());
     select({"/b"});
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines()); // that is kept as well
+    EXPECT_EQ(read(), Lines()); // that is kept as well
 }
 
 TEST_F(KeptSelection, IsOneListForAllCallersWhichChangesInTheirHands) { // deliberate
     select({"/a"});
-    const Lines &first = finder.getSelectedFinderItemsIsRetry(false);
+    const Lines &first = read();
     select({"/b", "/c"});
-    EXPECT_EQ(&finder.getSelectedFinderItemsIsRetry(true), &first);
+    EXPECT_EQ(&readAgain(), &first);
     EXPECT_EQ(first, (Lines{"/b", "/c"}));
 }
 
 TEST_F(KeptSelection, IsLeftAloneByNewLists) {
-    select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(false);
-    select({"/b"});
+    readBeforeAChange("/a", "/b");
     FinderSupport::getSelectedFinderItemsNoCacheIsRetry(false);
     FinderSupport::createSelectedFinderItemsArrayNoCacheIsRetry(true);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
     EXPECT_EQ(calls().size(), 3U);
 }
 
@@ -283,7 +281,7 @@ TEST_F(KeptSelection, IsFilledByOneThreadAtATime) {
         if (++runs == 1) {
             second = std::thread([&] {
                 secondHasBegun.set_value();
-                finder.getSelectedFinderItemsIsRetry(true);
+                readAgain();
             });
             secondHasBegun.get_future().wait();
             std::this_thread::sleep_for(std::chrono::milliseconds(50)); // time enough for a second one to come in
@@ -291,38 +289,29 @@ TEST_F(KeptSelection, IsFilledByOneThreadAtATime) {
         --inside;
     };
     select({"/a"});
-    finder.getSelectedFinderItemsIsRetry(true);
+    readAgain();
     second.join();
     EXPECT_EQ(runs, 2);
     EXPECT_EQ(most, 1);
-    EXPECT_EQ(finder.getSelectedFinderItemsIsRetry(false), Lines{"/a"});
+    EXPECT_EQ(read(), Lines{"/a"});
 }
 
 TEST_F(KeptSelection, IsGivenWithoutWaitingWhileItIsFilledAnew) { // deliberate: it is empty then
     select({"/a"});
-    const Lines &list = finder.getSelectedFinderItemsIsRetry(false);
+    const Lines &list = read();
     const Lines *seen = nullptr;
     platform.scripts.onExecute = [&] {
-        std::thread([&] { seen = &finder.getSelectedFinderItemsIsRetry(false); }).join(); // or for ever
+        std::thread([&] { seen = &read(); }).join(); // or for ever
         EXPECT_TRUE(list.empty());
     };
-    finder.getSelectedFinderItemsIsRetry(true);
+    readAgain();
     EXPECT_EQ(seen, &list);
     EXPECT_EQ(list, Lines{"/a"});
 }
 
 TEST_F(FinderTest, OneManagerIsSharedEvenWhenManyThreadsAskFirst) {
-    FinderSupport *seen[4] = {};
-    std::vector<std::thread> threads;
-    for (FinderSupport *&slot : seen) {
-        threads.emplace_back([&slot] { slot = &FinderSupport::sharedManager(); });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    for (const FinderSupport *instance : seen) {
-        EXPECT_EQ(instance, &FinderSupport::sharedManager());
-    }
+    EXPECT_THAT(test::answersToThreads([] { return &FinderSupport::sharedManager(); }),
+                testing::Each(&FinderSupport::sharedManager()));
 }
 
 TEST_F(FinderTest, AFileIsUpdatedByAScriptThatIsCompiledAndRun) {
@@ -403,18 +392,11 @@ protected:
 };
 
 TEST_F(ITunes, GetsTheSignalToTerminate) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::pause();
-        ::_exit(1);
-    }
+    const test::IdleProcess player;
     platform.workspace.addApplication("com.apple.finder", ::getpid());
-    platform.workspace.addApplication("com.apple.iTunes", child);
+    platform.workspace.addApplication("com.apple.iTunes", player.identifier);
     FinderSupport::quitiTunes();
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(WTERMSIG(status), SIGTERM);
+    EXPECT_EQ(player.endingSignal(), SIGTERM);
 }
 
 TEST_F(ITunes, GetsNothingWhenItDoesNotRun) {

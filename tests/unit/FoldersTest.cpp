@@ -1,10 +1,9 @@
 #include "utils/Folders.h"
 #include "support/LogFixture.h"
+#include "support/Threads.h"
 #include "utils/Exception.h"
 
-#include <atomic>
-#include <thread>
-#include <vector>
+#include <gmock/gmock.h>
 
 namespace quillmark {
 namespace {
@@ -35,13 +34,9 @@ TEST_F(Folders, AFailureNamesThePathAndTheReason) {
     home.write("file", "x");
     platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
     const std::string folder = home.path("file/a/b");
-    try {
-        ensureFolderPathExists(folder);
-        FAIL() << "nothing was raised";
-    } catch (const Exception &exception) {
-        EXPECT_EQ(exception.name(), "NSGenericException");
-        EXPECT_EQ(exception.reason(), "Failed to create \"" + folder + "\" (Not a directory)");
-    }
+    EXPECT_THAT([&] { ensureFolderPathExists(folder); },
+                testing::ThrowsMessage<Exception>("NSGenericException (Failed to create \"" + folder +
+                                                  "\" (Not a directory))"));
 }
 
 TEST_F(Folders, APlaceWhereNoFolderCanBeIsAFailureToo) {
@@ -50,21 +45,8 @@ TEST_F(Folders, APlaceWhereNoFolderCanBeIsAFailureToo) {
 }
 
 TEST_F(Folders, SeveralThreadsMayMakeTheSameOne) {
-    std::vector<std::thread> threads;
-    std::atomic<int> failures{0};
-    for (int i = 0; i < 8; ++i) {
-        threads.emplace_back([&] {
-            try {
-                ensureFolderPathExists(home.path("1/2/3/4/5/6/7/8"));
-            } catch (const Exception &) {
-                ++failures;
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(failures, 0);
+    test::onThreads(8,
+                    [this](int /*thread*/) { EXPECT_NO_THROW(ensureFolderPathExists(home.path("1/2/3/4/5/6/7/8"))); });
 }
 
 } // namespace

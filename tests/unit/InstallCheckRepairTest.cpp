@@ -82,12 +82,13 @@ protected:
                 "AuthorizationFree"};
     }
 
+    const Lines &calls() const { return platform.transcript.calls(); }
     Lines requestsOf(const Wanted &wanted, bool hasInstaller = true) {
         const RequiredItem item = itemWith(wanted, "item", hasInstaller);
         evaluate({item});
         EXPECT_EQ(manager().requiredItemsStatusKeys(), Lines{wanted.status});
         m_isSuccess = manager().runRepairPass();
-        return platform.transcript.calls();
+        return calls();
     }
 
     bool m_isSuccess = false;
@@ -97,16 +98,15 @@ TEST_F(InstallCheckRepair, TheUpdateToolIsInstalledFirstWhateverItsPlaceAndStatu
     const List items{itemWith({"QMTool", "Missing"}, "first"), itemWith({"QMToolRoot", "Not Required"}, "updateqm")};
     evaluate(items);
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls(),
-              together({updateToolRequests(),
-                        {tool("repairother " + resource("first.resource") + ' ' + resource("first.sig"))}}));
+    EXPECT_EQ(calls(), together({updateToolRequests(),
+                                 {tool("repairother " + resource("first.resource") + ' ' + resource("first.sig"))}}));
 }
 
 TEST_F(InstallCheckRepair, EveryItemOfThatNameIsInstalledWhateverItsType) {
     const List items{itemWith({"QMTool", "Missing"}, "updateqm"), itemWith({"QMToolRoot", "Missing"}, "updateqm")};
     evaluate(items);
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls(), together({updateToolRequests(), updateToolRequests()}));
+    EXPECT_EQ(calls(), together({updateToolRequests(), updateToolRequests()}));
 }
 
 TEST_F(InstallCheckRepair, AFailureOfTheUpdateToolIsTheEnd) {
@@ -116,7 +116,7 @@ TEST_F(InstallCheckRepair, AFailureOfTheUpdateToolIsTheEnd) {
         *status = kAuthorizationCanceled;
         platform.transcript.clear();
         EXPECT_FALSE(manager().runRepairPass());
-        EXPECT_THAT(platform.transcript.calls(), Not(Contains(HasSubstr("repairother"))));
+        EXPECT_THAT(calls(), Not(Contains(HasSubstr("repairother"))));
         EXPECT_TRUE(platform.clock.sleeps().empty());
         *status = 0;
     }
@@ -126,7 +126,7 @@ TEST_F(InstallCheckRepair, PausesForTwoSecondsAfterTheUpdateToolAndAtTheEnd) {
     evaluate({});
     EXPECT_TRUE(manager().runRepairPass());
     EXPECT_EQ(platform.clock.sleeps(), std::vector<std::chrono::microseconds>(2, std::chrono::seconds(2)));
-    EXPECT_TRUE(platform.transcript.calls().empty());
+    EXPECT_TRUE(calls().empty());
 }
 
 TEST_F(InstallCheckRepair, TheSecondPauseDoesNotFollowAFailure) {
@@ -203,7 +203,7 @@ TEST_F(InstallCheckRepair, AnUnexpectedStatusMeansSuccessForSomeKindsAndFailureF
     EXPECT_FALSE(manager().repairQMToolRoot(unknown));
     EXPECT_FALSE(manager().repairFramework(unknown));
     EXPECT_FALSE(manager().repairBundle(unknown));
-    EXPECT_TRUE(platform.transcript.calls().empty());
+    EXPECT_TRUE(calls().empty());
 }
 
 TEST_F(InstallCheckRepair, TheFirstFailureLeavesTheLaterItemsAsTheyAre) {
@@ -211,7 +211,7 @@ TEST_F(InstallCheckRepair, TheFirstFailureLeavesTheLaterItemsAsTheyAre) {
               itemWith({"QMTool", "Missing"}, "c")});
     platform.transcript.failAt("run", 2);
     EXPECT_FALSE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls().size(), 2U);
+    EXPECT_EQ(calls().size(), 2U);
 }
 
 TEST_F(InstallCheckRepair, TheItemWhoseRepairFailedIsNamedInTheLog) {
@@ -227,8 +227,7 @@ TEST_F(InstallCheckRepair, AnOldSystemOnIntelIsMendedAfterTheItemsAlsoWhenTheyNe
     platform.systemInfo.version = {10, 5, 8};
     evaluate({});
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls(),
-              Lines{tool("repairintel10_5 " + resource("Fixes10_5.zip") + ' ' + resource("Fixes10_5.plist"))});
+    EXPECT_EQ(calls(), Lines{tool("repairintel10_5 " + resource("Fixes10_5.zip") + ' ' + resource("Fixes10_5.plist"))});
     platform.tasks.usualStatus = 1;
     EXPECT_FALSE(manager().runRepairPass());
     platform.systemInfo.intel = false;
@@ -239,14 +238,14 @@ TEST_F(InstallCheckRepair, ItemsThatAreEqualHaveTheStatusOfTheFirst) {
     const RequiredItem item = itemWith({"QMTool", "Missing"}, "twin");
     evaluate({item, item});
     EXPECT_TRUE(manager().runRepairPass());
-    EXPECT_EQ(platform.transcript.calls().size(), 2U);
+    EXPECT_EQ(calls().size(), 2U);
 }
 
 TEST_F(InstallCheckRepair, EachStepIsToldBeforeItIsTaken) {
     evaluate({itemWith({"QMTool", "Missing"}, "a"), itemWith({"QMToolRoot", "OK"}, "updateqm")});
     Lines steps;
     EXPECT_TRUE(manager().runRepairPass([&](const std::string &name, const std::string &step) {
-        steps.push_back(name + ": " + step + " (" + std::to_string(platform.transcript.calls().size()) + ')');
+        steps.push_back(name + ": " + step + " (" + std::to_string(calls().size()) + ')');
     }));
     EXPECT_EQ(steps, (Lines{"updateqm: installing the update tool (0)", "a: repairing what is \"Missing\" (4)"}));
 }
@@ -322,8 +321,7 @@ protected:
                 expected = together({expected, updateToolRequests()});
             }
         }
-        return std::all_of(entries.begin(), entries.end(),
-                           [this](const Entry &entry) { return !isTreated(entry) || repair(entry); });
+        return std::ranges::all_of(entries, [this](const Entry &entry) { return !isTreated(entry) || repair(entry); });
     }
 
     Lines expected;
@@ -332,28 +330,20 @@ protected:
 };
 
 TEST_F(Reference, GivesTheSameRequestsForManyCatalogues) {
-    constexpr Wanted kKinds[] = {{"CoreApp", "OK"},
-                                 {"CoreApp", "Wrong Permissions"},
-                                 {"Framework", "OK"},
-                                 {"Bundle", "OK"},
-                                 {"Bundle", "Missing"},
-                                 {"Bundle", "Invalid"},
-                                 {"Bundle", "Old Version"},
-                                 {"QMTool", "OK"},
-                                 {"QMTool", "Missing"},
-                                 {"QMTool", "Old Version"},
-                                 {"QMTool", "Wrong Permissions"},
-                                 {"QMToolRoot", "Not Required"},
-                                 {"QMToolRoot", "Missing"},
-                                 {"QMToolRoot", "Old Version"},
-                                 {"FinderCM", "Not Required"},
-                                 {"FinderCM", "Missing"},
-                                 {"FinderCM", "Old Version"},
-                                 {"FinderCM", "OK"},
-                                 {"FinderOverlayInsert", "OK"},
-                                 {"FinderOverlayInsert", "Missing"},
-                                 {"FinderOverlayInsert", "Old Version"},
-                                 {"Unknown", "OK"}};
+    std::vector<Wanted> kinds;
+    for (const auto &[type, statuses] : std::initializer_list<std::pair<const char *, std::vector<const char *>>>{
+             {"CoreApp", {"OK", "Wrong Permissions"}},
+             {"Framework", {"OK"}},
+             {"Bundle", {"OK", "Missing", "Invalid", "Old Version"}},
+             {"QMTool", {"OK", "Missing", "Old Version", "Wrong Permissions"}},
+             {"QMToolRoot", {"Not Required", "Missing", "Old Version"}},
+             {"FinderCM", {"Not Required", "Missing", "Old Version", "OK"}},
+             {"FinderOverlayInsert", {"OK", "Missing", "Old Version"}},
+             {"Unknown", {"OK"}}}) {
+        for (const char *status : statuses) {
+            kinds.push_back({type, status});
+        }
+    }
     std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same catalogues every time
     const auto below = [&random](size_t limit) { return std::uniform_int_distribution<size_t>(0, limit - 1)(random); };
     for (int round = 0; round < 400; ++round) {
@@ -361,7 +351,7 @@ TEST_F(Reference, GivesTheSameRequestsForManyCatalogues) {
         List items;
         const size_t count = below(7);
         for (size_t index = 0; index < count; ++index) {
-            const Wanted &wanted = kKinds[below(std::size(kKinds))];
+            const Wanted &wanted = kinds[below(kinds.size())];
             const bool isTool = std::string_view(wanted.type).starts_with("QMTool");
             const std::string name =
                 isTool && below(4) == 0 ? "updateqm" : 'r' + std::to_string(round) + 'i' + std::to_string(index);
@@ -380,7 +370,7 @@ TEST_F(Reference, GivesTheSameRequestsForManyCatalogues) {
         platform.transcript.failAt("run", failingRun);
         const bool isExpectedToSucceed = pass(entries);
         EXPECT_EQ(manager().runRepairPass(), isExpectedToSucceed) << "round " << round;
-        ASSERT_EQ(platform.transcript.calls(), expected) << "round " << round;
+        ASSERT_EQ(calls(), expected) << "round " << round;
     }
 }
 

@@ -1,12 +1,10 @@
 #include "branding/LocalizedStrings.h"
 #include "platform/Path.h"
 #include "support/InstallCheckFixture.h"
+#include "support/Threads.h"
 
 #include <cstdlib>
-#include <future>
-#include <unistd.h>
-#include <utility>
-#include <vector>
+#include <gmock/gmock.h>
 
 namespace quillmark {
 namespace {
@@ -37,11 +35,16 @@ protected:
         EXPECT_EQ(counts(), expected);
         EXPECT_EQ(manager().checkForRequiredItems(), expected == kNone);
     }
+    bool isFileSystemAtFault(const List &items) {
+        statusesOf(items);
+        return manager().isMacFuseRepairRequired();
+    }
     std::string none() const { return home.path("none"); }
 
     // Items at fault or in order, whatever comes before or behind them.
 
     RequiredItem missing(const char *type, const char *name = "x") const { return itemOf(type, name, none()); }
+    RequiredItem missing(const char *type, Keys more) const { return itemOf(type, "x", none(), more); }
     RequiredItem bundle(const char *installed, const char *required) {
         return itemOf("Bundle", "x", installBundle("A.fs", installed), {{kVersion, required}});
     }
@@ -136,11 +139,9 @@ TEST_F(StatusEvaluation, ARootToolsPermissionsAreThoseOfTheInstalledToolOfItsNam
 }
 
 TEST_F(StatusEvaluation, ARootToolForALaterSystemIsNotRequired) {
-    RequiredItem item = missing("QMToolRoot");
-    item.insert_or_assign(kMinMacOSXVersion, "10.6"); // deliberate: no 10.x is late enough
-    expect(item, "Not Required", kNone);
-    item.insert_or_assign(kMinMacOSXVersion, "10.5");
-    expect(item, "Missing", kHelperFault);
+    // Deliberate: no 10.x is late enough.
+    expect(missing("QMToolRoot", {{kMinMacOSXVersion, "10.6"}}), "Not Required", kNone);
+    expect(missing("QMToolRoot", {{kMinMacOSXVersion, "10.5"}}), "Missing", kHelperFault);
 }
 
 TEST_F(StatusEvaluation, AContextualMenuIsMissingOrOldOrInOrder) {
@@ -152,11 +153,8 @@ TEST_F(StatusEvaluation, AContextualMenuIsMissingOrOldOrInOrder) {
 }
 
 TEST_F(StatusEvaluation, AContextualMenuForAnEarlierSystemIsNotRequired) {
-    RequiredItem item = missing("FinderCM");
-    item.insert_or_assign(kMaxMacOSXVersion, "10.5");
-    expect(item, "Not Required", kNone);
-    item.insert_or_assign(kMaxMacOSXVersion, "10.6");
-    expect(item, "Missing", kHelperFault);
+    expect(missing("FinderCM", {{kMaxMacOSXVersion, "10.5"}}), "Not Required", kNone);
+    expect(missing("FinderCM", {{kMaxMacOSXVersion, "10.6"}}), "Missing", kHelperFault);
 }
 
 TEST_F(StatusEvaluation, AnOverlayIsMissingOrOldOrInOrder) {
@@ -172,16 +170,9 @@ TEST_F(StatusEvaluation, AnOverlayForALaterSystemIsNotRequired) {
 }
 
 TEST_F(StatusEvaluation, TheLimitOfTheOtherKindDoesNotMatter) {
-    RequiredItem item = missing("QMToolRoot");
-    item.insert_or_assign(kMaxMacOSXVersion, "10.4");
-    expect(item, "Missing", kHelperFault);
-    item = missing("FinderCM");
-    item.insert_or_assign(kMinMacOSXVersion, "10.4");
-    expect(item, "Missing", kHelperFault);
-    item = missing("QMTool");
-    item.insert_or_assign(kMinMacOSXVersion, "10.4");
-    item.insert_or_assign(kMaxMacOSXVersion, "10.4");
-    expect(item, "Missing", kHelperFault);
+    expect(missing("QMToolRoot", {{kMaxMacOSXVersion, "10.4"}}), "Missing", kHelperFault);
+    expect(missing("FinderCM", {{kMinMacOSXVersion, "10.4"}}), "Missing", kHelperFault);
+    expect(missing("QMTool", {{kMinMacOSXVersion, "10.4"}, {kMaxMacOSXVersion, "10.4"}}), "Missing", kHelperFault);
 }
 
 TEST_F(StatusEvaluation, WithEveryItemInOrderOrNotRequiredTheAnswerIsYes) {
@@ -199,28 +190,22 @@ TEST_F(StatusEvaluation, EveryFaultIsCountedAndNoneKeepsLaterItemsFromBeingExami
 }
 
 TEST_F(StatusEvaluation, TheLastBundleAtFaultDecidesWhetherItIsTheFileSystem) { // deliberate: the last one wins
-    statusesOf({missing("Bundle", "QuillmarkFS")});
-    EXPECT_TRUE(manager().isMacFuseRepairRequired());
-    statusesOf({missing("Bundle", "QuillmarkFS"), missing("Bundle", "Other")});
-    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+    EXPECT_TRUE(isFileSystemAtFault({missing("Bundle", "QuillmarkFS")}));
+    EXPECT_FALSE(isFileSystemAtFault({missing("Bundle", "QuillmarkFS"), missing("Bundle", "Other")}));
     EXPECT_EQ(counts(), (Counts{0, 2, false}));
     EXPECT_FALSE(manager().checkForRequiredItems());
-    statusesOf({missing("Bundle", "Other"), missing("Bundle", "QuillmarkFS")});
-    EXPECT_TRUE(manager().isMacFuseRepairRequired());
-    statusesOf({missing("Bundle", "quillmarkfs")});
-    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+    EXPECT_TRUE(isFileSystemAtFault({missing("Bundle", "Other"), missing("Bundle", "QuillmarkFS")}));
+    EXPECT_FALSE(isFileSystemAtFault({missing("Bundle", "quillmarkfs")}));
 }
 
 TEST_F(StatusEvaluation, ABundleInOrderLeavesTheFileSystemsFlagAlone) {
-    statusesOf({missing("Bundle", "QuillmarkFS"), bundle("2.0.0", "2.0.0")});
-    EXPECT_TRUE(manager().isMacFuseRepairRequired());
+    EXPECT_TRUE(isFileSystemAtFault({missing("Bundle", "QuillmarkFS"), bundle("2.0.0", "2.0.0")}));
 }
 
 TEST_F(StatusEvaluation, ItemsOfOtherTypesLeaveTheFileSystemsFlagAlone) {
-    statusesOf({missing("Bundle", "QuillmarkFS"), missing("QMTool", "x"), missing("FinderCM", "y")});
-    EXPECT_TRUE(manager().isMacFuseRepairRequired());
-    statusesOf({missing("QMTool", "QuillmarkFS"), missing("Framework", "QuillmarkFS")});
-    EXPECT_FALSE(manager().isMacFuseRepairRequired());
+    EXPECT_TRUE(
+        isFileSystemAtFault({missing("Bundle", "QuillmarkFS"), missing("QMTool", "x"), missing("FinderCM", "y")}));
+    EXPECT_FALSE(isFileSystemAtFault({missing("QMTool", "QuillmarkFS"), missing("Framework", "QuillmarkFS")}));
 }
 
 TEST_F(StatusEvaluation, EveryEvaluationBeginsAnewButForTheRecordOfTheRestart) {
@@ -340,8 +325,7 @@ TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsInOrder) {
 TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsAtFault) {
     const RequiredItem file = bundle("2.0.0", "2.0.1");
     const std::string empty = home.makeFolder("Empty.plugin");
-    RequiredItem later = missing("FinderOverlayInsert", "later");
-    later.insert_or_assign(kMinMacOSXVersion, "10.4");
+    const auto later = itemOf("FinderOverlayInsert", "later", none(), {{kMinMacOSXVersion, "10.4"}});
     startLog();
     statusesOf({file, missing("QMTool", "y"), itemOf("FinderCM", "empty", empty), later});
     EXPECT_EQ(log(),
@@ -377,15 +361,11 @@ TEST_F(StatusEvaluation, TheAdministratorsToolsAreToldByOwnerAndMode) {
 
 TEST(InstallCheck, IsOneForTheProcess) {
     test::immortalPlatform();
-    std::vector<std::future<std::pair<InstallCheckManager *, UpdateToolManager *>>> asked;
-    for (int thread = 0; thread < 8; ++thread) { // all of them for the first time
-        asked.push_back(std::async(std::launch::async, [] {
-            return std::pair(&InstallCheckManager::sharedManager(), &UpdateToolManager::sharedManager());
-        }));
-    }
-    for (auto &answer : asked) {
-        EXPECT_EQ(answer.get(), std::pair(&InstallCheckManager::sharedManager(), &UpdateToolManager::sharedManager()));
-    }
+    const auto managers = [] {
+        return std::pair(&InstallCheckManager::sharedManager(), &UpdateToolManager::sharedManager());
+    };
+    const auto answers = test::answersToThreads(managers); // all of them ask for the first time
+    EXPECT_THAT(answers, testing::Each(managers()));
     installPlatform(nullptr);
 }
 

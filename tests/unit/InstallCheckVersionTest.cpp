@@ -2,7 +2,7 @@
 #include "utils/Exception.h"
 #include "utils/Version.h"
 
-#include <limits>
+#include <gmock/gmock.h>
 
 namespace quillmark {
 namespace {
@@ -154,13 +154,8 @@ TEST_F(InstallCheckVersion, TheLogTellsAVersionThatCannotBeRead) {
 
 TEST_F(InstallCheckVersion, AToolThatCannotBeStartedRaisesTheLaunchException) {
     platform.tasks.canStart = false;
-    try {
-        toolNeedsUpdate("Limited 1.14.0.0");
-        ADD_FAILURE() << "nothing was raised";
-    } catch (const Exception &exception) {
-        EXPECT_EQ(exception.name(), "NSInvalidArgumentException");
-        EXPECT_EQ(exception.reason(), "launch path not accessible");
-    }
+    EXPECT_THAT([this] { toolNeedsUpdate("Limited 1.14.0.0"); },
+                testing::ThrowsMessage<Exception>("NSInvalidArgumentException (launch path not accessible)"));
 }
 
 TEST_F(InstallCheckVersion, AnInstalledBundleIsOldByItsMajorAndMinorNumberAlone) {

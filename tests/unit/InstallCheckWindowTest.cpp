@@ -39,17 +39,15 @@ protected:
     InstallCheckWindow() {
         platform.tasks.usualStatus = 0;
         platform.bundle.resources = {"InstallCheck.ui", "logo-1.bmp"};
-        for (const auto &[key, text] : {std::pair("QuillmarkLauncher_RepairInfo", "info;"),
+        platform.bundle.strings.insert({{"QuillmarkLauncher_RepairInfo", "info;"},
                                         {"QuillmarkLauncher_Components", "components;"},
                                         {"QuillmarkLauncher_FileSystem", "file system;"},
                                         {"QuillmarkLauncher_Helpers", "helpers;"},
-                                        {"RepairFailed", "50%% failed"}}) {
-            platform.bundle.strings[key] = text;
-        }
+                                        {"RepairFailed", "50%% failed"}});
     }
 
     RequiredItem missing(const char *type, const char *name) const {
-        return itemOf(type, name, home.path("none"), {{kInstaller, "x.pkg"}});
+        return itemOf(type, name, home.path("none"), {{kInstaller, "x.pkg"}, {kVersion, "1.14.4"}});
     }
     /// Shows the window over those items.
     void show(const List &items) {
@@ -70,11 +68,24 @@ protected:
         });
         return list;
     }
+    /// The thread on which a call is made beside the loading of the window.
+    std::thread::id callerBesideTheLoading() {
+        std::thread::id caller;
+        manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
+        return caller;
+    }
     void runRepairThread() {
         ASSERT_EQ(platform.mainThread.threads.size(), 1U);
         const auto body = std::move(platform.mainThread.threads.front());
         platform.mainThread.threads.clear();
         body();
+    }
+
+    /// What the thread does after a click of the button; the main one has not heard of its end yet.
+    void repair() {
+        window.owner->installButtonClick();
+        platform.transcript.clear();
+        runRepairThread();
     }
 
     test::FakeCheckWindow &window = platform.checkWindows.window;
@@ -120,9 +131,7 @@ TEST_F(InstallCheckWindow, IsLoadedOnce) {
 
 TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
     setItems({missing("QMTool", "a")});
-    std::thread::id caller;
-    manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
-    EXPECT_NE(caller, std::this_thread::get_id());
+    EXPECT_NE(callerBesideTheLoading(), std::this_thread::get_id());
     EXPECT_TRUE(manager().hasWindow());
     EXPECT_EQ(linesFrom(calls(), 0, 2), (Lines{"prepare", "load InstallCheck.ui"}));
     EXPECT_THAT(calls(), Not(Contains("bringToFront")));
@@ -134,9 +143,7 @@ TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
 
 TEST_F(InstallCheckWindow, IsNotLoadedBesideACallWhenNoComponentIsMissing) {
     setItems({itemOf("QMTool", "a", installTool("tool", ""))}); // which has a wrong owner
-    std::thread::id caller;
-    manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
-    EXPECT_EQ(caller, std::this_thread::get_id());
+    EXPECT_EQ(callerBesideTheLoading(), std::this_thread::get_id());
     EXPECT_TRUE(calls().empty());
 }
 
@@ -223,12 +230,8 @@ TEST_F(InstallCheckWindow, ASecondContinueStartsNoSecondRepairWhileOneRuns) {
 }
 
 TEST_F(InstallCheckWindow, ARepairThatHelpedStartsTheCore) {
-    RequiredItem item = missing("Bundle", "a");
-    item.insert_or_assign(kVersion, "1.14.4");
-    show({item});
-    window.owner->installButtonClick();
-    platform.transcript.clear();
-    runRepairThread();
+    show({missing("Bundle", "a")});
+    repair();
     EXPECT_TRUE(calls().empty()) << "the thread touches no window";
     installBundle("none", "1.14.4"); // which the repair was asked for
     EXPECT_THROW(platform.mainThread.pump(), test::Terminated);
@@ -236,9 +239,7 @@ TEST_F(InstallCheckWindow, ARepairThatHelpedStartsTheCore) {
 }
 
 TEST_F(InstallCheckWindow, TheLauncherEndsAfterARepairEvenIfTheCoresLaunchDoesNotEndIt) {
-    RequiredItem item = missing("Bundle", "a");
-    item.insert_or_assign(kVersion, "1.14.4");
-    show({item});
+    show({missing("Bundle", "a")});
     installBundle("none", "1.14.4");
     delegate.endsTheProcess = false;
     EXPECT_THROW(manager().bringWindowBackToFront(), test::Terminated);
@@ -246,10 +247,8 @@ TEST_F(InstallCheckWindow, TheLauncherEndsAfterARepairEvenIfTheCoresLaunchDoesNo
 }
 
 TEST_F(InstallCheckWindow, WhatBreaksBetweenTheLastTwoLooksIsAnAlertAndTheLauncherStays) {
-    RequiredItem bundle = missing("Bundle", "a");
-    bundle.insert_or_assign(kVersion, "1.14.4");
     platform.tasks.outputs[kAdministratorsTool] = "Limited 1.14.4.1303";
-    show({bundle, itemOf("QMTool", "env", kAdministratorsTool)});
+    show({missing("Bundle", "a"), itemOf("QMTool", "env", kAdministratorsTool)});
     const std::string folder = installBundle("none", "1.14.4");
     platform.tasks.onLaunch = [folder] { std::filesystem::remove_all(folder); }; // after the bundle was looked at
     manager().bringWindowBackToFront();
@@ -261,9 +260,7 @@ TEST_F(InstallCheckWindow, WhatBreaksBetweenTheLastTwoLooksIsAnAlertAndTheLaunch
 
 TEST_F(InstallCheckWindow, ARepairThatDidNotHelpShowsTheWindowAgainWithWhatIsLeft) {
     show({missing("QMTool", "a")});
-    window.owner->installButtonClick();
-    platform.transcript.clear();
-    runRepairThread();
+    repair();
     EXPECT_EQ(platform.mainThread.pump(), 1);
     EXPECT_EQ(calls(),
               (Lines{"endProgressSheet", "orderOutProgressSheet", "setText explanation", "setFaults", "bringToFront"}));
@@ -273,9 +270,7 @@ TEST_F(InstallCheckWindow, ARepairThatFailedShowsAnAlertAndTheWindowStays) {
     show({missing("QMTool", "a")});
     platform.tasks.usualStatus = 1;
     for (int attempt = 0; attempt < 2; ++attempt) {
-        window.owner->installButtonClick();
-        platform.transcript.clear();
-        runRepairThread();
+        repair();
         EXPECT_EQ(platform.mainThread.pump(), 1);
         EXPECT_EQ(calls(), (Lines{"endProgressSheet", "orderOutProgressSheet",
                                   "beginAlertSheet RepairFailedTitle | 50% failed | OK"}));
@@ -301,8 +296,7 @@ TEST_F(InstallCheckWindow, ATranslationOfTheFailureThatAsksForArgumentsIsShownAs
     startLog(kLogLevelError);
     manager().repairFailed();
     EXPECT_EQ(calls().back(), "beginAlertSheet RepairFailedTitle | %s of %d failed: %@ | OK");
-    ASSERT_EQ(log().size(), 1U);
-    EXPECT_THAT(log()[0], HasSubstr("%s of %d failed: %@"));
+    EXPECT_THAT(log(), testing::ElementsAre(HasSubstr("%s of %d failed: %@")));
 }
 
 TEST_F(InstallCheckWindow, AnExceptionInTheThreadIsAFailureAndALineInTheLog) {

@@ -2,12 +2,13 @@
 #include "accounts/JSONEncoder.h"
 #include "branding/LocalizedStrings.h"
 #include "support/LogFixture.h"
+#include "support/Threads.h"
 #include "support/ValuePrinter.h"
 
 #include <algorithm>
 #include <functional>
+#include <gmock/gmock.h>
 #include <memory>
-#include <thread>
 #include <vector>
 
 namespace quillmark {
@@ -725,16 +726,8 @@ TEST_F(Keychains, NoSecretReachesTheLog) {
 
 TEST(SharedKeychain, IsOneForTheProcessAndUsesTheInstalledOnes) {
     test::FakePlatform &platform = test::immortalPlatform();
-    std::vector<std::thread> threads;
-    std::vector<KeychainManager *> managers(4);
-    threads.reserve(managers.size());
-    for (KeychainManager *&manager : managers) {
-        threads.emplace_back([&manager] { manager = &KeychainManager::sharedManager(); });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(managers, std::vector(4, &KeychainManager::sharedManager()));
+    const auto managers = test::answersToThreads([] { return &KeychainManager::sharedManager(); });
+    EXPECT_THAT(managers, testing::Each(&KeychainManager::sharedManager()));
     platform.keychain.items[{managers[0]->serviceName(), "shared"}] = R"({"password":"p"})";
     EXPECT_EQ(managers[0]->getPasswordForUser("shared"), "p");
     installPlatform(nullptr);

@@ -25,8 +25,7 @@ using testing::Not;
 
 /// Of the first one that begins like that; there has to be one.
 size_t indexOf(const Lines &lines, const std::string &beginning) {
-    const auto begins = [&beginning](const std::string &line) { return line.starts_with(beginning); };
-    const auto found = std::find_if(lines.begin(), lines.end(), begins);
+    const auto found = std::ranges::find_if(lines, [&](const auto &line) { return line.starts_with(beginning); });
     EXPECT_NE(found, lines.end()) << beginning;
     return static_cast<size_t>(found - lines.begin());
 }
@@ -34,6 +33,7 @@ size_t indexOf(const Lines &lines, const std::string &beginning) {
 class LauncherAppDelegate : public test::LogFixture {
 protected:
     LauncherAppDelegate() {
+        _setStandardStreams(nullptr, nullptr);
         gAlsoRemoveBundlePaths.clear();
         platform.bundle.bundlePath = home.path("Applications/Quillmark.app");
         resource("Config.plist", "config", {{"Brand", 15}});
@@ -81,6 +81,8 @@ protected:
         }
         return *m_delegate;
     }
+    const Lines &calls() const { return platform.transcript.calls(); }
+    static Lines messages() { return messagesOf(getLogFilePath().value()); }
     /// The questions to the process table.
     static Lines pipelines() {
         const std::string run = "run /bin/sh -c ";
@@ -108,17 +110,17 @@ private:
 
 TEST_F(LauncherAppDelegate, TheStepsComeStrictlyInOrder) {
     start();
-    EXPECT_EQ(platform.transcript.calls(), together({{"registerDefaults FileLogging,StdioLogging",
-                                                      "objectForKey FileLogging", "objectForKey StdioLogging"},
-                                                     pipelines(),
-                                                     looksAround(),
-                                                     {"launchApplication " + core(), "terminate"}}));
+    EXPECT_EQ(calls(), together({{"registerDefaults FileLogging,StdioLogging", "objectForKey FileLogging",
+                                  "objectForKey StdioLogging"},
+                                 pipelines(),
+                                 looksAround(),
+                                 {"launchApplication " + core(), "terminate"}}));
 }
 
 TEST_F(LauncherAppDelegate, TheLogTellsTheSteps) {
     start();
     EXPECT_EQ(getLogFilePath().value(), home.path("Library/Logs/Quillmark/Quillmark/Quillmark-2024-03-05-141502.log"));
-    EXPECT_EQ(messagesOf(getLogFilePath().value()),
+    EXPECT_EQ(messages(),
               (Lines{"Quillmark version " + versionOfThisAppAsString(true), "Quillmark did begin launching...",
                      "Quillmark did finish launching", "Launching \"" + core() + "\"...", "Launched \"" + core() + '"',
                      "Will terminate now"}));
@@ -134,17 +136,14 @@ TEST_F(LauncherAppDelegate, TheLogTellsOfTheSearchForOlderCopiesBeforeItBegins) 
 }
 
 TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingElse) {
-    for (const auto &[key, text] : {std::pair("QuillmarkLauncher_AlreadyRunning", "It runs."),
+    platform.bundle.strings.insert({{"QuillmarkLauncher_AlreadyRunning", "It runs."},
                                     {"QuillmarkLauncher_YouMustQuit", "Quit it first."},
-                                    {"Quit", "Leave"}}) {
-        platform.bundle.strings[key] = text;
-    }
+                                    {"Quit", "Leave"}});
     platform.tasks.statuses[kFirstPipeline] = 0;
     start();
-    EXPECT_EQ(linesFrom(platform.transcript.calls(), 3),
+    EXPECT_EQ(linesFrom(calls(), 3),
               together({pipelines(), {"runModal [Quillmark] It runs. | Quit it first. | Leave", "terminate"}}));
-    EXPECT_EQ(linesFrom(messagesOf(getLogFilePath().value()), 2),
-              (Lines{"Letting other copy run, we will terminate", "User did quit"}));
+    EXPECT_EQ(linesFrom(messages(), 2), (Lines{"Letting other copy run, we will terminate", "User did quit"}));
     EXPECT_TRUE(gAlsoRemoveBundlePaths.empty());
 }
 
@@ -152,45 +151,41 @@ TEST_F(LauncherAppDelegate, AMoveComesBehindTheStaleCopiesAndIsTheEnd) {
     leaveApplications();
     setItems({item("QMTool", "gone", "/none")});
     platform.alerts.answers = {{0, false}};
-    _setStandardStreams(nullptr, nullptr);
     start();
-    Lines calls = platform.transcript.calls();
-    std::erase_if(calls, [](const std::string &call) { return call.starts_with("objectFor"); });
-    const size_t offer = indexOf(calls, "runModal [Quillmark] Move to Applications folder");
-    EXPECT_EQ(linesFrom(calls, offer - 5, 5),
+    Lines all = calls();
+    std::erase_if(all, [](const std::string &call) { return call.starts_with("objectFor"); });
+    const size_t offer = indexOf(all, "runModal [Quillmark] Move to Applications folder");
+    EXPECT_EQ(linesFrom(all, offer - 5, 5),
               (Lines{"applicationsFolders user", "applicationsFolders local", "applicationsFolders all",
                      "applicationsFolders local", "downloadsFolders"}));
-    EXPECT_TRUE(calls.at(offer + 1).starts_with("recycle Quillmark.app in "));
-    EXPECT_TRUE(calls.at(offer + 3).starts_with("start /bin/sh -c "));
-    EXPECT_EQ(linesFrom(calls, offer + 5), Lines{"terminate"});
-    EXPECT_EQ(messagesOf(getLogFilePath().value()).back(), "Moving myself to the Applications folder");
+    EXPECT_TRUE(all.at(offer + 1).starts_with("recycle Quillmark.app in "));
+    EXPECT_TRUE(all.at(offer + 3).starts_with("start /bin/sh -c "));
+    EXPECT_EQ(linesFrom(all, offer + 5), Lines{"terminate"});
+    EXPECT_EQ(messages().back(), "Moving myself to the Applications folder");
 }
 
 TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedIsFollowedByTheRestOfTheStart) {
     leaveApplications();
     start();
-    EXPECT_THAT(platform.transcript.calls(), Contains(HasSubstr("runModal")).Times(1));
-    EXPECT_EQ(linesFrom(platform.transcript.calls(), platform.transcript.calls().size() - 2),
-              (Lines{"launchApplication " + core(), "terminate"}));
-    EXPECT_THAT(messagesOf(getLogFilePath().value()), Contains("Quillmark did finish launching"));
+    EXPECT_THAT(calls(), Contains(HasSubstr("runModal")).Times(1));
+    EXPECT_EQ(linesFrom(calls(), calls().size() - 2), (Lines{"launchApplication " + core(), "terminate"}));
+    EXPECT_THAT(messages(), Contains("Quillmark did finish launching"));
 }
 
 TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedMayBeFollowedByFaultyComponents) {
     leaveApplications();
     setItems({item("QMTool", "gone", "/none")});
     platform.bundle.resources.emplace_back("InstallCheck.ui");
-    _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
-    const Lines calls = platform.transcript.calls();
-    EXPECT_LT(indexOf(calls, "runModal "), indexOf(calls, "bringToFront"));
-    EXPECT_THAT(calls, Not(Contains("terminate")));
+    EXPECT_LT(indexOf(calls(), "runModal "), indexOf(calls(), "bringToFront"));
+    EXPECT_THAT(calls(), Not(Contains("terminate")));
 }
 
 TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch) {
     setItems({toolInOrder(), item("Framework", "Mono", "/none")});
     platform.userDefaults.stored["FileLogging"] = "verbose";
     start();
-    EXPECT_EQ(linesFrom(platform.transcript.calls(), 6),
+    EXPECT_EQ(linesFrom(calls(), 6),
               together({looksAround(), {"launch /usr/bin/env ", "launchApplication " + core(), "terminate"}}));
     const Lines lines = linesOf(getLogFilePath().value());
     EXPECT_EQ(
@@ -209,11 +204,9 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
     const std::string old = home.write("old.plugin", "");
     setItems({item("QMTool", "gone", "/none"), toolInOrder(), notRequired, item("FinderCM", "old", old),
               item("Bundle", "fs", "/none.fs")});
-    _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching()); // comes back, and the window is up
-    EXPECT_EQ(platform.transcript.calls().back(), "bringToFront");
-    const Lines calls = platform.transcript.calls();
-    EXPECT_EQ(linesFrom(calls, indexOf(calls, "applicationsFolders user"), 5),
+    EXPECT_EQ(calls().back(), "bringToFront");
+    EXPECT_EQ(linesFrom(calls(), indexOf(calls(), "applicationsFolders user"), 5),
               together({looksAround(), {"launch /usr/bin/env "}}));
     EXPECT_EQ(linesFrom(linesOf(getLogFilePath().value()), 2),
               (Lines{"nrm Quillmark did finish launching", "ERR \"gone\" is not in order: fehlt (\"/none\")",
@@ -224,33 +217,28 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
 TEST_F(LauncherAppDelegate, WithoutAWindowFaultyComponentsAreToldInAnAlertAndAreTheEnd) {
     platform.checkWindows.canBeShown = false;
     setItems({item("QMTool", "gone", "/none"), toolInOrder(), item("Bundle", "fs", "/none.fs")});
-    _setStandardStreams(nullptr, nullptr);
     EXPECT_FALSE(delegate().applicationDidFinishLaunching());
-    EXPECT_EQ(platform.transcript.calls().back(),
-              "runModal [Quillmark] RunFailedTitle | gone (Missing)\nfs (Missing) | Quit");
+    EXPECT_EQ(calls().back(), "runModal [Quillmark] RunFailedTitle | gone (Missing)\nfs (Missing) | Quit");
 }
 
 TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaunched) {
     std::erase(platform.bundle.resources, "RequiredItems.plist");
-    _setStandardStreams(nullptr, nullptr);
     start();
     EXPECT_EQ(linesOf(getLogFilePath().value())[3],
               "ERR The catalogue of required items (\"" + platform.bundle.resourcePath() +
                   "/RequiredItems.plist\") can't be read: no component is checked");
-    EXPECT_EQ(platform.transcript.calls().back(), "terminate");
+    EXPECT_EQ(calls().back(), "terminate");
 }
 
 TEST_F(LauncherAppDelegate, TheWindowForAMissingComponentIsLoadedWhileTheProcessTableIsAsked) {
     setItems({item("QMTool", "gone", "/none")});
     platform.bundle.resources.emplace_back("InstallCheck.ui");
-    _setStandardStreams(nullptr, nullptr);
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
-    const Lines calls = platform.transcript.calls();
-    const size_t next = indexOf(calls, "applicationsFolders user");
-    EXPECT_EQ(calls[3], "prepare");
-    EXPECT_LT(indexOf(calls, "load InstallCheck.ui"), next);
+    const size_t next = indexOf(calls(), "applicationsFolders user");
+    EXPECT_EQ(calls()[3], "prepare");
+    EXPECT_LT(indexOf(calls(), "load InstallCheck.ui"), next);
     for (const std::string &pipeline : pipelines()) {
-        EXPECT_LT(indexOf(calls, pipeline), next);
+        EXPECT_LT(indexOf(calls(), pipeline), next);
     }
 }
 
@@ -258,16 +246,16 @@ TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsExaminedAndNoWindowCo
     setItems({toolInOrder(), item("QMTool", "gone", "/none")});
     platform.tasks.statuses[kFirstPipeline] = 0;
     start();
-    EXPECT_THAT(platform.transcript.calls(), Not(Contains("launch /usr/bin/env ")));
-    EXPECT_THAT(platform.transcript.calls(), Not(Contains("bringToFront")));
+    EXPECT_THAT(calls(), Not(Contains("launch /usr/bin/env ")));
+    EXPECT_THAT(calls(), Not(Contains("bringToFront")));
 }
 
 TEST_F(LauncherAppDelegate, EveryNameFollowsTheLocalisedProductName) {
     platform.bundle.strings["ProductName"] = "Feder";
     platform.bundle.resources.emplace_back("FederCore.app");
     start();
-    EXPECT_THAT(platform.transcript.calls(), Contains("launchApplication " + platform.bundle.resourcePath() +
-                                                      "/FederCore.app/Contents/MacOS/FederCore"));
+    EXPECT_THAT(calls(), Contains("launchApplication " + platform.bundle.resourcePath() +
+                                  "/FederCore.app/Contents/MacOS/FederCore"));
     EXPECT_THAT(gAlsoRemoveBundlePaths, Contains("/Applications/Feder Client-3.app"));
     EXPECT_EQ(gAltDstBundleName, "Feder");
     EXPECT_THAT(getLogFilePath().value(), HasSubstr("/Library/Logs/Feder/Feder/Feder-"));
@@ -306,33 +294,35 @@ TEST_F(LauncherAppDelegate, StoredSettingsWinOverTheDefaults) {
 TEST_F(LauncherAppDelegate, AFailedLaunchIsNotNoticed) {
     platform.transcript.failAt("launchApplication", 1);
     start(); // deliberate: the launcher says that it launched, and ends
-    EXPECT_EQ(messagesOf(getLogFilePath().value()).back(), "Will terminate now");
+    EXPECT_EQ(messages().back(), "Will terminate now");
 }
 
 TEST_F(LauncherAppDelegate, AMissingCoreIsNotNoticedEither) {
     std::erase(platform.bundle.resources, "QuillmarkCore.app");
     start();
-    EXPECT_THAT(messagesOf(getLogFilePath().value()), Contains("Launched \"(null)\""));
+    EXPECT_THAT(messages(), Contains("Launched \"(null)\""));
 }
 
 TEST_F(LauncherAppDelegate, DamagedPreferencesAreReportedInTheLog) {
     platform.userDefaults.damaged = "/home/t/x.plist.damaged";
+    _setStandardStreams(stderr, stdout);
     testing::internal::CaptureStderr();
     start();
     EXPECT_NE(testing::internal::GetCapturedStderr().find("/home/t/x.plist.damaged"), std::string::npos);
     EXPECT_THAT(contentsOf(getLogFilePath().value()), HasSubstr("(ERR)"));
-    EXPECT_EQ(messagesOf(getLogFilePath().value()).size(), 7U);
+    EXPECT_EQ(messages().size(), 7U);
 }
 
 TEST_F(LauncherAppDelegate, AnInvalidLevelIsAFaultBeforeAnythingIsLaunched) {
     platform.userDefaults.stored["FileLogging"] = "loud";
     EXPECT_THROW(delegate().applicationDidFinishLaunching(), Exception);
-    EXPECT_THAT(platform.transcript.calls(), Not(Contains("terminate")));
+    EXPECT_THAT(calls(), Not(Contains("terminate")));
 }
 
 using LauncherAppDelegateDeathTest = LauncherAppDelegate;
 
 TEST_F(LauncherAppDelegateDeathTest, MissingDefaultsEndTheProcessForWantOfALevel) {
+    _setStandardStreams(stderr, stdout);
     std::erase(platform.bundle.resources, "Defaults.plist");
     EXPECT_EXIT(delegate().applicationDidFinishLaunching(), testing::KilledBySignal(SIGABRT),
                 "ASSERTION ERROR: fileLevel \\(");

@@ -3,20 +3,18 @@
 #include "platform/Path.h"
 #include "platform/linux/LinuxPropertyList.h"
 #include "support/FileFacts.h"
+#include "support/ProcessSettings.h"
 #include "support/TemporaryHome.h"
+#include "support/Threads.h"
 #include "support/ValuePrinter.h"
 #include "utils/IntegerValue.h"
 
-#include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
-#include <set>
 #include <string>
 #include <sys/file.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 
 namespace quillmark {
@@ -25,13 +23,15 @@ namespace {
 class UserDefaultsTest : public testing::Test {
 protected:
     void store(const Dictionary &values) { home.write(kFile, *list.toXml(values)); }
+    /// Sets a value, and writes it if it can be written.
+    bool isStored(const std::string &key, const Value &value) {
+        defaults.setObject(key, value);
+        return defaults.synchronize();
+    }
     Dictionary stored() const { return list.readDictionary(path); }
     /// The names of all that lies in the file's folder, but for the lock, which stays.
     std::set<std::string> neighbours() const {
-        std::set<std::string> names;
-        for (const auto &entry : std::filesystem::directory_iterator(deletingLastPathComponent(path))) {
-            names.insert(entry.path().filename());
-        }
+        auto names = test::namesIn(deletingLastPathComponent(path));
         names.erase(lastPathComponent(lockFile));
         return names;
     }
@@ -89,8 +89,7 @@ TEST_F(UserDefaultsTest, WhatIsSetIsSeenAtOnceAndWrittenBySynchronize) {
 
 TEST_F(UserDefaultsTest, RegisteredValuesAreNotWritten) {
     defaults.registerDefaults({{b, 1}});
-    defaults.setObject(a, 1);
-    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_TRUE(isStored(a, 1));
     EXPECT_EQ(stored(), (Dictionary{{a, 1}}));
 }
 
@@ -104,16 +103,14 @@ TEST_F(UserDefaultsTest, ARemovedKeyShowsTheRegisteredValueAgain) {
 }
 
 TEST_F(UserDefaultsTest, TheFileIsTheUsersAlone) {
-    defaults.setObject(a, 1);
-    ASSERT_TRUE(defaults.synchronize());
-    EXPECT_EQ(test::statusOf(path).st_mode & 066U, 0U);
+    ASSERT_TRUE(isStored(a, 1));
+    EXPECT_EQ(test::permissionsOf(path) & 066U, 0U);
 }
 
 TEST_F(UserDefaultsTest, WhatAnotherProcessStoredMeanwhileSurvives) {
     defaults.objectForKey(a);
     store({{b, "theirs"}});
-    defaults.setObject(a, "ours");
-    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_TRUE(isStored(a, "ours"));
     EXPECT_EQ(stored(), (Dictionary{{a, "ours"}, {b, "theirs"}}));
     EXPECT_EQ(defaults.objectForKey(b), Value("theirs"));
 }
@@ -141,8 +138,7 @@ TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideAndTheSettingsStartAnew) {
 TEST_F(UserDefaultsTest, ADamagedFileThatCannotBeSetAsideIsNeverOverwritten) {
     home.write(kFile, "damage");
     home.makeFolder(kFile + ".damaged/in the way");
-    defaults.setObject(a, 1);
-    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(isStored(a, 1));
     EXPECT_EQ(test::readAll(path), "damage");
     EXPECT_FALSE(defaults.damagedFile());
     EXPECT_EQ(defaults.objectForKey(a), Value(1));
@@ -158,16 +154,14 @@ TEST_F(UserDefaultsTest, AFileThatCannotBeReadIsNeverOverwritten) {
     home.makeFolder(kFile); // a folder in the file's place can't be read, and is not absent
     defaults.registerDefaults({{a, 7}});
     EXPECT_EQ(defaults.objectForKey(a), Value(7));
-    defaults.setObject(a, 1);
-    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(isStored(a, 1));
     EXPECT_TRUE(std::filesystem::is_directory(path));
     EXPECT_EQ(defaults.objectForKey(a), Value(1));
 }
 
 TEST_F(UserDefaultsTest, AFailedWriteKeepsTheChangesForALaterTry) {
     home.write("Library", "a file in the folder's place");
-    defaults.setObject(a, 1);
-    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(isStored(a, 1));
     ASSERT_TRUE(std::filesystem::remove(home.path("Library")));
     EXPECT_TRUE(defaults.synchronize());
     EXPECT_EQ(stored(), (Dictionary{{a, 1}}));
@@ -202,15 +196,11 @@ TEST_F(UserDefaultsTest, WhatAKilledWriterLeftIsReplacedWhateverItIs) {
 
 TEST_F(UserDefaultsTest, WhenTheDiskIsFullTheOldFileStaysAndNothingBesideIt) {
     store({{b, 1}});
-    rlimit unlimited{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &unlimited), 0);
-    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit few{100, unlimited.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &few), 0);
     defaults.setObject(a, 2);
-    EXPECT_FALSE(defaults.synchronize());
-    ::setrlimit(RLIMIT_FSIZE, &unlimited);
-    std::signal(SIGXFSZ, previous);
+    {
+        const test::Limit few(RLIMIT_FSIZE, 100);
+        EXPECT_FALSE(defaults.synchronize());
+    }
     EXPECT_EQ(stored(), (Dictionary{{b, 1}}));
     EXPECT_EQ(neighbours(), std::set{lastPathComponent(path)});
     EXPECT_TRUE(defaults.synchronize());
@@ -219,34 +209,29 @@ TEST_F(UserDefaultsTest, WhenTheDiskIsFullTheOldFileStaysAndNothingBesideIt) {
 
 TEST_F(UserDefaultsTest, AValueThatNoPropertyListHoldsIsNotWritten) {
     store({{b, 1}});
-    defaults.setObject(a, std::string(1, '\0'));
-    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(isStored(a, std::string(1, '\0')));
     EXPECT_EQ(stored(), (Dictionary{{b, 1}}));
 }
 
 TEST_F(UserDefaultsTest, AnotherWritersLockIsWaitedForAndNotForEver) {
     Descriptor holder = holdLock();
-    defaults.setObject(a, 1);
-    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(isStored(a, 1));
     EXPECT_FALSE(clock.sleeps().empty());
     holder.close();
     EXPECT_TRUE(defaults.synchronize());
 }
 
 TEST_F(UserDefaultsTest, NobodyElseCanTakeTheLock) {
-    defaults.setObject(a, 1);
-    ASSERT_TRUE(defaults.synchronize());
-    EXPECT_EQ(test::statusOf(lockFile).st_mode & 07777U, 0600U);
+    ASSERT_TRUE(isStored(a, 1));
+    EXPECT_EQ(test::permissionsOf(lockFile), 0600U);
     // What others can hold is the folder, as long as it is open to all.
     const Descriptor folder(::open(deletingLastPathComponent(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ASSERT_EQ(::flock(folder.get(), LOCK_EX), 0);
-    defaults.setObject(a, 2);
-    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_TRUE(isStored(a, 2));
     // A lock that was made open to all is so no more.
     ASSERT_EQ(::chmod(lockFile.c_str(), 0666), 0);
-    defaults.setObject(a, 3);
-    EXPECT_TRUE(defaults.synchronize());
-    EXPECT_EQ(test::statusOf(lockFile).st_mode & 066U, 0U);
+    EXPECT_TRUE(isStored(a, 3));
+    EXPECT_EQ(test::permissionsOf(lockFile) & 066U, 0U);
 }
 
 TEST_F(UserDefaultsTest, WhatStandsInTheLocksPlaceIsNotFollowedAndNothingIsLost) {
@@ -260,8 +245,7 @@ TEST_F(UserDefaultsTest, WhatStandsInTheLocksPlaceIsNotFollowedAndNothingIsLost)
     };
     for (const auto &plant : plants) {
         plant();
-        defaults.setObject(a, 2);
-        EXPECT_FALSE(defaults.synchronize());
+        EXPECT_FALSE(isStored(a, 2));
         EXPECT_TRUE(defaults.problem().value_or("").starts_with("can't be written ("))
             << defaults.problem().value_or("(none)");
         EXPECT_EQ(stored(), (Dictionary{{b, 1}}));
@@ -281,9 +265,7 @@ TEST_F(UserDefaultsTest, TwoWritersOfDifferentKeysLoseNothing) {
             }
         }
     };
-    std::thread other(write, a);
-    write(b);
-    other.join();
+    test::onThreads(2, [&](int thread) { write(thread == 0 ? a : b); });
     EXPECT_EQ(stored().size(), 2U * kRounds);
 }
 
@@ -298,16 +280,13 @@ TEST_F(UserDefaultsTest, AChangeSeesWhatIsStoredAtThatMomentAndIsWrittenAtOnce) 
 
 TEST_F(UserDefaultsTest, ChangesOfOneKeyAtOnceLoseNothing) {
     constexpr int kRounds = 50;
-    const auto count = [this] {
+    test::onThreads(2, [this](int /*thread*/) {
         LinuxUserDefaults own(path, list, clock);
         for (int i = 0; i < kRounds; ++i) {
             while (!own.change([&] { own.setObject(a, integerValueOf(own.objectForKey(a)) + 1); })) {
             }
         }
-    };
-    std::thread other(count);
-    count();
-    other.join();
+    });
     EXPECT_EQ(stored(), (Dictionary{{a, 2 * kRounds}}));
 }
 
@@ -334,36 +313,23 @@ TEST_F(UserDefaultsTest, AChangeThatRaisesIsNoneAndTheNextOneIsLikeAnyOther) {
     EXPECT_EQ(stored(), (Dictionary{{a, 1}}));
 }
 
-/// Makes the next write fail, as a folder that can't be replaced by a file does.
+/// A change that fails on a disk without room for it.
 class UnwritableChange : public UserDefaultsTest {
 protected:
-    void failToChange() {
+    UnwritableChange() {
         store({{a, 1}});
-        home.makeFolder("Library/Preferences");
-        ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &m_unlimited), 0);
-        m_previous = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit few{100, m_unlimited.rlim_max};
-        ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &few), 0);
-        const bool isWritten = defaults.change([this] { defaults.setObject(a, 2); });
-        ::setrlimit(RLIMIT_FSIZE, &m_unlimited);
-        std::signal(SIGXFSZ, m_previous);
-        EXPECT_FALSE(isWritten);
+        const test::Limit few(RLIMIT_FSIZE, 100);
+        EXPECT_FALSE(defaults.change([this] { defaults.setObject(a, 2); }));
         EXPECT_EQ(defaults.problem(), "can't be written (File too large)");
     }
-
-private:
-    rlimit m_unlimited{};
-    void (*m_previous)(int) = nullptr;
 };
 
 TEST_F(UnwritableChange, IsTriedAgainWithTheNextOne) {
-    failToChange();
     EXPECT_TRUE(defaults.change([this] { defaults.setObject(b, 5); }));
     EXPECT_EQ(stored(), (Dictionary{{a, 2}, {b, 5}}));
 }
 
 TEST_F(UnwritableChange, IsForgottenWhereAnotherProgramHasChangedTheSameKey) {
-    failToChange();
     store({{a, 7}});
     EXPECT_FALSE(defaults.synchronize());
     EXPECT_EQ(defaults.problem(), "was changed by another program meanwhile");
@@ -373,17 +339,14 @@ TEST_F(UnwritableChange, IsForgottenWhereAnotherProgramHasChangedTheSameKey) {
 }
 
 TEST_F(UnwritableChange, ThatIsForgottenIsNoProblemOfALaterChangeWhichSetsNothing) {
-    failToChange();
     store({{a, 7}});
     EXPECT_TRUE(defaults.change([] {}));
     EXPECT_EQ(defaults.problem(), std::nullopt);
 }
 
 TEST_F(UnwritableChange, LeavesTheKeyToWhoeverSetsItWithoutALook) {
-    failToChange();
     store({{a, 7}});
-    defaults.setObject(a, 3);
-    EXPECT_TRUE(defaults.synchronize());
+    EXPECT_TRUE(isStored(a, 3));
     EXPECT_EQ(stored(), (Dictionary{{a, 3}}));
 }
 
@@ -402,8 +365,7 @@ TEST_F(UserDefaultsTest, ADamagedFileIsSetAsideOnlyWhileNobodyElseWrites) {
 TEST_F(UserDefaultsTest, WhatKeepsTheFileFromBeingReadOrWrittenIsTold) {
     EXPECT_FALSE(defaults.problem());
     home.write("Library", "a file in the folder's place");
-    defaults.setObject(a, 1);
-    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_FALSE(isStored(a, 1));
     EXPECT_EQ(defaults.problem(), "can't be written (Not a directory)");
     ASSERT_TRUE(std::filesystem::remove(home.path("Library")));
     EXPECT_TRUE(defaults.synchronize());

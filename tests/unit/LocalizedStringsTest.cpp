@@ -1,10 +1,8 @@
 #include "branding/LocalizedStrings.h"
 #include "fakes/FakePlatform.h"
+#include "support/Threads.h"
 
-#include <atomic>
-#include <gtest/gtest.h>
-#include <thread>
-#include <vector>
+#include <gmock/gmock.h>
 
 namespace quillmark {
 namespace {
@@ -12,7 +10,7 @@ namespace {
 class LocalizedStringsTest : public testing::Test {
 protected:
     LocalizedStringsTest() {
-        const std::pair<const char *, const char *> texts[] = {
+        bundle.strings = {
             {"ProductName", "Quillmark"},
             {"CarryfoldProduct", "Carryfold"},
             {"BackupProduct", "Vault"},
@@ -24,9 +22,6 @@ protected:
             {"Twice", "{#ProductName#} {#ProductName#}"},
             {"Sec_Key", "sectioned"},
         };
-        for (const auto &[key, text] : texts) {
-            bundle.strings[key] = text;
-        }
     }
     LocalizedStrings &strings() {
         if (!m_strings) {
@@ -135,46 +130,26 @@ TEST_F(LocalizedStringsTest, AnEmptyProductNameStripsNothing) {
 
 TEST_F(LocalizedStringsTest, ManyThreadsMayLookTextsUpAtOnce) {
     strings();
-    std::vector<std::thread> threads;
-    std::atomic<int> right{0};
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&] {
-            for (int i = 0; i < 500; ++i) {
-                const std::string key = "key " + std::to_string(i);
-                right += strings().localisedString(key + " {#ProductName#}") == key + " Quillmark" ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(right, 4 * 500);
+    test::onThreads(4, [this](int /*thread*/) {
+        for (int i = 0; i < 500; ++i) {
+            const std::string key = "key " + std::to_string(i);
+            EXPECT_EQ(strings().localisedString(key + " {#ProductName#}"), key + " Quillmark");
+        }
+    });
 }
 
 class SharedLocalizedStrings : public testing::Test {
 protected:
     SharedLocalizedStrings() {
-        const std::pair<const char *, const char *> texts[] = {
+        test::immortalPlatform().bundle.strings = {
             {"Greeting", "%2$@ greets %1$@"}, {"Quick_Fox", "sectioned"}, {"Fox", "plain"}, {"100%", "100% sure"}};
-        for (const auto &[key, text] : texts) {
-            test::immortalPlatform().bundle.strings[key] = text;
-        }
     }
     ~SharedLocalizedStrings() override { installPlatform(nullptr); }
 };
 
 TEST_F(SharedLocalizedStrings, AreMadeOnceEvenWhenManyThreadsAskFirst) {
-    LocalizedStrings *seen[4] = {};
-    std::vector<std::thread> threads;
-    for (LocalizedStrings *&slot : seen) {
-        threads.emplace_back([&slot] { slot = &LocalizedStrings::sharedManager(); });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    for (const LocalizedStrings *instance : seen) {
-        EXPECT_EQ(instance, &LocalizedStrings::sharedManager());
-    }
+    EXPECT_THAT(test::answersToThreads([] { return &LocalizedStrings::sharedManager(); }),
+                testing::Each(&LocalizedStrings::sharedManager()));
 }
 
 TEST_F(SharedLocalizedStrings, AreBehindTheFreeFunctions) {

@@ -143,12 +143,8 @@ TEST_F(LogRotation, ANextFileThatCannotBeOpenedIsAConfigurationFaultAsAtSetUp) {
     grow(file, kMaxLogFileLength + 1);
     passSeconds(5);
     const std::string next = home.makeFolder("logs/Q-2024-03-05-141509.log");
-    try {
-        logLines(501);
-        FAIL() << "nothing was raised";
-    } catch (const Exception &exception) {
-        EXPECT_EQ(exception.reason(), "Failed to open log file \"" + next + "\" for writing");
-    }
+    EXPECT_THAT([] { logLines(501); }, testing::ThrowsMessage<Exception>(testing::HasSubstr(
+                                           "(Failed to open log file \"" + next + "\" for writing)")));
     logNormal("lost, and not an error");
 }
 

@@ -1,5 +1,6 @@
 #include "support/FileFacts.h"
 #include "support/LogFixture.h"
+#include "support/ProcessSettings.h"
 #include "utils/Exception.h"
 
 #include <csignal>
@@ -18,14 +19,8 @@ protected:
     const std::string product = "Quillmark";
 
     template <class Action>
-    static void expectFault(Action action, const char *name, const std::string &reason) {
-        try {
-            action();
-            FAIL() << "nothing was raised";
-        } catch (const Exception &exception) {
-            EXPECT_EQ(exception.name(), name);
-            EXPECT_EQ(exception.reason(), reason);
-        }
+    static void expectFault(Action action, const std::string &reason) {
+        EXPECT_THAT(action, testing::ThrowsMessage<Exception>("Configuration Fault (" + reason + ')'));
     }
 };
 
@@ -42,11 +37,10 @@ TEST_F(LogSetup, AGivenFolderHasItsTildeExpanded) {
 }
 
 TEST_F(LogSetup, TheFolderIsCreatedForEverybodyLessTheUsersMask) {
-    const mode_t mask = ::umask(0);
-    const std::string path = initLogging3(normal, normal, home.path("a/b"), product, product);
-    ::umask(mask);
+    const test::Mask mask(0);
+    initLogging3(normal, normal, home.path("a/b"), product, product);
     for (const char *folder : {"a", "a/b"}) {
-        EXPECT_EQ(test::statusOf(home.path(folder)).st_mode & 07777U, 0777U);
+        EXPECT_EQ(test::permissionsOf(home.path(folder)), 0777U);
     }
 }
 
@@ -67,15 +61,12 @@ TEST_F(LogSetup, LevelsAreReadByTheirNames) {
 }
 
 TEST_F(LogSetup, LevelNamesAreCaseSensitive) {
-    expectFault([&] { initLogging2("Verbose", normal, std::nullopt); }, "Configuration Fault",
-                "Invalid file logging level \"Verbose\"");
-    expectFault([&] { initLogging2(normal, "verbose ", std::nullopt); }, "Configuration Fault",
-                "Invalid stdout logging level \"verbose \"");
+    expectFault([&] { initLogging2("Verbose", normal, std::nullopt); }, "Invalid file logging level \"Verbose\"");
+    expectFault([&] { initLogging2(normal, "verbose ", std::nullopt); }, "Invalid stdout logging level \"verbose \"");
 }
 
 TEST_F(LogSetup, TheFileLevelIsCheckedFirst) {
-    expectFault([] { initLogging2("x", "y", std::nullopt); }, "Configuration Fault",
-                "Invalid file logging level \"x\"");
+    expectFault([] { initLogging2("x", "y", std::nullopt); }, "Invalid file logging level \"x\"");
 }
 
 TEST_F(LogSetup, NothingChangesWhenALevelIsInvalid) {
@@ -123,8 +114,7 @@ TEST_F(LogSetup, ANullPathClosesTheFile) {
 TEST_F(LogSetup, AFileThatCannotBeOpenedIsAConfigurationFaultAndItsPathIsRecorded) {
     const std::string before = logToFile(kLogLevelNormal);
     const std::string folder = home.makeFolder("folder.log");
-    expectFault([&] { _initLogging(folder); }, "Configuration Fault",
-                "Failed to open log file \"" + folder + "\" for writing");
+    expectFault([&] { _initLogging(folder); }, "Failed to open log file \"" + folder + "\" for writing");
     EXPECT_EQ(getLogFilePath(), folder);
     logNormal("lost");
     EXPECT_EQ(contentsOf(before), "");
@@ -136,18 +126,17 @@ TEST_F(LogSetup, ALinkInTheFilesPlaceIsNotFollowedAndAPipeNotWaitedFor) {
     const auto reason = "Failed to open log file \"" + place + "\" for writing";
     for (const auto &target : {precious, home.path("nowhere")}) {
         std::filesystem::create_symlink(target, place);
-        expectFault([&] { _initLogging(place); }, "Configuration Fault", reason);
+        expectFault([&] { _initLogging(place); }, reason);
         ASSERT_TRUE(std::filesystem::remove(place));
     }
     EXPECT_EQ(test::readAll(precious), "kept");
     EXPECT_FALSE(std::filesystem::exists(home.path("nowhere")));
     ASSERT_EQ(::mkfifo(place.c_str(), 0600), 0);
-    expectFault([&] { _initLogging(place); }, "Configuration Fault", reason);
+    expectFault([&] { _initLogging(place); }, reason);
     const int reader = ::open(place.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    expectFault([&] { _initLogging(place); }, "Configuration Fault", reason); // somebody waits for its lines
+    expectFault([&] { _initLogging(place); }, reason); // somebody waits for its lines
     ::close(reader);
-    expectFault([] { _initLogging("/dev/null"); }, "Configuration Fault",
-                "Failed to open log file \"/dev/null\" for writing");
+    expectFault([] { _initLogging("/dev/null"); }, "Failed to open log file \"/dev/null\" for writing");
 }
 
 TEST_F(LogSetup, LoggingGoesOnAfterAFailureOnceAFileOpens) {
@@ -161,8 +150,9 @@ TEST_F(LogSetup, AFolderThatCannotBeCreatedIsAGenericExceptionThatNamesIt) {
     home.write("file", "");
     platform.systemInfo.errorTexts.insert_or_assign(ENOTDIR, "Not a directory");
     const std::string folder = home.path("file/logs");
-    expectFault([&] { initLogging3(normal, normal, folder, product, product); }, "NSGenericException",
-                "Failed to create \"" + folder + "\" (Not a directory)");
+    EXPECT_THAT([&] { initLogging3(normal, normal, folder, product, product); },
+                testing::ThrowsMessage<Exception>("NSGenericException (Failed to create \"" + folder +
+                                                  "\" (Not a directory))"));
 }
 
 TEST_F(LogSetup, TheProcessIsRecordedAtEachInitialisation) {

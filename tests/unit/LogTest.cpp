@@ -262,13 +262,8 @@ TEST_F(Log, LevelsHaveTheNamesOfTheConfiguration) {
 }
 
 TEST_F(Log, AnyOtherLevelNumberIsAConfigurationFault) {
-    try {
-        _loggingLevelToString(4);
-        FAIL() << "nothing was raised";
-    } catch (const Exception &exception) {
-        EXPECT_EQ(exception.name(), "Configuration Fault");
-        EXPECT_EQ(exception.reason(), "Invalid logging level 4");
-    }
+    EXPECT_THAT([] { _loggingLevelToString(4); },
+                testing::ThrowsMessage<Exception>("Configuration Fault (Invalid logging level 4)"));
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "support/LogFixture.h"
+#include "support/Threads.h"
 #include "utils/CurrentThread.h"
 
 #include <algorithm>
@@ -6,7 +7,6 @@
 #include <set>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace quillmark {
 namespace {
@@ -17,25 +17,19 @@ protected:
     static constexpr int kLines = 2000;
 
     static void logFromManyThreads() {
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < kThreads; ++thread) {
-            threads.emplace_back([thread] {
-                setCurrentThreadName("t" + std::to_string(thread));
-                for (int line = 0; line < kLines; ++line) {
-                    logNormal("%@ %d end", std::string(static_cast<size_t>(thread) * 40, 'x'), line);
-                }
-            });
-        }
-        for (std::thread &thread : threads) {
-            thread.join();
-        }
+        test::onThreads(kThreads, [](int thread) {
+            setCurrentThreadName("t" + std::to_string(thread));
+            for (int line = 0; line < kLines; ++line) {
+                logNormal("%@ %d end", std::string(static_cast<size_t>(thread) * 40, 'x'), line);
+            }
+        });
     }
     static std::ptrdiff_t wholeLines(const std::string &contents) {
         static const testing::Matcher<std::string> form =
             testing::MatchesRegex("2024-03-05 [0-9]{2}:[0-9]{2}:[0-9]{2}\\.[0-9]{4} Launcher\\[311\\] \\(nrm\\) "
                                   "\\[t[0-9]\\] x* [0-9]+ end");
-        const test::Lines lines = test::linesIn(contents);
-        return std::count_if(lines.begin(), lines.end(), [](const std::string &line) { return form.Matches(line); });
+        return std::ranges::count_if(test::linesIn(contents),
+                                     [](const std::string &line) { return form.Matches(line); });
     }
 };
 

@@ -9,6 +9,7 @@
 #include "platform/linux/LinuxSystemInfo.h"
 #include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxWorkspace.h"
+#include "support/IdleProcess.h"
 #include "support/TemporaryHome.h"
 #include "support/ValuePrinter.h"
 #include "utils/CurrentThread.h"
@@ -17,7 +18,6 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -117,36 +117,39 @@ TEST(MainThreadTest, TheFakeIsPumpedByHand) {
     EXPECT_EQ(made, 2);
 }
 
-TEST(HomeFolder, IsThatOfTheEnvironment) {
-    const test::TemporaryHome home;
+class WorkspaceTest : public testing::Test {
+protected:
+    test::TemporaryHome home;
+    test::FakePropertyList propertyList;
+    test::FakeSessionBus bus;
+    test::FakeClock clock;
+    LinuxWorkspace workspace{propertyList, bus, clock};
+};
+
+using HomeFolder = WorkspaceTest;
+
+TEST_F(HomeFolder, IsThatOfTheEnvironment) {
     EXPECT_EQ(homeFolder(), home.path());
     ::setenv("HOME", "/somewhere//", 1);
     EXPECT_EQ(homeFolder(), "/somewhere");
 }
 
-TEST(HomeFolder, ThatIsTheRootFolderLeavesNoSecondSlash) {
-    const test::TemporaryHome restoredAfterwards;
+TEST_F(HomeFolder, ThatIsTheRootFolderLeavesNoSecondSlash) {
     ::setenv("HOME", "/", 1);
     EXPECT_EQ(homeFolder(), "/");
     EXPECT_EQ(expandingTilde("~/Library"), "/Library");
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    const LinuxWorkspace workspace(propertyList, bus, clock);
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), Paths{"/Applications"});
     EXPECT_THAT(workspace.downloadsFolders(), testing::Contains("/Downloads"));
 }
 
-TEST(HomeFolder, IsTheAccountsWhenTheEnvironmentNamesNone) {
-    const test::TemporaryHome restoredAfterwards;
+TEST_F(HomeFolder, IsTheAccountsWhenTheEnvironmentNamesNone) {
     ::setenv("HOME", "relative", 1);
     EXPECT_TRUE(homeFolder().starts_with('/'));
     ::unsetenv("HOME");
     EXPECT_TRUE(homeFolder().starts_with('/'));
 }
 
-TEST(HomeFolder, ReplacesALeadingTildeOnly) {
-    const test::TemporaryHome home;
+TEST_F(HomeFolder, ReplacesALeadingTildeOnly) {
     EXPECT_EQ(expandingTilde("~/a/~"), home.path("a/~"));
     EXPECT_EQ(expandingTilde("~"), home.path());
     EXPECT_EQ(expandingTilde("~other/a"), "~other/a");
@@ -154,24 +157,14 @@ TEST(HomeFolder, ReplacesALeadingTildeOnly) {
     EXPECT_EQ(expandingTilde(""), "");
 }
 
-TEST(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
-    const test::TemporaryHome home;
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    const LinuxWorkspace workspace(propertyList, bus, clock);
+TEST_F(WorkspaceTest, KnowsTheApplicationsFoldersOfEachDomain) {
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::User), Paths{home.path("Applications")});
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::Local), Paths{"/Applications"});
     EXPECT_EQ(workspace.applicationsFolders(Workspace::Domain::All),
               (Paths{home.path("Applications"), "/Applications"}));
 }
 
-TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
-    const test::TemporaryHome home;
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    LinuxWorkspace workspace(propertyList, bus, clock);
+TEST_F(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
     EXPECT_FALSE(workspace.launchApplication(home.path("missing")));
     EXPECT_FALSE(workspace.launchApplication(home.write("not executable", "x")));
     EXPECT_FALSE(workspace.launchApplication(home.path("None.app")));
@@ -179,12 +172,7 @@ TEST(WorkspaceTest, WhatCannotBeStartedIsNotLaunched) {
     EXPECT_FALSE(workspace.launchApplication("relative"));
 }
 
-TEST(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
-    const test::TemporaryHome home;
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    LinuxWorkspace workspace(propertyList, bus, clock);
+TEST_F(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
     const std::string bundle = home.path("Endless.app");
     home.makeFolder("Endless.app/Contents/MacOS");
     ASSERT_TRUE(std::filesystem::copy_file("/usr/bin/yes", bundle + "/Contents/MacOS/Endless"));
@@ -209,22 +197,21 @@ TEST(WorkspaceTest, AnApplicationThatRunsIsNotStartedAgain) {
     }
 }
 
-class FileManager : public testing::Test {
+class AppleEventsTest : public WorkspaceTest {
 protected:
-    const std::string kFinder = "com.apple.finder";
-
-    test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    LinuxWorkspace workspace{propertyList, bus, clock};
-    LinuxAppleEvents events{workspace, bus};
-
     /// What comes of a request to quit.
     std::int32_t quit(const std::string &bundleIdentifier) {
-        std::unique_ptr<AppleEvents::Event> event;
         EXPECT_EQ(events.buildQuitEvent(bundleIdentifier, event), 0);
         return events.sendMessage(*event);
     }
+
+    LinuxAppleEvents events{workspace, bus};
+    std::unique_ptr<AppleEvents::Event> event;
+};
+
+class FileManager : public AppleEventsTest {
+protected:
+    const std::string kFinder = "com.apple.finder";
 };
 
 TEST_F(FileManager, TakesTheFindersPlaceAmongTheApplications) {
@@ -232,8 +219,7 @@ TEST_F(FileManager, TakesTheFindersPlaceAmongTheApplications) {
     const Dictionary expected{{kApplicationBundleIdentifier, kFinder},
                               {kApplicationPath, "/System/Library/CoreServices/Finder.app"},
                               {kApplicationProcessIdentifier, ::getpid()}};
-    const auto running = workspace.launchedApplications();
-    EXPECT_TRUE(std::find(running.begin(), running.end(), expected) != running.end());
+    EXPECT_THAT(workspace.launchedApplications(), testing::Contains(expected));
 }
 
 TEST_F(FileManager, IsNotAmongThemWhenNoneRuns) {
@@ -249,55 +235,29 @@ TEST_F(FileManager, CanAlwaysBeLaunched) {
 }
 
 TEST_F(FileManager, IsEndedByTheRequestToQuit) {
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::pause();
-        ::_exit(1);
-    }
-    bus.processes["org.freedesktop.FileManager1"] = child;
+    const test::IdleProcess running;
+    bus.processes["org.freedesktop.FileManager1"] = running.identifier;
     EXPECT_EQ(quit(kFinder), 0);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    EXPECT_TRUE(WIFSIGNALED(status));
-    EXPECT_EQ(WTERMSIG(status), SIGTERM);
+    EXPECT_EQ(running.endingSignal(), SIGTERM);
 }
 
 TEST_F(FileManager, CannotBeAskedToQuitWhenNoneRuns) { EXPECT_EQ(quit(kFinder), -600); }
 
-TEST(AppleEventsTest, AnApplicationWithAnActionToQuitGetsNoSignal) {
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    const std::string identifier = "com.example.polite";
+TEST_F(AppleEventsTest, AnApplicationWithAnActionToQuitGetsNoSignal) {
+    const std::string identifier = "com.example.polite"; // which does not run, so that a signal would fail
     bus.quittable.insert(identifier);
-    test::FakeClock clock;
-    LinuxWorkspace workspace(propertyList, bus, clock); // where it does not run, so that a signal would fail
-    LinuxAppleEvents events(workspace, bus);
-    std::unique_ptr<AppleEvents::Event> event;
-    ASSERT_EQ(events.buildQuitEvent(identifier, event), 0);
-    EXPECT_EQ(events.sendMessage(*event), 0);
+    EXPECT_EQ(quit(identifier), 0);
     EXPECT_EQ(bus.activated, std::vector{identifier});
 }
 
-TEST(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    LinuxWorkspace workspace(propertyList, bus, clock);
-    LinuxAppleEvents events(workspace, bus);
-    std::unique_ptr<AppleEvents::Event> event;
+TEST_F(AppleEventsTest, ARequestToNobodyCannotBeBuilt) {
     EXPECT_EQ(events.buildQuitEvent(std::string(), event), -50);
     EXPECT_EQ(event, nullptr);
 }
 
-TEST(AppleEventsTest, TheSystemProcessIsNotThere) {
-    const test::FakePropertyList propertyList;
-    test::FakeSessionBus bus;
-    test::FakeClock clock;
-    LinuxWorkspace workspace(propertyList, bus, clock);
-    LinuxAppleEvents events(workspace, bus);
+TEST_F(AppleEventsTest, TheSystemProcessIsNotThere) {
     std::unique_ptr<AppleEvents::Address> address;
     ASSERT_EQ(events.createProcessAddress({0, 1}, address), 0);
-    std::unique_ptr<AppleEvents::Event> event;
     ASSERT_EQ(events.createEvent(fourCharacterCode("aevt"), fourCharacterCode("rest"), *address, event), 0);
     EXPECT_EQ(events.sendMessage(*event), -600);
     EXPECT_EQ(bus.activated, std::vector<std::string>());
@@ -311,22 +271,25 @@ TEST(ScriptsTest, AScriptNeitherCompilesNorHasAResult) {
     EXPECT_FALSE(script->execute());
 }
 
-TEST(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {
-    ::signal(SIGCHLD, SIG_IGN);
+class TasksTest : public testing::Test {
+protected:
+    test::TemporaryHome home;
     LinuxTasks tasks;
-    EXPECT_EQ(tasks.run("/bin/sh", {"-c", "exit 3"}, {}), 3);
+};
+
+TEST_F(TasksTest, ChildrenCanBeWaitedForEvenWhenTheirEndWasIgnored) {
+    ::signal(SIGCHLD, SIG_IGN);
+    EXPECT_EQ(LinuxTasks().run("/bin/sh", {"-c", "exit 3"}, {}), 3);
 }
 
-TEST(TasksTest, AStartedProgramFindsTheProgramsOfTheGivenFolderFirst) {
-    const test::TemporaryHome home;
+TEST_F(TasksTest, AStartedProgramFindsTheProgramsOfTheGivenFolderFirst) {
     for (const char *name : {"first", "true"}) { // one of which the system has too
         const std::string program = home.write(std::string("programs/") + name, "#!/bin/sh\necho ours\n");
         ::chmod(program.c_str(), 0500);
     }
     const std::string answers = home.path("answers");
     ASSERT_EQ(::mkfifo(answers.c_str(), S_IRUSR | S_IWUSR), 0);
-    const auto started = [&answers](const std::optional<std::string> &programFolder) {
-        LinuxTasks tasks;
+    const auto started = [&](const std::optional<std::string> &programFolder) {
         EXPECT_TRUE(
             tasks.start("/bin/sh", {"-c", "(env first; env true; echo end) >\"$HOME/answers\" 2>&1"}, programFolder));
         return test::readAll(answers); // which waits for the program
@@ -342,26 +305,21 @@ TEST(MainThreadTest, ADetachedThreadHasItsNameInTheLogToo) {
     EXPECT_EQ(prefix.get_future().get(), "[repair] ");
 }
 
-TEST(TasksTest, ARunFindsTheProgramsOfTheGivenFolderFirst) {
-    const test::TemporaryHome home;
+TEST_F(TasksTest, ARunFindsTheProgramsOfTheGivenFolderFirst) {
     const std::string program = home.write("programs/true", "#!/bin/sh\nexit 5\n");
     ::chmod(program.c_str(), 0500);
     const std::vector<std::string> script{"-c", "env true"};
-    LinuxTasks tasks;
     EXPECT_EQ(tasks.run("/bin/sh", script, home.path("programs")), 5);
     EXPECT_EQ(tasks.run("/bin/sh", script, {}), 0);
 }
 
-TEST(TasksTest, ARunWhoseEndTheSystemDoesNotKeepIsNone) {
-    LinuxTasks tasks;
+TEST_F(TasksTest, ARunWhoseEndTheSystemDoesNotKeepIsNone) {
     ::signal(SIGCHLD, SIG_IGN);
     EXPECT_FALSE(tasks.run("/bin/true", {}, {}));
     ::signal(SIGCHLD, SIG_DFL);
 }
 
-TEST(TasksTest, ARunThatIsNotWaitedForHasOurStreamsAndFolderAndLeavesNoDeadProcess) {
-    const test::TemporaryHome home;
-    LinuxTasks tasks;
+TEST_F(TasksTest, ARunThatIsNotWaitedForHasOurStreamsAndFolderAndLeavesNoDeadProcess) {
     std::array<int, 2> pipe{};
     ASSERT_EQ(::pipe(pipe.data()), 0);
     const int output = ::dup(STDOUT_FILENO);
@@ -391,8 +349,7 @@ TEST_F(SystemInfoTest, AKernelsVersionIsNeverThatOfAMac) {
     EXPECT_FALSE(belowAnyMac({}).major);
 }
 
-TEST(TasksTest, AProgramsStatusIsItsOwnOrItsSignalsNumberAbove128) {
-    LinuxTasks tasks;
+TEST_F(TasksTest, AProgramsStatusIsItsOwnOrItsSignalsNumberAbove128) {
     EXPECT_EQ(tasks.run("/bin/true", {}, {}), 0);
     EXPECT_EQ(tasks.run("/bin/sh", {"-c", "kill -9 $$"}, {}), 137);
     EXPECT_FALSE(tasks.run("/no/such/program", {}, {}));

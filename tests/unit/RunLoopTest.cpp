@@ -1,11 +1,11 @@
 #include "platform/linux/RunLoop.h"
 #include "platform/linux/LinuxMainThread.h"
+#include "support/ProcessSettings.h"
 
 #include <array>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string>
-#include <sys/resource.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -39,8 +39,13 @@ private:
     Descriptor m_writing;
 };
 
-TEST(RunLoopTest, AQueuedCallEndsTheWaitOfAnotherThread) {
+class RunLoopTest : public testing::Test {
+protected:
     RunLoop loop;
+    std::string texts;
+};
+
+TEST_F(RunLoopTest, AQueuedCallEndsTheWaitOfAnotherThread) {
     std::thread::id caller;
     std::thread other([&] { loop.post([&] { caller = std::this_thread::get_id(); }); });
     loop.turn();
@@ -48,37 +53,31 @@ TEST(RunLoopTest, AQueuedCallEndsTheWaitOfAnotherThread) {
     EXPECT_EQ(caller, std::this_thread::get_id());
 }
 
-TEST(RunLoopTest, ACallThatTurnsTheLoopHasTheNextOnesMadeInside) {
-    RunLoop loop;
-    std::string order;
+TEST_F(RunLoopTest, ACallThatTurnsTheLoopHasTheNextOnesMadeInside) {
     loop.post([&] {
-        order += '(';
+        texts += '(';
         loop.turn();
-        order += ')';
+        texts += ')';
     });
-    loop.post([&] { order += 'a'; });
-    loop.post([&] { order += 'b'; });
+    loop.post([&] { texts += 'a'; });
+    loop.post([&] { texts += 'b'; });
     loop.turn();
     loop.turn();
-    EXPECT_EQ(order, "(a)b");
+    EXPECT_EQ(texts, "(a)b");
 }
 
-TEST(RunLoopTest, WhatACallQueuesComesBehindWhatIsQueuedAlready) {
-    RunLoop loop;
-    std::string order;
-    loop.post([&] { loop.post([&] { order += 'c'; }); });
-    loop.post([&] { order += 'b'; });
+TEST_F(RunLoopTest, WhatACallQueuesComesBehindWhatIsQueuedAlready) {
+    loop.post([&] { loop.post([&] { texts += 'c'; }); });
+    loop.post([&] { texts += 'b'; });
     for (int i = 0; i < 3; ++i) {
         loop.turn();
     }
-    EXPECT_EQ(order, "bc");
+    EXPECT_EQ(texts, "bc");
 }
 
-TEST(RunLoopTest, ServesInputsUntilTheLastOneHasEnded) {
-    RunLoop loop;
+TEST_F(RunLoopTest, ServesInputsUntilTheLastOneHasEnded) {
     Pipe first;
     Pipe second;
-    std::string texts;
     first.write('1');
     second.write('2');
     first.close();
@@ -92,11 +91,9 @@ TEST(RunLoopTest, ServesInputsUntilTheLastOneHasEnded) {
     EXPECT_LT(texts.find('2'), texts.find('3'));
 }
 
-TEST(RunLoopTest, AnInputIsServedInsideTheCallOfAnother) {
-    RunLoop loop;
+TEST_F(RunLoopTest, AnInputIsServedInsideTheCallOfAnother) {
     Pipe outer;
     Pipe inner;
-    std::string texts;
     outer.write('o');
     inner.write('i');
     inner.close();
@@ -115,8 +112,7 @@ TEST(RunLoopTest, AnInputIsServedInsideTheCallOfAnother) {
     EXPECT_NE(texts.find('o'), std::string::npos);
 }
 
-TEST(RunLoopTest, AnInputThatRaisesIsNotWatchedAnyMore) {
-    RunLoop loop;
+TEST_F(RunLoopTest, AnInputThatRaisesIsNotWatchedAnyMore) {
     Pipe pipe;
     pipe.write('x');
     EXPECT_THROW(loop.serve({{pipe.descriptor(), []() -> bool { throw 7; }}}), int);
@@ -126,19 +122,14 @@ TEST(RunLoopTest, AnInputThatRaisesIsNotWatchedAnyMore) {
     EXPECT_TRUE(isCalled);
 }
 
-TEST(RunLoopTest, WhatCannotBeWaitedForIsRefused) {
-    RunLoop loop;
+TEST_F(RunLoopTest, WhatCannotBeWaitedForIsRefused) {
     const Descriptor file(::open("/proc/self/exe", O_RDONLY | O_CLOEXEC));
     EXPECT_THROW(loop.serve({{file.get(), [] { return false; }}}), std::system_error);
 }
 
-TEST(RunLoopTest, WithoutADescriptorThereIsNoLoop) {
-    rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit none{0, before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+TEST_F(RunLoopTest, WithoutADescriptorThereIsNoLoop) {
+    const test::Limit none(RLIMIT_NOFILE, 0);
     EXPECT_THROW(RunLoop(), std::system_error);
-    ::setrlimit(RLIMIT_NOFILE, &before);
 }
 
 /// The library of windows, which waits for nothing.
@@ -162,12 +153,10 @@ private:
     OtherEvents &m_others;
 };
 
-TEST(RunLoopTest, OnceThereAreWindowsTheirLibraryWaits) {
-    RunLoop loop;
+TEST_F(RunLoopTest, OnceThereAreWindowsTheirLibraryWaits) {
     IdleWindows windows(loop);
     loop.waitWith(windows);
     Pipe pipe;
-    std::string texts;
     pipe.write('x');
     pipe.close();
     bool isCalled = false;
@@ -179,8 +168,7 @@ TEST(RunLoopTest, OnceThereAreWindowsTheirLibraryWaits) {
     EXPECT_THROW(loop.run(), std::runtime_error);
 }
 
-TEST(RunLoopTest, WindowsThatComeWhileItRunsTakeOver) {
-    RunLoop loop;
+TEST_F(RunLoopTest, WindowsThatComeWhileItRunsTakeOver) {
     IdleWindows windows(loop);
     loop.post([&] { loop.waitWith(windows); });
     EXPECT_THROW(loop.run(), std::runtime_error);

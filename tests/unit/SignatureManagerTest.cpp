@@ -1,19 +1,18 @@
 #include "integrity/SignatureManager.h"
 #include "support/LogFixture.h"
+#include "support/Threads.h"
 
-#include <array>
-#include <atomic>
-#include <cstdio>
 #include <cstring>
 #include <gmock/gmock.h>
+#include <iomanip>
 #include <memory>
 #include <openssl/core_names.h>
 #include <openssl/encoder.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
+#include <sstream>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 namespace quillmark {
@@ -53,13 +52,11 @@ std::string relabelled(std::string text, std::string_view from, std::string_view
 }
 
 std::string toHex(std::string_view bytes) {
-    std::string text;
+    std::ostringstream text;
     for (const char byte : bytes) {
-        std::array<char, 3> digits{};
-        std::snprintf(digits.data(), digits.size(), "%02x", static_cast<unsigned char>(byte));
-        text += digits.data();
+        text << std::hex << std::setw(2) << std::setfill('0') << int{static_cast<unsigned char>(byte)};
     }
-    return text;
+    return text.str();
 }
 
 std::string toBase64(const std::string &bytes) {
@@ -208,20 +205,12 @@ TEST_F(Signatures, AnOlderErrorOfTheLibraryIsNotTakenForAMismatch) {
 TEST_F(Signatures, OfThreadsSideBySideAreVerified) {
     const std::string signature = sign();
     const std::string publicKey = publicPem(key);
-    std::vector<std::thread> threads;
-    std::atomic<int> verified{0};
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 5; ++round) {
-                verified += manager.verifySignature(signature, publicKey, data) ? 1 : 0;
-                verified += manager.verifySignature(signature, publicKey, "other data") ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(verified, 20);
+    test::onThreads(4, [&](int /*thread*/) {
+        for (int round = 0; round < 5; ++round) {
+            EXPECT_TRUE(manager.verifySignature(signature, publicKey, data));
+            EXPECT_FALSE(manager.verifySignature(signature, publicKey, "other data"));
+        }
+    });
 }
 
 // Keys

@@ -33,22 +33,14 @@ protected:
     std::string trash(const std::string &below) const { return home.path(".local/share/Trash/" + below); }
     bool recycle(const std::string &name) { return recycle(name, home.path()); }
     bool recycle(const std::string &name, const std::string &folder) { return workspace.recycle(name, folder); }
-    std::set<std::string> trashed() const { return namesIn(trash("files")); }
-    std::set<std::string> infos() const { return namesIn(trash("info")); }
-    static std::set<std::string> namesIn(const std::string &folder) {
-        std::set<std::string> names;
-        std::error_code missing;
-        for (const auto &entry : std::filesystem::directory_iterator(folder, missing)) {
-            names.insert(entry.path().filename());
-        }
-        return names;
-    }
-    bool isThere(const std::string &name) const { return namesIn(home.path()).contains(name); }
+    std::set<std::string> trashed() const { return test::namesIn(trash("files")); }
+    std::set<std::string> infos() const { return test::namesIn(trash("info")); }
+    bool isThere(const std::string &name) const { return test::namesIn(home.path()).contains(name); }
     /// Where the info file says that the item was.
     std::string pathIn(const std::string &name) const {
         constexpr std::string_view kBegin = "[Trash Info]\nPath=";
         const std::string info = test::readAll(trash("info/" + name));
-        EXPECT_EQ(std::count(info.begin(), info.end(), '\n'), 3);
+        EXPECT_EQ(std::ranges::count(info, '\n'), 3) << name;
         EXPECT_TRUE(info.starts_with(kBegin));
         std::string path;
         for (size_t i = kBegin.size(); i < info.size() && info[i] != '\n'; ++i) {
@@ -90,9 +82,7 @@ TEST_F(TrashTest, NotesNamesOfAnyBytes) {
     for (const std::string name : {"with blank", "100%", "line\nfeed", "\xc3\xa4", "a=b;[c]#", ".hidden"}) {
         home.write(name, "");
         EXPECT_TRUE(recycle(name));
-        const std::string info = test::readAll(trash("info/" + name + ".trashinfo"));
-        EXPECT_EQ(std::count(info.begin(), info.end(), '\n'), 3) << name;
-        EXPECT_EQ(pathIn(name + ".trashinfo"), home.path(name));
+        EXPECT_EQ(pathIn(name + ".trashinfo"), home.path(name)) << name;
     }
 }
 
@@ -100,9 +90,9 @@ TEST_F(TrashTest, IsForTheUserAlone) {
     home.write("a", "");
     ASSERT_TRUE(recycle("a"));
     for (const char *folder : {"", "files", "info"}) {
-        EXPECT_EQ(test::statusOf(trash(folder)).st_mode & 07777U, 0700U) << folder;
+        EXPECT_EQ(test::permissionsOf(trash(folder)), 0700U) << folder;
     }
-    EXPECT_EQ(test::statusOf(trash("info/a.trashinfo")).st_mode & 07777U, 0600U);
+    EXPECT_EQ(test::permissionsOf(trash("info/a.trashinfo")), 0600U);
 }
 
 TEST_F(TrashTest, KeepsItemsOfTheSameNameApart) {
@@ -143,8 +133,8 @@ TEST_F(TrashTest, ShortensNamesThatAreTooLongForAnInfoFileBetweenCharacters) {
 
 TEST_F(TrashTest, TakesALinkAndNotWhatItLeadsTo) {
     home.write("folder/file", "x");
-    ASSERT_EQ(::symlink("folder", home.path("link").c_str()), 0);
-    ASSERT_EQ(::symlink("nowhere", home.path("broken").c_str()), 0);
+    std::filesystem::create_symlink("folder", home.path("link"));
+    std::filesystem::create_symlink("nowhere", home.path("broken"));
     EXPECT_TRUE(recycle("link"));
     EXPECT_TRUE(recycle("broken"));
     EXPECT_EQ(trashed(), (std::set<std::string>{"broken", "link"}));
@@ -153,7 +143,7 @@ TEST_F(TrashTest, TakesALinkAndNotWhatItLeadsTo) {
 
 TEST_F(TrashTest, NotesThePlaceItselfWhenTheFolderIsALink) {
     home.write("real/a", "");
-    ASSERT_EQ(::symlink(home.path("real").c_str(), home.path("link").c_str()), 0);
+    std::filesystem::create_symlink(home.path("real"), home.path("link"));
     EXPECT_TRUE(recycle("a", home.path("link")));
     EXPECT_EQ(pathIn("a.trashinfo"), home.path("real/a"));
 }
@@ -163,7 +153,7 @@ TEST_F(TrashTest, IsWhereTheDesktopKeepsItsData) {
     home.write("b", "");
     ::setenv("XDG_DATA_HOME", home.path("data").c_str(), 1);
     EXPECT_TRUE(recycle("a"));
-    EXPECT_EQ(namesIn(home.path("data/Trash/files")), std::set<std::string>{"a"});
+    EXPECT_EQ(test::namesIn(home.path("data/Trash/files")), std::set<std::string>{"a"});
     ::setenv("XDG_DATA_HOME", "data", 1); // relative: it does not count
     EXPECT_TRUE(recycle("b"));
     EXPECT_EQ(trashed(), std::set<std::string>{"b"});
@@ -193,11 +183,10 @@ TEST_F(TrashTest, WhoseFoldersAreLinksIsNotUsed) {
         home.write("a", "");
         home.makeFolder("elsewhere");
         home.makeFolder(".local/share/Trash");
-        const std::string link = trash(folder);
-        ASSERT_EQ(::symlink(home.path("elsewhere").c_str(), link.c_str()), 0);
+        std::filesystem::create_symlink(home.path("elsewhere"), trash(folder));
         EXPECT_FALSE(recycle("a"));
         EXPECT_TRUE(isThere("a"));
-        EXPECT_EQ(namesIn(home.path("elsewhere")), std::set<std::string>());
+        EXPECT_EQ(test::namesIn(home.path("elsewhere")), std::set<std::string>());
         ASSERT_GT(std::filesystem::remove_all(trash("")), 0U);
     }
 }
@@ -212,10 +201,10 @@ TEST_F(TrashTest, ThatCannotBeMadeTakesNothing) {
 TEST_F(TrashTest, MayBeLedElsewhereByItsOwner) {
     home.makeFolder("elsewhere");
     home.makeFolder(".local/share");
-    ASSERT_EQ(::symlink(home.path("elsewhere").c_str(), home.path(".local/share/Trash").c_str()), 0);
+    std::filesystem::create_symlink(home.path("elsewhere"), home.path(".local/share/Trash"));
     home.write("a", "");
     EXPECT_TRUE(recycle("a"));
-    EXPECT_EQ(namesIn(home.path("elsewhere/files")), std::set<std::string>{"a"});
+    EXPECT_EQ(test::namesIn(home.path("elsewhere/files")), std::set<std::string>{"a"});
 }
 
 TEST_F(TrashTest, DownloadsFoldersAreTheDesktopsAndTheUsualOne) {

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <fstream>
+#include <gmock/gmock.h>
 #include <sys/stat.h>
 
 namespace quillmark {
@@ -137,12 +138,9 @@ TEST_F(VersionOutput, OfAHundredMegabytesTakesLittleMemory) {
 TEST_F(VersionOutput, OfWhatCannotBeStartedRaisesTheLaunchException) {
     const std::string file = home.write("plain", "1.0");
     for (const std::string &path : {home.path("none"), file, home.path(), std::string()}) {
-        try {
-            versionPrintedBy(path, nativePlatform().tasks);
-            ADD_FAILURE() << path << " was started";
-        } catch (const Exception &exception) {
-            EXPECT_EQ(exception.reason(), "launch path not accessible");
-        }
+        EXPECT_THAT([&] { versionPrintedBy(path, nativePlatform().tasks); },
+                    testing::ThrowsMessage<Exception>(testing::HasSubstr("(launch path not accessible)")))
+            << path;
     }
 }
 
