@@ -1,4 +1,3 @@
-import unittest
 
 from tool import ToolTest
 
@@ -22,7 +21,3 @@ class Bundles(ToolTest):
         self.assertEqual(stale[0], found)
         self.assertEqual(stale[-24], "~/Applications/Quillmark.app")
         self.assertEqual(stale[-1], "/Applications/Quillmark Client-5.app")
-
-
-if __name__ == "__main__":
-    unittest.main()

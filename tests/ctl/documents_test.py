@@ -2,7 +2,6 @@
 
 import re
 import subprocess
-import unittest
 
 from tool import APP, COMMANDS, ToolTest
 
@@ -49,7 +48,3 @@ class Documents(ToolTest):
             for command in COMMANDS:
                 *group, word = command.split()
                 self.assertRegex(text, self.OFFERS[shell](re.escape(" ".join(group)), re.escape(word)), command)
-
-
-if __name__ == "__main__":
-    unittest.main()

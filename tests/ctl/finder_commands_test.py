@@ -1,7 +1,5 @@
 """A desktop without a script language gives no answers; every command takes that for one."""
 
-import unittest
-
 from tool import ToolTest
 
 
@@ -25,7 +23,3 @@ class Finder(ToolTest):
         for arguments in ([], ["refresh"], ["refresh", "a", "b"], ["servers", "yes"], ["servers", ""],
                           ["selection", "x"], ["selection", "--nonsense"]):
             self.failure("finder", *arguments, status=2)
-
-
-if __name__ == "__main__":
-    unittest.main()

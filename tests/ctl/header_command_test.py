@@ -3,7 +3,6 @@
 import re
 import struct
 import subprocess
-import unittest
 import zlib
 
 from tool import APP, TOOL, ToolTest
@@ -205,7 +204,3 @@ class Header(ToolTest):
         done = subprocess.run([TOOL, "header", "render", "--output", "-"], capture_output=True, timeout=60,
                               env={"HOME": str(self.home), "LD_DEBUG": "files"})
         self.assertTrue(re.search(rb"calling init: \S*libQt6Widgets", done.stderr))
-
-
-if __name__ == "__main__":
-    unittest.main()

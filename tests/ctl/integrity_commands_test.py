@@ -4,7 +4,6 @@ import os
 import pty
 import re
 import subprocess
-import unittest
 import zipfile
 from pathlib import Path
 
@@ -320,7 +319,3 @@ class Archives(IntegrityTest):
             print("no disk of its own can be made here:", done.stderr, flush=True)
             os._exit(77)  # counts as skipped; every test is a process of its own
         self.assertEqual(done.stdout, "0\narchive.zip\nlarge\n", done.stderr)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,7 +3,6 @@
 import json
 import os
 import subprocess
-import unittest
 
 from tool import TOOL, ToolTest
 
@@ -105,7 +104,3 @@ class Json(ToolTest):
                                   env={"HOME": str(self.home)})
         self.assertEqual(done.returncode, 3)
         self.assertIn(b"standard output", done.stderr)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,13 +1,9 @@
 """What is kept of the accounts, in a keyring of the test's own."""
 
 import subprocess
-import sys
-import unittest
-from pathlib import Path
 
 from tool import TOOL, ToolTest
 
-sys.path.insert(0, str(Path(__file__).parents[1] / "support"))
 from keyring import Session  # noqa: E402
 
 
@@ -120,7 +116,3 @@ class Keychain(InputTest):
         self.keychain("raw", "get", "ada", status=3)
         self.assertIn("holds no UTF-8 text", self.error_text)
         self.assertEqual(self.keychain("get", "ada"), '{"keepSignedIn":null,"password":null}\n')
-
-
-if __name__ == "__main__":
-    unittest.main()

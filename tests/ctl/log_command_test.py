@@ -1,5 +1,4 @@
 import re
-import unittest
 from pathlib import Path
 
 from tool import ToolTest
@@ -68,7 +67,3 @@ class LogWrite(ToolTest):
     def test_a_file_that_cannot_be_opened_is_named(self):
         self.assertRegex(self.failure("log", "write", "normal", "x", "--folder", "/proc"),
                          r'Failed to open log file "/proc/Quillmark-.*\.log" for writing')
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 
 import plistlib
 import re
-import unittest
 
 from tool import ToolTest
 
@@ -80,7 +79,3 @@ class MovePlan(ToolTest):
     def test_a_wrong_command_line_is_status_2(self):
         for arguments in ([], ["plan", "x"], ["plans"]):
             self.failure("move", *arguments, status=2)
-
-
-if __name__ == "__main__":
-    unittest.main()

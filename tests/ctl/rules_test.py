@@ -4,7 +4,6 @@ import json
 import os
 import re
 import subprocess
-import unittest
 
 from tool import APP, COMMANDS, TOOL, ToolTest
 
@@ -95,7 +94,3 @@ class Rules(ToolTest):
             self.assertTrue(any("libc.so" in library for library in libraries))
             # Without a session bus there is nobody to ask about a secret.
             self.assertFalse([library for library in libraries if re.search(r"Qt6|libsecret|dbus", library)], command)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,5 +1,4 @@
 import json
-import unittest
 
 from tool import APP, ToolTest
 
@@ -72,7 +71,3 @@ class Run(ToolTest):
     def test_the_path_is_required(self):
         for words in (["run"], ["run", "--"], ["run", "--pretty"], ["--pretty", "run"]):
             self.failure(*words, status=2)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 import json
 import plistlib
 import subprocess
-import unittest
 
 from tool import APP, TOOL, ToolTest
 
@@ -121,7 +120,3 @@ class Status(ToolTest):
         told = self.status(*[self.item("QMTool", str(number)) for number in range(10_000)], status=1)
         self.assertEqual(len(told["items"]), 10_000)
         self.assertEqual(told["numberRepairsRequired"], 10_000)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,5 +1,4 @@
 import platform
-import unittest
 
 from tool import ToolTest
 
@@ -46,7 +45,3 @@ class Process(ToolTest):
 
     def test_the_list_is_an_array(self):
         self.assertIsInstance(self.json("process", "list"), list)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,4 +1,3 @@
-import unittest
 
 from tool import APP, ToolTest
 
@@ -83,7 +82,3 @@ class Versions(ToolTest):
         information = app / "Contents/Info.plist"
         information.write_text(information.read_text().replace("1.14.4", "2.0.1"))
         self.assertEqual(self.plain("version", "self", "--bundle", app), "2.0.1 (1303)")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 """The support tool's view of the accounts, over a preference file of the test's own."""
 
 import plistlib
-import unittest
 
 from tool import ToolTest
 
@@ -143,7 +142,3 @@ class User(ToolTest):
             self.plant({"UserName": "anna", "BrandID": brand}, LastUsedUserName="anna")
             told = self.json("brand")
             self.assertEqual((told["reseller"], told["logo"]), (is_reseller, logo), brand)
-
-
-if __name__ == "__main__":
-    unittest.main()

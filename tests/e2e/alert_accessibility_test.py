@@ -1,13 +1,13 @@
 """The alert beside a running core, as an assistive program finds, reads and presses it."""
 
-import unittest
-
 from desktop import Desktop, is_alert_ready, require_accessibility
 from machine import CORE, LAUNCHER, PATIENCE, LauncherTest, processes_of, run_launcher
 
 MESSAGE = "Quillmark is already running."
 INFORMATION = ("Only one copy of Quillmark can run at a time. To use this copy, first quit the one that is running, then "
                "open Quillmark again.")
+
+setUpModule = require_accessibility
 
 
 class AlertAccessibility(LauncherTest):
@@ -45,8 +45,3 @@ class AlertAccessibility(LauncherTest):
         self.desktop.press(self.launcher, "push button", "Quit")
         self.assertEqual(self.launcher.wait(timeout=PATIENCE), 0)
         self.assertEqual(processes_of(CORE), [self.running_core])
-
-
-if __name__ == "__main__":
-    require_accessibility()
-    unittest.main()

@@ -76,7 +76,3 @@ class AnyWords(unittest.TestCase):
 
     def test_are_answered_four(self):
         self.check(4)
-
-
-if __name__ == "__main__":
-    unittest.main()

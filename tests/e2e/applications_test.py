@@ -107,7 +107,3 @@ class Applications(unittest.TestCase):
         self.addCleanup(process.kill)
         self.assertNotEqual(os.stat(f"/proc/{process.pid}").st_uid, USER)
         self.assertEqual(self.tool("process", "running", IDENTIFIER)[0], 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ import plistlib
 import re
 import struct
 import subprocess
-import unittest
 
 from check_window import CheckWindowTest
 from components import OVERLAY_TOOL
@@ -81,7 +80,3 @@ class Brand(CheckWindowTest):
         self.set_own_brand(1)
         PREFERENCES.unlink(missing_ok=True)
         return self.picture_with("of-nobody")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 
 import re
 import signal
-import unittest
 
 from check_window import CONTINUE, DONT_INSTALL, EVERYTHING, CheckWindowTest, remove_everything
 from components import FILE_SYSTEM, OVERLAY_TOOL, UPDATE_TOOL
@@ -161,7 +160,3 @@ class CheckWindow(CheckWindowTest):
         self.start_launcher()
         self.press(CONTINUE)
         self.assert_ended_with_core()
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ import fcntl
 import os
 import signal
 import termios
-import unittest
 
 from machine import (CORE, CORE_LOG, LAUNCHER, LauncherTest, descriptors, has_ended, run_launcher, signals, start,
                      status_of, wait_until)
@@ -92,7 +91,3 @@ class CoreProcess(LauncherTest):
         run_launcher()
         with open(f"/proc/{self.core()}/cmdline") as file:
             self.assertEqual(file.read().split("\0"), [str(CORE), ""])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -59,7 +59,3 @@ class HostIdentity(unittest.TestCase):
 
     def test_a_name_of_300_characters_is_unknown(self):
         self.assertEqual(self.addresses("h" * 300), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

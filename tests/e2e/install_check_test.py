@@ -4,7 +4,6 @@ import os
 import plistlib
 import shutil
 import subprocess
-import unittest
 from pathlib import Path
 
 from components import FILE_SYSTEM, FRAMEWORK, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UPDATE_TOOL, resource
@@ -204,7 +203,3 @@ class Catalogues(InstallCheckTest):
         self.write({"RequiredItems": [{"Type": "Bundle", "Name": str(number), "InstallPath": f"/none/{number}"}
                                       for number in range(10000)]})
         self.assertEqual(len(self.faults()), 10000)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -5,7 +5,6 @@ import pty
 import select
 import signal
 import time
-import unittest
 from pathlib import Path
 
 from check_window import BUNDLED_CORE, CONTINUE, CheckWindowTest, installation, remove_everything
@@ -137,7 +136,3 @@ class KilledLauncher(CheckWindowTest):
             (has_line("Updating status", 2), 0),
             (has_line("Updating status", 3), 0),
             (has_line("Launching"), 0))
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -3,7 +3,6 @@ program with root's rights loads can have faults of its own."""
 
 import re
 import subprocess
-import unittest
 from pathlib import Path
 
 from machine import APP, LauncherTest, environment, run_launcher
@@ -59,7 +58,3 @@ class Libraries(LauncherTest):
         self.assertEqual(names, set(ALLOWED))
         for name, allowed in ALLOWED.items():
             self.assertEqual(needed_by(Path(APP) / "Contents" / name) - allowed, set(), name)
-
-
-if __name__ == "__main__":
-    unittest.main()

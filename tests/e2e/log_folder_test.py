@@ -3,7 +3,6 @@
 import os
 import subprocess
 import time
-import unittest
 from pathlib import Path
 
 from machine import (CORE, HOME, LOG_FOLDER, USER, LauncherTest, launcher_logs, make_user_folder, processes_of, run_launcher,
@@ -95,7 +94,3 @@ class LogFolder(LauncherTest):
         for folder in (LOG_FOLDER, *LOG_FOLDER.parents):
             if HOME in folder.parents:
                 self.assertEqual(folder.stat().st_uid, USER)
-
-
-if __name__ == "__main__":
-    unittest.main()

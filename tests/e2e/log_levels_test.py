@@ -1,7 +1,5 @@
 """How much is logged where is for the user to choose, and a choice that makes no sense is said to be none."""
 
-import unittest
-
 from machine import LauncherTest, launcher_logs, run_launcher, set_preferences
 
 
@@ -62,7 +60,3 @@ class LogLevels(LauncherTest):
         set_preferences(FileLogging="Verbose")
         run_launcher()
         self.assertEqual(launcher_logs(), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

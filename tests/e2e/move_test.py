@@ -3,7 +3,6 @@
 import os
 import shutil
 import subprocess
-import unittest
 from pathlib import Path
 
 from machine import (APP, HOME, PREFERENCES, USER, make_user_folder, processes_of, set_preferences, wait_until,
@@ -318,7 +317,3 @@ class Move(MoveTest):
         self.assertEqual(snapshot(APP), whole)
         self.assertEqual([path.name for path in Path("/Applications").iterdir() if not path.name.startswith(".Trash")],
                          ["Quillmark.app"])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -2,7 +2,6 @@
 
 import os
 import subprocess
-import unittest
 from pathlib import Path
 
 from check_window import CONTINUE, EVERYTHING, CheckWindowTest, installation, remove_everything
@@ -143,7 +142,3 @@ class PasswordDialog(CheckWindowTest):
         self.close_alert()
         self.assertEqual(self.faults(self.wait_for_window()), EVERYTHING)
         self.press(CONTINUE)
-
-
-if __name__ == "__main__":
-    unittest.main()

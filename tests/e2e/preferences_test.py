@@ -2,7 +2,6 @@
 
 import os
 import plistlib
-import unittest
 
 from machine import PREFERENCES, LauncherTest, make_user_folder, run_launcher, set_preferences, write_user_file
 
@@ -87,7 +86,3 @@ class Preferences(LauncherTest):
         self.assertRegex(result.stderr, rf'\A[^\n]+ \(ERR\) [^\n]+ The preferences "{PREFERENCES}" can\'t be read \([^\n]+\)\n\Z')
         self.core()
         self.assertTrue(PREFERENCES.is_dir())
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -102,7 +102,3 @@ class ProcessDetection(unittest.TestCase):
         process.send_signal(signal.SIGTERM)
         process.wait()
         self.assertFalse(self.finds())
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -199,7 +199,3 @@ class ChangingProcessTable(ProcessTable):
     def test_what_runs_on_when_its_bundle_is_gone_has_lost_its_identifier(self):
         shutil.rmtree(self.executable.parents[2])
         self.assertEqual(self.records(), [self.record_of(self.process, self.executable, "")])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -4,7 +4,6 @@ import json
 import shutil
 import stat
 import subprocess
-import unittest
 from pathlib import Path
 
 from components import FILE_SYSTEM, FRAMEWORK, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, resource
@@ -90,7 +89,3 @@ class Repair(LauncherTest):
         status, statuses, steps = self.repair()
         self.assertEqual((status, statuses["QuillmarkFS"]), (3, "Invalid"))
         self.assertEqual(steps[-1], 'quillmarkctl: QuillmarkFS: repairing what is "Invalid" failed: there is no repair for it')
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,7 +1,6 @@
 """A bundle with a resource missing or damaged."""
 
 import plistlib
-import unittest
 
 from machine import CORE, RESOURCES, LauncherTest, processes_of, run_launcher, set_preferences
 
@@ -58,7 +57,3 @@ class Resources(LauncherTest):
         CORE.chmod(0o644)
         self.assertEqual(run_launcher().returncode, 0)
         self.assertEqual(processes_of(CORE), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -129,7 +129,3 @@ class SessionBus(unittest.TestCase):
                 self.assertEqual("libgio-2.0" in self.error_text, is_loaded)
         self.tool("list", LD_DEBUG="files", **{"DBUS_SESSION_BUS_ADDRESS": ""})
         self.assertNotIn("libgio-2.0", self.error_text)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -5,7 +5,6 @@ import os
 import plistlib
 import shutil
 import subprocess
-import unittest
 from pathlib import Path
 
 from check_window import BUNDLED_CORE, CONTINUE, CheckWindowTest, installation
@@ -114,7 +113,3 @@ class SingleFault(CheckWindowTest):
         self.assertEqual(self.faults(tree), {"QuillmarkFS": "Invalid"})
         self.assertIn("enabled", tree.one("push button", CONTINUE).states)
         self.assertIsNone(self.launcher.poll())
-
-
-if __name__ == "__main__":
-    unittest.main()

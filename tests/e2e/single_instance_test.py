@@ -2,7 +2,6 @@
 
 import os
 import signal
-import unittest
 from pathlib import Path
 
 from components import OVERLAY_TOOL
@@ -66,7 +65,3 @@ class SingleInstance(LauncherTest):
         wait_until(lambda: not processes_of(CORE), "the core is gone")
         self.assertEqual(run_launcher().returncode, 0)
         wait_until(lambda: processes_of(CORE), "another core runs")
-
-
-if __name__ == "__main__":
-    unittest.main()

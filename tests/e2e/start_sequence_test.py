@@ -1,7 +1,6 @@
 """The whole start-up, step by step as the log tells it, for each way that it can go."""
 
 import subprocess
-import unittest
 
 from components import OVERLAY_TOOL
 from machine import APP, PATIENCE, wait_until
@@ -78,7 +77,3 @@ class StartSequence(MoveTest):
         wait_until(lambda: self.messages() == BEGUN + ["Moving myself to the Applications folder"] + BEGUN + CHECKED +
                    faults, "the moved launcher tells the fault")
         self.assertEqual(len(self.launchers()), 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -5,7 +5,6 @@ import pwd
 import resource
 import shutil
 import subprocess
-import unittest
 from pathlib import Path
 
 from machine import (APP, CORE, HOME, LAUNCHER, LOG_FOLDER, PATIENCE, USER, LauncherTest, end_cores, environment,
@@ -115,7 +114,3 @@ class Surroundings(LauncherTest):
         result = run_launcher(env=env)
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         self.assertEqual(len(set(processes_of(CORE)) - before), 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -7,7 +7,6 @@ import plistlib
 import shutil
 import signal
 import subprocess
-import unittest
 from pathlib import Path
 
 from check_window import CONTINUE, EVERYTHING, NOT_STARTED, CheckWindowTest, installation, remove_everything
@@ -223,7 +222,3 @@ class TroubledRepair(CheckWindowTest):
         self.assertEqual(processes_of(CORE), [])
         self.close_alert()
         self.assertEqual(self.faults(self.wait_for_window()), {"unsteady": "Old Version"})
-
-
-if __name__ == "__main__":
-    unittest.main()

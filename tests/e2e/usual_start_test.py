@@ -1,7 +1,6 @@
 """A start with everything in order."""
 
 import re
-import unittest
 
 from machine import CORE, LauncherTest, end_cores, launcher_logs, run_launcher
 
@@ -52,7 +51,3 @@ class UsualStart(LauncherTest):
             end_cores()
         text = "".join(path.read_text() for path in launcher_logs())
         self.assertEqual(text.count("Will terminate now"), 3)
-
-
-if __name__ == "__main__":
-    unittest.main()

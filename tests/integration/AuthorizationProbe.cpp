@@ -11,11 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
-#include <memory>
-#include <optional>
-#include <string>
 #include <sys/wait.h>
-#include <vector>
 
 namespace {
 

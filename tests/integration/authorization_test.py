@@ -390,7 +390,3 @@ class Helper(AuthorizationTest):
             ours.send(os.urandom(seed + 1))
             self.assertEqual(helper.wait(timeout=20), 3)
             ours.close()
-
-
-if __name__ == "__main__":
-    unittest.main()

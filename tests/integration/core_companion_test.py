@@ -2,7 +2,6 @@
 
 import os
 import signal
-import unittest
 
 from machine import (CORE, CORE_LOG, LauncherTest, has_ended, make_user_folder, processes_of, signals, start,
                      wait_until)
@@ -69,7 +68,3 @@ class CoreCompanion(LauncherTest):
 
         wait_until(sleeps, "the core sleeps until a signal comes")
         self.assertFalse(has_ended(process.pid))
-
-
-if __name__ == "__main__":
-    unittest.main()

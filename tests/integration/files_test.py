@@ -326,7 +326,3 @@ class Copy(FilesTest):
         copying.kill()
         copying.communicate()
         self.assertEqual(stat.S_IMODE((HOME / "B.app").stat().st_mode), 0o700)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -57,7 +57,3 @@ class Hardening(unittest.TestCase):
                 self.assertIn("__stack_chk_fail", imported)
         checked = {name for path in self.files() for name in re.findall(r"UND (__\w+_chk)", read(path, "--dyn-syms"))}
         self.assertTrue(checked)
-
-
-if __name__ == "__main__":
-    unittest.main()

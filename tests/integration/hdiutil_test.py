@@ -36,7 +36,3 @@ class Hdiutil(unittest.TestCase):
     def test_takes_one_folder(self):
         for arguments in ([], ["detach"], ["attach", "x"], ["detach", "a", "b"]):
             self.assertEqual(hdiutil(*arguments).returncode, 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

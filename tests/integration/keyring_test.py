@@ -6,13 +6,11 @@ import re
 import signal
 import socket
 import subprocess
-import sys
 import tempfile
 import time
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1] / "support"))
 from keyring import Session  # noqa: E402
 
 APP = Path(os.environ["QUILLMARK_APP"])
@@ -219,7 +217,3 @@ class Keyring(unittest.TestCase):
         self.assertIn("GetSecret", traffic)
         self.assertNotIn("s3cret-s3cret", traffic)
         self.assertIsNone(re.search(r"73\s+33\s+63\s+72\s+65\s+74", traffic))
-
-
-if __name__ == "__main__":
-    unittest.main()

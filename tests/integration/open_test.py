@@ -59,7 +59,3 @@ class Open(unittest.TestCase):
         for arguments in ((), (CORE_APP, CORE_APP)):
             self.assertEqual(self.open(*arguments), (1, "open: it takes the path of one application bundle\n"))
         self.assertEqual(processes_of(CORE), [])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -190,7 +190,3 @@ class PlainContainer(unittest.TestCase):
         self.take_away(command)
         self.assertTrue(stat.S_ISLNK(APPLICATIONS.lstat().st_mode))
         self.assertEqual((elsewhere / "Quillmark.app").read_text(), "mine")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -142,7 +142,3 @@ class Preferences(unittest.TestCase):
                                 self.assertEqual(self.file.read_bytes(), before)
                         self.file.write_bytes(before)
                     self.assertGreater(seen, 0, f"{arguments} never called {call}")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -12,6 +12,17 @@ from pathlib import Path
 PRIVROOT = Path(__file__).resolve().parents[1] / "support/privroot"
 
 
+def setUpModule():
+    with tempfile.TemporaryDirectory(dir=".") as folder:
+        Path(folder, "setup.sh").touch()
+        probe = subprocess.run([PRIVROOT, f"{folder}/state", f"{folder}/setup.sh", "true"],
+                               capture_output=True, text=True)
+        subprocess.run([PRIVROOT, "--remove", f"{folder}/state"])
+    if probe.returncode == 77:
+        print(probe.stderr, end="")
+        sys.exit(77)
+
+
 class PrivateRootLife(unittest.TestCase):
     def setUp(self):
         self.folder = Path(tempfile.mkdtemp(dir="."))
@@ -108,15 +119,3 @@ class PrivateRootLife(unittest.TestCase):
             except OSError:
                 pass  # ended meanwhile
         return found
-
-
-if __name__ == "__main__":
-    with tempfile.TemporaryDirectory(dir=".") as folder:
-        Path(folder, "setup.sh").touch()
-        probe = subprocess.run([PRIVROOT, f"{folder}/state", f"{folder}/setup.sh", "true"],
-                               capture_output=True, text=True)
-        subprocess.run([PRIVROOT, "--remove", f"{folder}/state"])
-    if probe.returncode == 77:
-        print(probe.stderr, end="")
-        sys.exit(77)
-    unittest.main()

@@ -53,7 +53,3 @@ class PrivateRoot(unittest.TestCase):
         address = os.environ["DBUS_SESSION_BUS_ADDRESS"]
         self.assertTrue(address.startswith("unix:path=/run/user/1001/"))
         self.assertFalse(Path(address.removeprefix("unix:path=")).exists())
-
-
-if __name__ == "__main__":
-    unittest.main()

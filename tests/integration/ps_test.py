@@ -69,7 +69,3 @@ class Ps(unittest.TestCase):
         done = subprocess.run(["/bin/sh", "-c", "command -v ps; echo 'a.b' | fgrep 'a.b'; echo 'axb' | fgrep 'a.b'"],
                               env={"PATH": path}, capture_output=True, text=True)
         self.assertEqual((done.stdout, done.stderr), (f"{PS}\na.b\n", ""))
-
-
-if __name__ == "__main__":
-    unittest.main()

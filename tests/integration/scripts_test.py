@@ -180,7 +180,3 @@ class Build(CopyTest):
         self.assertFalse(self.configure())
         self.assertTrue(self.configure("-DA=OFF"))
         self.assertTrue(self.configure("-DA=OFF", "-DB=ON"))
-
-
-if __name__ == "__main__":
-    unittest.main()

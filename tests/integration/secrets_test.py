@@ -4,12 +4,10 @@ import os
 import plistlib
 import signal
 import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1] / "support"))
 from keyring import Session  # noqa: E402
 from machine import wait_until  # noqa: E402
 
@@ -98,7 +96,3 @@ class Secrets(unittest.TestCase):
             self.session.signal_keyring(signal.SIGCONT)
         self.assertIn(b"--password", told)
         self.assert_no_marks(told.decode())
-
-
-if __name__ == "__main__":
-    unittest.main()

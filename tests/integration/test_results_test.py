@@ -51,7 +51,3 @@ class TestResults(unittest.TestCase):
 
     def test_counts_a_crash_as_failed(self):
         self.assertEqual(self.report('add_test(c sh -c "kill -SEGV \\$\\$")')[-1], "0 1 0")
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -8,7 +8,6 @@ import stat
 import subprocess
 import threading
 import time
-import unittest
 import zipfile
 from pathlib import Path
 
@@ -538,7 +537,3 @@ class HostileArchives(Attacks):
             archive.write_bytes(contents)
             archive.chmod(0o644)
             self.assert_refused(DAMAGED_PAYLOAD, "repairzipitem", archive, sign(archive), PLUGIN)
-
-
-if __name__ == "__main__":
-    unittest.main()

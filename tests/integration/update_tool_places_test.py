@@ -5,7 +5,6 @@ import shutil
 import stat
 import struct
 import subprocess
-import unittest
 from pathlib import Path
 
 from components import (FILE_SYSTEM, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UNSAFE_PLACE, AttackTest, fingerprint,
@@ -204,7 +203,3 @@ class CoreApplications(AttackTest):
                          self.run_tool("applyfullupdate", package, signature, f"/root/{name}/{APP.name}"))
                    for name in ("x", "none")}
         self.assertEqual(len(answers), 1, answers)
-
-
-if __name__ == "__main__":
-    unittest.main()

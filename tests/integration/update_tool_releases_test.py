@@ -5,7 +5,6 @@ import plistlib
 import shutil
 import stat
 import subprocess
-import unittest
 import zipfile
 from pathlib import Path
 
@@ -163,7 +162,3 @@ class Identities(AttackTest):
         for size in (4, 16, 63, 64, 1000, len(whole) // 2, len(whole) - 1):
             with self.subTest(size):
                 self.disguise(whole[:size])
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -9,7 +9,6 @@ import signal
 import stat
 import subprocess
 import time
-import unittest
 from pathlib import Path
 
 from components import (BUSY, FILE_SYSTEM, LOCK, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, AttackTest, fingerprint, make_bundle, make_package,
@@ -324,7 +323,3 @@ class TwoAttackers(AttackTest):
             self.assertEqual(honest.returncode, 0)
             self.assert_is_tool(OVERLAY_TOOL, 0o755)
             self.assertEqual(sorted(os.listdir(TOOLS)), NAMES)
-
-
-if __name__ == "__main__":
-    unittest.main()

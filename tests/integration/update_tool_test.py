@@ -5,7 +5,6 @@ import plistlib
 import shutil
 import stat
 import subprocess
-import unittest
 from pathlib import Path
 
 from components import (CANNOT_WRITE, FILE_SYSTEM, FRAMEWORK, NOT_ADMINISTRATOR, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
@@ -218,7 +217,3 @@ class FullDisk(UpdateToolTest):
     def test_a_read_only_disk_is_told(self):
         subprocess.run(["mount", "-o", "remount,ro", "/Library"], check=True)
         self.assert_refused(CANNOT_WRITE, "repairpackage", resource("QuillmarkFS.pkg"))
-
-
-if __name__ == "__main__":
-    unittest.main()

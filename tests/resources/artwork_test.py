@@ -106,7 +106,3 @@ class Artwork(unittest.TestCase):
         self.assertEqual(len(pictures), 2 * len(LOGOS | HEADER | LISTED) + len(ICONS) + 1)
         for path in pictures:
             self.assertEqual((RESOURCES / path.name).read_bytes(), path.read_bytes(), path.name)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -85,7 +85,3 @@ class Defaults(unittest.TestCase):
 
     def test_the_move_to_the_applications_folder_is_offered(self):
         self.assertIs(self.defaults["moveToApplicationsFolderAlertSuppress"], False)
-
-
-if __name__ == "__main__":
-    unittest.main()

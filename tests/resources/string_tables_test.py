@@ -209,7 +209,3 @@ class StringTables(unittest.TestCase):
                 table = f"{language}.lproj/{name}"
                 source = (SOURCES / "resources" / table).read_bytes()
                 self.assertEqual((RESOURCES / table).read_bytes(), source, table)
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -8,12 +8,9 @@
 #include "tools/UpdateToolManager.h"
 
 #include <initializer_list>
-#include <optional>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace quillmark::test {
 

@@ -5,10 +5,7 @@
 #include "utils/LogSetup.h"
 #include "utils/ReplaceAll.h"
 
-#include <cstdlib>
 #include <ctime>
-#include <gtest/gtest.h>
-#include <string>
 
 namespace quillmark::test {
 

@@ -1,6 +1,5 @@
 #include "utils/BooleanValue.h"
 
-#include "platform/Value.h"
 #include "support/ValuePrinter.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,4 @@
 #include "branding/BrandingManager.h"
-#include "fakes/FakePlatform.h"
 #include "support/LogFixture.h"
 
 namespace quillmark {

@@ -5,11 +5,8 @@
 #include "support/TemporaryHome.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <vector>
 
 namespace quillmark {
 namespace {

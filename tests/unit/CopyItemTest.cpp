@@ -6,13 +6,8 @@
 #include "utils/FileManager.h"
 
 #include <cerrno>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <set>
-#include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 namespace quillmark {
 

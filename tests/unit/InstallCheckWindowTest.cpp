@@ -76,9 +76,7 @@ protected:
     }
     void runRepairThread() {
         ASSERT_EQ(platform.mainThread.threads.size(), 1U);
-        const auto body = std::move(platform.mainThread.threads.front());
-        platform.mainThread.threads.clear();
-        body();
+        std::exchange(platform.mainThread.threads, {}).front()();
     }
 
     /// What the thread does after a click of the button; the main one has not heard of its end yet.

@@ -3,7 +3,6 @@
 #include "platform/Value.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace quillmark {
 namespace {

@@ -1,6 +1,5 @@
 #include "accounts/KeyList.h"
 
-#include "platform/Value.h"
 #include "support/ValuePrinter.h"
 #include "utils/FoldedCase.h"
 #include "utils/ReplaceAll.h"
@@ -14,7 +13,6 @@
 #include <map>
 #include <set>
 #include <stdexcept>
-#include <string>
 #include <type_traits>
 #include <vector>
 

@@ -6,10 +6,8 @@
 #include "support/ValuePrinter.h"
 
 #include <algorithm>
-#include <functional>
 #include <gmock/gmock.h>
 #include <memory>
-#include <vector>
 
 namespace quillmark {
 namespace {

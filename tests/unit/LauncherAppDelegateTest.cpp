@@ -1,7 +1,6 @@
 #include "accounts/KeyList.h"
 #include "branding/BrandingManager.h"
 #include "desktop/MovePlan.h"
-#include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "support/LogFixture.h"
 #include "tools/UpdateToolManager.h"
@@ -11,7 +10,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
-#include <optional>
 
 namespace quillmark {
 namespace {

@@ -7,8 +7,6 @@
 #include "support/TemporaryHome.h"
 
 #include <gmock/gmock.h>
-#include <string>
-#include <vector>
 
 namespace quillmark::test {
 

@@ -3,11 +3,7 @@
 #include "support/TemporaryHome.h"
 #include "support/ValuePrinter.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace quillmark {
 namespace {

@@ -9,12 +9,7 @@
 #include "support/ValuePrinter.h"
 #include "utils/IntegerValue.h"
 
-#include <fcntl.h>
-#include <filesystem>
-#include <functional>
-#include <string>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace quillmark {

@@ -3,7 +3,6 @@
 #include "utils/Exception.h"
 #include "utils/LogFile.h"
 
-#include <cstdio>
 #include <gmock/gmock.h>
 #include <unistd.h>
 

@@ -3,8 +3,6 @@
 #include "support/ProcessSettings.h"
 #include "utils/Exception.h"
 
-#include <csignal>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <unistd.h>
 

@@ -12,7 +12,10 @@ namespace quillmark {
 namespace {
 
 using test::Lines;
+using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 using testing::internal::CaptureStderr;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStderr;
@@ -58,25 +61,20 @@ TEST_F(Log, TheTimeFollowsTheClockWithFourDigitsOfASecond) {
         platform.clock.set(Clock::Time(std::chrono::microseconds(microseconds)));
         logNormal("x");
     }
-    const Lines lines = test::linesIn(contentsOf(file));
-    EXPECT_TRUE(lines[0].starts_with("2024-03-05 14:15:02.0000 "));
-    EXPECT_TRUE(lines[1].starts_with("2024-03-05 14:15:02.9999 "));
-    EXPECT_TRUE(lines[2].starts_with("2024-03-05 14:15:03.0001 "));
+    EXPECT_THAT(test::linesIn(contentsOf(file)),
+                ElementsAre(StartsWith("2024-03-05 14:15:02.0000 "), StartsWith("2024-03-05 14:15:02.9999 "),
+                            StartsWith("2024-03-05 14:15:03.0001 ")));
 }
 
 TEST_F(Log, EachLevelHasItsTag) {
     const std::string file = logToFile(kLogLevelDetailed);
-    CaptureStderr();
+    _setStandardStreams(nullptr, nullptr);
     logError("0");
     logNormal("1");
     logVerbose("2");
     logDetail("3");
-    GetCapturedStderr();
-    const Lines lines = test::linesIn(contentsOf(file));
-    EXPECT_THAT(lines[0], HasSubstr("(ERR) ["));
-    EXPECT_THAT(lines[1], HasSubstr("(nrm) ["));
-    EXPECT_THAT(lines[2], HasSubstr("(vrb) ["));
-    EXPECT_THAT(lines[3], HasSubstr("(dtl) ["));
+    EXPECT_THAT(test::linesIn(contentsOf(file)),
+                ElementsAre(HasSubstr("(ERR) ["), HasSubstr("(nrm) ["), HasSubstr("(vrb) ["), HasSubstr("(dtl) [")));
 }
 
 TEST_F(Log, AnyOtherLevelIsTaggedNormal) {
@@ -191,10 +189,7 @@ TEST_F(Log, AZeroByteEndsTheLineAsCStringsDo) {
 
 TEST_F(Log, LongMessagesAreWrittenWhole) {
     const std::string file = logToFile(kLogLevelNormal);
-    std::string text;
-    for (int i = 0; i < 100'000; ++i) {
-        text += "ä";
-    }
+    const std::string text = test::joined(Lines(100'000, "ä"), "");
     logNormal("%@", text);
     EXPECT_EQ(messagesOf(file), Lines{text});
 }
@@ -209,10 +204,8 @@ TEST_F(Log, ANamedThreadsLinesCarryItsNameEvenWhenItIsEmpty) {
         setCurrentThreadName(std::nullopt);
         logNormal("3");
     }).join();
-    const Lines lines = test::linesIn(contentsOf(file));
-    EXPECT_TRUE(lines[0].ends_with("(nrm) [repair] 1"));
-    EXPECT_TRUE(lines[1].ends_with("(nrm) [] 2"));
-    EXPECT_TRUE(lines[2].ends_with("(nrm) [0x1a03] 3"));
+    EXPECT_THAT(test::linesIn(contentsOf(file)),
+                ElementsAre(EndsWith("(nrm) [repair] 1"), EndsWith("(nrm) [] 2"), EndsWith("(nrm) [0x1a03] 3")));
 }
 
 TEST_F(Log, TheThreadNumberIsLowerCaseHexWithoutPadding) {
@@ -224,17 +217,15 @@ TEST_F(Log, TheThreadNumberIsLowerCaseHexWithoutPadding) {
 
 TEST_F(Log, ErrorsAreLoggedByReasonAndDescription) {
     const std::string file = logToFile(kLogLevelError);
-    CaptureStderr();
+    _setStandardStreams(nullptr, nullptr);
     logNSError({"d", 1, {{kLocalizedFailureReasonKey, "r"}, {kLocalizedDescriptionKey, "t"}}});
-    GetCapturedStderr();
     EXPECT_TRUE(contentsOf(file).ends_with("Error:\n\"r\" because \"t\"\n"));
 }
 
 TEST_F(Log, ExceptionsAreLoggedByTheirRendering) {
     const std::string file = logToFile(kLogLevelError);
-    CaptureStderr();
+    _setStandardStreams(nullptr, nullptr);
     logErrorException(Exception("Configuration Fault", "50% lost"));
-    GetCapturedStderr();
     EXPECT_EQ(messagesOf(file), Lines{"Configuration Fault (50% lost)"});
 }
 

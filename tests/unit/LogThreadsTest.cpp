@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <set>
-#include <thread>
 #include <unistd.h>
 
 namespace quillmark {

@@ -5,21 +5,16 @@
 #include "support/LogFixture.h"
 #include "support/ValuePrinter.h"
 #include "utils/FileManager.h"
-#include "utils/ReplaceAll.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <gmock/gmock.h>
-#include <optional>
-#include <string>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
-#include <vector>
 
 namespace quillmark {
 namespace {

@@ -2,7 +2,6 @@
 #include "fakes/FakeSessionBus.h"
 #include "platform/Clock.h"
 #include "platform/HomeFolder.h"
-#include "platform/Platform.h"
 #include "platform/linux/LinuxAppleEvents.h"
 #include "platform/linux/LinuxMainThread.h"
 #include "platform/linux/LinuxScripts.h"
@@ -19,17 +18,8 @@
 #include <array>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <future>
 #include <gmock/gmock.h>
-#include <optional>
-#include <string>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
-#include <vector>
 
 namespace quillmark {
 namespace {

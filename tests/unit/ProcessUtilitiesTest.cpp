@@ -72,6 +72,8 @@ class ApplicationsTest : public test::LogFixture {
 protected:
     const std::string id = "com.example.app";
 
+    ApplicationsTest() { logToFile(kLogLevelVerbose); }
+    Lines messages() const { return messagesOf(home.path("test.log")); }
     void run() { platform.workspace.addApplication(id, 7); }
     std::vector<int> sleptSeconds() const {
         std::vector<int> sleeps;
@@ -123,50 +125,44 @@ TEST_F(ApplicationsTest, AFailedLaunchIsAnErrorThatNamesTheBundle) {
 }
 
 TEST_F(ApplicationsTest, WhatDoesNotRunIsNotAskedToQuit) {
-    const std::string file = logToFile(kLogLevelVerbose);
     EXPECT_FALSE(quitApplication(id, true, 4.0));
     EXPECT_EQ(platform.transcript.calls(), Lines{"launchedApplications"});
-    EXPECT_EQ(messagesOf(file),
-              Lines{"Not requesting app with id \"com.example.app\" to quit because it isn't running"});
+    EXPECT_EQ(messages(), Lines{"Not requesting app with id \"com.example.app\" to quit because it isn't running"});
 }
 
 TEST_F(ApplicationsTest, WithoutWaitingTheRequestIsAll) {
-    const std::string file = logToFile(kLogLevelVerbose);
     run();
     EXPECT_FALSE(quitApplication(id, false, 0));
     EXPECT_TRUE(platform.clock.sleeps().empty());
-    EXPECT_EQ(messagesOf(file), (Lines{"Requesting app with id \"com.example.app\" to quit...",
-                                       "Requested app with id \"com.example.app\" to quit"}));
+    EXPECT_EQ(messages(), (Lines{"Requesting app with id \"com.example.app\" to quit...",
+                                 "Requested app with id \"com.example.app\" to quit"}));
 }
 
 TEST_F(ApplicationsTest, ARequestThatCannotBeBuiltIsAnErrorInItsOwnWords) {
-    const std::string file = logToFile(kLogLevelVerbose);
     run();
     platform.appleEvents.buildStatus = -50;
     const std::string text =
         "Request to quit app wth id \"com.example.app\" failed (AEBuildAppleEvent failed with error -50)";
     expectError(quitApplication(id, true, 4.0), -1, "quitApplication failed", text);
-    EXPECT_EQ(messagesOf(file).back(), text);
+    EXPECT_EQ(messages().back(), text);
     EXPECT_THAT(platform.transcript.calls(), Not(Contains("sendMessage")));
 }
 
 TEST_F(ApplicationsTest, ARequestThatCannotBeSentIsAnErrorInItsOwnWords) {
-    const std::string file = logToFile(kLogLevelVerbose);
     run();
     platform.appleEvents.sendStatus = -600;
     const std::string text =
         "Request to quit app wth id \"com.example.app\" failed (AESendMessage failed with error -600)";
     expectError(quitApplication(id, true, 4.0), -2, "quitApplication failed", text);
-    EXPECT_EQ(messagesOf(file).back(), text);
+    EXPECT_EQ(messages().back(), text);
 }
 
 TEST_F(ApplicationsTest, FourSecondsAreSixTurnsOfWhichTwoSleep) {
     run();
-    const std::string file = logToFile(kLogLevelVerbose);
     expectError(quitApplication(id, true, 4.0), -3, "quitApplication failed",
                 "Timed out waiting for app with id \"com.example.app\" to quit after 4s");
     EXPECT_EQ(sleptSeconds(), std::vector<int>({0, 0, 0, 0, 1, 1})); // deliberate: the nominal intervals count
-    EXPECT_THAT(messagesOf(file), Contains("Waiting for app with id \"com.example.app\" to quit").Times(5));
+    EXPECT_THAT(messages(), Contains("Waiting for app with id \"com.example.app\" to quit").Times(5));
 }
 
 TEST_F(ApplicationsTest, TheIntervalGrowsToTwoSecondsAndNoFurther) {
@@ -193,12 +189,11 @@ TEST_F(ApplicationsTest, TheTimeOutIsToldInWholeSeconds) {
 }
 
 TEST_F(ApplicationsTest, AnApplicationThatQuitsInTimeIsNoError) {
-    const std::string file = logToFile(kLogLevelVerbose);
     run();
     platform.appleEvents.onSend = [this] { platform.workspace.applications.clear(); };
     EXPECT_FALSE(quitApplication(id, true, 4.0));
     EXPECT_TRUE(platform.clock.sleeps().empty());
-    EXPECT_EQ(messagesOf(file).back(), "App with id \"com.example.app\" did quit");
+    EXPECT_EQ(messages().back(), "App with id \"com.example.app\" did quit");
 }
 
 TEST_F(ApplicationsTest, ThePathsToApplicationsAreNone) { EXPECT_FALSE(pathsToApplication()); }

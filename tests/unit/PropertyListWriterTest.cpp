@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 

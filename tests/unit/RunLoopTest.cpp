@@ -4,10 +4,8 @@
 
 #include <array>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <string>
 #include <system_error>
-#include <thread>
 #include <unistd.h>
 
 namespace quillmark {

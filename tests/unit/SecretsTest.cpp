@@ -5,7 +5,6 @@
 #include "support/LogFixture.h"
 #include "support/ValuePrinter.h"
 
-#include <functional>
 #include <gmock/gmock.h>
 
 namespace quillmark {

@@ -11,9 +11,6 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <sstream>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace quillmark {
 namespace {

@@ -4,10 +4,7 @@
 #include "utils/String+Substring.h"
 #include "utils/UUIDString.h"
 
-#include <filesystem>
 #include <gmock/gmock.h>
-#include <string>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 

@@ -5,13 +5,7 @@
 #include "support/FileFacts.h"
 #include "support/TemporaryHome.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <ctime>
-#include <filesystem>
-#include <gtest/gtest.h>
-#include <set>
-#include <string>
 #include <unistd.h>
 
 namespace quillmark {

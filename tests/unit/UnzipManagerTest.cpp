@@ -5,7 +5,6 @@
 #include "support/TemporaryHome.h"
 #include "support/ZipArchive.h"
 
-#include <fcntl.h>
 #include <map>
 #include <new>
 #include <unistd.h>

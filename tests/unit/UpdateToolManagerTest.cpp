@@ -4,7 +4,6 @@
 #include "utils/UUIDString.h"
 
 #include <filesystem>
-#include <functional>
 #include <gmock/gmock.h>
 #include <set>
 

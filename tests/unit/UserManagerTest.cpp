@@ -19,10 +19,14 @@ namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 using Limits = std::numeric_limits<std::int32_t>;
 
+/// Writes down what it is told.
 class Observer final : public UserManager::RemovalObserver {
 public:
-    int calls = 0;
-    void removeUserFinished() override { ++calls; }
+    Texts told;
+    void removeUserFinished() override { told.emplace_back("finished"); }
+    void cacheStays(const std::string &path, const std::string &reason) override {
+        told.insert(told.end(), {path, reason});
+    }
 };
 
 class UserManagerTest : public test::LogFixture {
@@ -38,12 +42,13 @@ protected:
         return result;
     }
     void setList(const List &list) { platform.userDefaults.stored[kUserList] = list; }
+    void setList(const List &list, const std::string &selected) {
+        setList(list);
+        select(selected);
+    }
     void select(const std::string &name) { platform.userDefaults.stored[kLastUsedUserName] = name; }
     /// A list of one user, who is the selected one, with one setting.
-    void setSetting(Key key, const Value &value) {
-        setList({record(kAnna, {{key, value}})});
-        select(kAnna);
-    }
+    void setSetting(Key key, const Value &value) { setList({record(kAnna, {{key, value}})}, kAnna); }
     /// The names of the stored list.
     Texts names() const {
         Texts result;
@@ -56,15 +61,10 @@ protected:
         const auto item = platform.keychain.items.find({"Quillmark", user});
         return item != platform.keychain.items.end() ? std::optional(item->second) : std::nullopt;
     }
-    std::ptrdiff_t synchronizations() const {
-        const auto &calls = platform.transcript.calls();
-        return std::count(calls.begin(), calls.end(), "synchronize");
-    }
+    std::ptrdiff_t synchronizations() const { return std::ranges::count(platform.transcript.calls(), "synchronize"); }
     /// Runs what was to run on a thread of its own.
     void runThreads() {
-        const auto bodies = std::move(platform.mainThread.threads);
-        platform.mainThread.threads.clear();
-        for (const auto &body : bodies) {
+        for (const auto &body : std::exchange(platform.mainThread.threads, {})) {
             body();
         }
     }
@@ -72,6 +72,9 @@ protected:
     std::string makeCache(const std::string &name) {
         home.write("Data/.QM/" + name + "/part/file", "cached");
         return home.path("Data/.QM/" + name);
+    }
+    UserRecord cacheSettings(const std::string &name) const {
+        return {{kCacheLocation, home.path("Data")}, {kUserCacheName, name}};
     }
     void removeWithCache(const UserRecord &settings) {
         setList({record(kAnna, settings)});
@@ -398,8 +401,7 @@ TEST_F(UserManagerTest, EveryTwoValuedAccessorHasItsOwnRuleAndDefault) {
             setSetting(row.key, value);
             return (manager.*row.accessor)();
         };
-        setList({record(kAnna)});
-        select(kAnna);
+        setList({record(kAnna)}, kAnna);
         EXPECT_EQ((manager.*row.accessor)(), row.whenAbsent) << row.key;
         EXPECT_EQ(answer(0), row.when0) << row.key;
         EXPECT_EQ(answer(1), row.when1) << row.key;
@@ -410,15 +412,14 @@ TEST_F(UserManagerTest, EveryTwoValuedAccessorHasItsOwnRuleAndDefault) {
 }
 
 TEST_F(UserManagerTest, TeamFoldersGiveADriveToThoseWhoHaveNone) {
-    setList({record(kAnna, {{kUserAllowQMDisk, 0}, {kUserShowTeamFolders, 1}})});
-    select(kAnna);
+    setList({record(kAnna, {{kUserAllowQMDisk, 0}, {kUserShowTeamFolders, 1}})}, kAnna);
     EXPECT_FALSE(manager.selectedUserEnableQMDisk());
     EXPECT_TRUE(manager.selectedUserHasQMDisk());
 }
 
 TEST_F(UserManagerTest, TextsOfTheSelectedUserAreAbsentWhenTheyAreNoTexts) {
-    setList({record(kAnna, {{kUserClientIdent, "id"}, {kCacheLocation, "/Volumes/Data"}, {kUserCacheName, "u1"}})});
-    select(kAnna);
+    setList({record(kAnna, {{kUserClientIdent, "id"}, {kCacheLocation, "/Volumes/Data"}, {kUserCacheName, "u1"}})},
+            kAnna);
     EXPECT_EQ(manager.selectedUserClientIdent(), "id");
     EXPECT_TRUE(manager.selectedUserHaveClientIdent());
     EXPECT_EQ(manager.selectedUserCacheLocation(), "/Volumes/Data");
@@ -456,8 +457,7 @@ TEST_F(UserManagerTest, TheBrandIsThatOfTheSelectedUser) {
 // Removal
 
 TEST_F(UserManagerTest, RemovingAUserHappensOnAThreadOfItsOwnAndIsToldOnTheMainOne) {
-    setList({record(kAnna), record(kBert), record(kAnna)});
-    select(kAnna);
+    setList({record(kAnna), record(kBert), record(kAnna)}, kAnna);
     manager.setObject("s3cret", kUserPassword, kAnna);
     Observer observer;
     manager.removeUser(kAnna, false, &observer);
@@ -466,15 +466,14 @@ TEST_F(UserManagerTest, RemovingAUserHappensOnAThreadOfItsOwnAndIsToldOnTheMainO
     EXPECT_EQ(names(), Texts{kBert});
     EXPECT_EQ(manager.lastUsedUserName(), "");
     EXPECT_EQ(synchronizations(), 1);
-    EXPECT_EQ(observer.calls, 0);
+    EXPECT_EQ(observer.told, Texts());
     platform.mainThread.pump();
-    EXPECT_EQ(observer.calls, 1);
+    EXPECT_EQ(observer.told, Texts{"finished"});
     EXPECT_EQ(manager.objectForKey(kUserPassword, kAnna), "s3cret"); // deliberate: it is kept
 }
 
 TEST_F(UserManagerTest, AnotherSelectedUserStaysSelectedAndNobodyNeedsToBeTold) {
-    setList({record(kAnna), record(kBert)});
-    select(kBert);
+    setList({record(kAnna), record(kBert)}, kBert);
     manager.removeUser(kAnna, false);
     runThreads();
     EXPECT_EQ(manager.lastUsedUserName(), kBert);
@@ -484,7 +483,7 @@ TEST_F(UserManagerTest, AnotherSelectedUserStaysSelectedAndNobodyNeedsToBeTold) 
 TEST_F(UserManagerTest, ACacheIsDeletedOnlyWhenThatIsWished) {
     const std::string cache = makeCache("u1");
     const std::string others = makeCache("u2");
-    const UserRecord settings{{kCacheLocation, home.path("Data")}, {kUserCacheName, "u1"}};
+    const UserRecord settings = cacheSettings("u1");
     setList({record(kAnna, settings)});
     manager.removeUser(kAnna, false);
     runThreads();
@@ -499,14 +498,13 @@ TEST_F(UserManagerTest, ALinkInACacheIsDeletedAndNotFollowed) {
     const std::string precious = home.write("Documents/letter", "kept");
     const std::string cache = makeCache("u1");
     fs::create_symlink(home.path("Documents"), cache + "/part/link");
-    const UserRecord settings{{kCacheLocation, home.path("Data")}, {kUserCacheName, "u1"}};
-    removeWithCache(settings);
+    removeWithCache(cacheSettings("u1"));
     EXPECT_FALSE(fs::exists(cache));
     EXPECT_EQ(test::readAll(precious), "kept");
 
     // The cache itself may be a link, too.
     fs::create_symlink(home.path("Documents"), cache);
-    removeWithCache(settings);
+    removeWithCache(cacheSettings("u1"));
     EXPECT_FALSE(fs::is_symlink(cache));
     EXPECT_EQ(test::readAll(precious), "kept");
 }
@@ -534,7 +532,7 @@ TEST_F(UserManagerTest, ACacheBehindALinkInItsNameIsRefused) {
     const std::string log = logToFile(kLogLevelError);
     home.makeFolder("Data/.QM");
     fs::create_symlink(home.path("Documents"), home.path("Data/.QM/link"));
-    removeWithCache({{kCacheLocation, home.path("Data")}, {kUserCacheName, "link/u1"}});
+    removeWithCache(cacheSettings("link/u1"));
     EXPECT_EQ(linesOf(log).size(), 1U);
     EXPECT_TRUE(linesOf(log).back().ends_with("is not removed: a link lies in its way"));
     EXPECT_EQ(test::readAll(precious), "kept");
@@ -545,28 +543,21 @@ TEST_F(UserManagerTest, ACacheThatWasMovedToABiggerDiskIsDeletedThere) {
     home.write("Big/u1/part/file", "cached");
     const std::string link = home.makeFolder("Data") + "/.QM";
     fs::create_symlink(home.path("Big"), link);
-    removeWithCache({{kCacheLocation, home.path("Data")}, {kUserCacheName, "u1"}});
+    removeWithCache(cacheSettings("u1"));
     EXPECT_FALSE(fs::exists(home.path("Big/u1")));
     EXPECT_EQ(test::readAll(others), "cached");
     EXPECT_TRUE(fs::is_symlink(link));
 }
 
 TEST_F(UserManagerTest, ACacheThatStaysIsTold) {
-    struct Watching final : UserManager::RemovalObserver {
-        Texts told;
-        void removeUserFinished() override { told.emplace_back("finished"); }
-        void cacheStays(const std::string &path, const std::string &reason) override {
-            told.insert(told.end(), {path, reason});
-        }
-    };
     const auto toldOf = [this](const std::string &name) {
-        setList({record(kAnna, {{kCacheLocation, home.path("Data")}, {kUserCacheName, name}})});
-        Watching watching;
-        manager.removeUser(kAnna, true, &watching);
+        setList({record(kAnna, cacheSettings(name))});
+        Observer observer;
+        manager.removeUser(kAnna, true, &observer);
         runThreads();
         platform.mainThread.pump();
         EXPECT_TRUE(names().empty());
-        return watching.told;
+        return observer.told;
     };
     const std::string caches = home.makeFolder("Data") + "/.QM";
     const std::string finished = "finished";
@@ -600,8 +591,7 @@ TEST_F(UserManagerTest, ACacheThatIsNotThereIsNoFault) {
 // Housekeeping
 
 TEST_F(UserManagerTest, CleaningDropsRecordsWithoutAName) {
-    setList({UserRecord{{kUserFirstName, 1}}, record(kAnna), "no record", record(kBert)});
-    select(kAnna);
+    setList({UserRecord{{kUserFirstName, 1}}, record(kAnna), "no record", record(kBert)}, kAnna);
     manager.load();
     EXPECT_EQ(names(), (Texts{kAnna, kBert}));
     EXPECT_EQ(manager.lastUsedUserName(), kAnna);
@@ -609,8 +599,7 @@ TEST_F(UserManagerTest, CleaningDropsRecordsWithoutAName) {
 }
 
 TEST_F(UserManagerTest, CleaningDropsAUserByNameAsWell) {
-    setList({record(kAnna), UserRecord{}, record(kBert), record(kAnna)});
-    select(kAnna);
+    setList({record(kAnna), UserRecord{}, record(kBert), record(kAnna)}, kAnna);
     manager.removeIncompleteUser(kAnna);
     EXPECT_EQ(names(), Texts{kBert});
     EXPECT_FALSE(platform.userDefaults.stored.contains(kLastUsedUserName));
@@ -632,8 +621,7 @@ TEST_F(UserManagerTest, PreferencesThatCannotBeWrittenAreToldOfAndValuesStay) {
 TEST_F(UserManagerTest, NothingIsChangedWhileThePreferencesCannotBeRead) {
     const std::string log = logToFile(kLogLevelError);
     const List list{record(kAnna, {{kAccountId, 5}})};
-    setList(list);
-    select(kAnna);
+    setList(list, kAnna);
     size_t refused = 0;
     const auto isRefused = [&](const std::function<bool()> &change) {
         platform.transcript.failAt("change", 1);
@@ -668,8 +656,7 @@ TEST_F(UserManagerTest, ManyUsersAreNoBurden) {
     }
     manager.updateUserWithUsername("new", 1);
     EXPECT_EQ(std::ssize(manager.userList()), kUsers);
-    const Texts left = names();
-    EXPECT_EQ(std::count(left.begin(), left.end(), "new"), kUsers / 2);
+    EXPECT_EQ(std::ranges::count(names(), "new"), kUsers / 2);
     EXPECT_EQ(synchronizations(), 1);
 }
 

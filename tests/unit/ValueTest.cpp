@@ -4,7 +4,6 @@
 #include "utils/Utf16.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 
 namespace quillmark {
 namespace {

@@ -4,7 +4,6 @@
 #include "utils/Exception.h"
 
 #include <fcntl.h>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 

@@ -2,7 +2,6 @@
 
 #include "QtPrinters.h"
 #include "WindowsRunLoop.h"
-#include "platform/Alerts.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/linux/LinuxAlerts.h"

@@ -3,8 +3,6 @@
 #include "windows/AlertFixture.h"
 #include "windows/NothingClipped.h"
 
-#include <functional>
-
 namespace quillmark::test {
 
 namespace {

@@ -1,7 +1,6 @@
 #include "branding/windows/QtText.h"
 #include "windows/AlertFixture.h"
 
-#include <QAccessible>
 #include <QFontInfo>
 #include <QImage>
 #include <QScreen>
@@ -16,8 +15,6 @@ using AlertLook = AlertFixture;
 QRect placeIn(const QDialog &dialog, const QWidget &widget) {
     return {widget.mapTo(&dialog, QPoint(0, 0)), widget.size()};
 }
-
-QAccessibleInterface &accessible(QObject &object) { return *QAccessible::queryAccessibleInterface(&object); }
 
 /// How far a colour is from another, from 0 to 255.
 int contrast(const QColor &a, const QColor &b) { return std::abs(qGray(a.rgb()) - qGray(b.rgb())); }

@@ -44,8 +44,7 @@ protected:
         show();
         const QString line = "The check window is incomplete: " + problem;
         EXPECT_TRUE(problems().contains(line)) << qPrintable(line) << "\n" << qPrintable(problems().join(u'\n'));
-        view->beginProgressSheet();
-        QApplication::processEvents();
+        beginSheet();
         calls.clear();
         view->endProgressSheet();
         view->beginAlertSheet(AlertDescription());
@@ -275,8 +274,7 @@ TEST_F(CheckWindowDamage, ATextWithoutAnEndLeavesTheButtonsInSight) {
     write(whole);
     show();
     view->setText(Outlet::Explanation, QString("And so on. ").repeated(20'000).toStdString());
-    view->bringToFront();
-    QApplication::processEvents();
+    bringToFront();
     EXPECT_LE(findWindow()->height(), 768);
     EXPECT_TRUE(findWindow()->rect().contains(placeOf(install())));
     EXPECT_GE(install().height(), install().sizeHint().height());

@@ -4,7 +4,6 @@
 #include "WindowsRunLoop.h"
 #include "branding/windows/QtText.h"
 #include "platform/HeaderBranding.h"
-#include "platform/Images.h"
 #include "platform/Platform.h"
 #include "platform/Problem.h"
 #include "platform/linux/LinuxCheckWindows.h"
@@ -100,6 +99,14 @@ protected:
             components.push_back(missing("QMTool", ("component" + std::to_string(index)).c_str()));
         }
         show();
+    }
+    void bringToFront() {
+        view->bringToFront();
+        QApplication::processEvents();
+    }
+    void beginSheet() {
+        view->beginProgressSheet();
+        QApplication::processEvents();
     }
     QDialog &showSheet() {
         show();

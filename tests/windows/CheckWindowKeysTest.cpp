@@ -1,8 +1,6 @@
 #include "platform/Alerts.h"
 #include "windows/CheckWindowFixture.h"
 
-#include <QAccessible>
-
 namespace quillmark::test {
 
 namespace {
@@ -101,12 +99,12 @@ TEST_F(CheckWindowKeys, UnderTheSheetNothingCanBePressed) {
 TEST_F(CheckWindowKeys, UnderTheSheetAssistiveProgramsCanPressNothing) {
     showSheet();
     for (QPushButton *const button : {&install(), &dontInstall(), &details()}) {
-        QAccessibleInterface &pushButton = *QAccessible::queryAccessibleInterface(button);
+        QAccessibleInterface &pushButton = accessible(*button);
         EXPECT_TRUE(pushButton.state().disabled) << qPrintable(button->objectName());
         EXPECT_EQ(pushButton.actionInterface()->actionNames(), QStringList()) << qPrintable(button->objectName());
     }
     view->endProgressSheet();
-    QAccessibleInterface &pushButton = *QAccessible::queryAccessibleInterface(&install());
+    QAccessibleInterface &pushButton = accessible(install());
     EXPECT_FALSE(pushButton.state().disabled);
     pushButton.actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_TRUE(QTest::qWaitFor([this] { return calls.last() == u"install"; })) << "the click is an animation";

@@ -1,7 +1,6 @@
 #include "windows/CheckWindowFixture.h"
 #include "windows/NothingClipped.h"
 
-#include <QAccessible>
 #include <QScreen>
 #include <QScrollBar>
 #include <QWindow>
@@ -24,8 +23,6 @@ protected:
         return list().viewport()->height() / line;
     }
 };
-
-QAccessibleInterface &accessible(QObject &object) { return *QAccessible::queryAccessibleInterface(&object); }
 
 /// The largest difference of brightness, 0 to 255, in a part of the window's picture.
 int contrastIn(const QImage &picture, const QRect &place) {
@@ -187,28 +184,24 @@ TEST_F(CheckWindowLook, NothingJumpsWhenLessIsLeftToSay) {
     view->setFaults({{"QuillmarkFS", "Missing"}});
     QApplication::processEvents();
     EXPECT_EQ(places(), before);
-    view->bringToFront();
-    QApplication::processEvents();
+    bringToFront();
     EXPECT_EQ(places(), before);
 }
 
 TEST_F(CheckWindowLook, NothingJumpsUnderTheSheetAndBehindIt) {
     show();
     const QList<QRect> before = places();
-    view->beginProgressSheet();
-    QApplication::processEvents();
+    beginSheet();
     EXPECT_EQ(places(), before);
     view->endProgressSheet();
-    view->bringToFront();
-    QApplication::processEvents();
+    bringToFront();
     EXPECT_EQ(places(), before);
 }
 
 TEST_F(CheckWindowLook, GrowsForALongerText) {
     const int before = show().height();
     view->setText(Outlet::Explanation, explanation().text().toStdString() + "\n\nAnd a line more.");
-    view->bringToFront();
-    QApplication::processEvents();
+    bringToFront();
     EXPECT_GT(findWindow()->height(), before);
     expectNothingClipped(*findWindow());
 }
@@ -230,8 +223,7 @@ TEST_F(CheckWindowLook, EveryTextIsReadableInLightAndInDark) {
             EXPECT_GT(contrastIn(picture, place), 0x80) << qPrintable(text->objectName()) << isDark;
         }
         keepPicture(window, isDark ? "check-dark" : "check-light");
-        view->beginProgressSheet();
-        QApplication::processEvents();
+        beginSheet();
         EXPECT_GT(contrastIn(sheet().grab().toImage(), placeOf(outlet("repairProgressText"))), 0x80);
         keepPicture(sheet(), isDark ? "check-dark-sheet" : "check-light-sheet");
     }
@@ -241,8 +233,7 @@ TEST_F(CheckWindowLook, EveryTextIsReadableInLightAndInDark) {
 
 TEST_F(CheckWindowLook, EveryControlHasAnAccessibleName) {
     QDialog &window = show();
-    view->beginProgressSheet();
-    QApplication::processEvents();
+    beginSheet();
     for (const auto &[name, role, text] :
          {std::tuple("checkHeaderView", QAccessible::Heading, QString("Installing Quillmark")),
           {"checkText", QAccessible::StaticText, explanation().text()},

@@ -40,31 +40,15 @@ protected:
             {"check-every-status", [](auto &self) { self.showEveryStatus(); }},
             {"check-of-brand-15", [](auto &self) { self.showBrand(15); }},
             {"check-of-a-reseller", [](auto &self) { self.showBrand(10001); }},
-            {"check-repairing",
-             [](auto &self) {
-                 self.showCheck(self.componentsAtFault());
-                 self.manager().installButtonClick();
-             }},
-            {"check-repair-failed",
-             [](auto &self) {
-                 self.showCheck(self.componentsAtFault());
-                 self.manager().repairFailed();
-             }},
-            {"check-run-failed",
-             [](auto &self) {
-                 self.showCheck(self.componentsAtFault());
-                 self.manager().runQuillmark();
-             }},
+            {"check-repairing", [](auto &self) { self.showCheckAfter(&InstallCheckManager::installButtonClick); }},
+            {"check-repair-failed", [](auto &self) { self.showCheckAfter(&InstallCheckManager::repairFailed); }},
+            {"check-run-failed", [](auto &self) { self.showCheckAfter(&InstallCheckManager::runQuillmark); }},
             {"alert-without-check-window", [](auto &self) { self.showFaultsAlert(); }},
             {"alert-already-running", [](auto &self) { self.showAlreadyRunning(); }},
             {"alert-move", [](auto &self) { self.showMove("Desktop", true); }},
             {"alert-move-from-downloads", [](auto &self) { self.showMove("Downloads", true); }},
             {"alert-move-with-password", [](auto &self) { self.showMove("Downloads", false); }},
-            {"alert-move-without-check-box",
-             [](auto &self) {
-                 self.platform.systemInfo.appKit = kAppKitWithoutCheckBoxes;
-                 self.showMove("Downloads", false);
-             }},
+            {"alert-move-without-check-box", [](auto &self) { self.showMoveOnAnOldSystem(); }},
             {"alert-move-failed", [](auto &self) { self.showFailedMove(); }},
         };
         return all;
@@ -97,6 +81,10 @@ private:
     void showCheck(const List &list) {
         components = list;
         show();
+    }
+    void showCheckAfter(void (InstallCheckManager::*deed)()) {
+        showCheck(componentsAtFault());
+        (manager().*deed)();
     }
     void showEveryStatus() {
         List all{toolWithWrongPermissions(), oldFileSystem(), invalidFramework()};
@@ -135,6 +123,10 @@ private:
         PFMove(platform.platform, strings); // asks, and is answered "Do Not Move"
         std::filesystem::remove(home.path("local/Quillmark.app"));
         showAlert();
+    }
+    void showMoveOnAnOldSystem() {
+        platform.systemInfo.appKit = kAppKitWithoutCheckBoxes;
+        showMove("Downloads", false);
     }
     /// The user has agreed, and there is no way to ask for the password that it takes.
     void showFailedMove() {

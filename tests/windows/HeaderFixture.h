@@ -13,12 +13,16 @@ namespace quillmark::test {
 inline const QColor kNothing(0xff, 0x00, 0xff); ///< what shows where the view draws nothing
 inline const QColor kLogoColor(0xd0, 0x20, 0x20);
 
+inline Image logoOf(const QImage &image) {
+    return {"/logo.bmp", image.width(), image.height(),
+            std::string(reinterpret_cast<const char *>(image.constBits()), static_cast<size_t>(image.sizeInBytes()))};
+}
+
 /// A logo of one colour.
 inline Image plainLogo(int width, int height, const QColor &color = kLogoColor) {
     QImage image(width, height, QImage::Format_RGBA8888);
     image.fill(color);
-    return {"/plain.bmp", width, height,
-            std::string(reinterpret_cast<const char *>(image.constBits()), static_cast<size_t>(image.sizeInBytes()))};
+    return logoOf(image);
 }
 
 /// A header view with the built bundle's resources, in the font that the stored pictures were made with.

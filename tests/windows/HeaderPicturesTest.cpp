@@ -81,8 +81,7 @@ Image drawnLogo(const QSize &size) {
     painter.setPen(Qt::red);
     painter.drawRect(0, 0, size.width() - 1, size.height() - 1);
     painter.end();
-    return {"/drawn.bmp", size.width(), size.height(),
-            std::string(reinterpret_cast<const char *>(image.constBits()), static_cast<size_t>(image.sizeInBytes()))};
+    return logoOf(image);
 }
 
 /// The largest difference between two pictures in any channel of any pixel; 256 when they differ in size.

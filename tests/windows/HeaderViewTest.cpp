@@ -8,18 +8,21 @@
 #include "platform/linux/WindowModule.h"
 #include "windows/HeaderFixture.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <climits>
+#include <gmock/gmock.h>
 
 namespace quillmark::test {
 
 namespace {
 
 using HeaderView = HeaderFixture;
+using testing::AllOf;
+using testing::Ge;
+using testing::Le;
 
 const QColor kSeparator(85, 85, 85);
 constexpr const char *kLongTitle = "MMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMMM";
@@ -79,6 +82,13 @@ protected:
 private:
     int m_count = 0;
 };
+
+/// Shows the window, until what it draws for that is counted.
+void expose(QWidget &window, Drawings &drawings) {
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    drawings.count();
+}
 
 } // namespace
 
@@ -174,8 +184,7 @@ TEST_F(HeaderView, TheTitleStandsInItsRectangle) {
         accountBrand = brand;
         const QRectF text = placeOf(brand == 15 ? Qt::white : Qt::black, draw());
         const QRectF inner = brand == 15 ? text : text.intersected(QRectF(0, 0, 200, 60));
-        EXPECT_GE(inner.left(), 20);
-        EXPECT_LE(inner.left(), 23);
+        EXPECT_THAT(inner.left(), AllOf(Ge(20), Le(23)));
         EXPECT_GE(inner.top(), 20);
         EXPECT_LE(inner.bottom(), 40);
         EXPECT_GE(inner.height(), 14);
@@ -194,27 +203,21 @@ TEST_F(HeaderView, LettersOfAnotherFontStandOnTheSameLine) {
 TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatTheOwnLogoIsDrawnWith) {
     branding.title = kLongTitle;
     view().setLogoImage(plainLogo(200, 120));
-    const QRectF text = placeOf(Qt::white, draw()); // up to 400 - 100 - 40 points wide
-    EXPECT_LE(text.right(), 280);
-    EXPECT_GE(text.right(), 260);
+    EXPECT_THAT(placeOf(Qt::white, draw()).right(), AllOf(Ge(260), Le(280))); // up to 400 - 100 - 40 points wide
 }
 
 TEST_F(HeaderView, TheTitleIsCutOffByTheWidthThatAnotherLogoWouldHaveUnscaledDeliberately) {
     branding.title = kLongTitle;
     accountBrand = 15;
     brandedLogo = plainLogo(200, 120);
-    const QRectF text = placeOf(Qt::white, draw()); // up to 400 - 200 - 40 points wide
-    EXPECT_LE(text.right(), 180);
-    EXPECT_GE(text.right(), 160);
+    EXPECT_THAT(placeOf(Qt::white, draw()).right(), AllOf(Ge(160), Le(180))); // up to 400 - 200 - 40 points wide
 }
 
 TEST_F(HeaderView, TheTitleOfAResellersWelcomeHasTheWholeWidth) {
     branding.title = kLongTitle;
     configurationBrand = 10001;
     view().setUseWelcomeBranding(true);
-    const QRectF text = placeOf(Qt::black, draw()); // up to 400 - 40 points wide
-    EXPECT_LE(text.right(), 380);
-    EXPECT_GE(text.right(), 360);
+    EXPECT_THAT(placeOf(Qt::black, draw()).right(), AllOf(Ge(360), Le(380))); // up to 400 - 40 points wide
 }
 
 TEST_F(HeaderView, TheGenericTitleHasNoLimit) {
@@ -267,6 +270,8 @@ void PrintTo(const BrandColors &colors, std::ostream *stream) { *stream << "bran
 
 class HeaderBrands : public HeaderFixture, public testing::WithParamInterface<BrandColors> {
 protected:
+    HeaderBrands() { width = 600; } // in which the stored grounds are not stretched
+
     QColor colorOf(char ground) {
         if (ground == 'o' || ground == 'r') {
             const char *name = ground == 'o' ? "appheade_bg" : "resellerheader_bg";
@@ -287,17 +292,14 @@ protected:
 };
 
 TEST_P(HeaderBrands, OfAccountsDecideTheGround) {
-    width = 600; // in which the stored grounds are not stretched
     brandedLogo = plainLogo(400, 30);
     accountBrand = GetParam().brand;
     expect(GetParam().ground);
     EXPECT_EQ(logosAskedFor.empty(), accountBrand == 1);
-    EXPECT_EQ(std::count(logosAskedFor.begin(), logosAskedFor.end(), accountBrand),
-              static_cast<std::ptrdiff_t>(logosAskedFor.size()));
+    EXPECT_THAT(logosAskedFor, testing::Each(accountBrand));
 }
 
 TEST_P(HeaderBrands, OfTheConfigurationDecideTheGroundOfAWelcome) {
-    width = 600;
     brandedLogo = plainLogo(400, 30);
     accountBrand = 7;
     configurationBrand = GetParam().brand;
@@ -307,7 +309,6 @@ TEST_P(HeaderBrands, OfTheConfigurationDecideTheGroundOfAWelcome) {
 }
 
 TEST_P(HeaderBrands, DoNotMatterInTheGenericForm) {
-    width = 600;
     accountBrand = GetParam().brand;
     view().setUseGenericBranding(true);
     expect('o');
@@ -480,9 +481,7 @@ TEST_F(HeaderView, ABrandWithoutALogoHasARectangleForTheTitleUpToTheMargin) {
     branding.title = kLongTitle;
     accountBrand = 15;
     brandedLogo.reset();
-    const QRectF text = placeOf(Qt::white, draw());
-    EXPECT_LE(text.right(), 380);
-    EXPECT_GE(text.right(), 360);
+    EXPECT_THAT(placeOf(Qt::white, draw()).right(), AllOf(Ge(360), Le(380)));
 }
 
 TEST_F(HeaderView, ALogoThatIsNoneIsLeftOut) {
@@ -505,9 +504,7 @@ TEST_F(HeaderView, ALogoThatIsNoneIsLeftOut) {
 
 TEST_F(HeaderView, ATitleIsDrawnAnewEvenWhenItIsTheSame) {
     Drawings drawings(view());
-    view().show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view()));
-    drawings.count();
+    expose(view(), drawings);
     EXPECT_EQ(drawings.count(), 0);
     view().setTitle("Quillmark");
     EXPECT_EQ(drawings.count(), 1);
@@ -522,9 +519,7 @@ TEST_F(HeaderView, ALogoIsDrawnAnewInAVisibleWindow) {
     Drawings drawings(view());
     view().setLogoImage(plainLogo(10, 10));
     EXPECT_EQ(drawings.count(), 0);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    drawings.count();
+    expose(window, drawings);
     view().setLogoImage(plainLogo(20, 20));
     EXPECT_EQ(drawings.count(), 1);
     window.hide();
@@ -537,9 +532,7 @@ TEST_F(HeaderView, ALogoIsDrawnAnewInAVisibleWindow) {
 
 TEST_F(HeaderView, TheFlagsShowAtTheNextDrawingOnly) {
     Drawings drawings(view());
-    view().show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view()));
-    drawings.count();
+    expose(view(), drawings);
     view().setUseGenericBranding(true);
     view().setUseWelcomeBranding(true);
     view().setHeaderVisible(false);
@@ -550,12 +543,11 @@ TEST_F(HeaderView, TheFlagsShowAtTheNextDrawingOnly) {
 // Assistive programs
 
 TEST_F(HeaderView, TellsScreenReadersItsTitleAsAHeading) {
-    QAccessibleInterface *heading = QAccessible::queryAccessibleInterface(&view());
-    ASSERT_NE(heading, nullptr);
-    EXPECT_EQ(heading->role(), QAccessible::Heading);
-    EXPECT_EQ(heading->text(QAccessible::Name), "Quillmark");
+    QAccessibleInterface &heading = accessible(view());
+    EXPECT_EQ(heading.role(), QAccessible::Heading);
+    EXPECT_EQ(heading.text(QAccessible::Name), "Quillmark");
     view().setTitle("Welcome & hello");
-    EXPECT_EQ(heading->text(QAccessible::Name), "Welcome & hello");
+    EXPECT_EQ(heading.text(QAccessible::Name), "Welcome & hello");
 }
 
 // Off screen

@@ -57,6 +57,12 @@ def section(title, figures):
     return f"<section><h2>{html.escape(title)}</h2>{''.join(figures)}</section>"
 
 
+def setUpModule():
+    if shutil.which("montage") is None:
+        print("skipped: install the package imagemagick", file=sys.stderr)
+        sys.exit(77)
+
+
 class Gallery(unittest.TestCase):
     def test_of_every_window_is_a_page_with_contact_sheets(self):
         self.assertTrue(states(), "the window tests have left no pictures")
@@ -94,10 +100,3 @@ class Gallery(unittest.TestCase):
         subprocess.run(["montage", *paths, "-tile", f"{columns}x", "-geometry", f"{THUMBNAIL}x>+4+4", "-background", "#888",
                         "-fill", "white", "-title", title, made], check=True)
         return made
-
-
-if __name__ == "__main__":
-    if shutil.which("montage") is None:
-        print("skipped: install the package imagemagick", file=sys.stderr)
-        sys.exit(77)
-    unittest.main()

@@ -104,7 +104,3 @@ class WindowModule(unittest.TestCase):
         (app / "Resources").symlink_to(PROBE.parents[1] / "Resources")
         program = shutil.copy(PROBE, app / "MacOS/AlertProbe")
         self.assert_answered_without_window(self.start(program), f".*{app}/PlugIns/libquillmark-windows.so")
-
-
-if __name__ == "__main__":
-    unittest.main()
