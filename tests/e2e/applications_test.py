@@ -9,7 +9,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, HOME, USER, has_ended, make_user_folder, processes_of, signals, start, wait_until
+from machine import APP, HOME, USER, end_with, has_ended, make_user_folder, processes_of, signals, start, wait_until
 
 TOOL = APP / "Contents/MacOS/quillmarkctl"
 IDENTIFIER = "com.example.application"
@@ -30,8 +30,7 @@ class Applications(unittest.TestCase):
     def run_bundle(self, bundle, before=lambda: None):
         executable = bundle / "Contents/MacOS" / bundle.stem
         process = start(executable, "1000", before=before)
-        self.addCleanup(process.communicate)
-        self.addCleanup(process.kill)
+        end_with(self, process)
         wait_until(lambda: process.pid in processes_of(executable), "the application runs")
         return process
 

@@ -24,9 +24,7 @@ class CheckWindow(CheckWindowTest):
         self.assertIn("is-default", tree.one("push button", CONTINUE).states)
 
     def test_stands_above_other_windows_but_not_while_it_is_repaired_and_a_password_is_asked_for(self):
-        remove_everything()
-        start_polkit(self, "AUTH_ADMIN")
-        self.start_launcher()
+        self.start_with_all_faults("AUTH_ADMIN")
         window = self.desktop.windows()[0]
         wait_until(lambda: self.desktop.is_above(window), "the window floats")
         agent = self.open_password_dialog()
@@ -40,8 +38,7 @@ class CheckWindow(CheckWindowTest):
         wait_until(lambda: self.desktop.windows()[0] != window, "it stands above the dialog")
 
     def test_stands_in_the_middle_of_the_screen_with_its_frame(self):
-        OVERLAY_TOOL.unlink()
-        self.start_launcher()
+        self.start_with_a_fault()
         window = self.desktop.windows()[0]
 
         def distances():
@@ -56,9 +53,7 @@ class CheckWindow(CheckWindowTest):
         wait_until(lambda: max(distances()) <= 1, "the distances to the edges are the same")
 
     def test_offers_nothing_to_press_while_it_repairs(self):
-        remove_everything()
-        start_polkit(self, "AUTH_ADMIN")
-        self.start_launcher()
+        self.start_with_all_faults("AUTH_ADMIN")
         agent = self.open_password_dialog()
         tree = self.wait_for(lambda tree: tree.all("progress bar"), "the sheet is up")
         for name in (CONTINUE, DONT_INSTALL, "Details"):
@@ -71,9 +66,7 @@ class CheckWindow(CheckWindowTest):
         self.assertEqual(self.log().count("runUninstalledUpdateToolAsAdmin: Starting"), 1)
 
     def test_repairs_everything_with_one_password_and_starts_the_core(self):
-        remove_everything()
-        start_polkit(self, "AUTH_ADMIN")
-        self.start_launcher()
+        self.start_with_all_faults("AUTH_ADMIN")
         agent = self.open_password_dialog()
         tree = self.wait_for(lambda tree: tree.all("progress bar"), "the sheet is up")
         self.assertTrue(tree.all("label", "Installing the Quillmark components…"))
@@ -82,9 +75,7 @@ class CheckWindow(CheckWindowTest):
         self.assertEqual([path.lstat().st_uid for path in (UPDATE_TOOL, OVERLAY_TOOL, FILE_SYSTEM)], [0, 0, 0])
 
     def test_stays_when_the_password_dialog_is_dismissed_and_a_second_try_succeeds(self):
-        remove_everything()
-        start_polkit(self, "AUTH_ADMIN")
-        self.start_launcher()
+        self.start_with_all_faults("AUTH_ADMIN")
         dismissing = start_agent(self, "dismiss", self.launcher.pid)
         self.press(CONTINUE)
         self.wait_for_failure()
@@ -115,44 +106,36 @@ class CheckWindow(CheckWindowTest):
         self.wait_for_failure()
 
     def test_return_is_continue(self):
-        remove_everything()
-        start_polkit(self, "YES")
-        self.start_launcher()
+        self.start_with_all_faults("YES")
         self.key("Return")
         self.assert_ended_with_core()
 
     def test_a_user_who_does_not_want_it_ends_the_launcher(self):
-        OVERLAY_TOOL.unlink()
-        self.start_launcher()
+        self.start_with_a_fault()
         self.press(DONT_INSTALL)
         self.assert_ended_without_core()
         self.assertIn("User chose to quit", self.log())
 
     def test_escape_is_the_same(self):
-        OVERLAY_TOOL.unlink()
-        self.start_launcher()
+        self.start_with_a_fault()
         self.key("Escape")
         self.assert_ended_without_core()
 
     def test_prints_its_own_lines_alone_whatever_its_surroundings_lack(self):
-        OVERLAY_TOOL.unlink()
-        self.start_launcher(env=self.desktop.environment(LANG="C", LC_ALL="C", XDG_RUNTIME_DIR=None))
+        self.start_with_a_fault(env=self.desktop.environment(LANG="C", LC_ALL="C", XDG_RUNTIME_DIR=None))
         self.press(DONT_INSTALL)
         out, err = self.launcher.communicate(timeout=PATIENCE)
         self.assertEqual(out, "")
         self.assertRegex(err, r"\A[-0-9]+ [.:0-9]+ Quillmark\[\d+\] \(ERR\) [^\n]+\n\Z")
 
     def test_its_close_box_ends_the_launcher(self):
-        OVERLAY_TOOL.unlink()
-        self.start_launcher()
+        self.start_with_a_fault()
         self.key("alt+F4")  # the window manager's way to press it
         self.assert_ended_without_core()
         self.assertNotIn("User chose to quit", self.log())
 
     def test_a_launcher_that_is_killed_at_it_leaves_a_state_that_the_next_one_repairs(self):
-        remove_everything()
-        start_polkit(self, "YES")
-        self.start_launcher()
+        self.start_with_all_faults("YES")
         self.press(CONTINUE)
         wait_until(lambda: UPDATE_TOOL.exists(), "the update tool is installed")
         self.launcher.send_signal(signal.SIGKILL)

@@ -5,7 +5,7 @@ import subprocess
 import time
 from pathlib import Path
 
-from machine import (CORE, HOME, LOG_FOLDER, USER, LauncherTest, launcher_logs, make_user_folder, processes_of, run_launcher,
+from machine import (CORE, HOME, LOG_FOLDER, USER, LauncherTest, fill, launcher_logs, make_user_folder, processes_of, run_launcher,
                      wait_until, write_user_file)
 
 
@@ -13,16 +13,6 @@ def mount_on_log_folder(options):
     make_user_folder(LOG_FOLDER)
     options = f"uid={USER},gid={USER},mode=755,{options}"
     subprocess.run(["mount", "-t", "tmpfs", "-o", options, "logs", LOG_FOLDER], check=True)
-
-
-def fill(file):
-    """Writes until the file system is full."""
-    with open(file, "wb", buffering=0) as stream:
-        try:
-            while stream.write(b"\0" * 4096):
-                pass
-        except OSError:
-            pass
 
 
 class LogFolder(LauncherTest):

@@ -46,15 +46,11 @@ class LogLevels(LauncherTest):
 
     def test_an_empty_level_of_the_file_ends_the_start(self):
         set_preferences(FileLogging="")
-        result = run_launcher()
-        self.assert_refused(result)
-        self.assertIn('ASSERTION ERROR: [fileLevel length] (file "', result.stderr)
+        self.assert_refused(run_launcher(), error='ASSERTION ERROR: [fileLevel length] (file "')
 
     def test_an_empty_level_of_the_terminal_ends_the_start(self):
         set_preferences(StdioLogging="")
-        result = run_launcher()
-        self.assert_refused(result)
-        self.assertIn('ASSERTION ERROR: [stdoutLevel length] (file "', result.stderr)
+        self.assert_refused(run_launcher(), error='ASSERTION ERROR: [stdoutLevel length] (file "')
 
     def test_a_refused_level_leaves_no_log_file(self):
         set_preferences(FileLogging="Verbose")

@@ -19,6 +19,12 @@ def owned_by_root(folder):
         os.lchown(path, 0, 0)
 
 
+def make_client(bundle):
+    """It becomes one of those that a move removes."""
+    information = bundle / "Contents/Info.plist"
+    information.write_text(information.read_text().replace("com.quillmark.QuillmarkLauncher", CLIENT))
+
+
 def trashed(name="Quillmark.app"):
     """The bundles of that name in the user's Trash, and in that of the disk of /Applications."""
     return sorted(path for trash in (TRASH, Path(f"/Applications/.Trash-{USER}")) for path in trash.glob(f"files/{name}*"))
@@ -33,8 +39,7 @@ class Move(MoveTest):
         self.assertEqual((alert.name, alert.description), ("Quillmark", f"{QUESTION} {DOWNLOADS}"))
         self.desktop.take_picture("move-from-the-download-folder")
         self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.assert_goes_on(APP, launches=2)
         self.assertEqual(snapshot(APP), whole)
         self.assertFalse(DOWNLOADED.exists())
         self.assertEqual(len(trashed()), 2, "the old copy and the source")
@@ -47,8 +52,7 @@ class Move(MoveTest):
         self.assertEqual(self.start_launcher().one("alert").description, f"{QUESTION} {PASSWORD}")
         self.desktop.take_picture("move-with-a-password")
         self.give_password()
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.assert_goes_on(APP, launches=2)
         self.assertEqual(snapshot(APP), whole)
         self.assertFalse(DOWNLOADED.exists())
 
@@ -60,8 +64,7 @@ class Move(MoveTest):
         owned_by_root(stale)
         self.start_launcher()
         self.give_password()
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.assert_goes_on(APP, launches=2)
         self.assertFalse((APP / "Contents/old").exists())
         self.assertEqual(APP.stat().st_uid, USER)
         self.assertFalse(stale.exists())
@@ -72,8 +75,7 @@ class Move(MoveTest):
         self.put_old_copy()
         games = Path("/Applications/Games/sub")
         planted = copy_bundle(DOWNLOADED, games / "Precious.app")
-        information = planted / "Contents/Info.plist"
-        information.write_text(information.read_text().replace("com.quillmark.QuillmarkLauncher", CLIENT))
+        make_client(planted)
         precious = Path("/System/Secure/Precious.app/file")
         precious.parent.mkdir(parents=True)
         precious.write_text("precious")
@@ -85,8 +87,7 @@ class Move(MoveTest):
         games.rename(games.with_name("sub2"))
         games.symlink_to("/System/Secure")
         self.give_password()
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.assert_goes_on(APP, launches=2)
         self.assertEqual(precious.read_text(), "precious")
         self.assertIn(f'Leaving "{games}/Precious.app" alone: others can change what is in "/Applications/Games"', self.log())
 
@@ -95,20 +96,17 @@ class Move(MoveTest):
         self.start_launcher()
         start_agent(self, "dismiss", self.launcher.pid)
         self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.assert_goes_on(DOWNLOADED, launches=1)
         self.assertIn("Not moving because user canceled authorization", self.log())
         self.assertFalse(APP.exists())
 
     def test_that_is_refused_is_told_and_the_start_goes_on(self):
         start_polkit(self, "NO")
-        self.start_launcher()
-        self.press(MOVE)
+        self.answer(MOVE)
         self.assertEqual(self.wait_for_failure().one("alert").description, FAILED)
         self.desktop.take_picture("move-that-failed")
         self.press("OK")
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.assert_goes_on(DOWNLOADED, launches=1)
         self.assertIn("Could not copy myself to /Applications with authorization", self.log())
 
     def test_from_a_disk_image_leaves_it_and_lets_go_of_it(self):
@@ -128,8 +126,7 @@ class Move(MoveTest):
         self.assertEqual(self.start_launcher(image, env=environment).one("alert").description, f"{QUESTION} {OFFER}")
         self.desktop.take_picture("move-from-a-disk-image")
         self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.assert_goes_on(APP, launches=2)
         self.assertEqual(snapshot(APP), whole)
         self.assertEqual(snapshot(image), whole)
         wait_until((HOME / "detached").exists, "the volume is let go")
@@ -141,25 +138,20 @@ class Move(MoveTest):
         kept = copy_bundle(DOWNLOADED, Path("/Applications/Locked/Old.app"))
         found = copy_bundle(DOWNLOADED, Path("/Applications/Tools/More/Old.app"))
         for bundle in (kept, found):
-            information = (bundle / "Contents/Info.plist").read_text()
-            (bundle / "Contents/Info.plist").write_text(information.replace("com.quillmark.QuillmarkLauncher", CLIENT))
+            make_client(bundle)
         other = copy_bundle(DOWNLOADED, Path("/Applications/Tools/Other.app"))
         os.chown(kept.parent, 0, 0)
         set_preferences(FileLogging="verbose")
-        self.start_launcher()
-        self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.answer(MOVE)
+        self.assert_goes_on(APP, launches=2)
         self.assertEqual([bundle.exists() for bundle in (fixed, found, kept, other)], [False, False, True, True])
         self.assertIn(f'Could not trash "{kept}"', self.log())
         self.assertIn(f'Failed to trash "{kept}"', self.log())
 
     def test_that_is_not_wanted_is_offered_again(self):
         for launches in (1, 2):
-            self.start_launcher()
-            self.press(DO_NOT_MOVE)
-            self.assert_ended()
-            self.assert_runs_from(DOWNLOADED, launches)
+            self.answer(DO_NOT_MOVE)
+            self.assert_goes_on(DOWNLOADED, launches)
             self.end_core_of(DOWNLOADED)
         self.assertFalse(APP.exists())
 
@@ -169,26 +161,22 @@ class Move(MoveTest):
         self.wait_for(lambda tree: tree.all("check box", AGAIN, "checked"), "the check box is on")
         self.desktop.take_picture("move-with-the-check-box-on")
         self.press(DO_NOT_MOVE)
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.assert_goes_on(DOWNLOADED, launches=1)
         self.assertIn(b"moveToApplicationsFolderAlertSuppress", PREFERENCES.read_bytes())
         self.end_core_of(DOWNLOADED)
         self.launcher = self.desktop.start(DOWNLOADED / "Contents/MacOS/Quillmark")
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=2)
+        self.assert_goes_on(DOWNLOADED, launches=2)
 
     def test_is_refused_by_the_escape_key(self):
         self.start_launcher()
         self.desktop.run("xdotool", "key", "Escape")
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.assert_goes_on(DOWNLOADED, launches=1)
 
     def test_is_wanted_by_the_return_key(self):
         self.put_old_copy()
         self.start_launcher()
         self.desktop.run("xdotool", "key", "Return")
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.assert_goes_on(APP, launches=2)
 
     def test_is_asked_so_that_a_screen_reader_can_tell(self):
         alert = self.start_launcher().one("alert")
@@ -201,10 +189,8 @@ class Move(MoveTest):
         self.assertNotIn("checked", alert.one("check box").states)
 
     def test_is_not_offered_beside_a_running_core(self):
-        self.start_launcher()
-        self.press(DO_NOT_MOVE)
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.answer(DO_NOT_MOVE)
+        self.assert_goes_on(DOWNLOADED, launches=1)
         tree = self.start_launcher()
         self.assertEqual(tree.one("push button").name, "Quit")
         self.press("Quit")
@@ -220,8 +206,7 @@ class Move(MoveTest):
     def test_is_not_offered_in_any_folder_called_applications(self):
         for place in (HOME / "Applications/Quillmark.app", HOME / "Desktop/Applications/Cloud/Quillmark.app", APP):
             bundle = copy_bundle(DOWNLOADED, place)
-            launcher = self.desktop.start(bundle / "Contents/MacOS/Quillmark")
-            self.assertEqual(launcher.communicate(timeout=20), ("", ""))
+            self.assert_starts_without_a_word(bundle)
             wait_until(lambda: processes_of(self.core_of(bundle)), "the core runs")
             self.end_core_of(bundle)
 
@@ -230,10 +215,8 @@ class Move(MoveTest):
         link = HOME / "Desktop/Quillmark.app"
         make_user_folder(link.parent)
         as_user("ln", "-s", DOWNLOADED, link)
-        self.start_launcher(link)
-        self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
+        self.answer(MOVE, link)
+        self.assert_goes_on(APP, launches=2)
         self.assertFalse(APP.is_symlink())
         self.assertFalse(DOWNLOADED.exists())
 
@@ -243,23 +226,19 @@ class Move(MoveTest):
         moved = APP.with_name(bundle.name)
         make_user_folder(moved.parent)
         copy_bundle(bundle, moved)
-        self.start_launcher(bundle)
-        self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(moved, launches=2)
+        self.answer(MOVE, bundle)
+        self.assert_goes_on(moved, launches=2)
 
     def test_is_not_offered_for_a_bundle_whose_name_holds_a_single_quote(self):
         bundle = HOME / "Downloads/Ada's.app"
         copy_bundle(DOWNLOADED, bundle)
-        launcher = self.desktop.start(bundle / "Contents/MacOS/Quillmark")
-        self.assertEqual(launcher.communicate(timeout=20), ("", ""))
+        self.assert_starts_without_a_word(bundle)
         self.assert_runs_from(bundle, launches=1)
         self.assertIn(f'The path "{bundle}" holds a single quote. Not offering to move it.', self.log())
 
     def test_is_not_offered_for_a_bundle_that_cannot_be_deleted(self):
         owned_by_root(DOWNLOADED)
-        launcher = self.desktop.start(DOWNLOADED / "Contents/MacOS/Quillmark")
-        self.assertEqual(launcher.communicate(timeout=20), ("", ""))
+        self.assert_starts_without_a_word(DOWNLOADED)
         self.assert_runs_from(DOWNLOADED, launches=1)
         self.assertIn("No access to delete the app. Not offering to move it.", self.log())
 
@@ -270,8 +249,7 @@ class Move(MoveTest):
                 make()
                 os.lchown(APP, USER, USER)
                 copy_bundle(DOWNLOADED, HOME / "Another/Quillmark.app")
-                self.start_launcher(HOME / "Another/Quillmark.app")
-                self.press(MOVE)
+                self.answer(MOVE, HOME / "Another/Quillmark.app")
                 self.assert_ended()
                 wait_until(lambda: processes_of(self.core_of(APP)), "the core runs")
                 self.assertTrue((HOME / "Elsewhere").is_dir())
@@ -286,12 +264,10 @@ class Move(MoveTest):
         APP.mkdir()
         os.chown(APP, USER, USER)
         whole = snapshot(DOWNLOADED)
-        self.start_launcher()
-        self.press(MOVE)
+        self.answer(MOVE)
         self.wait_for_failure()
         self.press("OK")
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.assert_goes_on(DOWNLOADED, launches=1)
         self.assertFalse(APP.exists())
         self.assertEqual(snapshot(DOWNLOADED), whole)
         self.assertRegex(self.log(), rf"Could not copy '{DOWNLOADED}' to '{APP}' \(.*No space left on device")
@@ -302,18 +278,15 @@ class Move(MoveTest):
         make_user_folder(large)
         as_user("sh", "-c", f"cd '{large}' && seq 20000 | split -l 1 -a 4")
         whole = snapshot(DOWNLOADED)
-        self.start_launcher()
-        self.press(MOVE)
+        self.answer(MOVE)
         wait_until(lambda: any((APP / "Contents/Resources/large").glob("x*")), "the copy has begun")
         self.launcher.kill()
         self.launcher.wait()
         self.assertEqual(snapshot(DOWNLOADED), whole, "the copy was not in its middle")
         self.assertEqual(processes_of(self.core_of(APP)), [])
 
-        self.start_launcher()
-        self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=3)
+        self.answer(MOVE)
+        self.assert_goes_on(APP, launches=3)
         self.assertEqual(snapshot(APP), whole)
         self.assertEqual([path.name for path in Path("/Applications").iterdir() if not path.name.startswith(".Trash")],
                          ["Quillmark.app"])

@@ -75,9 +75,7 @@ class Preferences(LauncherTest):
 
     def test_with_a_list_in_place_of_a_level_are_no_level(self):
         set_preferences(FileLogging=["verbose"])
-        result = run_launcher()
-        self.assert_refused(result)
-        self.assertIn('ASSERTION ERROR: fileLevel (file "', result.stderr)
+        self.assert_refused(run_launcher(), error='ASSERTION ERROR: fileLevel (file "')
 
     def test_that_are_a_folder_do_not_hold_the_start_up(self):
         make_user_folder(PREFERENCES)

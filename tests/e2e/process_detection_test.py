@@ -6,7 +6,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, start, status_of, wait_until
+from machine import APP, end_with, start, status_of, wait_until
 
 TOOL = APP / "Contents/MacOS/quillmarkctl"
 
@@ -18,8 +18,7 @@ class ProcessDetection(unittest.TestCase):
         program.parent.mkdir(exist_ok=True)
         shutil.copy("/bin/sleep", program)
         process = start(program, "1000")
-        self.addCleanup(process.communicate)
-        self.addCleanup(process.kill)
+        end_with(self, process)
         wait_until(lambda: status_of(process.pid)["Name"] != "python3", "the program runs")
         return process
 

@@ -8,7 +8,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, HOME, USER, environment, make_user_folder, processes_of, start, status_of, wait_until
+from machine import APP, HOME, USER, end_with, environment, make_user_folder, processes_of, start, status_of, wait_until
 
 TOOL = APP / "Contents/MacOS/quillmarkctl"
 IDENTIFIER = "com.example.application"
@@ -47,8 +47,7 @@ class ProcessTable(unittest.TestCase):
 
     def run_for_the_test(self, program, *arguments):
         process = start(program, *arguments)
-        self.addCleanup(process.communicate)
-        self.addCleanup(process.kill)
+        end_with(self, process)
         wait_until(lambda: process.pid in processes_of(program), "the program runs")
         return process
 
@@ -161,8 +160,7 @@ class ChangingProcessTable(ProcessTable):
         """Applications that end at once, hundreds a second, until the test ends."""
         short = self.make_bundle("Short", "com.example.short", "/bin/true")
         crowd = start("/bin/sh", "-c", 'while :; do for i in 1 2 3 4 5 6 7 8; do "$0" & done; wait; done', short)
-        self.addCleanup(crowd.communicate)
-        self.addCleanup(crowd.kill)
+        end_with(self, crowd)
         wait_until(lambda: self.newest_process() > crowd.pid + 200, "some hundreds have been started")
         return short
 

@@ -16,9 +16,7 @@ class Resources(LauncherTest):
 
     def test_without_the_defaults_nothing_says_how_much_to_log_and_the_start_ends(self):
         (RESOURCES / "Defaults.plist").unlink()
-        result = run_launcher()
-        self.assert_refused(result)
-        self.assertIn('ASSERTION ERROR: fileLevel (file "', result.stderr)
+        self.assert_refused(run_launcher(), error='ASSERTION ERROR: fileLevel (file "')
 
     def test_with_damaged_defaults_the_start_ends(self):
         (RESOURCES / "Defaults.plist").write_text("<plist><dict><key>FileLogging</key>")
@@ -32,9 +30,7 @@ class Resources(LauncherTest):
     def test_without_the_defaults_half_of_the_preferences_is_not_enough(self):
         (RESOURCES / "Defaults.plist").unlink()
         set_preferences(FileLogging="verbose")
-        result = run_launcher()
-        self.assert_refused(result)
-        self.assertIn('ASSERTION ERROR: stdoutLevel (file "', result.stderr)
+        self.assert_refused(run_launcher(), error='ASSERTION ERROR: stdoutLevel (file "')
 
     def test_what_ends_the_start_is_told_in_the_products_name(self):
         table = RESOURCES / "en.lproj/Localizable.strings"

@@ -7,7 +7,9 @@ from machine import APP, PATIENCE, wait_until
 from move import DO_NOT_MOVE, DOWNLOADED, MOVE, MoveTest
 
 BEGUN = ["Quillmark version 1.14.4 (1303)", "Quillmark did begin launching..."]
+MOVING = ["Moving myself to the Applications folder"]
 CHECKED = ["Quillmark did finish launching"]
+FAULT = [f'"finderoverlaytool" is not in order: Missing ("{OVERLAY_TOOL}")']
 
 
 class StartSequence(MoveTest):
@@ -45,35 +47,25 @@ class StartSequence(MoveTest):
 
     def test_that_moves(self):
         self.put_old_copy()
-        self.start_launcher()
-        self.press(MOVE)
-        self.assert_ended()
-        self.assert_runs_from(APP, launches=2)
-        self.assertEqual(self.messages(), BEGUN + ["Moving myself to the Applications folder"] + BEGUN + CHECKED +
-                         self.launched(APP))
+        self.answer(MOVE)
+        self.assert_goes_on(APP, launches=2)
+        self.assertEqual(self.messages(), BEGUN + MOVING + BEGUN + CHECKED + self.launched(APP))
 
     def test_that_does_not_move(self):
-        self.start_launcher()
-        self.press(DO_NOT_MOVE)
-        self.assert_ended()
-        self.assert_runs_from(DOWNLOADED, launches=1)
+        self.answer(DO_NOT_MOVE)
+        self.assert_goes_on(DOWNLOADED, launches=1)
         self.assertEqual(self.messages(), BEGUN + CHECKED + self.launched(DOWNLOADED))
 
     def test_with_a_component_at_fault(self):
         OVERLAY_TOOL.unlink()
-        self.start_launcher()
-        self.press(DO_NOT_MOVE)
+        self.answer(DO_NOT_MOVE)
         self.wait_for(lambda tree: tree.all("table cell", "finderoverlaytool"), "the window shows the fault")
-        faults = [f'"finderoverlaytool" is not in order: Missing ("{OVERLAY_TOOL}")']
-        wait_until(lambda: self.messages() == BEGUN + CHECKED + faults, "the log tells the fault")
+        wait_until(lambda: self.messages() == BEGUN + CHECKED + FAULT, "the log tells the fault")
 
     def test_that_moves_with_a_component_at_fault_shows_it_from_its_new_place(self):
         self.put_old_copy()
         OVERLAY_TOOL.unlink()
-        self.start_launcher()
-        self.press(MOVE)
+        self.answer(MOVE)
         self.assert_ended()
-        faults = [f'"finderoverlaytool" is not in order: Missing ("{OVERLAY_TOOL}")']
-        wait_until(lambda: self.messages() == BEGUN + ["Moving myself to the Applications folder"] + BEGUN + CHECKED +
-                   faults, "the moved launcher tells the fault")
+        wait_until(lambda: self.messages() == BEGUN + MOVING + BEGUN + CHECKED + FAULT, "the moved launcher tells the fault")
         self.assertEqual(len(self.launchers()), 1)

@@ -10,7 +10,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, full_pipe, has_ended, processes_of, signals, start, wait_until
+from machine import APP, end_with, full_pipe, has_ended, processes_of, signals, start, wait_until
 from polkit import confirm_password, install_action, prepare_programs_of_root, require_polkit, start_agent, start_polkit
 
 ADMIN = "system.privilege.admin"
@@ -27,9 +27,7 @@ class AuthorizationTest(unittest.TestCase):
         command = [PROBE, *map(str, steps)]
         pipes = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL, "text": True} | options
         probe = subprocess.Popen(command, **pipes) if as_root else start(*command, **pipes)
-        self.addCleanup(probe.communicate)
-        self.addCleanup(probe.kill)
-        return probe
+        return end_with(self, probe)
 
     def go(self, probe):
         probe.stdin.write("\n")
@@ -106,7 +104,6 @@ class Dialog(AuthorizationTest):
         self.assertEqual(out.splitlines(), ["0", "0", "0", "0", "0", "0", "0", "0", "0"])
         agent.kill()
         self.assertEqual(agent.stdout.read(), "")
-
 
     MESSAGES = {
         "en_US.UTF-8": "Quillmark wants to repair its components, or to move to the Applications folder.",
@@ -202,7 +199,6 @@ class Programs(AuthorizationTest):
         for pid in processes_of("/usr/bin/sleep"):
             os.kill(pid, signal.SIGKILL)
 
-
     def test_tell_how_they_ended_to_who_waits(self):
         shell = ("run", 2, "/bin/sh", "-c")
         self.assertEqual(self.run_as_root(*shell, "exit 3", "wait", *shell, "kill -9 $$", "wait", "run", 0, "/usr/bin/true",
@@ -253,8 +249,7 @@ class Helper(AuthorizationTest):
         helper = subprocess.Popen([HELPER], stdin=theirs, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         theirs.close()
         ours.settimeout(20)
-        self.addCleanup(helper.communicate)
-        self.addCleanup(helper.kill)
+        end_with(self, helper)
         self.addCleanup(ours.close)
         self.assertEqual(ours.recv(100), b"quillmark root helper 2")
         return helper, ours

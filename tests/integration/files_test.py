@@ -24,6 +24,13 @@ def give_to_user(path):
             os.chown(os.path.join(folder, name), USER, USER, follow_symlinks=False)
 
 
+def make_folder(path, mode):
+    """Whatever the mask is."""
+    path.mkdir()
+    path.chmod(mode)
+    return path
+
+
 def names_in(folder):
     return sorted(os.listdir(folder)) if folder.is_dir() else []
 
@@ -52,9 +59,7 @@ class FilesTest(unittest.TestCase):
 
     def applications(self, mode=0o777):
         """A folder on a file system of its own, in whose top folder the user can make nothing."""
-        folder = self.mount(DISK) / "Applications"
-        folder.mkdir()
-        folder.chmod(mode)
+        folder = make_folder(self.mount(DISK) / "Applications", mode)
         DISK.chmod(0o755)
         return folder
 
@@ -103,8 +108,7 @@ class Trash(FilesTest):
 
     def test_of_another_file_system_takes_what_is_on_it(self):
         disk = self.mount(DISK)
-        (disk / "folder").mkdir()
-        (disk / "folder").chmod(0o777)
+        make_folder(disk / "folder", 0o777)
         trash = disk / f".Trash-{USER}"
         self.assert_trashed(self.bundle(disk / "folder"), trash, "folder/A.app")
         self.assertEqual((stat.S_IMODE(trash.stat().st_mode), trash.stat().st_uid), (0o700, USER))
@@ -112,22 +116,19 @@ class Trash(FilesTest):
 
     def test_that_all_users_share_is_used_first(self):
         disk = self.mount(DISK)
-        (disk / ".Trash").mkdir()
-        (disk / ".Trash").chmod(0o1777)
+        make_folder(disk / ".Trash", 0o1777)
         self.assert_trashed(self.bundle(disk), disk / f".Trash/{USER}", "A.app")
         self.assertFalse((disk / f".Trash-{USER}").exists())
 
     def test_without_the_sticky_bit_is_not_shared(self):
         disk = self.mount(DISK)
-        (disk / ".Trash").mkdir()
-        (disk / ".Trash").chmod(0o777)
+        make_folder(disk / ".Trash", 0o777)
         self.assert_trashed(self.bundle(disk), disk / f".Trash-{USER}", "A.app")
         self.assertEqual(names_in(disk / ".Trash"), [])
 
     def test_that_is_a_link_is_not_shared(self):
         disk = self.mount(DISK)
-        (disk / "else").mkdir()
-        (disk / "else").chmod(0o1777)
+        make_folder(disk / "else", 0o1777)
         (disk / ".Trash").symlink_to("else")
         self.assert_trashed(self.bundle(disk), disk / f".Trash-{USER}", "A.app")
         self.assertEqual(names_in(disk / "else"), [])
@@ -136,8 +137,7 @@ class Trash(FilesTest):
         """Not even when it is the only one on the file system: the item is copied home."""
         for number, make in enumerate((lambda trash: trash.symlink_to("else"), lambda trash: trash.mkdir(mode=0o777))):
             disk = self.mount(DISK / str(number))
-            (disk / "else").mkdir()
-            (disk / "else").chmod(0o777)
+            make_folder(disk / "else", 0o777)
             trash = disk / f".Trash-{USER}"
             make(trash)
             with self.subTest(number):

@@ -389,6 +389,7 @@ class HostilePackages(Attacks):
         self.assert_refused(status, "repairpackage", package)
 
     def package(self, change=lambda tree: None, **options):
+        shutil.rmtree(self.folder / "tree", ignore_errors=True)
         tree = make_bundle(self.folder / "tree", "QuillmarkFS.fs")
         change(tree)
         return make_package(self.folder / "x.pkg", tree, **options)
@@ -396,14 +397,12 @@ class HostilePackages(Attacks):
     def test_that_lead_outside_are_refused(self):
         for name in ("../outside", "QuillmarkFS.fs/../../outside", "/tmp/outside", "./../outside", "QuillmarkFS.fs//x"):
             with self.subTest(name):
-                shutil.rmtree(self.folder / "tree", ignore_errors=True)
                 self.refuse_package(DAMAGED_PAYLOAD, self.package(contents=archive_with(name)))
         self.assertFalse(Path("/tmp/outside").exists())
 
     def test_with_links_that_lead_outside_are_refused(self):
         for target in ("/etc/passwd", "../../outside", "Contents/../../x", "../QuillmarkFS.fs/../../x"):
             with self.subTest(target):
-                shutil.rmtree(self.folder / "tree", ignore_errors=True)
                 self.refuse_package(DAMAGED_PAYLOAD, self.package(lambda tree: (tree / "QuillmarkFS.fs/link").symlink_to(target)))
 
     def test_with_hard_links_pipes_and_devices_are_refused(self):
@@ -415,7 +414,6 @@ class HostilePackages(Attacks):
 
         for change in (hard_link, pipe):
             with self.subTest(change.__name__):
-                shutil.rmtree(self.folder / "tree", ignore_errors=True)
                 self.refuse_package(DAMAGED_PAYLOAD, self.package(change))
 
     def test_special_bits_and_owners_do_not_count(self):
@@ -435,7 +433,6 @@ class HostilePackages(Attacks):
     def test_for_places_outside_the_catalogue_are_refused(self):
         for location in ("/etc", "/", "relative", "/Library/Filesystems/..", ""):
             with self.subTest(location):
-                shutil.rmtree(self.folder / "tree", ignore_errors=True)
                 self.refuse_package(WRONG_PLACE, self.package(location=location))
 
     def test_with_two_bundles_or_none_are_refused(self):
@@ -446,7 +443,6 @@ class HostilePackages(Attacks):
     def test_without_a_readable_description_are_refused(self):
         for description in ("", "<pkg-info", "no xml"):
             with self.subTest(description):
-                shutil.rmtree(self.folder / "tree", ignore_errors=True)
                 self.refuse_package(DAMAGED_PAYLOAD, self.package(description=description))
 
     def test_that_are_none_or_cut_are_refused(self):

@@ -10,7 +10,7 @@ from pathlib import Path
 from components import (CANNOT_WRITE, FILE_SYSTEM, FRAMEWORK, NOT_ADMINISTRATOR, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
                         UPDATE_TOOL, WRONG_COMMAND_LINE, WRONG_PAYLOAD, WRONG_PLACE, UpdateToolTest, make_bundle, make_package,
                         resource, sign)
-from machine import APP, HOME, RESOURCES, USER, make_user_folder
+from machine import APP, HOME, RESOURCES, USER, fill, make_user_folder
 
 MODES = {"d": 0o755, "-": 0o644, "l": 0o777}
 
@@ -187,18 +187,9 @@ class FullDisk(UpdateToolTest):
         subprocess.run(["mount", "-t", "tmpfs", "-o", "size=6m,mode=755", "none", "/Library"], check=True)
         subprocess.run(["cp", "-a", f"{library}/.", "/Library"], check=True)
 
-    def fill(self):
-        with open("/Library/ballast", "wb") as file:
-            try:
-                while True:
-                    file.write(bytes(65536))
-                    file.flush()
-            except OSError:
-                return
-
     def test_leaves_what_was_there_before(self):
         shutil.copy(resource("QuillmarkCM.zip"), "/tmp/archive.zip")
-        self.fill()
+        fill("/Library/ballast")
         for arguments in (("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig")),
                           ("repairotherroot", resource("updateqm"), resource("updateqm.sig")),
                           ("repairpackage", resource("QuillmarkFS.pkg")),
@@ -209,7 +200,7 @@ class FullDisk(UpdateToolTest):
         self.assert_done()
 
     def test_room_made_afterwards_is_enough(self):
-        self.fill()
+        fill("/Library/ballast")
         self.run_tool("repairpackage", resource("QuillmarkFS.pkg"))
         os.unlink("/Library/ballast")
         self.assert_done("repairpackage", resource("QuillmarkFS.pkg"))

@@ -12,32 +12,15 @@ STATUSES = ["OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not
 LIST_PARTS = ["QuillmarkLauncher_Components", "QuillmarkLauncher_FileSystem", "QuillmarkLauncher_Helpers"]
 # Their English text is the key itself.
 SENTENCES = STATUSES + [
-    "Quit",
-    "Continue",
-    "Installing Quillmark",
-    "Move to Applications folder?",
+    "Quit", "Continue", "Installing Quillmark", "Move to Applications folder?",
     "I can move myself to the Applications folder if you'd like.",
     "Note that this will require an administrator password.",
     "This will keep your Downloads folder uncluttered.",
-    "Move to Applications Folder",
-    "Do Not Move",
-    "Do not show this message again",
-    "Could not move to Applications folder",
+    "Move to Applications Folder", "Do Not Move", "Do not show this message again", "Could not move to Applications folder",
 ]
-KEYS = PRODUCT_NAMES + LIST_PARTS + SENTENCES + [
-    "QuillmarkLauncher_AlreadyRunning",
-    "QuillmarkLauncher_YouMustQuit",
-    "QuillmarkLauncher_DontInstall",
-    "QuillmarkLauncher_Details",
-    "QuillmarkLauncher_FaultyComponents",
-    "QuillmarkLauncher_Component",
-    "QuillmarkLauncher_Status",
-    "QuillmarkLauncher_Installing",
-    "QuillmarkLauncher_RepairInfo",
-    "RunFailedTitle",
-    "RepairFailedTitle",
-    "RepairFailed",
-]
+KEYS = PRODUCT_NAMES + LIST_PARTS + SENTENCES + ["RunFailedTitle", "RepairFailedTitle", "RepairFailed"] + [
+    f"QuillmarkLauncher_{name}" for name in ("AlreadyRunning", "YouMustQuit", "DontInstall", "Details", "FaultyComponents",
+                                             "Component", "Status", "Installing", "RepairInfo")]
 
 TOKEN = re.compile(r"\{#(\w+)#\}")
 PLACEHOLDER = re.compile(r"%(?:\d+\$)?[-+ #0]*\d*(?:\.\d+)?(?:hh|ll|[hlqzjt])?[@diuxXofeEgGcsp]|%%|%")
@@ -61,6 +44,10 @@ def tables(name, folder=SOURCES / "resources"):
     return {language: property_list(folder / f"{language}.lproj" / name) for language in LANGUAGES}
 
 
+TABLES = tables("Localizable.strings")
+ENGLISH = TABLES["en"]
+
+
 def keys_looked_up(code):
     return {match.replace('\\"', '"') for match in LOOK_UP.findall(code)}
 
@@ -71,12 +58,12 @@ def blanks_around(text):
 
 class StringTables(unittest.TestCase):
     def each_text(self):
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             for key, text in table.items():
                 yield language, key, text
 
     def test_every_text_that_the_program_needs_is_there(self):
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             self.assertEqual(sorted(KEYS), sorted(table), language)
 
     def test_every_language_folder_is_one_of_the_known(self):
@@ -90,11 +77,10 @@ class StringTables(unittest.TestCase):
             self.assertTrue(all(text.strip() for text in table.values()), language)
 
     def test_every_literal_key_in_the_sources_has_a_text(self):
-        english = tables("Localizable.strings")["en"]
         for folder in ("src", "ctl"):
             for path in sorted((SOURCES / folder).rglob("*")):
                 if path.suffix in (".cpp", ".h", ".mm"):
-                    missing = keys_looked_up(path.read_text("utf-8")) - english.keys()
+                    missing = keys_looked_up(path.read_text("utf-8")) - ENGLISH.keys()
                     self.assertFalse(missing, path)
 
     def test_literal_keys_are_found_however_they_are_written(self):
@@ -108,9 +94,8 @@ class StringTables(unittest.TestCase):
             self.assertTrue(text.strip(), (language, key))
 
     def test_every_text_begins_and_ends_with_the_blanks_of_the_english_one(self):
-        english = tables("Localizable.strings")["en"]
         for language, key, text in self.each_text():
-            self.assertEqual(blanks_around(text), blanks_around(english[key]), (language, key))
+            self.assertEqual(blanks_around(text), blanks_around(ENGLISH[key]), (language, key))
 
     def test_only_the_parts_of_the_list_in_the_check_window_begin_with_line_breaks(self):
         for language, key, text in self.each_text():
@@ -120,9 +105,8 @@ class StringTables(unittest.TestCase):
             self.assertEqual(after, "", (language, key))
 
     def test_every_text_has_the_tokens_of_the_english_one(self):
-        english = tables("Localizable.strings")["en"]
         for language, key, text in self.each_text():
-            self.assertEqual(set(TOKEN.findall(text)), set(TOKEN.findall(english[key])), (language, key))
+            self.assertEqual(set(TOKEN.findall(text)), set(TOKEN.findall(ENGLISH[key])), (language, key))
 
     def test_tokens_are_known_and_whole(self):
         for language, key, text in self.each_text():
@@ -130,13 +114,12 @@ class StringTables(unittest.TestCase):
             self.assertNotRegex(TOKEN.sub("", text), r"[{}#]", (language, key))
 
     def test_every_text_has_the_placeholders_of_the_english_one(self):
-        english = tables("Localizable.strings")["en"]
         for language, key, text in self.each_text():
-            expected = sorted(PLACEHOLDER.findall(english[key]))
+            expected = sorted(PLACEHOLDER.findall(ENGLISH[key]))
             self.assertEqual(sorted(PLACEHOLDER.findall(text)), expected, (language, key))
 
     def test_the_repair_failure_is_a_format_that_takes_no_argument(self):
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             self.assertLessEqual(set(PLACEHOLDER.findall(table["RepairFailed"])), {"%%"}, language)
 
     def test_product_names_are_spelt_out_only_where_they_are_defined(self):
@@ -147,33 +130,31 @@ class StringTables(unittest.TestCase):
                 self.assertNotRegex(text, "Quillmark|Carryfold", (language, key))
 
     def test_the_product_and_its_features_have_one_name_in_all_languages(self):
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             names = [table[key] for key in PRODUCT_NAMES[:3]]
             self.assertEqual(names, ["Quillmark", "Carryfold", "Quillmark Backup"], language)
 
     def test_team_folders_have_a_plural_where_the_language_has_one(self):
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             same = table["TeamFolderProduct"] == table["TeamFoldersProduct"]
             self.assertEqual(same, language == "ja", language)
 
     def test_status_texts_differ_from_each_other(self):
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             self.assertEqual(len({table[status] for status in STATUSES}), len(STATUSES), language)
 
     def test_english_sentences_read_like_their_keys(self):
-        english = tables("Localizable.strings")["en"]
         for key in SENTENCES:
-            self.assertEqual(english[key].replace("{#ProductName#}", english["ProductName"]), key)
+            self.assertEqual(ENGLISH[key].replace("{#ProductName#}", ENGLISH["ProductName"]), key)
 
     def test_texts_are_translated(self):
-        english = tables("Localizable.strings")["en"]
         for language, key, text in self.each_text():
             if language != "en" and key not in PRODUCT_NAMES + ["OK"]:
-                self.assertNotEqual(text, english[key], (language, key))
+                self.assertNotEqual(text, ENGLISH[key], (language, key))
 
     def test_texts_name_the_continue_button_as_it_is_labelled(self):
         quoted = {"en": "“{}”", "de": "„{}“", "fr": "«\u00a0{}\u00a0»", "es": "«{}»", "ja": "「{}」"}
-        for language, table in tables("Localizable.strings").items():
+        for language, table in TABLES.items():
             for key in ("QuillmarkLauncher_RepairInfo", "RepairFailed"):
                 self.assertIn(quoted[language].format(table["Continue"]), table[key], language)
 

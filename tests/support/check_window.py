@@ -4,10 +4,10 @@ import os
 import shutil
 import subprocess
 
-from components import FILE_SYSTEM, TOOLS, fingerprint
+from components import FILE_SYSTEM, OVERLAY_TOOL, TOOLS, fingerprint
 from desktop import Desktop, require_accessibility
 from machine import CORE, LAUNCHER, PATIENCE, RESOURCES, LauncherTest, end_cores, processes_of
-from polkit import confirm_password, start_agent
+from polkit import confirm_password, start_agent, start_polkit
 
 CONTINUE, DONT_INSTALL = "Continue", "Don’t Install"
 FAILED, NOT_STARTED = "The installation could not be completed.", "Quillmark could not be started."
@@ -44,6 +44,16 @@ class CheckWindowTest(LauncherTest):
         """The launcher with its window up. \\returns what it shows."""
         self.launcher = self.desktop.start(LAUNCHER, **options)
         return self.wait_for_window()
+
+    def start_with_a_fault(self, **options):
+        OVERLAY_TOOL.unlink()
+        return self.start_launcher(**options)
+
+    def start_with_all_faults(self, answer):
+        """The polkit's rules give that answer when the repair asks."""
+        remove_everything()
+        start_polkit(self, answer)
+        return self.start_launcher()
 
     def wait_for_window(self):
         return self.wait_for(lambda tree: tree.all("push button", CONTINUE, "focused"), "the window is up")

@@ -4,7 +4,6 @@ import os
 import re
 import resource
 import subprocess
-from pathlib import Path
 
 NAME = "org.freedesktop.secrets"
 CONFIGURATION = """<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth>{services}

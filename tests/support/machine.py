@@ -1,5 +1,6 @@
 """The private root as a test sees it, from inside and as root: it starts programs as the user, and looks at them."""
 
+import contextlib
 import os
 import plistlib
 import resource
@@ -67,6 +68,13 @@ def start(program, *arguments, before=lambda: None, **options):
                             **(settings | options))
 
 
+def end_with(test, process):
+    """The process is killed when the test ends, if it still runs. \\returns the process."""
+    test.addCleanup(process.communicate)
+    test.addCleanup(process.kill)
+    return process
+
+
 def run_launcher(program=LAUNCHER, **options):
     """Starts the launcher and waits for its end. \\returns its status, standard output and standard error."""
     process = start(program, **options)
@@ -123,6 +131,13 @@ def full_pipe(test):
         return writing
 
 
+def fill(file):
+    """Writes until the file system is full."""
+    with open(file, "wb", buffering=0) as stream, contextlib.suppress(OSError):
+        while stream.write(bytes(4096)):
+            pass
+
+
 def make_user_folder(path):
     """The folder and those above it up to the home folder, all the user's own."""
     for folder in [*reversed(path.parents), path]:
@@ -177,12 +192,13 @@ class LauncherTest(unittest.TestCase):
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         return self.core()
 
-    def assert_refused(self, result, *words):
-        """The launcher gave up as it should: its own status, one sentence for the user that holds the words, no core
-        and no core dump."""
+    def assert_refused(self, result, *words, error=""):
+        """The launcher gave up as it should: its own status, one sentence for the user that holds the words, the error on
+        standard error, no core and no core dump."""
         self.assertEqual(result.returncode, 78, result.stderr)
         sentences = [line for line in result.stderr.splitlines() if line.startswith("Quillmark: could not start: ")]
         self.assertEqual(len(sentences), 1, result.stderr)
+        self.assertIn(error, result.stderr)
         for word in words:
             self.assertIn(str(word), sentences[0])
         self.assertEqual(processes_of(CORE), [])

@@ -100,6 +100,10 @@ class MoveTest(LauncherTest):
     def press(self, name, role="push button"):
         self.desktop.press(self.launcher, role, name)
 
+    def answer(self, button, bundle=DOWNLOADED):
+        self.start_launcher(bundle)
+        self.press(button)
+
     def wait_for_failure(self):
         return self.wait_for(lambda tree: tree.all("label", FAILED, "showing"), "the failure is told")
 
@@ -113,6 +117,15 @@ class MoveTest(LauncherTest):
     def assert_ended(self):
         _, err = self.launcher.communicate(timeout=PATIENCE)
         self.assertEqual(self.launcher.returncode, 0, err)
+
+    def assert_goes_on(self, bundle, launches):
+        """The launcher has ended, and the core runs that was to."""
+        self.assert_ended()
+        self.assert_runs_from(bundle, launches)
+
+    def assert_starts_without_a_word(self, bundle):
+        launcher = self.desktop.start(bundle / "Contents/MacOS/Quillmark")
+        self.assertEqual(launcher.communicate(timeout=PATIENCE), ("", ""))
 
     def core_of(self, bundle):
         """The path of the core inside a bundle."""

@@ -7,7 +7,7 @@ import stat
 import subprocess
 from pathlib import Path
 
-from machine import RESOURCES, USER, skip, skip_without, start, wait_until
+from machine import RESOURCES, USER, end_with, skip, skip_without, start, wait_until
 
 PKEXEC = Path("/usr/bin/pkexec")
 PASSWORD_HELPER = Path("/usr/lib/polkit-1/polkit-agent-helper-1")  # runs while a dialog waits for a password
@@ -76,8 +76,7 @@ def start_agent(test, answer, process, *language):
     """A password dialog for what the process asks. \\param answer dismiss or allow. \\returns the agent, which prints
     "asked" for each dialog, and with a language the action and its message."""
     agent = start("/usr/bin/python3", AGENT, answer, str(process), *language, stdin=subprocess.PIPE, stderr=None)
-    test.addCleanup(agent.communicate)
-    test.addCleanup(agent.kill)
+    end_with(test, agent)
     test.assertEqual(agent.stdout.readline(), "ready\n")
     return agent
 
@@ -127,8 +126,7 @@ class watch_registration:
 
     def __init__(self, test):
         self.monitor = subprocess.Popen(["dbus-monitor", "--system", "--profile"], stdout=subprocess.PIPE, text=True)
-        test.addCleanup(self.monitor.communicate)
-        test.addCleanup(self.monitor.kill)
+        end_with(test, self.monitor)
         self.monitor.stdout.readline()
 
     def wait(self):

@@ -3,7 +3,7 @@
 import subprocess
 from pathlib import Path
 
-from machine import environment, start
+from machine import end_with, environment, start
 
 PYTHON = Path("/usr/bin/python3").resolve()  # the system's own, which has the desktop's libraries
 CONFIGURATION = """<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen><auth>EXTERNAL</auth>
@@ -16,16 +16,14 @@ def start_session_bus(test):
     configuration = Path("/tmp/session-bus.conf")
     configuration.write_text(CONFIGURATION)
     bus = start("dbus-daemon", f"--config-file={configuration}", "--print-address", "--nofork", stderr=subprocess.DEVNULL)
-    test.addCleanup(bus.communicate)
-    test.addCleanup(bus.kill)
+    end_with(test, bus)
     return environment(DBUS_SESSION_BUS_ADDRESS=bus.stdout.readline().strip())
 
 
 def start_on_bus(test, surroundings, program, *arguments):
     """A Python program on the bus, run by `program` (PYTHON or a copy); it has said "ready" when this comes back."""
     process = start(program, *arguments, env=surroundings | {"PYTHONHOME": "/usr"})
-    test.addCleanup(process.communicate)
-    test.addCleanup(process.kill)
+    end_with(test, process)
     line = process.stdout.readline()
     test.assertEqual(line, "ready\n", line or process.stderr.read())
     return process
