@@ -29,8 +29,7 @@ class Applications(unittest.TestCase):
 
     def run_bundle(self, bundle, before=lambda: None):
         executable = bundle / "Contents/MacOS" / bundle.stem
-        process = start(executable, "1000", before=before)
-        end_with(self, process)
+        process = end_with(self, start(executable, "1000", before=before))
         wait_until(lambda: process.pid in processes_of(executable), "the application runs")
         return process
 

@@ -17,14 +17,12 @@ class CoreProcess(LauncherTest):
         self.assertEqual(held, NOTHING)
 
     def test_runs_on_when_the_launcher_has_ended(self):
-        run_launcher()
-        core = self.core()
+        core = self.assert_started(run_launcher())
         self.assertEqual(status_of(core)["PPid"], "1", "its parent was to be gone")
         self.assertFalse(has_ended(core))
 
     def test_leads_a_session_of_its_own(self):
-        run_launcher()
-        core = self.core()
+        core = self.assert_started(run_launcher())
         self.assertEqual((os.getsid(core), os.getpgid(core)), (core, core))
 
     def test_runs_on_when_the_terminal_that_the_launcher_was_started_in_is_closed(self):
@@ -59,8 +57,7 @@ class CoreProcess(LauncherTest):
             for number in range(3):
                 os.close(number)
 
-        result = run_launcher(before=close_all)
-        self.assertEqual(result.returncode, 0)
+        self.assertEqual(run_launcher(before=close_all).returncode, 0)
         self.assert_holds_nothing_but_its_log(self.core())
 
     def test_blocks_no_signal_even_when_the_launcher_did(self):

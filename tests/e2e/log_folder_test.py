@@ -5,8 +5,8 @@ import subprocess
 import time
 from pathlib import Path
 
-from machine import (CORE, HOME, LOG_FOLDER, USER, LauncherTest, fill, launcher_logs, make_user_folder, processes_of, run_launcher,
-                     wait_until, write_user_file)
+from machine import (CORE, HOME, LOG_FOLDER, USER, LauncherTest, fill, launcher_logs, make_user_folder, processes_of,
+                     run_launcher, wait_until, write_user_file)
 
 
 def mount_on_log_folder(options):

@@ -17,8 +17,7 @@ class ProcessDetection(unittest.TestCase):
         program = Path("/tmp/processes") / name
         program.parent.mkdir(exist_ok=True)
         shutil.copy("/bin/sleep", program)
-        process = start(program, "1000")
-        end_with(self, process)
+        process = end_with(self, start(program, "1000"))
         wait_until(lambda: status_of(process.pid)["Name"] != "python3", "the program runs")
         return process
 

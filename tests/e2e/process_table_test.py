@@ -46,8 +46,7 @@ class ProcessTable(unittest.TestCase):
         return executable
 
     def run_for_the_test(self, program, *arguments):
-        process = start(program, *arguments)
-        end_with(self, process)
+        process = end_with(self, start(program, *arguments))
         wait_until(lambda: process.pid in processes_of(program), "the program runs")
         return process
 
@@ -159,8 +158,8 @@ class ChangingProcessTable(ProcessTable):
     def start_many_short_processes(self):
         """Applications that end at once, hundreds a second, until the test ends."""
         short = self.make_bundle("Short", "com.example.short", "/bin/true")
-        crowd = start("/bin/sh", "-c", 'while :; do for i in 1 2 3 4 5 6 7 8; do "$0" & done; wait; done', short)
-        end_with(self, crowd)
+        loop = 'while :; do for i in 1 2 3 4 5 6 7 8; do "$0" & done; wait; done'
+        crowd = end_with(self, start("/bin/sh", "-c", loop, short))
         wait_until(lambda: self.newest_process() > crowd.pid + 200, "some hundreds have been started")
         return short
 

@@ -59,6 +59,12 @@ class PlainContainer(unittest.TestCase):
                                     stderr=output, timeout=90).returncode
         return status, OUTPUT.read_text().splitlines()
 
+    def run_to_status(self, status, *options):
+        """\\returns the lines that it has printed."""
+        ended_with, lines = self.run_script(*options)
+        self.assertEqual(ended_with, status, lines)
+        return lines
+
     def environment(self):
         return {name: value for name, value in os.environ.items() if name != "DISPLAY"}
 
@@ -68,8 +74,7 @@ class PlainContainer(unittest.TestCase):
 
     def keep_up(self):
         """./run --keep. \\returns the command that takes it away again."""
-        status, lines = self.run_script("--keep")
-        self.assertEqual(status, 0, lines)
+        lines = self.run_to_status(0, "--keep")
         command = next(line.partition("remove it:")[2].split() for line in lines if "remove it:" in line)
         self.addCleanup(subprocess.run, command, capture_output=True)
         return command
@@ -80,8 +85,7 @@ class PlainContainer(unittest.TestCase):
         self.assertEqual(processes(), [])
 
     def test_starts_the_core_and_leaves_nothing(self):
-        status, lines = self.run_script()
-        self.assertEqual(status, 0, lines)
+        lines = self.run_to_status(0)
         self.assertRegex(lines[-1], r"^run: core started \(pid \d+\)$")
         self.assert_nothing_left()
 
@@ -93,8 +97,7 @@ class PlainContainer(unittest.TestCase):
 
     def test_repairs_what_is_broken(self):
         require_accessibility()
-        status, lines = self.run_script("--broken")
-        self.assertEqual(status, 0, lines)
+        lines = self.run_to_status(0, "--broken")
         self.assertRegex(lines[-1], r"^run: core started \(pid \d+\)$")
         self.assertIn('pressing "Continue"', "\n".join(lines))
         self.assert_nothing_left()
@@ -103,16 +106,14 @@ class PlainContainer(unittest.TestCase):
         APPLICATIONS.mkdir()
         APPLICATIONS.chmod(0o775)
         self.before = everything()
-        status, lines = self.run_script()
-        self.assertEqual(status, 0, lines)
+        self.run_to_status(0)
         self.assert_nothing_left()
 
     def test_refuses_folders_that_are_in_use(self):
         LIBRARY.mkdir()
         (LIBRARY / "precious").write_text("mine")
         self.before = everything()
-        status, lines = self.run_script()
-        self.assertEqual(status, 1)
+        lines = self.run_to_status(1)
         self.assertRegex(lines[-1], r"^run: failed: .*/Library is in use here \(it holds precious\): move it away first")
         self.assert_nothing_left()
 
@@ -120,15 +121,13 @@ class PlainContainer(unittest.TestCase):
         Path("/tmp/elsewhere").mkdir()
         APPLICATIONS.symlink_to("/tmp/elsewhere")
         self.before = everything()
-        status, lines = self.run_script()
-        self.assertEqual(status, 1)
+        lines = self.run_to_status(1)
         self.assertIn("/Applications is in use here", lines[-1])
         self.assert_nothing_left()
 
     def test_does_not_share_the_folders_with_another_run(self):
         self.keep_up()
-        status, lines = self.run_script()
-        self.assertEqual(status, 1)
+        lines = self.run_to_status(1)
         self.assertIn("/Applications is in use here", lines[-1])
         self.assertTrue(CORE.exists())
 
@@ -157,8 +156,7 @@ class PlainContainer(unittest.TestCase):
 
     def test_leaves_nothing_when_the_installation_ends_half_way(self):
         (BUNDLE / "Contents/Resources/updateqm").write_text("#!/bin/false\n")
-        status, lines = self.run_script()
-        self.assertEqual(status, 1, lines)
+        self.run_to_status(1)
         self.assert_nothing_left()
 
     def test_leaves_what_others_have_put_there(self):

@@ -201,7 +201,6 @@ class OddFiles(Attacks):
         big = self.folder / "big.zip"
         with zipfile.ZipFile(big, "w") as archive:
             archive.writestr("QuillmarkCM.plugin/big", os.urandom(1 << 20) * 300)
-        big.chmod(0o644)
         process = start(UPDATE_TOOL, "repairzipitem", big, sign(big), PLUGIN)
         wait_until(lambda: status_of(process.pid)["Uid"].split() == ["0"] * 4, "the tool is root's")
         for attempt in (["kill", "-KILL", str(process.pid)], ["cat", f"/proc/{process.pid}/mem"]):
@@ -384,7 +383,6 @@ class HostilePackages(Attacks):
     """Signed by the vendor: a mistake there must do no harm either."""
 
     def refuse_package(self, status, package):
-        package.chmod(0o644)
         sign(package)
         self.assert_refused(status, "repairpackage", package)
 
@@ -424,7 +422,6 @@ class HostilePackages(Attacks):
             program.chmod(0o6777)
 
         package = self.package(mark)
-        package.chmod(0o644)
         sign(package)
         self.assert_done("repairpackage", package)
         status = (FILE_SYSTEM / "program").stat()
@@ -462,7 +459,6 @@ class HostileArchives(Attacks):
         archive = self.folder / "x.zip"
         with zipfile.ZipFile(archive, "w") as file:
             write(file)
-        archive.chmod(0o644)
         self.assert_refused(status, "repairzipitem", archive, sign(archive), PLUGIN)
 
     def test_that_lead_outside_are_refused(self):
@@ -482,7 +478,6 @@ class HostileArchives(Attacks):
         archive = self.folder / "x.zip"
         with zipfile.ZipFile(archive, "w") as file:
             write(file)
-        archive.chmod(0o644)
         self.assert_done("repairzipitem", archive, sign(archive), PLUGIN)
 
     def test_whose_folders_come_after_their_files_or_never_are_unpacked_whole(self):
@@ -521,7 +516,6 @@ class HostileArchives(Attacks):
             with file.open(information, "w", force_zip64=True) as member:
                 for _ in range(1100):
                     member.write(bytes(1 << 20))
-        archive.chmod(0o644)
         self.assert_refused(DAMAGED_PAYLOAD, "repairzipitem", archive, sign(archive), PLUGIN)
         self.assertEqual(os.listdir(PLUGIN.parent), [])
 
@@ -531,5 +525,4 @@ class HostileArchives(Attacks):
         for contents in (b"x", whole[: len(whole) // 2], whole[:-10]):
             archive = self.folder / "cut.zip"
             archive.write_bytes(contents)
-            archive.chmod(0o644)
             self.assert_refused(DAMAGED_PAYLOAD, "repairzipitem", archive, sign(archive), PLUGIN)

@@ -80,19 +80,18 @@ class OlderReleases(AttackTest):
         subprocess.run([tool, "repair", signature], check=True)
         self.assertEqual(UPDATE_TOOL.read_bytes(), tool.read_bytes())
 
+    def put_older_tool(self, mode):
+        for source, place in zip(of_release("finderoverlaytool", OLDER, self.folder), (OVERLAY_TOOL, f"{OVERLAY_TOOL}.sig")):
+            shutil.copy(source, place)
+        OVERLAY_TOOL.chmod(mode)
+
     def test_of_a_tool_do_not_get_their_rights_back(self):
-        tool, signature = of_release("finderoverlaytool", OLDER, self.folder)
-        shutil.copy(tool, OVERLAY_TOOL)
-        shutil.copy(signature, f"{OVERLAY_TOOL}.sig")
-        OVERLAY_TOOL.chmod(0o644)
+        self.put_older_tool(0o644)
         self.assert_refused(OLD_PAYLOAD, "repairpermissionsother", "finderoverlaytool")
 
     def test_that_are_in_order_are_left_when_all_tools_get_their_rights_back(self):
         """One that waits for its own update."""
-        tool, signature = of_release("finderoverlaytool", OLDER, self.folder)
-        shutil.copy(tool, OVERLAY_TOOL)
-        shutil.copy(signature, f"{OVERLAY_TOOL}.sig")
-        OVERLAY_TOOL.chmod(0o755)
+        self.put_older_tool(0o755)
         subprocess.run([UPDATE_TOOL, "repairpermissions"], check=True)
         OVERLAY_TOOL.chmod(0o777)
         self.assertEqual(subprocess.run([UPDATE_TOOL, "repairpermissions"], capture_output=True).returncode, OLD_PAYLOAD)
@@ -103,7 +102,6 @@ class OlderReleases(AttackTest):
 
     def test_of_a_bundle_in_a_package_do_not_replace_the_newer_one(self):
         package = make_package(self.folder / "x.pkg", make_bundle(self.folder / "tree", FILE_SYSTEM.name, build="1302"))
-        package.chmod(0o644)
         sign(package)
         self.assert_refused(OLD_PAYLOAD, "repairpackage", package)
         shutil.rmtree(FILE_SYSTEM)  # as the administrator can, who wants it
@@ -113,7 +111,6 @@ class OlderReleases(AttackTest):
         archive = self.folder / f"{name}.zip"
         with zipfile.ZipFile(archive, "w") as file:
             file.writestr(f"{name}/{place}", plistlib.dumps({"CFBundleVersion": version}))
-        archive.chmod(0o644)
         return archive, sign(archive)
 
     def test_of_a_bundle_in_an_archive_do_not_replace_the_newer_one(self):
@@ -142,7 +139,6 @@ class Identities(AttackTest):
     def disguise(self, contents):
         tool = self.folder / "finderoverlaytool"
         tool.write_bytes(contents)
-        tool.chmod(0o644)
         self.assert_refused(WRONG_PAYLOAD, "repairother", tool, sign(tool))
 
     def test_of_a_signed_archive_that_holds_a_tool_is_not_the_tools(self):

@@ -19,7 +19,24 @@ NAMES = ["finderoverlaytool", "finderoverlaytool.sig", "updateqm", "updateqm.sig
 REPAIR = ("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
 
 
-class HostileSurroundings(AttackTest):
+def hold_lock(test):
+    """The update tool waits for its turn, until the test ends."""
+    lock = os.open(LOCK, os.O_RDWR | os.O_CREAT, 0o600)
+    test.addCleanup(os.close, lock)
+    fcntl.flock(lock, fcntl.LOCK_EX)
+    return lock
+
+
+class BigPackageTest(AttackTest):
+    def big_package(self, mebibytes):
+        tree = make_bundle(self.folder / "tree", FILE_SYSTEM.name)
+        (tree / FILE_SYSTEM.name / "big").write_bytes(os.urandom(1 << 20) * mebibytes)
+        package = make_package(self.folder / "x.pkg", tree)
+        sign(package)
+        return package
+
+
+class HostileSurroundings(BigPackageTest):
     def assert_all_or_nothing(self, *command, **options):
         """It does its work, or says why not and has changed nothing; it leaves nothing behind."""
         before = fingerprint()
@@ -35,7 +52,6 @@ class HostileSurroundings(AttackTest):
         (deep / "program").write_text("x")
         (deep / "program").chmod(0o700)
         package = make_package(self.folder / "deep.pkg", tree)
-        package.chmod(0o644)
         sign(package)
         return package, FILE_SYSTEM / "a/b/c/d/e/f/program"
 
@@ -77,9 +93,7 @@ class HostileSurroundings(AttackTest):
         self.assertIn(-signal.SIGALRM, ended, "no timer was ever quick enough: the test shows nothing")
 
     def test_has_no_more_rights_than_it_needs_while_it_acts(self):
-        package = make_package(self.folder / "x.pkg", self.tree_of_a_big_bundle())
-        package.chmod(0o644)
-        sign(package)
+        package = self.big_package(200)
         process = start(UPDATE_TOOL, "repairpackage", package, before=lambda: os.nice(19))
         facts = wait_until(lambda: self.facts_while_it_writes(process.pid), "the tool writes")
         process.communicate(timeout=60)
@@ -90,11 +104,6 @@ class HostileSurroundings(AttackTest):
         blocked = int(facts["SigBlk"], 16)
         for number in (signal.SIGINT, signal.SIGALRM, signal.SIGTSTP, signal.SIGTTOU, signal.SIGPROF, signal.SIGXCPU):
             self.assertTrue(blocked >> (number - 1) & 1, number)
-
-    def tree_of_a_big_bundle(self):
-        tree = make_bundle(self.folder / "tree", FILE_SYSTEM.name)
-        (tree / FILE_SYSTEM.name / "big").write_bytes(os.urandom(1 << 20) * 200)
-        return tree
 
     def facts_while_it_writes(self, pid):
         facts = status_of(pid)
@@ -120,7 +129,7 @@ class HostileSurroundings(AttackTest):
         self.assertNotEqual(process.returncode, 0)
 
 
-class Confined(AttackTest):
+class Confined(BigPackageTest):
     """The process that takes archives and packages apart."""
 
     def test_can_only_compute_and_write_to_one_pipe(self):
@@ -140,14 +149,8 @@ class Confined(AttackTest):
 
     def test_is_gone_with_the_tool(self):
         """Whatever it was doing: here it can't go on, for the one that reads is stopped."""
-        tree = make_bundle(self.folder / "tree", FILE_SYSTEM.name)
-        (tree / FILE_SYSTEM.name / "big").write_bytes(os.urandom(1 << 20) * 50)
-        package = make_package(self.folder / "x.pkg", tree)
-        package.chmod(0o644)
-        sign(package)
-        lock = os.open(LOCK, os.O_RDWR | os.O_CREAT, 0o600)
-        self.addCleanup(os.close, lock)
-        fcntl.flock(lock, fcntl.LOCK_EX)
+        package = self.big_package(50)
+        hold_lock(self)
         process = start(UPDATE_TOOL, "repairpackage", package)
         children = lambda: Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text().split()
         confined = wait_until(lambda: [pid for pid in children() if status_of(pid)["Uid"].split() == ["65534"] * 4], "it reads")
@@ -157,15 +160,9 @@ class Confined(AttackTest):
 
 
 class OneAtATime(AttackTest):
-    def hold_lock(self):
-        lock = os.open(LOCK, os.O_RDWR | os.O_CREAT, 0o600)
-        self.addCleanup(os.close, lock)
-        fcntl.flock(lock, fcntl.LOCK_EX)
-        return lock
-
     def test_one_that_waits_goes_on_when_the_other_ends(self):
         OVERLAY_TOOL.unlink()
-        lock = self.hold_lock()
+        lock = hold_lock(self)
         process = start(UPDATE_TOOL, *REPAIR)
         wait_until(lambda: str(LOCK) in [os.readlink(path) for path in Path(f"/proc/{process.pid}/fd").iterdir()], "it waits")
         self.assertFalse(OVERLAY_TOOL.exists())
@@ -175,11 +172,11 @@ class OneAtATime(AttackTest):
         self.assertTrue(OVERLAY_TOOL.exists())
 
     def test_one_that_waits_too_long_says_so(self):
-        self.hold_lock()
+        hold_lock(self)
         self.assert_refused(BUSY, *REPAIR, words=["another one is at work"])
 
     def test_those_that_wait_are_the_callers_who_can_end_them(self):
-        self.hold_lock()
+        hold_lock(self)
         processes = [start(UPDATE_TOOL, *REPAIR) for _ in range(10)]
         for process in processes:
             wait_until(lambda: "nanosleep" in Path(f"/proc/{process.pid}/wchan").read_text() or

@@ -137,7 +137,6 @@ class Commands(UpdateToolTest):
     def client_package(self, name="Quillmark.app"):
         tree = make_bundle(Path("/tmp/client"), name, "1.15.0", "1400")
         package = make_package(Path("/tmp/client.pkg"), tree, "/Applications")
-        package.chmod(0o644)
         return package, sign(package)
 
     def test_a_full_update_replaces_the_client_where_it_stands(self):

@@ -19,12 +19,10 @@ class InformationPropertyList(unittest.TestCase):
         self.info = property_list(APP / "Contents/Info.plist")
 
     def test_says_which_program_this_is(self):
-        self.assertEqual(self.info["CFBundleIdentifier"], "com.quillmark.QuillmarkLauncher")
-        self.assertEqual(self.info["CFBundleExecutable"], "Quillmark")
-        self.assertEqual(self.info["CFBundleName"], "Quillmark")
-        self.assertEqual(self.info["CFBundleDisplayName"], "Quillmark")
-        self.assertEqual(self.info["CFBundlePackageType"], "APPL")
-        self.assertEqual(self.info["NSPrincipalClass"], "NSApplication")
+        self.assertEqual(self.info, self.info | {
+            "CFBundleIdentifier": "com.quillmark.QuillmarkLauncher", "CFBundleExecutable": "Quillmark",
+            "CFBundleName": "Quillmark", "CFBundleDisplayName": "Quillmark", "CFBundlePackageType": "APPL",
+            "NSPrincipalClass": "NSApplication"})
 
     def test_gives_the_version_and_the_build(self):
         self.assertEqual(self.info["CFBundleShortVersionString"], "1.14.4")

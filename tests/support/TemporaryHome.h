@@ -40,6 +40,11 @@ public:
         EXPECT_TRUE(std::ofstream(file) << contents << std::flush) << file;
         return file;
     }
+    /// Makes a link that leads to the target, wherever that is. \returns its path.
+    std::string link(const std::string &relative, const std::string &target) const {
+        std::filesystem::create_symlink(target, path(relative));
+        return path(relative);
+    }
     std::string makeFolder(const std::string &relative) const {
         std::filesystem::create_directories(path(relative));
         return path(relative);

@@ -34,7 +34,9 @@ def resource(name):
 
 
 def sign(path, key=VENDOR_KEY):
-    """Signs a file, in the vendor's place unless another key is given. \\returns the signature's path."""
+    """Signs a file, in the vendor's place unless another key is given, and lets everybody read it. \\returns the signature's
+    path."""
+    path.chmod(path.stat().st_mode | 0o444)
     signature = Path(f"{path}.sig")
     subprocess.run(["openssl", "dgst", "-sha1", "-sign", key, "-out", signature, path], check=True)
     return signature
@@ -153,5 +155,4 @@ class AttackTest(UpdateToolTest):
         """The whole client of that build. \\returns the package and its signature."""
         tree = make_bundle(self.folder / "client", APP.name, build=build)
         package = make_package(self.folder / "client.pkg", tree, "/Applications")
-        package.chmod(0o644)
         return package, sign(package)

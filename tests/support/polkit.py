@@ -75,8 +75,8 @@ def install_action():
 def start_agent(test, answer, process, *language):
     """A password dialog for what the process asks. \\param answer dismiss or allow. \\returns the agent, which prints
     "asked" for each dialog, and with a language the action and its message."""
-    agent = start("/usr/bin/python3", AGENT, answer, str(process), *language, stdin=subprocess.PIPE, stderr=None)
-    end_with(test, agent)
+    agent = end_with(test, start("/usr/bin/python3", AGENT, answer, str(process), *language, stdin=subprocess.PIPE,
+                                 stderr=None))
     test.assertEqual(agent.stdout.readline(), "ready\n")
     return agent
 

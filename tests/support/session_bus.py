@@ -15,15 +15,14 @@ def start_session_bus(test):
     """A bus that starts no services, and ends with the test. \\returns the user's environment on it."""
     configuration = Path("/tmp/session-bus.conf")
     configuration.write_text(CONFIGURATION)
-    bus = start("dbus-daemon", f"--config-file={configuration}", "--print-address", "--nofork", stderr=subprocess.DEVNULL)
-    end_with(test, bus)
+    bus = end_with(test, start("dbus-daemon", f"--config-file={configuration}", "--print-address", "--nofork",
+                               stderr=subprocess.DEVNULL))
     return environment(DBUS_SESSION_BUS_ADDRESS=bus.stdout.readline().strip())
 
 
 def start_on_bus(test, surroundings, program, *arguments):
     """A Python program on the bus, run by `program` (PYTHON or a copy); it has said "ready" when this comes back."""
-    process = start(program, *arguments, env=surroundings | {"PYTHONHOME": "/usr"})
-    end_with(test, process)
+    process = end_with(test, start(program, *arguments, env=surroundings | {"PYTHONHOME": "/usr"}))
     line = process.stdout.readline()
     test.assertEqual(line, "ready\n", line or process.stderr.read())
     return process

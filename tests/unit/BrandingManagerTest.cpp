@@ -4,6 +4,14 @@
 namespace quillmark {
 namespace {
 
+class RecordingView final : public LogoView, public ImageView {
+public:
+    void setLogoImage(const Image &image) override { logo = image.name; }
+    void setImage(const Image &image) override { picture = image.name; }
+    std::optional<std::string> logo;
+    std::optional<std::string> picture;
+};
+
 class Branding : public test::LogFixture {
 protected:
     Branding() {
@@ -26,6 +34,14 @@ protected:
     std::optional<std::string> logoOf(std::int32_t brandID) const {
         const auto image = manager.getBrandedLogoImageForBrandID(brandID);
         return image ? std::optional(image->name) : std::nullopt;
+    }
+    /// Both kinds of view are given that logo.
+    void expectHandedOver(const std::optional<std::string> &logo) {
+        RecordingView view;
+        manager.setHeaderViewBrandedLogoImage(view);
+        manager.setBrandedLogoImage(view);
+        EXPECT_EQ(view.logo, logo);
+        EXPECT_EQ(view.picture, logo);
     }
 
     test::FakeBundle bundle;
@@ -76,10 +92,7 @@ TEST_F(Branding, Brand15AloneHasItsLogoInTheApplication) {
     EXPECT_EQ(logoOf(16), "logo-1.bmp"); // deliberate
 }
 
-TEST_F(Branding, Brand15sDownloadedLogoWinsOverTheShippedOne) {
-    const std::string path = download(15, true);
-    EXPECT_EQ(logoOf(15), path);
-}
+TEST_F(Branding, Brand15sDownloadedLogoWinsOverTheShippedOne) { EXPECT_EQ(download(15, true), logoOf(15)); }
 
 TEST_F(Branding, Brand15sUndecodableDownloadGivesTheDefaultLogoAndNotItsShippedOne) {
     download(15, false);
@@ -101,29 +114,11 @@ TEST_F(Branding, TheLogoIsThatOfTheCurrentBrand) {
     EXPECT_EQ(manager.getBrandedLogoImage()->name, "logo-15.bmp");
 }
 
-class RecordingView final : public LogoView, public ImageView {
-public:
-    void setLogoImage(const Image &image) override { logo = image.name; }
-    void setImage(const Image &image) override { picture = image.name; }
-    std::optional<std::string> logo;
-    std::optional<std::string> picture;
-};
-
-TEST_F(Branding, ViewsAreHandedTheLogo) {
-    RecordingView view;
-    manager.setHeaderViewBrandedLogoImage(view);
-    manager.setBrandedLogoImage(view);
-    EXPECT_EQ(view.logo, "logo-1.bmp");
-    EXPECT_EQ(view.picture, "logo-1.bmp");
-}
+TEST_F(Branding, ViewsAreHandedTheLogo) { expectHandedOver("logo-1.bmp"); }
 
 TEST_F(Branding, ViewsStayAsTheyAreWithoutALogo) {
     bundle.resources.clear();
-    RecordingView view;
-    manager.setHeaderViewBrandedLogoImage(view);
-    manager.setBrandedLogoImage(view);
-    EXPECT_EQ(view.logo, std::nullopt);
-    EXPECT_EQ(view.picture, std::nullopt);
+    expectHandedOver(std::nullopt);
 }
 
 TEST_F(Branding, TextsAreHandedOn) {

@@ -4,6 +4,8 @@
 #include "utils/Raise.h"
 #include "utils/WrapException.h"
 
+#include <gmock/gmock.h>
+
 namespace quillmark {
 namespace {
 
@@ -69,12 +71,7 @@ TEST_F(Exceptions, PosixErrorsHaveTheSystemsText) {
 }
 
 TEST_F(Exceptions, RaisingFormatsTheReasonFromOneArgument) {
-    try {
-        __raiseException1("N", "bad \"%@\"", "x");
-        FAIL() << "nothing was raised";
-    } catch (const std::exception &exception) {
-        EXPECT_STREQ(exception.what(), "N (bad \"x\")");
-    }
+    EXPECT_THAT([] { __raiseException1("N", "bad \"%@\"", "x"); }, testing::ThrowsMessage<Exception>("N (bad \"x\")"));
 }
 
 TEST_F(Exceptions, ADebuggerIsPresentWhenTheProcessIsTraced) {

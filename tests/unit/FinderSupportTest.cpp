@@ -15,26 +15,24 @@ using test::FakeScripts;
 using test::Lines;
 using Type = ScriptDescriptor::Type;
 
-const std::string kSelectionSource = "\t\t\t tell application \"Finder\"\n"
-                                     "\t\t\t set alist to selection as alias list\n"
-                                     "\t\t\t set plist to {}\n"
-                                     "\t\t\t repeat with afile in alist\n"
-                                     "\t\t\t set end of plist to (POSIX path of (afile as text))\n"
-                                     "\t\t\t end repeat\n"
-                                     "\t\t\t end tell\n"
-                                     "\t\t\t return plist";
-const std::string kRetrySource = "\t\t\t\t\t\t\t\t\t  tell application \"QuillmarkCore\"\n"
-                                 "\t\t\t\t\t\t\t\t\t  activate\n"
-                                 "\t\t\t\t\t\t\t\t\t  end tell\n"
-                                 "\t\t\t\t\t\t\t\t\t  tell application \"Finder\"\n"
-                                 "\t\t\t\t\t\t\t\t\t  activate\n"
-                                 "\t\t\t\t\t\t\t\t\t  set alist to selection as alias list\n"
-                                 "\t\t\t\t\t\t\t\t\t  set plist to {}\n"
-                                 "\t\t\t\t\t\t\t\t\t  repeat with afile in alist\n"
-                                 "\t\t\t\t\t\t\t\t\t  set end of plist to (POSIX path of (afile as text))\n"
-                                 "\t\t\t\t\t\t\t\t\t  end repeat\n"
-                                 "\t\t\t\t\t\t\t\t\t  end tell\n"
-                                 "\t\t\t\t\t\t\t\t\t  return plist";
+/// A script whose lines are indented like this.
+std::string source(const std::string &indentation, const Lines &lines) {
+    return indentation + test::joined(lines, '\n' + indentation);
+}
+
+const Lines kReadSelection{"set alist to selection as alias list",
+                           "set plist to {}",
+                           "repeat with afile in alist",
+                           "set end of plist to (POSIX path of (afile as text))",
+                           "end repeat",
+                           "end tell",
+                           "return plist"};
+const std::string kSelectionSource =
+    source("\t\t\t ", test::together({{"tell application \"Finder\""}, kReadSelection}));
+const std::string kRetrySource =
+    source("\t\t\t\t\t\t\t\t\t  ", test::together({{"tell application \"QuillmarkCore\"", "activate", "end tell",
+                                                    "tell application \"Finder\"", "activate"},
+                                                   kReadSelection}));
 
 const std::string kSelectionRun = "execute " + kSelectionSource;
 const std::string kRetryRun = "execute " + kRetrySource;

@@ -162,8 +162,7 @@ TEST_F(InstallCheckCatalogue, AnItemsFilesLieInTheResourceFolder) {
 }
 
 TEST_F(InstallCheckCatalogue, ADanglingLinkIsMissing) {
-    const std::string link = home.path("link");
-    std::filesystem::create_symlink(home.path("gone"), link);
+    const std::string link = home.link("link", home.path("gone"));
     for (const char *type : {"Bundle", "QMTool", "QMToolRoot", "FinderCM", "FinderOverlayInsert"}) {
         EXPECT_EQ(statusOf(itemOf(type, "x", link)), "Missing") << type;
     }
@@ -171,15 +170,13 @@ TEST_F(InstallCheckCatalogue, ADanglingLinkIsMissing) {
 
 TEST_F(InstallCheckCatalogue, ALinkIsFollowedToABundle) {
     const std::string bundle = installBundle("A.fs", "1.14.0");
-    const std::string link = home.path("link");
-    std::filesystem::create_symlink(bundle, link);
+    const std::string link = home.link("link", bundle);
     EXPECT_EQ(statusOf(itemOf("Bundle", "A", link, {{kVersion, "1.14.0"}})), "OK");
     EXPECT_EQ(statusOf(itemOf("FinderCM", "A", link)), "OK");
 }
 
 TEST_F(InstallCheckCatalogue, ALinkToTheAdministratorsToolHasWrongPermissions) {
-    const std::string link = home.path("link");
-    std::filesystem::create_symlink(kAdministratorsTool, link); // whoever owns the link decides what runs
+    const std::string link = home.link("link", kAdministratorsTool); // whoever owns the link decides what runs
     platform.tasks.outputs[link] = "1.14.0.0";
     EXPECT_EQ(statusOf(itemOf("QMTool", "x", link)), "Wrong Permissions");
 }

@@ -10,6 +10,7 @@ namespace quillmark {
 namespace {
 
 using test::Lines;
+using test::together;
 
 class StatusEvaluation : public test::InstallCheckFixture {
 protected:
@@ -293,33 +294,27 @@ TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsInOrder) {
     startLog();
     statusesOf({core, missing("Framework", "Mono"), file, tool("QMTool", "1.14.0.0\n"),
                 tool("QMToolRoot", "2.0.0.0", kSetUserIdTool), menu});
-    EXPECT_EQ(log(), (Lines{"dtl Updating status...",
-                            "dtl Checking CoreApp \"QuillmarkCore\"...",
-                            "dtl Examining \"~/Quillmark.app/Contents/Resources/QuillmarkCore.app\"",
-                            "dtl Examining \"~/Quillmark.app/Contents/Resources/QuillmarkCore.app\"",
-                            "vrb Install check: CoreApp \"QuillmarkCore\" is \"OK\"",
-                            "dtl Checking Framework \"Mono\"...",
-                            "dtl Examining installed \"~/none\"",
-                            "vrb Install check: Framework \"Mono\" is \"OK\"",
-                            "dtl Checking Bundle \"x\"...",
-                            "dtl Examining installed \"~/A.fs\"",
-                            "dtl Found framework version string \"1.9.12\" parsed as 1.9.12",
-                            "dtl Found framework up-to-date",
-                            "vrb Install check: Bundle \"x\" is \"OK\"",
-                            "dtl Checking QMTool \"env\"...",
-                            "dtl Examining installed \"/usr/bin/env\"",
-                            "vrb \"/usr/bin/env\" does not need to update from 1.14.0.0\\n",
-                            "dtl Examining installed \"/usr/bin/env\"",
-                            "vrb Install check: QMTool \"env\" is \"OK\"",
-                            "dtl Checking QMToolRoot \"passwd\"...",
-                            "dtl Examining installed \"/usr/bin/passwd\"",
-                            "vrb \"/usr/bin/passwd\" does not need to update from 2.0.0.0",
-                            "vrb Install check: QMToolRoot \"passwd\" is \"OK\"",
-                            "dtl Checking FinderCM \"x\"...",
-                            "dtl Examining installed \"~/A.plugin\"",
-                            "vrb \"~/A.plugin\" does not need to update from 1.14.4",
-                            "vrb Install check: FinderCM \"x\" is \"OK\"",
-                            "dtl Updated status"}));
+    EXPECT_EQ(log(),
+              together({{"dtl Updating status..."},
+                        {"dtl Checking CoreApp \"QuillmarkCore\"...",
+                         "dtl Examining \"~/Quillmark.app/Contents/Resources/QuillmarkCore.app\"",
+                         "dtl Examining \"~/Quillmark.app/Contents/Resources/QuillmarkCore.app\"",
+                         "vrb Install check: CoreApp \"QuillmarkCore\" is \"OK\""},
+                        {"dtl Checking Framework \"Mono\"...", "dtl Examining installed \"~/none\"",
+                         "vrb Install check: Framework \"Mono\" is \"OK\""},
+                        {"dtl Checking Bundle \"x\"...", "dtl Examining installed \"~/A.fs\"",
+                         "dtl Found framework version string \"1.9.12\" parsed as 1.9.12",
+                         "dtl Found framework up-to-date", "vrb Install check: Bundle \"x\" is \"OK\""},
+                        {"dtl Checking QMTool \"env\"...", "dtl Examining installed \"/usr/bin/env\"",
+                         "vrb \"/usr/bin/env\" does not need to update from 1.14.0.0\\n",
+                         "dtl Examining installed \"/usr/bin/env\"", "vrb Install check: QMTool \"env\" is \"OK\""},
+                        {"dtl Checking QMToolRoot \"passwd\"...", "dtl Examining installed \"/usr/bin/passwd\"",
+                         "vrb \"/usr/bin/passwd\" does not need to update from 2.0.0.0",
+                         "vrb Install check: QMToolRoot \"passwd\" is \"OK\""},
+                        {"dtl Checking FinderCM \"x\"...", "dtl Examining installed \"~/A.plugin\"",
+                         "vrb \"~/A.plugin\" does not need to update from 1.14.4",
+                         "vrb Install check: FinderCM \"x\" is \"OK\""},
+                        {"dtl Updated status"}}));
 }
 
 TEST_F(StatusEvaluation, TheLogTellsEveryStepOfItemsAtFault) {

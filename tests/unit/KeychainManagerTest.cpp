@@ -26,6 +26,12 @@ protected:
     ~Keychains() override { EXPECT_EQ(keychain.references, 0) << "an item was not released"; }
 
     void store(const std::string &data, const std::string &user = "ada") { keychain.items[{service, user}] = data; }
+    void storeAlone(const std::optional<std::string> &data) {
+        keychain.items.clear();
+        if (data) {
+            store(*data);
+        }
+    }
     std::string stored(const std::string &user = "ada") const {
         const auto item = keychain.items.find({service, user});
         return item != keychain.items.end() ? item->second : "(none)";
@@ -62,6 +68,12 @@ protected:
         strings = std::make_unique<LocalizedStrings>(bundle);
         renamed = std::make_unique<KeychainManager>(keychain, *strings);
         service = name;
+    }
+
+    /// Of an item that was stored before.
+    void storeUnderTheLegacyName(const std::string &data) {
+        store(data);
+        rename("Plume");
     }
 
     const std::string log;
@@ -358,8 +370,7 @@ TEST_F(Keychains, ADocumentWithoutAPasswordDoesNotTellItsChoice) { // deliberate
 // What earlier versions called themselves
 
 TEST_F(Keychains, AnItemUnderTheLegacyNameMovesAtTheFirstRead) {
-    store(R"({"password":"p","keepSignedIn":true,"beta":true})");
-    rename("Plume");
+    storeUnderTheLegacyName(R"({"password":"p","keepSignedIn":true,"beta":true})");
     bool keep = false;
     EXPECT_EQ(renamed->getPasswordForUser(ada, &keep), "p");
     EXPECT_TRUE(keep);
@@ -369,16 +380,14 @@ TEST_F(Keychains, AnItemUnderTheLegacyNameMovesAtTheFirstRead) {
 }
 
 TEST_F(Keychains, ABarePasswordUnderTheLegacyNameMovesAndBecomesADocument) {
-    store("bare");
-    rename("Plume");
+    storeUnderTheLegacyName("bare");
     EXPECT_EQ(renamed->getPasswordForUser(ada), "bare");
     EXPECT_EQ(keychain.items.size(), 1);
     EXPECT_EQ(stored(), R"({"keepSignedIn":true,"password":"bare"})");
 }
 
 TEST_F(Keychains, AnItemUnderTheCurrentNameLeavesTheLegacyOneAlone) {
-    store("old");
-    rename("Plume");
+    storeUnderTheLegacyName("old");
     store(R"({"password":"new"})");
     EXPECT_EQ(renamed->getPasswordForUser(ada), "new");
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
@@ -390,8 +399,7 @@ TEST_F(Keychains, NothingMovesWhileTheProductHasItsLegacyName) {
 }
 
 TEST_F(Keychains, NothingMovesUnlessTheCurrentItemIsKnownToBeAbsent) {
-    store("old");
-    rename("Plume");
+    storeUnderTheLegacyName("old");
     for (const std::int32_t status : {kKeychainInteractionNotAllowed, kKeychainNotAvailable, kSomeFault}) {
         failAt("SecKeychainFindGenericPassword", status);
         EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
@@ -401,8 +409,7 @@ TEST_F(Keychains, NothingMovesUnlessTheCurrentItemIsKnownToBeAbsent) {
 }
 
 TEST_F(Keychains, TheLegacyItemIsDeletedBeforeItsTextIsWritten) {
-    store(R"({"password":"p"})");
-    rename("Plume");
+    storeUnderTheLegacyName(R"({"password":"p"})");
     renamed->getPasswordForUser(ada);
     EXPECT_EQ(platform.transcript.calls(),
               (Texts{"SecKeychainFindGenericPassword Plume ada", "SecKeychainFindGenericPassword Quillmark ada",
@@ -412,8 +419,7 @@ TEST_F(Keychains, TheLegacyItemIsDeletedBeforeItsTextIsWritten) {
 }
 
 TEST_F(Keychains, AMovingItemThatCannotBeWrittenIsGivenOnceAndThenGoneWithoutAWord) { // deliberate
-    store(R"({"password":"p"})");
-    rename("Plume");
+    storeUnderTheLegacyName(R"({"password":"p"})");
     failAt("SecKeychainAddGenericPassword", kSomeFault);
     EXPECT_EQ(renamed->getPasswordForUser(ada), "p");
     EXPECT_TRUE(keychain.items.empty());
@@ -422,8 +428,7 @@ TEST_F(Keychains, AMovingItemThatCannotBeWrittenIsGivenOnceAndThenGoneWithoutAWo
 }
 
 TEST_F(Keychains, AMovingItemThatCannotBeDeletedIsCopied) { // deliberate
-    store("old");
-    rename("Plume");
+    storeUnderTheLegacyName("old");
     failAt("SecKeychainItemDelete", kSomeFault);
     EXPECT_EQ(renamed->getPasswordForUser(ada), "old");
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "old");
@@ -431,15 +436,13 @@ TEST_F(Keychains, AMovingItemThatCannotBeDeletedIsCopied) { // deliberate
 }
 
 TEST_F(Keychains, ALegacyItemThatIsNoTextStaysWhereItIs) {
-    store("\xff");
-    rename("Plume");
+    storeUnderTheLegacyName("\xff");
     EXPECT_EQ(renamed->getPasswordForUser(ada), std::nullopt);
     EXPECT_EQ(keychain.items.at({"Quillmark", "ada"}), "\xff");
 }
 
 TEST_F(Keychains, OnlyReadingThePasswordMovesAnItem) { // deliberate
-    store(R"({"password":"p","skipAuth":true})");
-    rename("Plume");
+    storeUnderTheLegacyName(R"({"password":"p","skipAuth":true})");
     EXPECT_FALSE(renamed->skipAuthForUser(ada));
     EXPECT_EQ(renamed->getEncryptionKeyForUser(ada), std::nullopt);
     EXPECT_EQ(stored(), "(none)");
@@ -492,10 +495,7 @@ TEST_F(Keychains, SavingOverABarePasswordOrAnythingElseThatIsNoDocumentStartsAne
 TEST_F(Keychains, AFailedSaveIsLoggedAndDeletesTheItem) { // deliberate
     for (const auto &[call, isThere] :
          {std::pair("SecKeychainItemModifyContent", true), {"SecKeychainAddGenericPassword", false}}) {
-        keychain.items.clear();
-        if (isThere) {
-            store(R"({"password":"old","encryptionKey":"k"})");
-        }
+        storeAlone(isThere ? std::optional(R"({"password":"old","encryptionKey":"k"})") : std::nullopt);
         failAt(call, kSomeFault);
         platform.transcript.clear();
         EXPECT_FALSE(manager.savePassword("new", ada));
@@ -663,10 +663,7 @@ TEST_F(Keychains, AnEncryptionKeyIsKeptBesideThePassword) {
 
 TEST_F(Keychains, AnEncryptionKeyMakesAnItemWhereThereIsNoDocument) {
     for (const auto &data : std::initializer_list<std::optional<std::string>>{std::nullopt, "{}", "bare"}) {
-        keychain.items.clear();
-        if (data) {
-            store(*data);
-        }
+        storeAlone(data);
         EXPECT_TRUE(manager.saveEncryptionKey("k", ada));
         EXPECT_EQ(stored(), R"({"encryptionKey":"k"})");
     }
@@ -701,20 +698,17 @@ TEST_F(Keychains, NoDocumentHowOddItMayBeIsLostOrTakenForAnotherOne) {
 
 TEST_F(Keychains, NoSecretReachesTheLog) {
     const std::string secret = "s3cret";
+    const std::vector<std::function<void()>> operations = {
+        [&] { manager.getPasswordForUser(ada); }, [&] { manager.savePassword(secret, ada, true); },
+        [&] { manager.saveEncryptionKey(secret, ada); }, [&] { manager.removePassword(ada); }};
     for (const char *const call : {"SecKeychainFindGenericPassword", "SecKeychainItemCopyContent",
                                    "SecKeychainItemModifyContent", "SecKeychainAddGenericPassword", "none"}) {
         for (const auto &data :
              std::initializer_list<std::optional<std::string>>{"s3cret", R"({"password":"s3cret"})", std::nullopt}) {
-            keychain.items.clear();
-            if (data) {
-                store(*data);
-            }
-            for (int operation = 0; operation < 4; ++operation) {
+            storeAlone(data);
+            for (const std::function<void()> &operation : operations) {
                 failAt(call, kSomeFault);
-                const std::vector<std::function<void()>> operations = {
-                    [&] { manager.getPasswordForUser(ada); }, [&] { manager.savePassword(secret, ada, true); },
-                    [&] { manager.saveEncryptionKey(secret, ada); }, [&] { manager.removePassword(ada); }};
-                operations[static_cast<size_t>(operation)]();
+                operation();
             }
         }
     }

@@ -261,8 +261,7 @@ TEST_F(MoveToApplications, IsNotOfferedWhereAPathMerelyBeginsLikeAVolume) {
 TEST_F(MoveToApplications, TakesAWritableSourceForNoDiskImage) { EXPECT_FALSE(plan().isOnDiskImage); }
 
 TEST_F(MoveToApplications, IsNotOfferedWhereALinkHasLedToTheApplicationsFolder) {
-    const std::string link = home.path("linked");
-    ASSERT_EQ(::symlink(home.path("Downloads").c_str(), link.c_str()), 0);
+    const std::string link = home.link("linked", home.path("Downloads"));
     PFAltDstBundleParentPath(link);
     move();
     EXPECT_EQ(log(), Lines{"nrm \"" + source + "\" and \"" + link +
@@ -580,7 +579,7 @@ TEST_F(MoveToApplications, TrashesEachOtherCopyThatIsThereAndPassesOverTheOnesTh
 TEST_F(MoveToApplications, NeverRemovesTheApplicationItselfOrWhatHoldsIt) {
     putOldCopy();
     home.write("Downloads/Quillmark.app2/x", "x");
-    ASSERT_EQ(::symlink(home.path("Downloads").c_str(), home.path("linked").c_str()), 0);
+    home.link("linked", home.path("Downloads"));
     const Lines kept = {source,
                         home.path("Downloads"),
                         home.path("Downloads/"),
@@ -599,8 +598,7 @@ TEST_F(MoveToApplications, NeverRemovesTheApplicationItselfOrWhatHoldsIt) {
 
 TEST_F(MoveToApplications, RemovesALinkThatMerelyLeadsToTheApplication) {
     putOldCopy();
-    const std::string link = home.path("Link.app");
-    ASSERT_EQ(::symlink(source.c_str(), link.c_str()), 0);
+    const std::string link = home.link("Link.app", source);
     PFAlsoRemoveBundles({link});
     moveToTheEnd();
     EXPECT_THAT(callsThatBeginWith("recycle"), Contains(recycled(link)));

@@ -27,7 +27,13 @@ TEST(UUID, IsNewEachTimeInCanonicalUpperCase) {
     EXPECT_NE(UUIDString(), uuid);
 }
 
-TEST(CurrentThreadFileManager, IsTheThreadsOwnAndAlwaysTheSame) {
+class CurrentThreadFileManager : public testing::Test {
+protected:
+    const test::TemporaryHome home;
+    const FileManager files;
+};
+
+TEST_F(CurrentThreadFileManager, IsTheThreadsOwnAndAlwaysTheSame) {
     const FileManager *mine = &__QMCurrentThreadFileManager();
     EXPECT_EQ(&__QMCurrentThreadFileManager(), mine);
     const FileManager *other = nullptr;
@@ -35,25 +41,20 @@ TEST(CurrentThreadFileManager, IsTheThreadsOwnAndAlwaysTheSame) {
     EXPECT_NE(other, mine);
 }
 
-TEST(CurrentThreadFileManager, FollowsLinksWhenItLooksForFiles) {
-    const test::TemporaryHome home;
-    const FileManager files;
+TEST_F(CurrentThreadFileManager, FollowsLinksWhenItLooksForFiles) {
     const std::string file = home.write("a", "");
     EXPECT_TRUE(files.fileExists(file));
-    ASSERT_EQ(::symlink(file.c_str(), home.path("link").c_str()), 0);
+    home.link("link", file);
     EXPECT_TRUE(files.fileExists(home.path("link")));
     ASSERT_TRUE(std::filesystem::remove(file));
     EXPECT_FALSE(files.fileExists(home.path("link")));
 }
 
-TEST(CurrentThreadFileManager, TellsAFilesOwnerAndMode) {
-    const FileManager files;
+TEST_F(CurrentThreadFileManager, TellsAFilesOwnerAndMode) {
     const auto owned = files.attributes("/usr/bin/passwd");
     ASSERT_TRUE(owned);
     EXPECT_EQ(owned->ownerAccountName, "root");
     EXPECT_EQ(owned->posixPermissions, 04755U);
-
-    const test::TemporaryHome home;
     const std::string file = home.write("a", "");
     for (const mode_t mode : {0755U, 0775U, 0U, 06711U, 01777U}) {
         ASSERT_EQ(::chmod(file.c_str(), mode), 0);
@@ -61,36 +62,31 @@ TEST(CurrentThreadFileManager, TellsAFilesOwnerAndMode) {
     }
 }
 
-TEST(CurrentThreadFileManager, TellsAFoldersOwnerAndMode) {
-    const test::TemporaryHome home;
+TEST_F(CurrentThreadFileManager, TellsAFoldersOwnerAndMode) {
     const std::string folder = home.makeFolder("a");
     ASSERT_EQ(::chmod(folder.c_str(), 01777), 0);
-    EXPECT_EQ(FileManager().attributes(folder)->posixPermissions, 01777U);
-    EXPECT_EQ(FileManager().attributes("/usr/bin")->ownerAccountName, "root");
+    EXPECT_EQ(files.attributes(folder)->posixPermissions, 01777U);
+    EXPECT_EQ(files.attributes("/usr/bin")->ownerAccountName, "root");
 }
 
-TEST(CurrentThreadFileManager, TellsTheAttributesOfALinkItselfAndNothingOfWhatIsNotThere) {
-    const test::TemporaryHome home;
-    const FileManager files;
-    const std::string link = home.path("link");
-    ASSERT_EQ(::symlink("/usr/bin/passwd", link.c_str()), 0);
+TEST_F(CurrentThreadFileManager, TellsTheAttributesOfALinkItselfAndNothingOfWhatIsNotThere) {
+    const std::string link = home.link("link", "/usr/bin/passwd");
     EXPECT_EQ(files.attributes(link)->posixPermissions, 0777U);
     EXPECT_FALSE(files.attributes(home.path("none")));
     EXPECT_FALSE(files.attributes(""));
     EXPECT_FALSE(files.attributes("/usr/bin/passwd/x"));
 }
 
-TEST(CurrentThreadFileManager, ANumberThatNoAccountHasIsAnOwnerWithoutAName) {
-    const test::TemporaryHome home;
+TEST_F(CurrentThreadFileManager, ANumberThatNoAccountHasIsAnOwnerWithoutAName) {
     const std::string file = home.write("a", "");
     constexpr uid_t kNobodysNumber = 3'999'999'999;
     // Only the administrator can give files away; others see at least that the file is their own.
     const bool isGiven = ::chown(file.c_str(), kNobodysNumber, static_cast<gid_t>(-1)) == 0;
-    EXPECT_EQ(FileManager().attributes(file)->ownerAccountName.empty(), isGiven);
+    EXPECT_EQ(files.attributes(file)->ownerAccountName.empty(), isGiven);
 }
 
 /// A folder of this user's in which others may do what the mode says.
-class OthersFolders : public testing::Test {
+class OthersFolders : public CurrentThreadFileManager {
 protected:
     std::string makeFolder(const char *name, mode_t mode) {
         const std::string path = home.path(name);
@@ -98,9 +94,6 @@ protected:
         EXPECT_EQ(::chmod(path.c_str(), mode), 0);
         return path;
     }
-
-    const test::TemporaryHome home;
-    const FileManager &files = __QMCurrentThreadFileManager();
 };
 
 TEST_F(OthersFolders, AreThoseInWhichOthersCanExchangeThings) {
@@ -119,29 +112,22 @@ TEST_F(OthersFolders, AreNoneWhereEachKeepsHisOwnAndTheNextThingIsThere) {
 
 TEST_F(OthersFolders, AreLinksToo) {
     const std::string folder = makeFolder("folder", 0755);
-    const std::string link = home.path("link");
-    ASSERT_EQ(::symlink(folder.c_str(), link.c_str()), 0);
+    const std::string link = home.link("link", folder);
     EXPECT_EQ(files.folderOfOthers(link + "/a"), link);
     EXPECT_EQ(files.folderOfOthers(link), std::nullopt);
 }
 
-TEST(CurrentThreadFileManager, TrustsPlainFilesOfThisUsersOfASensibleSize) {
-    const test::TemporaryHome home;
-    const FileManager files;
-    home.write("file", "12345");
-    const std::string file = home.path("file");
+TEST_F(CurrentThreadFileManager, TrustsPlainFilesOfThisUsersOfASensibleSize) {
+    const std::string file = home.write("file", "12345");
     EXPECT_TRUE(files.isTrustedFile(file, 5));
     EXPECT_FALSE(files.isTrustedFile(file, 4));
-    const std::string link = home.path("link");
-    ASSERT_EQ(::symlink(file.c_str(), link.c_str()), 0);
+    const std::string link = home.link("link", file);
     EXPECT_FALSE(files.isTrustedFile(link, 5));
     EXPECT_FALSE(files.isTrustedFile(home.path(), 5));
     EXPECT_FALSE(files.isTrustedFile(home.path("none"), 5));
 }
 
-TEST(CurrentThreadFileManager, TellsWhyAFolderCannotBeCreated) {
-    const test::TemporaryHome home;
-    const FileManager files;
+TEST_F(CurrentThreadFileManager, TellsWhyAFolderCannotBeCreated) {
     home.write("file", "");
     EXPECT_EQ(files.createFolder(home.path("a/b"), 0700), 0);
     EXPECT_EQ(files.createFolder(home.path("a/b"), 0700), 0);

@@ -32,21 +32,24 @@ int statusOfTraced(void (*body)()) {
     return status;
 }
 
-TEST(TracedAssertion, StopsInTheRealTracerAtATrap) {
-    const int status = statusOfTraced([] { __assert2("pid", "unit", 183); });
+void expectTrapIn(void (*body)()) {
+    const int status = statusOfTraced(body);
     ASSERT_TRUE(WIFSTOPPED(status));
     EXPECT_EQ(WSTOPSIG(status), SIGTRAP);
+}
+
+TEST(TracedAssertion, StopsInTheRealTracerAtATrap) {
+    expectTrapIn([] { __assert2("pid", "unit", 183); });
 }
 
 TEST(TracedAssertion, RaisingStopsThereToo) {
-    const int status = statusOfTraced([] { __raiseException1("N", "%@", 1); });
-    ASSERT_TRUE(WIFSTOPPED(status));
-    EXPECT_EQ(WSTOPSIG(status), SIGTRAP);
+    expectTrapIn([] { __raiseException1("N", "%@", 1); });
 }
 
 TEST(TracedAssertion, ATracedProcessKnowsItsTracer) {
-    EXPECT_TRUE(WIFEXITED(statusOfTraced([] { ::_exit(IsDebuggerPresent() ? 7 : 8); })));
-    EXPECT_EQ(WEXITSTATUS(statusOfTraced([] { ::_exit(IsDebuggerPresent() ? 7 : 8); })), 7);
+    const int status = statusOfTraced([] { ::_exit(IsDebuggerPresent() ? 7 : 8); });
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 7);
 }
 
 } // namespace
