@@ -92,7 +92,10 @@ TEST_F(Branding, Brand15AloneHasItsLogoInTheApplication) {
     EXPECT_EQ(logoOf(16), "logo-1.bmp"); // deliberate
 }
 
-TEST_F(Branding, Brand15sDownloadedLogoWinsOverTheShippedOne) { EXPECT_EQ(download(15, true), logoOf(15)); }
+TEST_F(Branding, Brand15sDownloadedLogoWinsOverTheShippedOne) {
+    const std::string path = download(15, true);
+    EXPECT_EQ(logoOf(15), path);
+}
 
 TEST_F(Branding, Brand15sUndecodableDownloadGivesTheDefaultLogoAndNotItsShippedOne) {
     download(15, false);
