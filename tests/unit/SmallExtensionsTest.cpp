@@ -30,7 +30,7 @@ TEST(UUID, IsNewEachTimeInCanonicalUpperCase) {
 class CurrentThreadFileManager : public testing::Test {
 protected:
     const test::TemporaryHome home;
-    const FileManager files;
+    const FileManager files{};
 };
 
 TEST_F(CurrentThreadFileManager, IsTheThreadsOwnAndAlwaysTheSame) {
