@@ -31,7 +31,7 @@ function(quillmark_add_python_tests)
     endforeach()
     foreach(class IN LISTS classes)
       set(names ${tests_of_${class}})
-      if(arg_SIDE_BY_SIDE)
+      if(arg_SIDE_BY_SIDE AND names) # a class without tests helps those that have some
         list(TRANSFORM names PREPEND ${module}.${class}.test_)
         quillmark_add_python_test(${arg_LABEL}.${class}
           ${PROJECT_SOURCE_DIR}/tests/support/side-by-side ${names} -- ${command})
