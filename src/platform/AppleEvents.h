@@ -21,18 +21,12 @@ public:
     /// A request that is ready to be sent.
     class Event {
     public:
-        Event() = default;
-        Event(const Event &) = delete;
-        Event &operator=(const Event &) = delete;
         virtual ~Event() = default;
     };
 
     /// Whom a request is for.
     class Address {
     public:
-        Address() = default;
-        Address(const Address &) = delete;
-        Address &operator=(const Address &) = delete;
         virtual ~Address() = default;
     };
 

@@ -25,9 +25,6 @@ inline constexpr const char *kAuthorizationRightAdmin = "system.privilege.admin"
 /// The communications pipe of a privileged program.
 class CommunicationsPipe {
 public:
-    CommunicationsPipe() = default;
-    CommunicationsPipe(const CommunicationsPipe &) = delete;
-    CommunicationsPipe &operator=(const CommunicationsPipe &) = delete;
     virtual ~CommunicationsPipe() = default;
 
     /// Waits for the program's output and reads at most `size` bytes of it. \returns their number; 0 at the end.
@@ -40,9 +37,6 @@ public:
     /// What the user has been asked for, and has granted. Its rights end with it.
     class Reference {
     public:
-        Reference() = default;
-        Reference(const Reference &) = delete;
-        Reference &operator=(const Reference &) = delete;
         virtual ~Reference() = default;
 
         /// Asks for a right, with the platform's password dialog where that is needed. \returns a status.
@@ -58,9 +52,6 @@ public:
         virtual std::optional<int> waitForChild() = 0;
     };
 
-    Authorization() = default;
-    Authorization(const Authorization &) = delete;
-    Authorization &operator=(const Authorization &) = delete;
     virtual ~Authorization() = default;
 
     /// Makes a reference that holds no rights yet. \returns a status.

@@ -28,9 +28,6 @@ public:
     /// An item that was found.
     class Item {
     public:
-        Item() = default;
-        Item(const Item &) = delete;
-        Item &operator=(const Item &) = delete;
         virtual ~Item() = default;
 
         virtual std::int32_t copyContent(std::string &data) = 0;
@@ -38,9 +35,6 @@ public:
         virtual std::int32_t remove() = 0;
     };
 
-    Keychain() = default;
-    Keychain(const Keychain &) = delete;
-    Keychain &operator=(const Keychain &) = delete;
     virtual ~Keychain() = default;
 
     /// \param item receives the first item with these names; its content is not read yet.

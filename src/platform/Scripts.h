@@ -23,9 +23,6 @@ public:
     /// One script. It remembers that it was compiled.
     class Script {
     public:
-        Script() = default;
-        Script(const Script &) = delete;
-        Script &operator=(const Script &) = delete;
         virtual ~Script() = default;
 
         /// \returns false when that can't be.
