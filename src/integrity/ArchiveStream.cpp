@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
@@ -69,10 +68,7 @@ public:
 
 private:
     size_t readFile(char *target, size_t size, off_t position) {
-        ssize_t count = -1;
-        do {
-            count = ::pread(m_file.get(), target, size, position);
-        } while (count < 0 && errno == EINTR);
+        const ssize_t count = uninterrupted([&] { return ::pread(m_file.get(), target, size, position); });
         m_hasFailed = m_hasFailed || count < 0;
         return count > 0 ? static_cast<size_t>(count) : 0;
     }

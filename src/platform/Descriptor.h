@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <unistd.h>
 #include <utility>
 
@@ -32,5 +33,15 @@ public:
 private:
     int m_descriptor = -1;
 };
+
+/// Makes a system call, again for as long as a signal interrupts it. \returns what it answers then.
+template <typename Call>
+auto uninterrupted(const Call &call) {
+    auto answer = call();
+    while (answer < 0 && errno == EINTR) {
+        answer = call();
+    }
+    return answer;
+}
 
 } // namespace quillmark

@@ -24,14 +24,15 @@ std::variant<std::string, ReadError> readRegularFileAt(int folder, const char *p
     std::string contents(static_cast<size_t>(attributes.st_size), '\0');
     size_t filled = 0;
     while (filled < contents.size()) {
-        const ssize_t count = ::read(file.get(), contents.data() + filled, contents.size() - filled);
-        if (count < 0 && errno != EINTR) {
+        const ssize_t count =
+            uninterrupted([&] { return ::read(file.get(), contents.data() + filled, contents.size() - filled); });
+        if (count < 0) {
             return ReadError{errno};
         }
         if (count == 0) { // shortened meanwhile
             contents.resize(filled);
         }
-        filled += count > 0 ? static_cast<size_t>(count) : 0;
+        filled += static_cast<size_t>(count);
     }
     return contents;
 }

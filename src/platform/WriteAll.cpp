@@ -1,17 +1,18 @@
 #include "platform/WriteAll.h"
 
-#include <cerrno>
+#include "platform/Descriptor.h"
+
 #include <unistd.h>
 
 namespace quillmark {
 
 bool writeAll(int file, std::string_view bytes) {
     while (!bytes.empty()) {
-        const ssize_t count = ::write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) {
+        const ssize_t count = uninterrupted([&] { return ::write(file, bytes.data(), bytes.size()); });
+        if (count < 0) {
             return false;
         }
-        bytes.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
+        bytes.remove_prefix(static_cast<size_t>(count));
     }
     return true;
 }

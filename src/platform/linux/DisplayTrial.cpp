@@ -1,6 +1,7 @@
 #include "platform/linux/DisplayTrial.h"
 
-#include <cerrno>
+#include "platform/linux/Spawn.h"
+
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -32,12 +33,12 @@ void becomeUnnoticed() {
     ::unsetenv("SESSION_MANAGER"); // NOLINT(concurrency-mt-unsafe): there is one thread
 }
 
-void waitForEnd(pid_t child) {
-    const int end = ::pidfd_open(child, 0);
-    pollfd hasEnded{end, POLLIN, 0};
-    while (end >= 0 && ::poll(&hasEnded, 1, kPatience) < 0 && errno == EINTR) {
+void giveTime(pid_t child) {
+    const Descriptor end(::pidfd_open(child, 0));
+    pollfd hasEnded{end.get(), POLLIN, 0};
+    if (end.isOpen()) {
+        uninterrupted([&] { return ::poll(&hasEnded, 1, kPatience); });
     }
-    ::close(end);
 }
 
 } // namespace
@@ -55,11 +56,9 @@ bool DisplayTrial::succeeds() {
     if (child <= 0) {
         return false;
     }
-    waitForEnd(child);
+    giveTime(child);
     ::kill(child, SIGKILL); // it may still wait for the display
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = statusAtEnd(child).value_or(0);
     return WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
 }
 

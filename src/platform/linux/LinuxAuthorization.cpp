@@ -1,22 +1,19 @@
 #include "platform/linux/LinuxAuthorization.h"
 
 #include "platform/Bundle.h"
-#include "platform/Descriptor.h"
 #include "platform/Problem.h"
 #include "platform/linux/HelperProtocol.h"
 #include "platform/linux/PrivateMemory.h"
+#include "platform/linux/Spawn.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
-#include <vector>
 
 namespace quillmark {
 
@@ -27,10 +24,7 @@ public:
     explicit OutputPipe(Descriptor reading) : m_reading(std::move(reading)) {}
 
     std::int64_t read(char *buffer, std::int64_t size) override {
-        ssize_t count = 0;
-        do {
-            count = ::read(m_reading.get(), buffer, static_cast<size_t>(size));
-        } while (count < 0 && errno == EINTR);
+        const ssize_t count = uninterrupted([&] { return ::read(m_reading.get(), buffer, static_cast<size_t>(size)); });
         return std::max<ssize_t>(count, 0);
     }
 
@@ -104,48 +98,30 @@ public:
 private:
     /// \returns the process's number, or 0.
     pid_t spawn(int helpersEnd) {
-        std::string dialog = "/usr/bin/pkexec";
-        std::string withoutTerminal = "--disable-internal-agent"; // it would ask there, and wait
-        std::vector<char *> arguments;
-        if (::geteuid() != 0) {
-            arguments = {dialog.data(), withoutTerminal.data()};
+        std::vector<std::string> arguments{m_program};
+        if (::geteuid() != 0) { // a dialog in the terminal would ask there, and wait
+            arguments = {"/usr/bin/pkexec", "--disable-internal-agent", m_program};
         }
-        arguments.push_back(m_program.data());
-        arguments.push_back(nullptr);
-
-        posix_spawn_file_actions_t actions;
-        if (::posix_spawn_file_actions_init(&actions) != 0) {
-            return 0;
-        }
-        ::posix_spawn_file_actions_adddup2(&actions, helpersEnd, STDIN_FILENO);
+        Spawn spawn;
+        spawn.duplicate(helpersEnd, STDIN_FILENO);
         pid_t process = 0;
-        const int error = ::posix_spawn(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
-        ::posix_spawn_file_actions_destroy(&actions);
+        const int error = spawn.start(arguments, environ, &process);
         if (error != 0) {
-            reportProblem('"' + std::string(arguments[0]) +
-                          "\" can't be started: " + std::generic_category().message(error));
+            reportProblem('"' + arguments[0] + "\" can't be started: " + std::generic_category().message(error));
         }
         return error == 0 ? process : 0;
     }
 
     ssize_t receive(void *buffer, size_t size) {
-        ssize_t count = 0;
-        do {
-            count = ::recv(m_socket.get(), buffer, size, 0);
-        } while (count < 0 && errno == EINTR);
-        return count;
+        return uninterrupted([&] { return ::recv(m_socket.get(), buffer, size, 0); });
     }
 
     /// \returns the status as waitpid gives it.
     int end() {
         m_socket.close(); // it ends then; it can't be signalled
         m_privateMemory.reset();
-        int status = 0;
-        if (const pid_t process = std::exchange(m_process, 0); process != 0) {
-            while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-            }
-        }
-        return status;
+        const pid_t process = std::exchange(m_process, 0);
+        return process != 0 ? statusAtEnd(process).value_or(0) : 0;
     }
 
     std::string m_program;

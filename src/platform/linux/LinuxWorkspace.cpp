@@ -4,9 +4,9 @@
 #include "platform/HomeFolder.h"
 #include "platform/Path.h"
 #include "platform/PropertyList.h"
-#include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/LockFile.h"
 #include "platform/linux/SessionBus.h"
+#include "platform/linux/Spawn.h"
 #include "platform/linux/Trash.h"
 #include "platform/linux/UserDirectories.h"
 
@@ -28,13 +28,10 @@ namespace {
 constexpr const char *kFinderPath = "/System/Library/CoreServices/Finder.app"; // where it is on a Mac
 
 /// Starts a program that has nothing in common with this process but its user and its environment.
-bool spawnDetached(const std::string &executable, const std::string &onlyArgument = {}) {
-    DetachedSpawn spawn;
+bool spawnDetached(const std::vector<std::string> &command) {
+    Spawn spawn;
     spawn.separate();
-    std::string first = executable;
-    std::string second = onlyArgument;
-    char *arguments[] = {first.data(), second.empty() ? nullptr : second.data(), nullptr};
-    return spawn.start(executable.c_str(), arguments, environ) == 0;
+    return spawn.start(command, environ) == 0;
 }
 
 std::vector<int> processNumbers() {
@@ -160,17 +157,17 @@ bool LinuxWorkspace::launchApplication(const std::string &path) {
         return false;
     }
     if (!bundleOf(executable)) {
-        return spawnDetached(executable);
+        return spawnDetached({executable});
     }
     // So that of several that launch it at once one does. Where there can be no lock it is launched all the same.
     const std::string folder = appendingPathComponent(homeFolder(), "Library/Caches/Quillmark");
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     const Descriptor lock = lockedFile(folder + "/launch.lock", m_clock);
-    return isRunning(executable) || spawnDetached(executable);
+    return isRunning(executable) || spawnDetached({executable});
 }
 
-bool LinuxWorkspace::openFolder(const std::string &path) { return spawnDetached("/usr/bin/xdg-open", path); }
+bool LinuxWorkspace::openFolder(const std::string &path) { return spawnDetached({"/usr/bin/xdg-open", path}); }
 
 bool LinuxWorkspace::recycle(const std::string &name, const std::string &folder) { return moveToTrash(name, folder); }
 

@@ -3,12 +3,11 @@
 ///
 /// It trusts nothing that it is given but what the password was given for: to run what its launcher names.
 
-#include "platform/linux/DetachedSpawn.h"
 #include "platform/linux/HelperProtocol.h"
+#include "platform/linux/Spawn.h"
 #include "platform/linux/Surroundings.h"
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +24,7 @@
 
 namespace {
 
+using quillmark::Descriptor;
 using quillmark::HelperAnswer;
 
 constexpr int kLauncher = STDIN_FILENO;
@@ -34,24 +34,6 @@ constexpr std::string_view kWait(quillmark::kHelperWait, sizeof quillmark::kHelp
 constexpr int kNotForUse = 2;      // started by hand, or by somebody who does not speak to it
 constexpr int kBadRequest = 3;     // cut, too long, or not as the protocol has it
 constexpr int kNoSurroundings = 4; // the system gives it less than it needs
-
-/// The descriptor that comes with a request.
-class Output {
-public:
-    Output() = default;
-    Output(const Output &) = delete;
-    Output &operator=(const Output &) = delete;
-    ~Output() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
-    void take(int descriptor) { m_descriptor = descriptor; }
-    int get() const { return m_descriptor; }
-
-private:
-    int m_descriptor = -1;
-};
 
 /// The other end is this process's own parent, and keeps messages apart.
 bool isLaunchersSocket() {
@@ -102,7 +84,7 @@ bool askForSenders() {
 
 /// Takes the descriptor of a message, if there is one. \returns false when its sender is not the launcher, and for
 /// anything else beside the bytes.
-bool takeParts(msghdr &message, Output &output) {
+bool takeParts(msghdr &message, Descriptor &output) {
     bool isLaunchers = false;
     for (cmsghdr *part = CMSG_FIRSTHDR(&message); part != nullptr; part = CMSG_NXTHDR(&message, part)) {
         if (part->cmsg_level == SOL_SOCKET && part->cmsg_type == SCM_CREDENTIALS) {
@@ -112,12 +94,12 @@ bool takeParts(msghdr &message, Output &output) {
             continue;
         }
         if (part->cmsg_level != SOL_SOCKET || part->cmsg_type != SCM_RIGHTS ||
-            part->cmsg_len != CMSG_LEN(sizeof(int)) || output.get() >= 0) {
+            part->cmsg_len != CMSG_LEN(sizeof(int)) || output.isOpen()) {
             return false;
         }
         int descriptor = -1;
         std::memcpy(&descriptor, CMSG_DATA(part), sizeof descriptor);
-        output.take(descriptor);
+        output = Descriptor(descriptor);
     }
     return isLaunchers;
 }
@@ -138,16 +120,17 @@ std::optional<std::vector<char *>> textsOf(char *bytes, size_t size) {
     return texts;
 }
 
-HelperAnswer start(const std::vector<char *> &texts, const Output &output) {
-    quillmark::DetachedSpawn spawn;
+HelperAnswer start(const std::vector<char *> &texts, const Descriptor &output) {
+    quillmark::Spawn spawn;
+    spawn.detach();
     spawn.open(STDIN_FILENO, "/dev/null", O_RDONLY);
-    if (output.get() >= 0) {
+    if (output.isOpen()) {
         spawn.duplicate(output.get(), STDOUT_FILENO);
     }
     std::array<char, 64> path{"PATH=/usr/bin:/bin:/usr/sbin:/sbin"};
     std::array<char, 16> language{"LANG=C.UTF-8"};
     std::array<char *, 3> environment{path.data(), language.data(), nullptr};
-    return spawn.start(texts[0], texts.data(), environment.data());
+    return spawn.start(texts.data(), environment.data());
 }
 
 /// The status of a program that has ended, as soon as there is one; nothing when the launcher has gone before.
@@ -176,7 +159,7 @@ bool send(const void *bytes, size_t size) {
 int serve() {
     std::vector<char> bytes(quillmark::kHelperMaximumRequest);
     while (true) {
-        Output output;
+        Descriptor output;
         alignas(cmsghdr) std::array<char, 2 * CMSG_SPACE(sizeof(int)) + CMSG_SPACE(sizeof(ucred))> parts{};
         iovec piece{bytes.data(), bytes.size()};
         msghdr message{};
@@ -184,17 +167,14 @@ int serve() {
         message.msg_iovlen = 1;
         message.msg_control = parts.data();
         message.msg_controllen = parts.size();
-        const ssize_t size = ::recvmsg(kLauncher, &message, MSG_CMSG_CLOEXEC);
-        if (size < 0 && errno == EINTR) {
-            continue;
-        }
+        const ssize_t size = quillmark::uninterrupted([&] { return ::recvmsg(kLauncher, &message, MSG_CMSG_CLOEXEC); });
         if (size <= 0) {
             return EXIT_SUCCESS;
         }
         const bool isWhole = (message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) == 0;
         const bool hasPlainParts = takeParts(message, output);
         const std::string_view request(bytes.data(), static_cast<size_t>(size));
-        const bool isWait = request == kWait && output.get() < 0;
+        const bool isWait = request == kWait && !output.isOpen();
         const auto texts = textsOf(bytes.data(), request.size());
         if (!isWhole || !hasPlainParts || (!isWait && !texts)) {
             return kBadRequest;
