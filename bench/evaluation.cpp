@@ -38,6 +38,7 @@ enum Kind { CoreApp, Framework, Bundle, FinderCM, FinderOverlay };
 class Components {
 public:
     Components() {
+        installPlatform(&m_platform);
         std::filesystem::remove_all(m_root);
         std::filesystem::create_directories(m_root / "A.app/Contents/Resources/Core.app");
         const auto core = m_root / "A.app/Contents/Resources/Core.app";
@@ -89,7 +90,7 @@ private:
     }
     std::unique_ptr<InstallCheckManager> over(const List &items) {
         write("A.app/Contents/Resources/RequiredItems.plist", {{"RequiredItems", items}});
-        return std::make_unique<InstallCheckManager>(m_platform, m_strings, m_branding, m_updateTool);
+        return std::make_unique<InstallCheckManager>(m_strings, m_branding, m_updateTool);
     }
 
     const std::filesystem::path m_root = std::filesystem::temp_directory_path() / "quillmark-bench-components";
@@ -97,7 +98,7 @@ private:
     const Platform m_platform = nativePlatform().with(*m_bundle);
     LocalizedStrings m_strings{*m_bundle};
     BrandingManager m_branding{*m_bundle, nativePlatform().images, m_strings, [] { return -1; }};
-    UpdateToolManager m_updateTool{m_platform};
+    UpdateToolManager m_updateTool;
 };
 
 Components &components() {

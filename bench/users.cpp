@@ -47,19 +47,11 @@ public:
     }
 
 private:
-    static Platform with(UserDefaults &defaults) {
-        const Platform &native = nativePlatform();
-        return {native.alerts,       native.appleEvents, native.application, native.authorization, native.mainBundle,
-                native.checkWindows, native.clock,       native.images,      native.keychain,      native.mainThread,
-                native.propertyList, native.scripts,     native.systemInfo,  native.tasks,         defaults,
-                native.workspace};
-    }
-
     const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "quillmark-bench-users";
     LinuxPropertyList m_propertyList;
     LinuxClock m_clock;
     LinuxUserDefaults m_defaults{m_folder / "preferences.plist", m_propertyList, m_clock};
-    Platform m_platform = with(m_defaults);
+    Platform m_platform = nativePlatform().with<UserDefaults>(m_defaults);
 };
 
 void get(benchmark::State &state) {

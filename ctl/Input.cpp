@@ -76,7 +76,7 @@ std::string secretInputText() { return text(secretInput()); }
 
 void requirePreferences() {
     UserDefaults &defaults = platform().userDefaults;
-    registerBundleDefaults(platform());
+    registerBundleDefaults();
     defaults.objectForKey(kUserList); // any look at them reads them
     if (const auto problem = defaults.problem()) {
         throw Failure{defaults.file(), *problem};

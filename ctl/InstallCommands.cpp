@@ -19,7 +19,7 @@ Dictionary itemAt(const InstallCheckManager &manager, size_t index) {
             {"type", textOf(item, kInstallType).value_or("")},
             {"name", textOf(item, kName).value_or("")},
             {"installPath", valueOf(item, kInstallPath).text()},
-            {"status", manager.requiredItemsStatusKeys()[static_cast<size_t>(index)]}};
+            {"status", keyOf(manager.requiredItemsStatuses()[index])}};
 }
 
 /// Tells what the last evaluation found.

@@ -17,8 +17,8 @@ Action definePlan(CLI::App & /*app*/) {
         requirePreferences();
         gAlsoRemoveBundlePaths =
             staleClientBundles(QMLocalizedString("ProductName"), platform().workspace, platform().propertyList);
-        const MovePlan plan = planOfMove(platform(), LocalizedStrings::sharedManager());
-        const auto toStay = reasonToStay(platform());
+        const MovePlan plan = planOfMove(LocalizedStrings::sharedManager());
+        const auto toStay = reasonToStay();
         const auto reason = toStay ? toStay : plan.obstacle;
         output.json(
             Dictionary{{"offer", !reason},

@@ -33,20 +33,18 @@ bool startsWithAny(const std::string &path, const std::vector<std::string> &begi
                        [&path](const std::string &beginning) { return path.starts_with(beginning); });
 }
 
-std::string sourceOfMove(const Platform &platform) { return gAltSrcBundlePath.value_or(platform.mainBundle.path()); }
+std::string sourceOfMove() { return gAltSrcBundlePath.value_or(platform().mainBundle.path()); }
 
-bool isOnVolume(const std::string &source, const Platform &platform) {
-    return startsWithAny(source, platform.workspace.volumesFolders());
-}
+bool isOnVolume(const std::string &source) { return startsWithAny(source, platform().workspace.volumesFolders()); }
 
 /// Where the volume of a disk image is mounted, which holds the bundle itself.
 std::string volumeOf(const MovePlan &plan) { return deletingLastPathComponent(plan.source); }
 
 bool holds(const std::string &path, char character) { return path.find(character) != std::string::npos; }
 
-std::optional<std::string> obstacleTo(const MovePlan &plan, const Platform &platform) {
+std::optional<std::string> obstacleTo(const MovePlan &plan) {
     const FileManager &files = __QMCurrentThreadFileManager();
-    if (!files.isWritable(plan.source) && !isOnVolume(plan.source, platform)) {
+    if (!files.isWritable(plan.source) && !isOnVolume(plan.source)) {
         return "No access to delete the app. Not offering to move it.";
     }
     // These two stand between single quotes in the shells' texts.
@@ -66,9 +64,9 @@ std::optional<std::string> obstacleTo(const MovePlan &plan, const Platform &plat
     return std::nullopt;
 }
 
-bool liesInDownloads(const std::string &source, const Platform &platform) {
-    if (abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).findsDownloads) {
-        return startsWithAny(source, platform.workspace.downloadsFolders());
+bool liesInDownloads(const std::string &source) {
+    if (abilitiesOfWindowLibrary(platform().systemInfo.appKitVersion()).findsDownloads) {
+        return startsWithAny(source, platform().workspace.downloadsFolders());
     }
     return lastPathComponent(deletingLastPathComponent(source)) == "Downloads";
 }
@@ -84,12 +82,12 @@ bool needsAuthorisation(const std::string &folder, const std::string &destinatio
            std::any_of(gAlsoRemoveBundlePaths.begin(), gAlsoRemoveBundlePaths.end(), isInTheWay);
 }
 
-std::string informativeText(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
+std::string informativeText(const MovePlan &plan, LocalizedStrings &strings) {
     std::string offer = strings.localisedString("I can move myself to the Applications folder if you'd like.");
     if (plan.needsAuthorisation) {
         return offer + ' ' + strings.localisedString("Note that this will require an administrator password.");
     }
-    if (liesInDownloads(plan.source, platform)) {
+    if (liesInDownloads(plan.source)) {
         return offer + ' ' + strings.localisedString("This will keep your Downloads folder uncluttered.");
     }
     return offer;
@@ -103,12 +101,12 @@ const WindowLibraryAbilities &abilitiesOfWindowLibrary(double version) {
     });
 }
 
-std::optional<std::string> reasonToStay(const Platform &platform) {
-    const std::string source = sourceOfMove(platform);
-    if (booleanValueOf(platform.userDefaults.objectForKey(kMoveAlertSuppress))) {
+std::optional<std::string> reasonToStay() {
+    const std::string source = sourceOfMove();
+    if (booleanValueOf(platform().userDefaults.objectForKey(kMoveAlertSuppress))) {
         return "The user asked not to be asked again";
     }
-    if (startsWithAny(source, platform.workspace.applicationsFolders(Workspace::Domain::All))) {
+    if (startsWithAny(source, platform().workspace.applicationsFolders(Workspace::Domain::All))) {
         return '"' + source + "\" lies in an Applications folder";
     }
     if (('/' + source + '/').find("/Applications/") != std::string::npos) {
@@ -117,22 +115,22 @@ std::optional<std::string> reasonToStay(const Platform &platform) {
     return std::nullopt;
 }
 
-MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings) {
-    const std::vector<std::string> folders = platform.workspace.applicationsFolders(Workspace::Domain::Local);
+MovePlan planOfMove(LocalizedStrings &strings) {
+    const std::vector<std::string> folders = platform().workspace.applicationsFolders(Workspace::Domain::Local);
     const std::string folder = gAltDstBundleParentPath.value_or(folders.empty() ? "" : folders.back());
 
     MovePlan plan;
-    plan.source = sourceOfMove(platform);
+    plan.source = sourceOfMove();
     plan.destination = appendingPathComponent(folder, lastPathComponent(plan.source));
-    plan.isOnDiskImage = isOnVolume(plan.source, platform) && !__QMCurrentThreadFileManager().isWritable(plan.source);
-    plan.obstacle = obstacleTo(plan, platform);
+    plan.isOnDiskImage = isOnVolume(plan.source) && !__QMCurrentThreadFileManager().isWritable(plan.source);
+    plan.obstacle = obstacleTo(plan);
     plan.needsAuthorisation = needsAuthorisation(folder, plan.destination);
-    plan.informativeText = informativeText(plan, platform, strings);
+    plan.informativeText = informativeText(plan, strings);
 
     const std::string quarantine =
-        formatted(abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).quarantineFormat, plan.destination);
+        formatted(abilitiesOfWindowLibrary(platform().systemInfo.appKitVersion()).quarantineFormat, plan.destination);
     plan.relaunchCommand = formatted("(while [ `ps -p %d | wc -l` -gt 1 ]; do sleep 0.1; done; %@ open '%@') &",
-                                     platform.systemInfo.processIdentifier(), quarantine, plan.destination);
+                                     platform().systemInfo.processIdentifier(), quarantine, plan.destination);
     if (plan.isOnDiskImage) {
         plan.detachCommand = formatted("(sleep 5 && hdiutil detach '%@') &", volumeOf(plan));
     }

@@ -8,7 +8,6 @@
 namespace quillmark {
 
 class LocalizedStrings;
-struct Platform;
 
 /// \name The settings of a move
 /// Process-wide and absent at first; the functions of MoveToApplications.h store them.
@@ -48,10 +47,10 @@ struct MovePlan {
 };
 
 /// The plan for the source and the destination of the settings.
-MovePlan planOfMove(const Platform &platform, LocalizedStrings &strings);
+MovePlan planOfMove(LocalizedStrings &strings);
 
 /// Why nobody even thinks of a move, as a sentence: what the user said earlier, or the application's place. Absent when
 /// nothing speaks against it.
-std::optional<std::string> reasonToStay(const Platform &platform);
+std::optional<std::string> reasonToStay();
 
 } // namespace quillmark

@@ -7,6 +7,7 @@
 #include "platform/Bundle.h"
 #include "platform/HomeFolder.h"
 #include "platform/Path.h"
+#include "platform/Platform.h"
 #include "platform/SystemInfo.h"
 #include "platform/Tasks.h"
 #include "platform/UserDefaults.h"
@@ -28,8 +29,8 @@ namespace {
 enum class Outcome { Moved, Canceled, Failed };
 
 /// \returns true when the user wants the move.
-bool askUser(const MovePlan &plan, const Platform &platform, LocalizedStrings &strings) {
-    const bool hasSuppression = abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).hasSuppression;
+bool askUser(const MovePlan &plan, LocalizedStrings &strings) {
+    const bool hasSuppression = abilitiesOfWindowLibrary(platform().systemInfo.appKitVersion()).hasSuppression;
     AlertDescription alert;
     alert.windowTitle = strings.localisedString("ProductName");
     alert.messageText = strings.localisedString("Move to Applications folder?");
@@ -39,19 +40,19 @@ bool askUser(const MovePlan &plan, const Platform &platform, LocalizedStrings &s
     if (hasSuppression) {
         alert.suppressionText = strings.localisedString("Do not show this message again");
     }
-    if (!platform.application.isActive()) {
-        platform.application.activateIgnoringOtherApps();
+    if (!platform().application.isActive()) {
+        platform().application.activateIgnoringOtherApps();
     }
     _flushLog(); // the user may look at the log while the alert waits for him
-    const AlertAnswer answer = platform.alerts.runModal(alert);
+    const AlertAnswer answer = platform().alerts.runModal(alert);
     if (answer.button == 0) {
         return true;
     }
     if (!hasSuppression || answer.isSuppressionChecked) {
-        platform.userDefaults.setObject(kMoveAlertSuppress, true);
-        if (!platform.userDefaults.synchronize()) {
-            logError("The preferences \"%@\" %@: the user will be asked again", platform.userDefaults.file(),
-                     platform.userDefaults.problem());
+        platform().userDefaults.setObject(kMoveAlertSuppress, true);
+        if (!platform().userDefaults.synchronize()) {
+            logError("The preferences \"%@\" %@: the user will be asked again", platform().userDefaults.file(),
+                     platform().userDefaults.problem());
         }
     }
     return false;
@@ -76,18 +77,18 @@ bool forEachOtherBundle(const MovePlan &plan, const std::function<bool(const std
     });
 }
 
-Outcome moveWithoutAuthorisation(const MovePlan &plan, const Platform &platform) {
+Outcome moveWithoutAuthorisation(const MovePlan &plan) {
     const FileManager &files = __QMCurrentThreadFileManager();
-    if (files.fileExists(plan.destination) && !Trash(plan.destination, platform)) {
+    if (files.fileExists(plan.destination) && !Trash(plan.destination)) {
         return Outcome::Failed;
     }
-    forEachOtherBundle(plan, [&platform](const std::string &path) {
-        if (!Trash(path, platform)) {
+    forEachOtherBundle(plan, [](const std::string &path) {
+        if (!Trash(path)) {
             logVerbose("Failed to trash \"%@\"", path);
         }
         return true;
     });
-    bool isCopied = abilitiesOfWindowLibrary(platform.systemInfo.appKitVersion()).copiesBundles;
+    bool isCopied = abilitiesOfWindowLibrary(platform().systemInfo.appKitVersion()).copiesBundles;
     if (isCopied) {
         if (const auto error = files.copyItem(plan.source, plan.destination)) {
             logError("Could not copy '%@' to '%@' (%@)", plan.source, plan.destination, nserrorToString(*error));
@@ -150,14 +151,14 @@ bool replaceWithPrivileges(const MovePlan &plan, Authorization::Reference &refer
     return succeedsWithPrivileges(reference, "/bin/cp", {"-pR", plan.source, plan.destination});
 }
 
-Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
-    const auto outcome = [&plan, &platform] {
+Outcome moveWithAuthorisation(const MovePlan &plan) {
+    const auto outcome = [&plan] {
         if (!plan.destination.ends_with(".app") || trimmed(plan.destination).empty() || trimmed(plan.source).empty()) {
             return Outcome::Failed;
         }
         logVerbose("Asking for authorisation...");
         std::unique_ptr<Authorization::Reference> reference;
-        if (platform.authorization.create(reference) != 0) {
+        if (platform().authorization.create(reference) != 0) {
             return Outcome::Failed;
         }
         const std::int32_t status = reference->copyRights(kAuthorizationRightAdmin, kAuthorizationInteractionAllowed |
@@ -177,19 +178,19 @@ Outcome moveWithAuthorisation(const MovePlan &plan, const Platform &platform) {
     return outcome;
 }
 
-void tellFailure(const Platform &platform, LocalizedStrings &strings) {
+void tellFailure(LocalizedStrings &strings) {
     AlertDescription alert;
     alert.windowTitle = strings.localisedString("ProductName");
     alert.messageText = strings.localisedString("Could not move to Applications folder");
     alert.buttons = {strings.localisedString("OK")};
     _flushLog();
-    platform.alerts.runModal(alert);
+    platform().alerts.runModal(alert);
 }
 
 /// Starts a shell that outlives this process. It finds the moved bundle's own programs first.
-void startShell(const std::string &command, const MovePlan &plan, const Platform &platform) {
+void startShell(const std::string &command, const MovePlan &plan) {
     const std::string shell = "/bin/sh";
-    if (!platform.tasks.start(shell, {"-c", command}, helpersFolder(plan.destination))) {
+    if (!platform().tasks.start(shell, {"-c", command}, helpersFolder(plan.destination))) {
         logError(R"("%@" can't be started; open "%@" by hand)", shell, plan.destination);
     }
 }
@@ -201,47 +202,46 @@ void PFAltDstBundleName(const std::optional<std::string> &name) { gAltDstBundleN
 void PFAltDstBundleParentPath(const std::optional<std::string> &path) { gAltDstBundleParentPath = path; }
 void PFAltSrcBundlePath(const std::optional<std::string> &path) { gAltSrcBundlePath = path; }
 
-void PFMoveToApplicationsFolderIfNecessary(const Platform &platform, LocalizedStrings &strings) {
+void PFMoveToApplicationsFolderIfNecessary(LocalizedStrings &strings) {
     gAltSrcBundlePath.reset();
     gAltDstBundleParentPath.reset();
-    if (!reasonToStay(platform)) {
-        PFMove(platform, strings);
+    if (!reasonToStay()) {
+        PFMove(strings);
     }
 }
 
-void PFMove(const Platform &platform, LocalizedStrings &strings) {
-    const MovePlan plan = planOfMove(platform, strings);
+void PFMove(LocalizedStrings &strings) {
+    const MovePlan plan = planOfMove(strings);
     if (plan.obstacle) {
         logNormal("%@", plan.obstacle);
         return;
     }
-    if (!askUser(plan, platform, strings)) {
+    if (!askUser(plan, strings)) {
         return;
     }
     logNormal("Moving myself to the Applications folder");
-    switch (plan.needsAuthorisation ? moveWithAuthorisation(plan, platform)
-                                    : moveWithoutAuthorisation(plan, platform)) {
+    switch (plan.needsAuthorisation ? moveWithAuthorisation(plan) : moveWithoutAuthorisation(plan)) {
     case Outcome::Canceled:
         return;
     case Outcome::Failed:
-        tellFailure(platform, strings);
+        tellFailure(strings);
         return;
     case Outcome::Moved:
         break;
     }
-    if (!plan.isOnDiskImage && !Trash(plan.source, platform)) {
+    if (!plan.isOnDiskImage && !Trash(plan.source)) {
         logNormal("Warning! Could not delete application after moving it to Applications folder");
     }
-    startShell(plan.relaunchCommand, plan, platform);
+    startShell(plan.relaunchCommand, plan);
     if (plan.detachCommand) {
-        startShell(*plan.detachCommand, plan, platform);
+        startShell(*plan.detachCommand, plan);
     }
-    platform.application.terminate();
+    platform().application.terminate();
 }
 
-bool Trash(const std::string &path, const Platform &platform) {
+bool Trash(const std::string &path) {
     logVerbose("Trashing \"%@\"...", path);
-    const bool isTrashed = platform.workspace.recycle(lastPathComponent(path), deletingLastPathComponent(path));
+    const bool isTrashed = platform().workspace.recycle(lastPathComponent(path), deletingLastPathComponent(path));
     if (isTrashed) {
         logVerbose("Trashed \"%@\"", path);
     } else {

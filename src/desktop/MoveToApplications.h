@@ -1,7 +1,6 @@
 #pragma once
 
 #include "branding/LocalizedStrings.h"
-#include "platform/Platform.h"
 
 #include <optional>
 #include <string>
@@ -23,14 +22,12 @@ void PFAltSrcBundlePath(const std::optional<std::string> &path);
 
 /// Offers the move unless the application lies in an Applications folder or the user asked not to be asked again. It
 /// begins by taking back the alternative source and folder: deliberately, these count for a call of PFMove() alone.
-void PFMoveToApplicationsFolderIfNecessary(const Platform &platform = quillmark::platform(),
-                                           LocalizedStrings &strings = LocalizedStrings::sharedManager());
+void PFMoveToApplicationsFolderIfNecessary(LocalizedStrings &strings = LocalizedStrings::sharedManager());
 
 /// Asks the user and moves. Ends the process when the application was moved; comes back when it stays where it is.
-void PFMove(const Platform &platform = quillmark::platform(),
-            LocalizedStrings &strings = LocalizedStrings::sharedManager());
+void PFMove(LocalizedStrings &strings = LocalizedStrings::sharedManager());
 
 /// Moves one item to the Trash. \returns false when it stays in its place.
-bool Trash(const std::string &path, const Platform &platform = quillmark::platform());
+bool Trash(const std::string &path);
 
 } // namespace quillmark

@@ -37,13 +37,13 @@ private:
 
 bool InstallCheckManager::loadWindow() {
     if (!std::exchange(m_isWindowLoaded, true)) {
-        const std::string file = m_platform.mainBundle.pathForResource("InstallCheck", "ui").value_or("");
+        const std::string file = platform().mainBundle.pathForResource("InstallCheck", "ui").value_or("");
         const HeaderBranding branding{
-            m_platform.mainBundle.resourcePath(), m_strings.localisedString("ProductName"),
+            platform().mainBundle.resourcePath(), m_strings.localisedString("ProductName"),
             [this] { return m_branding.getBrandingID(); },
             [this] { return m_delegate != nullptr ? m_delegate->brandId() : 0; },
             [this](std::int32_t brand) { return m_branding.getBrandedLogoImageForBrandID(brand); }};
-        m_window = m_platform.checkWindows.load(file, branding, *this);
+        m_window = platform().checkWindows.load(file, branding, *this);
         if (m_window != nullptr) {
             awakeFromNib();
         }
@@ -56,7 +56,7 @@ void InstallCheckManager::loadWindowWhile(const std::function<void()> &call) {
         call();
         return;
     }
-    m_platform.checkWindows.prepare();
+    platform().checkWindows.prepare();
     std::future<void> done = std::async(std::launch::async, call);
     m_problemsInAdvance = problemsOf([this] { loadWindow(); });
     done.get();
@@ -100,18 +100,14 @@ void InstallCheckManager::runSelfRepair() {
         text += '\n';
     }
     m_window->setText(Outlet::Explanation, text);
-    m_window->setFaults(faults());
+    m_window->setFaults(describedFaults());
     m_window->bringToFront();
 }
 
-std::vector<CheckWindowView::Fault> InstallCheckManager::faults() const {
+std::vector<CheckWindowView::Fault> InstallCheckManager::describedFaults() const {
     std::vector<CheckWindowView::Fault> list;
-    for (size_t index = 0; index < m_requiredItemsList.size(); ++index) {
-        const std::string &key = m_requiredItemsStatusKeys[index];
-        if (key != "OK" && key != "Not Required") {
-            list.push_back({textOf(m_requiredItemsList[index].dictionary(), kName).value_or(""),
-                            m_requiredItemsStatusList[index]});
-        }
+    for (const size_t index : faults()) {
+        list.push_back({textOf(requiredItemsList()[index].dictionary(), kName).value_or(""), statusText(index)});
     }
     return list;
 }
@@ -120,12 +116,12 @@ void InstallCheckManager::runFaultsAlert() {
     AlertDescription alert;
     alert.windowTitle = m_strings.localisedString("ProductName");
     alert.messageText = m_strings.localisedString("RunFailedTitle");
-    for (const CheckWindowView::Fault &fault : faults()) {
+    for (const CheckWindowView::Fault &fault : describedFaults()) {
         alert.informativeText += alert.informativeText.empty() ? "" : "\n";
         alert.informativeText += fault.name + " (" + fault.status + ')';
     }
     alert.buttons = {m_strings.localisedString("Quit")};
-    m_platform.alerts.runModal(alert);
+    platform().alerts.runModal(alert);
 }
 
 void InstallCheckManager::installButtonClick() {
@@ -135,21 +131,21 @@ void InstallCheckManager::installButtonClick() {
     if (m_window != nullptr) {
         m_window->beginProgressSheet();
     }
-    m_platform.mainThread.detachNewThread("repair", [this] { runSelfRepairThread(); });
+    platform().mainThread.detachNewThread("repair", [this] { runSelfRepairThread(); });
 }
 
 void InstallCheckManager::dontInstallButtonClick() {
     logNormal("User chose to quit");
-    m_platform.application.exitAtOnce();
+    platform().application.exitAtOnce();
 }
 
 void InstallCheckManager::detailsButtonClick() {
     if (const auto log = getLogFilePath()) {
-        m_platform.workspace.openFolder(deletingLastPathComponent(*log));
+        platform().workspace.openFolder(deletingLastPathComponent(*log));
     }
 }
 
-void InstallCheckManager::windowWillClose() { m_platform.application.exitAtOnce(); }
+void InstallCheckManager::windowWillClose() { platform().application.exitAtOnce(); }
 
 void InstallCheckManager::sheetDidEnd() {
     if (m_window != nullptr) {
@@ -169,7 +165,7 @@ void InstallCheckManager::bringWindowBackToFront() {
     if (checkForRequiredItems()) {
         runQuillmark();
         if (m_numberItemsMissing < 1) { // else an alert covers the window, and holds the end up
-            m_platform.application.terminate();
+            platform().application.terminate();
         }
     } else {
         _flushLog(); // here and before each alert: the user may look at the log while the launcher waits for him
@@ -182,7 +178,8 @@ void InstallCheckManager::runQuillmark() {
         m_delegate->launchCore();
     } else {
         if (m_window != nullptr) {
-            m_window->setFaults(faults()); // "Continue" repairs these now, and not what the window came up with
+            m_window->setFaults(
+                describedFaults()); // "Continue" repairs these now, and not what the window came up with
         }
         beginFailureSheet("RunFailedTitle");
     }
@@ -196,14 +193,14 @@ void InstallCheckManager::runSelfRepairThread() {
         logErrorException(exception);
     }
     if (isRepaired) {
-        m_platform.mainThread.post([this] { bringWindowBackToFront(); });
+        platform().mainThread.post([this] { bringWindowBackToFront(); });
     } else {
         _repairFailed();
     }
 }
 
 void InstallCheckManager::_repairFailed() {
-    m_platform.mainThread.post([this] { repairFailed(); });
+    platform().mainThread.post([this] { repairFailed(); });
 }
 
 void InstallCheckManager::repairFailed() {

@@ -2,6 +2,7 @@
 #include "installcheck/InstallCheckManager.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
+#include "platform/SystemInfo.h"
 #include "tools/UpdateToolManager.h"
 #include "utils/Log.h"
 
@@ -12,10 +13,6 @@ namespace quillmark {
 namespace {
 
 constexpr std::string_view kUpdateTool = "updateqm";
-
-bool isMissingOrOld(const std::string &status) { return status == "Missing" || status == "Old Version"; }
-
-bool hasWrongPermissions(const std::string &status) { return status == "Wrong Permissions"; }
 
 std::string nameOf(const RequiredItem &item) { return textOf(item, kName).value_or(""); }
 
@@ -46,15 +43,13 @@ constexpr RepairRule kRepairRules[] = {
 };
 
 const RepairRule *ruleFor(const RequiredItem &item) {
-    const auto type = textOf(item, kInstallType);
-    for (const RepairRule &rule : kRepairRules) {
-        const bool isLeftOut = (rule.isUpdateToolLeftOut && textOf(item, kName) == kUpdateTool) ||
-                               (rule.isInstallerNeeded && !textOf(item, kInstaller));
-        if (type == rule.type) {
-            return isLeftOut ? nullptr : &rule;
-        }
-    }
-    return nullptr;
+    const auto *const rule =
+        std::find_if(std::begin(kRepairRules), std::end(kRepairRules),
+                     [type = textOf(item, kInstallType)](const RepairRule &each) { return type == each.type; });
+    const bool isLeftOut = rule == std::end(kRepairRules) ||
+                           (rule->isUpdateToolLeftOut && textOf(item, kName) == kUpdateTool) ||
+                           (rule->isInstallerNeeded && !textOf(item, kInstaller));
+    return isLeftOut ? nullptr : rule;
 }
 
 } // namespace
@@ -66,7 +61,7 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
             onStep(name, step);
         }
     };
-    for (const Value &value : m_requiredItemsList) {
+    for (const Value &value : requiredItemsList()) {
         const RequiredItem &item = value.dictionary();
         if (textOf(item, kName) == kUpdateTool) {
             tell(nameOf(item), "installing the update tool");
@@ -76,23 +71,25 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
             }
         }
     }
-    m_platform.clock.sleep(kPause);
-    for (const Value &value : m_requiredItemsList) {
+    platform().clock.sleep(kPause);
+    for (const Value &value : requiredItemsList()) {
         const RequiredItem &item = value.dictionary();
         const RepairRule *const rule = ruleFor(item);
-        if (rule != nullptr && isToBeRepaired(item, rule->isNotRequiredRepaired)) {
-            tell(nameOf(item), "repairing what is \"" + statusKeyOf(item) + '"');
-            if (!(this->*rule->repair)(item)) {
-                logFailure(item);
-                return false;
-            }
+        const auto status = rule != nullptr ? statusOf(item) : ItemStatus::InOrder;
+        if (status == ItemStatus::InOrder || (status == ItemStatus::NotRequired && !rule->isNotRequiredRepaired)) {
+            continue;
+        }
+        tell(nameOf(item), std::string("repairing what is \"") + (status ? keyOf(*status) : "") + '"');
+        if (!(this->*rule->repair)(item)) {
+            logFailure(item);
+            return false;
         }
     }
     if (areIntel_10_5FixesRequired() && !installIntel_10_5_Fixes()) {
         logError("The fixes for this system could not be installed");
         return false;
     }
-    m_platform.clock.sleep(kPause);
+    platform().clock.sleep(kPause);
     return true;
 }
 
@@ -103,26 +100,16 @@ bool InstallCheckManager::repairUpdateQM(const RequiredItem &item) {
 }
 
 bool InstallCheckManager::repairCoreApp(const RequiredItem &item) {
-    return !hasWrongPermissions(statusKeyOf(item)) ||
+    return statusOf(item) != ItemStatus::WrongPermissions ||
            isSuccess(m_updateTool.repairCoreAppPermissions(pathToRequiredItemInResources(item)));
 }
 
 bool InstallCheckManager::repairQMTool(const RequiredItem &item) {
-    const std::string status = statusKeyOf(item);
-    if (isMissingOrOld(status)) {
-        return isSuccess(m_updateTool.repairQMTool(pathToRequiredItemInResources(item),
-                                                   pathToRequiredItemSignatureInResources(item)));
-    }
-    return hasWrongPermissions(status) && isSuccess(m_updateTool.repairQMToolPermissions(nameOf(item)));
+    return repairTool(item, &UpdateToolManager::repairQMTool, &UpdateToolManager::repairQMToolPermissions);
 }
 
 bool InstallCheckManager::repairQMToolRoot(const RequiredItem &item) {
-    const std::string status = statusKeyOf(item);
-    if (isMissingOrOld(status)) {
-        return isSuccess(m_updateTool.repairQMToolRoot(pathToRequiredItemInResources(item),
-                                                       pathToRequiredItemSignatureInResources(item)));
-    }
-    return hasWrongPermissions(status) && isSuccess(m_updateTool.repairQMToolRootPermissions(nameOf(item)));
+    return repairTool(item, &UpdateToolManager::repairQMToolRoot, &UpdateToolManager::repairQMToolRootPermissions);
 }
 
 bool InstallCheckManager::repairFramework(const RequiredItem &item) {
@@ -134,29 +121,49 @@ bool InstallCheckManager::repairBundle(const RequiredItem &item) {
 }
 
 bool InstallCheckManager::repairZIPArchiveItem(const RequiredItem &item) {
-    return !isMissingOrOld(statusKeyOf(item)) ||
+    return !isMissingOrOld(item) ||
            isSuccess(m_updateTool.repairZIPArchive(pathToRequiredItemInResources(item),
                                                    pathToRequiredItemSignatureInResources(item),
                                                    textOf(item, kInstallPath).value_or("")));
 }
 
+bool InstallCheckManager::repairTool(const RequiredItem &item, ToolRepair repair, PermissionsRepair repairPermissions) {
+    if (isMissingOrOld(item)) {
+        return isSuccess(
+            (m_updateTool.*repair)(pathToRequiredItemInResources(item), pathToRequiredItemSignatureInResources(item)));
+    }
+    return statusOf(item) == ItemStatus::WrongPermissions && isSuccess((m_updateTool.*repairPermissions)(nameOf(item)));
+}
+
 /// A bundle whose version can't be read has no repair, and fails.
 bool InstallCheckManager::repairUsingPackage(const RequiredItem &item,
                                              std::int32_t (UpdateToolManager::*repair)(const std::string &)) {
-    return isMissingOrOld(statusKeyOf(item)) &&
-           isSuccess((m_updateTool.*repair)(pathToRequiredItemInstallerInResources(item)));
+    return isMissingOrOld(item) && isSuccess((m_updateTool.*repair)(pathToRequiredItemInstallerInResources(item)));
 }
 
-bool InstallCheckManager::isToBeRepaired(const RequiredItem &item, bool isNotRequiredRepaired) const {
-    const std::string status = statusKeyOf(item);
-    return status != "OK" && (isNotRequiredRepaired || status != "Not Required");
+std::optional<ItemStatus> InstallCheckManager::statusOf(const RequiredItem &item) const {
+    const List &items = requiredItemsList();
+    const auto place =
+        std::find_if(items.begin(), items.end(), [&item](const Value &other) { return other.dictionary() == item; });
+    const auto index = static_cast<size_t>(place - items.begin());
+    return index < m_statuses.size() ? std::optional(m_statuses[index]) : std::nullopt;
 }
 
-std::string InstallCheckManager::statusKeyOf(const RequiredItem &item) const {
-    const auto place = std::find_if(m_requiredItemsList.begin(), m_requiredItemsList.end(),
-                                    [&item](const Value &other) { return other.dictionary() == item; });
-    const auto index = static_cast<size_t>(place - m_requiredItemsList.begin());
-    return index < m_requiredItemsStatusKeys.size() ? m_requiredItemsStatusKeys[index] : "";
+bool InstallCheckManager::isMissingOrOld(const RequiredItem &item) const {
+    const auto status = statusOf(item);
+    return status == ItemStatus::Missing || status == ItemStatus::OldVersion;
+}
+
+bool InstallCheckManager::areIntel_10_5FixesRequired() const {
+    std::int32_t major = 0;
+    std::int32_t minor = 0;
+    std::int32_t bugfix = 0;
+    return getMacOSXVersion(major, minor, bugfix) && major == 10 && minor == 5 &&
+           platform().systemInfo.isIntel().value_or(false);
+}
+
+bool InstallCheckManager::installIntel_10_5_Fixes() {
+    return isSuccess(m_updateTool.repairIntel10_5(resourcePath("Fixes10_5.zip"), resourcePath("Fixes10_5.plist")));
 }
 
 } // namespace quillmark

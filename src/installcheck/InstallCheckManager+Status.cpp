@@ -21,21 +21,33 @@ constexpr std::string_view kToolRoot = "QMToolRoot";
 constexpr std::string_view kFinderCM = "FinderCM";
 constexpr std::string_view kFinderOverlayInsert = "FinderOverlayInsert";
 
+using Manager = InstallCheckManager;
+
 /// The operation that examines the items of a type.
 struct ItemType {
     std::string_view name;
-    void (InstallCheckManager::*examine)(const RequiredItem &item, std::int32_t index) = nullptr;
+    void (Manager::*examine)(const RequiredItem &item, std::int32_t index) = nullptr;
 };
 
 constexpr ItemType kItemTypes[] = {
-    {kCoreApp, &InstallCheckManager::updateRequiredItemStatusCoreApp},
-    {kFramework, &InstallCheckManager::updateRequiredItemStatusFramework},
-    {kBundle, &InstallCheckManager::updateRequiredItemStatusBundle},
-    {kTool, &InstallCheckManager::updateRequiredItemStatusTool},
-    {kToolRoot, &InstallCheckManager::updateRequiredItemStatusToolRoot},
-    {kFinderCM, &InstallCheckManager::updateRequiredItemStatusFinderCM},
-    {kFinderOverlayInsert, &InstallCheckManager::updateRequiredItemStatusFinderOverlayInsert},
+    {kCoreApp, &Manager::updateRequiredItemStatusCoreApp},
+    {kFramework, &Manager::updateRequiredItemStatusFramework},
+    {kBundle, &Manager::updateRequiredItemStatusBundle},
+    {kTool, &Manager::updateRequiredItemStatusTool},
+    {kToolRoot, &Manager::updateRequiredItemStatusToolRoot},
+    {kFinderCM, &Manager::updateRequiredItemStatusFinderCM},
+    {kFinderOverlayInsert, &Manager::updateRequiredItemStatusFinderOverlayInsert},
 };
+
+/// Rules that turn on one of the install check's own questions.
+template <bool (Manager::*question)(const RequiredItem &) const>
+bool holds(const Manager &manager, const RequiredItem &item) {
+    return (manager.*question)(item);
+}
+template <bool (Manager::*question)(const RequiredItem &) const>
+bool fails(const Manager &manager, const RequiredItem &item) {
+    return !(manager.*question)(item);
+}
 
 bool hasModeOfAProgram(const std::optional<FileAttributes> &attributes) {
     return attributes && attributes->posixPermissions == 0755;
@@ -44,66 +56,78 @@ bool hasModeOfAProgram(const std::optional<FileAttributes> &attributes) {
 } // namespace
 
 std::span<const InstallCheckManager::StatusRule> InstallCheckManager::statusRules() {
-    using Manager = InstallCheckManager;
+    using enum ItemStatus;
+    static constexpr auto isAbsent = [](const Manager &, const RequiredItem &item) {
+        return !__QMCurrentThreadFileManager().fileExists(textOf(item, kInstallPath).value_or(""));
+    };
+    static constexpr auto hasNoVersion = [](const Manager &manager, const RequiredItem &item) {
+        return !manager.getBundleVersion(item);
+    };
+    static constexpr auto isOldBundle = [](const Manager &manager, const RequiredItem &item) {
+        return !checkFrameworkVersion(item, manager.getBundleVersion(item).value_or(ComponentVersion()));
+    };
+    static constexpr auto mayNotActAsRoot = [](const Manager &manager, const RequiredItem &item) {
+        return manager.m_updateTool.verifyUpdateTool(textOf(item, kName).value_or("")) ==
+               UpdateToolManager::kToolHasWrongPermissions;
+    };
     static constexpr StatusRule kRules[] = {
-        {kCoreApp, &Manager::hasWrongCoreAppPermissions, "Wrong Permissions", Fault::Helper},
+        {kCoreApp, fails<&Manager::verifyCoreAppPermissions>, WrongPermissions, Fault::Helper},
 
-        {kBundle, &Manager::isAbsent, "Missing", Fault::Bundle},
-        {kBundle, &Manager::hasNoVersion, "Invalid", Fault::Bundle},
-        {kBundle, &Manager::isOldBundle, "Old Version", Fault::Bundle},
+        {kBundle, isAbsent, Missing, Fault::Bundle},
+        {kBundle, hasNoVersion, Invalid, Fault::Bundle},
+        {kBundle, isOldBundle, OldVersion, Fault::Bundle},
 
-        {kTool, &Manager::isAbsent, "Missing", Fault::Helper},
-        {kTool, &Manager::isOldTool, "Old Version", Fault::Helper},
-        {kTool, &Manager::hasWrongToolPermissions, "Wrong Permissions", Fault::Helper},
+        {kTool, isAbsent, Missing, Fault::Helper},
+        {kTool, holds<&Manager::isOldTool>, OldVersion, Fault::Helper},
+        {kTool, fails<&Manager::verifyQMToolPermissions>, WrongPermissions, Fault::Helper},
 
-        {kToolRoot, &Manager::isNotRequiredYet, "Not Required", Fault::None},
-        {kToolRoot, &Manager::isAbsent, "Missing", Fault::Helper},
-        {kToolRoot, &Manager::isOldTool, "Old Version", Fault::Helper},
-        {kToolRoot, &Manager::hasWrongToolRootPermissions, "Wrong Permissions", Fault::Helper},
+        {kToolRoot, fails<&Manager::checkMinMacOSXVersion>, NotRequired, Fault::None},
+        {kToolRoot, isAbsent, Missing, Fault::Helper},
+        {kToolRoot, holds<&Manager::isOldTool>, OldVersion, Fault::Helper},
+        {kToolRoot, mayNotActAsRoot, WrongPermissions, Fault::Helper},
 
-        {kFinderCM, &Manager::isNotRequiredAnyMore, "Not Required", Fault::None},
-        {kFinderCM, &Manager::isAbsent, "Missing", Fault::Helper},
-        {kFinderCM, &Manager::doesBundleNeedUpdate, "Old Version", Fault::Helper},
+        {kFinderCM, fails<&Manager::checkMaxMacOSXVersion>, NotRequired, Fault::None},
+        {kFinderCM, isAbsent, Missing, Fault::Helper},
+        {kFinderCM, holds<&Manager::doesBundleNeedUpdate>, OldVersion, Fault::Helper},
 
-        {kFinderOverlayInsert, &Manager::isNotRequiredYet, "Not Required", Fault::None},
-        {kFinderOverlayInsert, &Manager::isAbsent, "Missing", Fault::Helper},
-        {kFinderOverlayInsert, &Manager::doesBundleNeedUpdate, "Old Version", Fault::HelperToRestart},
+        {kFinderOverlayInsert, fails<&Manager::checkMinMacOSXVersion>, NotRequired, Fault::None},
+        {kFinderOverlayInsert, isAbsent, Missing, Fault::Helper},
+        {kFinderOverlayInsert, holds<&Manager::doesBundleNeedUpdate>, OldVersion, Fault::HelperToRestart},
     };
     return kRules;
 }
 
 bool InstallCheckManager::isAnythingMissing() const {
-    return std::any_of(m_requiredItemsList.cbegin(), m_requiredItemsList.cend(),
-                       [this](const Value &item) { return isMissing(item.dictionary()); });
+    const List &items = requiredItemsList();
+    return std::any_of(items.begin(), items.end(), [this](const Value &item) { return isMissing(item.dictionary()); });
 }
 
 bool InstallCheckManager::isMissing(const RequiredItem &item) const {
     const auto type = textOf(item, kInstallType);
     const auto rules = statusRules();
     const auto absence = std::find_if(rules.begin(), rules.end(), [&type](const StatusRule &rule) {
-        return type == rule.type && rule.holds == &InstallCheckManager::isAbsent;
+        return type == rule.type && rule.status == ItemStatus::Missing;
     });
     // The rules before it say that the item is not required.
-    return absence != rules.end() && isAbsent(item) &&
+    return absence != rules.end() && absence->holds(*this, item) &&
            std::none_of(rules.begin(), absence, [this, &type, &item](const StatusRule &rule) {
-               return type == rule.type && (this->*rule.holds)(item);
+               return type == rule.type && rule.holds(*this, item);
            });
 }
 
 void InstallCheckManager::updateStatus() {
     logDetail("Updating status...");
-    if (!m_isCatalogueReadable) {
+    if (!isCatalogueReadable()) {
         logError("The catalogue of required items (\"%@\") can't be read: no component is checked",
                  resourcePath("RequiredItems.plist"));
     }
-    m_requiredItemsStatusKeys.assign(m_requiredItemsList.size(), "OK");
-    m_requiredItemsStatusList.assign(m_requiredItemsList.size(), m_strings.localisedString("OK"));
+    m_statuses.assign(requiredItemsList().size(), ItemStatus::InOrder);
     m_numberRepairsRequired = 0;
     m_numberItemsMissing = 0;
     m_helperRepairRequired = false;
     m_macFuseRepairRequired = false;
-    for (size_t index = 0; index < m_requiredItemsList.size(); ++index) {
-        const RequiredItem &item = m_requiredItemsList[index].dictionary();
+    for (size_t index = 0; index < m_statuses.size(); ++index) {
+        const RequiredItem &item = requiredItemsList()[index].dictionary();
         const auto type = textOf(item, kInstallType);
         const auto name = textOf(item, kName);
         logDetail("Checking %@ \"%@\"...", type, name);
@@ -112,9 +136,37 @@ void InstallCheckManager::updateStatus() {
                 (this->*itemType.examine)(item, static_cast<std::int32_t>(index));
             }
         }
-        logVerbose(R"(Install check: %@ "%@" is "%@")", type, name, m_requiredItemsStatusList[index]);
+        logVerbose(R"(Install check: %@ "%@" is "%@")", type, name, statusText(index));
     }
     logDetail("Updated status");
+}
+
+std::vector<std::string> InstallCheckManager::requiredItemsStatusKeys() const {
+    std::vector<std::string> keys(m_statuses.size());
+    std::transform(m_statuses.begin(), m_statuses.end(), keys.begin(), keyOf);
+    return keys;
+}
+
+std::vector<std::string> InstallCheckManager::requiredItemsStatusList() const {
+    std::vector<std::string> texts;
+    for (size_t index = 0; index < m_statuses.size(); ++index) {
+        texts.push_back(statusText(index));
+    }
+    return texts;
+}
+
+std::vector<size_t> InstallCheckManager::faults() const {
+    std::vector<size_t> places;
+    for (size_t index = 0; index < m_statuses.size(); ++index) {
+        if (m_statuses[index] != ItemStatus::InOrder && m_statuses[index] != ItemStatus::NotRequired) {
+            places.push_back(index);
+        }
+    }
+    return places;
+}
+
+std::string InstallCheckManager::statusText(size_t index) const {
+    return m_strings.localisedString(keyOf(m_statuses[index]));
 }
 
 void InstallCheckManager::updateRequiredItemStatusCoreApp(const RequiredItem &item, std::int32_t index) {
@@ -166,9 +218,8 @@ void InstallCheckManager::examine(std::string_view type, const RequiredItem &ite
 
 void InstallCheckManager::applyStatusRules(std::string_view type, const RequiredItem &item, std::int32_t index) {
     for (const StatusRule &rule : statusRules()) {
-        if (rule.type == type && (this->*rule.holds)(item)) {
-            m_requiredItemsStatusKeys[static_cast<size_t>(index)] = rule.status;
-            m_requiredItemsStatusList[static_cast<size_t>(index)] = m_strings.localisedString(rule.status);
+        if (rule.type == type && rule.holds(*this, item)) {
+            m_statuses[static_cast<size_t>(index)] = rule.status;
             count(rule.fault, item, index);
             return;
         }
@@ -192,29 +243,6 @@ void InstallCheckManager::count(Fault fault, const RequiredItem &item, std::int3
     }
 }
 
-bool InstallCheckManager::isAbsent(const RequiredItem &item) const {
-    return !__QMCurrentThreadFileManager().fileExists(textOf(item, kInstallPath).value_or(""));
-}
-
-bool InstallCheckManager::hasWrongCoreAppPermissions(const RequiredItem &item) const {
-    return !verifyCoreAppPermissions(item);
-}
-
-bool InstallCheckManager::hasWrongToolPermissions(const RequiredItem &item) const {
-    return !verifyQMToolPermissions(item);
-}
-
-bool InstallCheckManager::hasWrongToolRootPermissions(const RequiredItem &item) const {
-    return m_updateTool.verifyUpdateTool(textOf(item, kName).value_or("")) ==
-           UpdateToolManager::kToolHasWrongPermissions;
-}
-
-bool InstallCheckManager::hasNoVersion(const RequiredItem &item) const { return !getBundleVersion(item); }
-
-bool InstallCheckManager::isOldBundle(const RequiredItem &item) const {
-    return !checkFrameworkVersion(item, getBundleVersion(item).value_or(ComponentVersion()));
-}
-
 /// A tool that can't even be started needs to be replaced, and does not keep the other items from being examined.
 bool InstallCheckManager::isOldTool(const RequiredItem &item) const {
     try {
@@ -225,9 +253,5 @@ bool InstallCheckManager::isOldTool(const RequiredItem &item) const {
         return true;
     }
 }
-
-bool InstallCheckManager::isNotRequiredYet(const RequiredItem &item) const { return !checkMinMacOSXVersion(item); }
-
-bool InstallCheckManager::isNotRequiredAnyMore(const RequiredItem &item) const { return !checkMaxMacOSXVersion(item); }
 
 } // namespace quillmark

@@ -78,7 +78,7 @@ bool InstallCheckManager::checkFrameworkVersion(const RequiredItem &item, const 
 
 bool InstallCheckManager::doesToolNeedUpdate(const RequiredItem &item) const {
     const std::string path = textOf(item, kInstallPath).value_or("");
-    const auto version = versionPrintedBy(path, m_platform.tasks);
+    const auto version = versionPrintedBy(path, platform().tasks);
     return needsUpdate(path, version, generationOf(getVersionFromString(version.value_or(""))));
 }
 
@@ -90,7 +90,7 @@ bool InstallCheckManager::doesBundleNeedUpdate(const RequiredItem &item) const {
 }
 
 bool InstallCheckManager::getMacOSXVersion(std::int32_t &major, std::int32_t &minor, std::int32_t &bugfix) const {
-    const SystemVersion version = m_platform.systemInfo.systemVersion();
+    const SystemVersion version = platform().systemInfo.systemVersion();
     major = version.major.value_or(major);
     minor = version.minor.value_or(minor);
     bugfix = version.bugfix.value_or(bugfix);
@@ -133,7 +133,7 @@ MicrosoftStyleVersion InstallCheckManager::getMacClientVersion() {
 }
 
 std::optional<std::string> InstallCheckManager::shortVersionIn(const std::string &informationPath) const {
-    return textOf(m_platform.propertyList.readDictionary(informationPath), "CFBundleShortVersionString");
+    return textOf(platform().propertyList.readDictionary(informationPath), "CFBundleShortVersionString");
 }
 
 std::optional<ComponentVersion> InstallCheckManager::installedVersion(const std::string &informationPath) const {

@@ -14,30 +14,23 @@ namespace quillmark {
 namespace {
 
 /// Nothing when it can't be read.
-Value readCatalogue(const Platform &platform) {
-    const auto path = platform.mainBundle.pathForResource("RequiredItems", "plist");
-    return path ? valueOf(platform.propertyList.readDictionary(*path), "RequiredItems") : Value();
+Value readCatalogue() {
+    const auto path = platform().mainBundle.pathForResource("RequiredItems", "plist");
+    return path ? valueOf(platform().propertyList.readDictionary(*path), "RequiredItems") : Value();
 }
 
 } // namespace
 
 InstallCheckManager &InstallCheckManager::sharedManager() {
     // Never destroyed, since other threads may ask until the very end.
-    static auto &manager =
-        *new InstallCheckManager(platform(), LocalizedStrings::sharedManager(), BrandingManager::sharedManager(),
-                                 UpdateToolManager::sharedManager());
+    static auto &manager = *new InstallCheckManager(LocalizedStrings::sharedManager(), BrandingManager::sharedManager(),
+                                                    UpdateToolManager::sharedManager());
     return manager;
 }
 
-InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
-                                         const BrandingManager &branding, UpdateToolManager &updateTool)
-    : InstallCheckManager(platform, strings, branding, updateTool, readCatalogue(platform)) {}
-
-InstallCheckManager::InstallCheckManager(const Platform &platform, LocalizedStrings &strings,
-                                         const BrandingManager &branding, UpdateToolManager &updateTool,
-                                         const Value &catalogue)
-    : m_platform(platform), m_strings(strings), m_branding(branding), m_updateTool(updateTool),
-      m_isCatalogueReadable(catalogue.is<List>()), m_requiredItemsList(catalogue.list()) {}
+InstallCheckManager::InstallCheckManager(LocalizedStrings &strings, const BrandingManager &branding,
+                                         UpdateToolManager &updateTool)
+    : m_strings(strings), m_branding(branding), m_updateTool(updateTool), m_catalogue(readCatalogue()) {}
 
 bool InstallCheckManager::checkForRequiredItems() {
     updateStatus();
@@ -61,7 +54,7 @@ std::string InstallCheckManager::pathToRequiredItemSignatureInResources(const Re
 }
 
 std::string InstallCheckManager::resourcePath(const std::string &fileName) const {
-    const std::string folder = m_platform.mainBundle.resourcePath();
+    const std::string folder = platform().mainBundle.resourcePath();
     return fileName.empty() ? folder : folder + '/' + fileName;
 }
 

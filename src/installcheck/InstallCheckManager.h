@@ -17,7 +17,15 @@ namespace quillmark {
 class BrandingManager;
 class LocalizedStrings;
 class UpdateToolManager;
-struct Platform;
+
+/// What an evaluation finds of an item.
+enum class ItemStatus { InOrder, Missing, OldVersion, WrongPermissions, Invalid, NotRequired };
+
+/// Its key among the texts.
+constexpr const char *keyOf(ItemStatus status) {
+    constexpr const char *kKeys[] = {"OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not Required"};
+    return kKeys[static_cast<size_t>(status)];
+}
 
 /// One component of the catalogue, by the keys of its family in the key list. A value that is no text counts as absent.
 using RequiredItem = Dictionary;
@@ -39,11 +47,10 @@ public:
     static InstallCheckManager &sharedManager();
     /// Reads the catalogue, the resource "RequiredItems". One that can't be read holds nothing, as each evaluation
     /// says.
-    InstallCheckManager(const Platform &platform, LocalizedStrings &strings, const BrandingManager &branding,
-                        UpdateToolManager &updateTool);
+    InstallCheckManager(LocalizedStrings &strings, const BrandingManager &branding, UpdateToolManager &updateTool);
 
     /// Whether there is a catalogue; without one nothing is examined.
-    bool isCatalogueReadable() const { return m_isCatalogueReadable; }
+    bool isCatalogueReadable() const { return m_catalogue.is<List>(); }
 
     /// The application that starts the core after a repair. It outlives this object.
     void setDelegate(ApplicationDelegate *delegate) { m_delegate = delegate; }
@@ -59,13 +66,16 @@ public:
 
     // What the last evaluation found.
 
-    const List &requiredItemsList() const { return m_requiredItemsList; }
-    /// The status of each item, as the localised text of its key.
-    const std::vector<std::string> &requiredItemsStatusList() const { return m_requiredItemsStatusList; }
-    /// The same as keys: "OK", "Missing", "Old Version", "Wrong Permissions", "Invalid", "Not Required". What depends
-    /// on a status compares these, and so no translation can change what is repaired; as no two of a language's texts
-    /// are the same, comparing those would decide likewise.
-    const std::vector<std::string> &requiredItemsStatusKeys() const { return m_requiredItemsStatusKeys; }
+    const List &requiredItemsList() const { return m_catalogue.list(); }
+    /// The status of each item. What depends on one compares these, and so no translation can change what is repaired.
+    const std::vector<ItemStatus> &requiredItemsStatuses() const { return m_statuses; }
+    /// The same as keys, and as localised texts.
+    std::vector<std::string> requiredItemsStatusKeys() const;
+    std::vector<std::string> requiredItemsStatusList() const;
+    /// The items that are at fault, by their places in the list.
+    std::vector<size_t> faults() const;
+    /// The localised text of an item's status.
+    std::string statusText(size_t index) const;
     /// How many items of the kinds that the update tool repairs one by one are not in order: all but bundles.
     std::int32_t numberRepairsRequired() const { return m_numberRepairsRequired; }
     /// How many items are not in order, for whatever reason.
@@ -166,18 +176,15 @@ public:
     void runSelfRepairThread();
 
 private:
-    InstallCheckManager(const Platform &platform, LocalizedStrings &strings, const BrandingManager &branding,
-                        UpdateToolManager &updateTool, const Value &catalogue);
-
     /// What an item that is not in order counts for.
     enum class Fault { None, Helper, HelperToRestart, Bundle };
 
     /// The first rule of an item's type that holds gives its status; when none does, the item is in order.
     struct StatusRule {
         std::string_view type;
-        bool (InstallCheckManager::*holds)(const RequiredItem &item) const = nullptr;
-        const char *status = nullptr;
-        Fault fault = Fault::None;
+        bool (*holds)(const InstallCheckManager &manager, const RequiredItem &item);
+        ItemStatus status;
+        Fault fault;
     };
     static std::span<const StatusRule> statusRules();
 
@@ -185,9 +192,12 @@ private:
     void applyStatusRules(std::string_view type, const RequiredItem &item, std::int32_t index);
     void count(Fault fault, const RequiredItem &item, std::int32_t index);
     std::string resourcePath(const std::string &fileName) const;
-    /// The status of the first item that is equal to this one.
-    std::string statusKeyOf(const RequiredItem &item) const;
-    bool isToBeRepaired(const RequiredItem &item, bool isNotRequiredRepaired) const;
+    /// The status of the first item that is equal to this one; nothing when none is.
+    std::optional<ItemStatus> statusOf(const RequiredItem &item) const;
+    bool isMissingOrOld(const RequiredItem &item) const;
+    using ToolRepair = std::int32_t (UpdateToolManager::*)(const std::string &path, const std::string &signaturePath);
+    using PermissionsRepair = std::int32_t (UpdateToolManager::*)(const std::string &name);
+    bool repairTool(const RequiredItem &item, ToolRepair repair, PermissionsRepair repairPermissions);
     bool repairUsingPackage(const RequiredItem &item, std::int32_t (UpdateToolManager::*repair)(const std::string &));
     /// The short version of the bundle whose property list that is; absent when it has none.
     std::optional<std::string> shortVersionIn(const std::string &informationPath) const;
@@ -195,23 +205,15 @@ private:
 
     bool loadWindow();
     void awakeFromNib();
-    std::vector<CheckWindowView::Fault> faults() const;
+    /// The same in the user's words.
+    std::vector<CheckWindowView::Fault> describedFaults() const;
     void repairDidEnd();
     void _repairFailed();
     void beginFailureSheet(std::string_view titleKey);
 
     bool isMissing(const RequiredItem &item) const;
-    bool isAbsent(const RequiredItem &item) const;
-    bool hasWrongCoreAppPermissions(const RequiredItem &item) const;
-    bool hasWrongToolPermissions(const RequiredItem &item) const;
-    bool hasWrongToolRootPermissions(const RequiredItem &item) const;
-    bool hasNoVersion(const RequiredItem &item) const;
-    bool isOldBundle(const RequiredItem &item) const;
     bool isOldTool(const RequiredItem &item) const;
-    bool isNotRequiredYet(const RequiredItem &item) const;
-    bool isNotRequiredAnyMore(const RequiredItem &item) const;
 
-    const Platform &m_platform;
     LocalizedStrings &m_strings;
     const BrandingManager &m_branding;
     UpdateToolManager &m_updateTool;
@@ -220,10 +222,8 @@ private:
     bool m_isWindowLoaded = false;                // or known to be impossible
     std::vector<std::string> m_problemsInAdvance; ///< of a window that was loaded before anybody wanted it
     bool m_isRepairing = false;                   // from the click to what the main thread makes of its end
-    const bool m_isCatalogueReadable;
-    const List m_requiredItemsList;
-    std::vector<std::string> m_requiredItemsStatusKeys;
-    std::vector<std::string> m_requiredItemsStatusList;
+    const Value m_catalogue;                      ///< nothing when it can't be read
+    std::vector<ItemStatus> m_statuses;
     bool m_macFuseRepairRequired = false;
     bool m_helperRepairRequired = false;
     std::int32_t m_numberRepairsRequired = 0;

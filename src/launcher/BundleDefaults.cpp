@@ -7,9 +7,9 @@
 
 namespace quillmark {
 
-void registerBundleDefaults(const Platform &platform) {
-    const auto file = platform.mainBundle.pathForResource("Defaults", "plist");
-    platform.userDefaults.registerDefaults(platform.propertyList.readDictionary(file.value_or("")));
+void registerBundleDefaults() {
+    const auto file = platform().mainBundle.pathForResource("Defaults", "plist");
+    platform().userDefaults.registerDefaults(platform().propertyList.readDictionary(file.value_or("")));
 }
 
 } // namespace quillmark

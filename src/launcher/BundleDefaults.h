@@ -2,10 +2,8 @@
 
 namespace quillmark {
 
-struct Platform;
-
 /// Registers what the bundle's resource "Defaults" holds as the settings of a user who has not chosen others. Without
 /// the resource nothing is registered.
-void registerBundleDefaults(const Platform &platform);
+void registerBundleDefaults();
 
 } // namespace quillmark

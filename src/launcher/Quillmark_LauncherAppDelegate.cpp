@@ -20,9 +20,9 @@
 
 namespace quillmark {
 
-Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
+Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(LocalizedStrings &strings,
                                                              std::function<InstallCheckManager &()> installCheck)
-    : m_platform(platform), m_strings(strings), m_installCheck(std::move(installCheck)),
+    : m_strings(strings), m_installCheck(std::move(installCheck)),
       m_productName(strings.localisedString("ProductName")) {}
 
 bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
@@ -37,8 +37,8 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     // A link to a folder above makes this search endless; whoever looks at the log then finds what goes on.
     logVerbose("Looking for older copies of the client...");
     _flushLog();
-    PFAlsoRemoveBundles(staleClientBundles(m_productName, m_platform.workspace, m_platform.propertyList));
-    PFMoveToApplicationsFolderIfNecessary(m_platform, m_strings);
+    PFAlsoRemoveBundles(staleClientBundles(m_productName, platform().workspace, platform().propertyList));
+    PFMoveToApplicationsFolderIfNecessary(m_strings);
     logNormal("%@ did finish launching", m_productName);
     if (installCheck.checkForRequiredItems()) {
         launchCore();
@@ -53,12 +53,12 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
 
 void Quillmark_LauncherAppDelegate::readConfiguration() {
     config =
-        m_platform.propertyList.readDictionary(m_platform.mainBundle.pathForResource("Config", "plist").value_or(""));
-    registerBundleDefaults(m_platform);
+        platform().propertyList.readDictionary(platform().mainBundle.pathForResource("Config", "plist").value_or(""));
+    registerBundleDefaults();
 }
 
 void Quillmark_LauncherAppDelegate::setUpLogging() {
-    UserDefaults &defaults = m_platform.userDefaults;
+    UserDefaults &defaults = platform().userDefaults;
     const auto fileLevel = defaults.stringForKey("FileLogging");
     const auto stdioLevel = defaults.stringForKey("StdioLogging");
     try {
@@ -77,15 +77,11 @@ void Quillmark_LauncherAppDelegate::setUpLogging() {
 }
 
 void Quillmark_LauncherAppDelegate::logFaults(const InstallCheckManager &installCheck) const {
-    for (size_t index = 0; index < installCheck.requiredItemsList().size(); ++index) {
-        const std::string &key = installCheck.requiredItemsStatusKeys()[index];
-        if (key != "OK" && key != "Not Required") {
-            const RequiredItem &item = installCheck.requiredItemsList()[index].dictionary();
-            const std::string installPath = textOf(item, kInstallPath).value_or("");
-            logError(R"("%@" is not in order: %@ ("%@"))", textOf(item, kName),
-                     installCheck.requiredItemsStatusList()[index],
-                     installPath.empty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
-        }
+    for (const size_t index : installCheck.faults()) {
+        const RequiredItem &item = installCheck.requiredItemsList()[index].dictionary();
+        const std::string installPath = textOf(item, kInstallPath).value_or("");
+        logError(R"("%@" is not in order: %@ ("%@"))", textOf(item, kName), installCheck.statusText(index),
+                 installPath.empty() ? installCheck.pathToRequiredItemInResources(item) : installPath);
     }
 }
 
@@ -110,20 +106,20 @@ void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
     alert.buttons = {m_strings.localisedString("Quit")};
     logNormal("Letting other copy run, we will terminate");
     _flushLog();
-    m_platform.alerts.runModal(alert);
+    platform().alerts.runModal(alert);
     logNormal("User did quit");
-    m_platform.application.terminate();
+    platform().application.terminate();
 }
 
 void Quillmark_LauncherAppDelegate::launchCore() {
     const std::string name = coreName();
-    const auto bundle = m_platform.mainBundle.pathForResource(name, "app");
+    const auto bundle = platform().mainBundle.pathForResource(name, "app");
     const auto executable = bundle ? std::optional(*bundle + "/Contents/MacOS/" + name) : std::nullopt;
     logNormal("Launching \"%@\"...", executable);
-    m_platform.workspace.launchApplication(executable.value_or(""));
+    platform().workspace.launchApplication(executable.value_or(""));
     logNormal("Launched \"%@\"", executable);
     logNormal("Will terminate now");
-    m_platform.application.terminate();
+    platform().application.terminate();
 }
 
 } // namespace quillmark

@@ -9,7 +9,6 @@
 namespace quillmark {
 
 class LocalizedStrings;
-struct Platform;
 
 /// Drives the start-up, strictly in order: settings, log, single instance, the move into the Applications folder,
 /// components, the core application, the end.
@@ -18,8 +17,7 @@ struct Platform;
 class Quillmark_LauncherAppDelegate final : public ApplicationDelegate {
 public:
     /// \param installCheck gives the install check when its turn has come: it reads the catalogue and may log.
-    Quillmark_LauncherAppDelegate(const Platform &platform, LocalizedStrings &strings,
-                                  std::function<InstallCheckManager &()> installCheck);
+    Quillmark_LauncherAppDelegate(LocalizedStrings &strings, std::function<InstallCheckManager &()> installCheck);
 
     /// The start-up. It ends the process when the core was launched or the application has moved, and comes back when
     /// components are at fault. Raises what the logger's set-up raises. \returns true when the check window is up, and
@@ -43,7 +41,6 @@ private:
     /// The core application's name: the product's with "Core" behind it.
     std::string coreName() const;
 
-    const Platform &m_platform;
     LocalizedStrings &m_strings;
     const std::function<InstallCheckManager &()> m_installCheck;
     const std::string m_productName;

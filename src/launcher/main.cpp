@@ -75,7 +75,7 @@ int start(int count, char **arguments) {
     quillmark::logReportedProblems();
     try {
         quillmark::Quillmark_LauncherAppDelegate delegate(
-            quillmark::platform(), quillmark::LocalizedStrings::sharedManager(),
+            quillmark::LocalizedStrings::sharedManager(),
             []() -> quillmark::InstallCheckManager & { return quillmark::InstallCheckManager::sharedManager(); });
         if (delegate.applicationDidFinishLaunching()) {
             quillmark::platform().application.run();

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace quillmark {
 
@@ -41,10 +42,20 @@ struct Platform {
     UserDefaults &userDefaults;
     Workspace &workspace;
 
-    /// The same with another main bundle.
-    Platform with(Bundle &otherBundle) const {
-        return {alerts,   appleEvents, application,  authorization, otherBundle, checkWindows, clock,        images,
-                keychain, mainThread,  propertyList, scripts,       systemInfo,  tasks,        userDefaults, workspace};
+    /// The same with another port of that kind.
+    template <class Port>
+    Platform with(Port &other) const {
+        const auto chosen = [&other]<class Kind>(Kind &own) -> Kind & {
+            if constexpr (std::is_same_v<Kind, Port>) {
+                return other;
+            } else {
+                return own;
+            }
+        };
+        return {chosen(alerts),     chosen(appleEvents),  chosen(application),  chosen(authorization),
+                chosen(mainBundle), chosen(checkWindows), chosen(clock),        chosen(images),
+                chosen(keychain),   chosen(mainThread),   chosen(propertyList), chosen(scripts),
+                chosen(systemInfo), chosen(tasks),        chosen(userDefaults), chosen(workspace)};
     }
 };
 

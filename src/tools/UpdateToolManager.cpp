@@ -1,6 +1,5 @@
 #include "tools/UpdateToolManager.h"
 
-#include "accounts/KeyList.h"
 #include "platform/Authorization.h"
 #include "platform/HomeFolder.h"
 #include "platform/Path.h"
@@ -30,14 +29,9 @@ constexpr std::uint32_t kToolMode = 04755;
 } // namespace
 
 UpdateToolManager &UpdateToolManager::sharedManager() {
-    static auto &manager = *new UpdateToolManager(platform()); // never destroyed: other threads may ask until the end
+    static auto &manager = *new UpdateToolManager; // never destroyed: other threads may ask until the end
     return manager;
 }
-
-UpdateToolManager::UpdateToolManager(const Platform &platform) : UpdateToolManager(platform, std::string(kToolPath)) {}
-
-UpdateToolManager::UpdateToolManager(const Platform &platform, std::string toolPathFormat, std::string macFuseLog)
-    : m_platform(platform), m_toolPathFormat(std::move(toolPathFormat)), m_macFuseLog(std::move(macFuseLog)) {}
 
 std::int32_t UpdateToolManager::repairCoreAppPermissions(const std::string &path) {
     return runCommand({"repaircore", path});
@@ -175,7 +169,7 @@ std::int32_t UpdateToolManager::runAsAdmin(const std::string &operation, const s
                                            const std::vector<std::string> &arguments, bool isPathLogged) {
     logNormal("UpdateToolManager:%@: Starting...", operation);
     std::unique_ptr<Authorization::Reference> reference;
-    if (m_platform.authorization.create(reference) != 0) {
+    if (platform().authorization.create(reference) != 0) {
         m_failureReason = "there can be no administrator rights here";
         return kRunFailed;
     }
@@ -214,7 +208,7 @@ std::optional<Error> UpdateToolManager::restartFinder() {
     }
     const std::string finder = "/System/Library/CoreServices/Finder.app";
     logVerbose("Launching \"%@\"...", finder);
-    const bool isLaunched = m_platform.workspace.launchApplication(finder);
+    const bool isLaunched = platform().workspace.launchApplication(finder);
     logVerbose("Launched \"%@\"", finder); // deliberate: also when it was not
     return isLaunched ? std::nullopt : std::optional(launchFailed(finder));
 }
@@ -246,10 +240,10 @@ void UpdateToolManager::keepMacFuseLog() {
 
 std::optional<int> UpdateToolManager::launch(const std::string &path, const std::vector<std::string> &arguments,
                                              bool waitUntilExit) {
-    if (!waitUntilExit && m_platform.tasks.runUnwaited(path, arguments)) {
+    if (!waitUntilExit && platform().tasks.runUnwaited(path, arguments)) {
         return std::nullopt;
     }
-    const auto status = waitUntilExit ? m_platform.tasks.run(path, arguments, std::nullopt) : std::nullopt;
+    const auto status = waitUntilExit ? platform().tasks.run(path, arguments, std::nullopt) : std::nullopt;
     if (!status) {
         throw launchException();
     }

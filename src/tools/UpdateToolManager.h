@@ -1,5 +1,7 @@
 #pragma once
 
+#include "accounts/KeyList.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -9,7 +11,6 @@
 namespace quillmark {
 
 struct Error;
-struct Platform;
 
 /// Speaks to the update tool, which changes what only the administrator may. One operation for each of its commands;
 /// each returns 0 on success. The paths are handed on as they are given.
@@ -26,11 +27,11 @@ public:
     static constexpr std::int32_t kCommandBegun = 5;
 
     static UpdateToolManager &sharedManager();
-    explicit UpdateToolManager(const Platform &platform);
     /// \param toolPathFormat where tools are installed; the file name of one takes the place of %@.
     /// \param macFuseLog where the installation of MacFUSE leaves its log.
-    UpdateToolManager(const Platform &platform, std::string toolPathFormat,
-                      std::string macFuseLog = "/tmp/.macfuse-install.log");
+    explicit UpdateToolManager(std::string toolPathFormat = std::string(kToolPath),
+                               std::string macFuseLog = "/tmp/.macfuse-install.log")
+        : m_toolPathFormat(std::move(toolPathFormat)), m_macFuseLog(std::move(macFuseLog)) {}
 
     /// What came of the last operation. A command that failed leaves kCommandBegun.
     std::int32_t status() const { return m_status; }
@@ -86,7 +87,6 @@ private:
     void keepMacFuseLog();
     std::optional<Error> restartFinder();
 
-    const Platform &m_platform;
     const std::string m_toolPathFormat;
     const std::string m_macFuseLog;
     std::int32_t m_status = kNothingDone;

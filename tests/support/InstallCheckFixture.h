@@ -81,7 +81,7 @@ protected:
         if (!m_manager) {
             m_strings.emplace(platform.bundle);
             m_branding.emplace(platform.bundle, platform.images, *m_strings, [] { return -1; });
-            m_manager.emplace(platform.platform, *m_strings, *m_branding, updateTool);
+            m_manager.emplace(*m_strings, *m_branding, updateTool);
         }
         return *m_manager;
     }
@@ -101,7 +101,7 @@ protected:
     static constexpr const char *kAdministratorsTool = "/usr/bin/env";
     static constexpr const char *kSetUserIdTool = "/usr/bin/passwd";
 
-    UpdateToolManager updateTool{platform.platform, "/usr/bin/%@"};
+    UpdateToolManager updateTool{"/usr/bin/%@"};
 
 private:
     std::optional<LocalizedStrings> m_strings;

@@ -69,10 +69,10 @@ protected:
     Quillmark_LauncherAppDelegate &delegate() {
         if (!m_delegate) {
             m_strings.emplace(platform.bundle);
-            m_delegate.emplace(platform.platform, *m_strings, [this]() -> InstallCheckManager & {
+            m_delegate.emplace(*m_strings, [this]() -> InstallCheckManager & {
                 if (!m_installCheck) {
                     m_branding.emplace(platform.bundle, platform.images, *m_strings, [] { return -1; });
-                    m_installCheck.emplace(platform.platform, *m_strings, *m_branding, m_updateTool);
+                    m_installCheck.emplace(*m_strings, *m_branding, m_updateTool);
                 }
                 return *m_installCheck;
             });
@@ -100,7 +100,7 @@ protected:
 
 private:
     std::optional<LocalizedStrings> m_strings;
-    UpdateToolManager m_updateTool{platform.platform};
+    UpdateToolManager m_updateTool;
     std::optional<BrandingManager> m_branding;
     std::optional<InstallCheckManager> m_installCheck;
     std::optional<Quillmark_LauncherAppDelegate> m_delegate;

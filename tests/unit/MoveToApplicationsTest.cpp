@@ -92,11 +92,12 @@ protected:
         }).join();
     }
 
+    void offer() { PFMoveToApplicationsFolderIfNecessary(m_strings); }
     /// True when the user is asked. The answer is a refusal.
     bool isOffered() {
         platform.alerts.answers.clear();
         platform.transcript.clear();
-        PFMoveToApplicationsFolderIfNecessary(platform.platform, m_strings);
+        offer();
         return wasAsked();
     }
     /// Nothing was asked or done yet, and the user will want the move.
@@ -105,10 +106,10 @@ protected:
         platform.transcript.clear();
     }
     /// A move after which this process stays.
-    void move() { PFMove(platform.platform, m_strings); }
+    void move() { PFMove(m_strings); }
     /// One after which it ends.
     void moveToTheEnd() { EXPECT_THROW(move(), test::Terminated); }
-    MovePlan plan() { return planOfMove(platform.platform, m_strings); }
+    MovePlan plan() { return planOfMove(m_strings); }
 
     bool wasAsked() const { return callsThatBeginWith("runModal").size() == 1; }
     Lines callsThatBeginWith(const char *beginning) const {
@@ -838,16 +839,16 @@ TEST_F(MoveWithPassword, LeavesTheDiskImageAsItIsAndLetsGoOfIt) {
 /// \name The Trash
 
 TEST_F(MoveToApplications, TrashesOneItemByItsNameAndFolder) {
-    EXPECT_TRUE(Trash("/a b/c.app", platform.platform));
+    EXPECT_TRUE(Trash("/a b/c.app"));
     EXPECT_EQ(platform.transcript.calls(), Lines{"recycle c.app in /a b"});
-    EXPECT_TRUE(Trash("/c.app", platform.platform));
+    EXPECT_TRUE(Trash("/c.app"));
     EXPECT_EQ(platform.transcript.calls().back(), "recycle c.app in /");
     EXPECT_EQ(test::linesFrom(log(), 0, 2), (Lines{"vrb Trashing \"/a b/c.app\"...", "vrb Trashed \"/a b/c.app\""}));
 }
 
 TEST_F(MoveToApplications, TellsWhatCouldNotBeTrashed) {
     platform.transcript.failAt("recycle", 1);
-    EXPECT_FALSE(Trash("/a/c.app", platform.platform));
+    EXPECT_FALSE(Trash("/a/c.app"));
     EXPECT_EQ(log(), (Lines{"vrb Trashing \"/a/c.app\"...", "ERR Could not trash \"/a/c.app\""}));
 }
 

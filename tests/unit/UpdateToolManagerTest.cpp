@@ -1,4 +1,5 @@
 #include "tools/UpdateToolManager.h"
+#include "platform/AtEnd.h"
 #include "support/InstallCheckFixture.h"
 #include "utils/Exception.h"
 #include "utils/UUIDString.h"
@@ -45,7 +46,7 @@ protected:
     Lines calls() const { return withTilde(platform.transcript.calls()); }
 
     const std::string m_macFuseLog = home.path("install.log");
-    UpdateToolManager manager{platform.platform, std::string(kToolPath), m_macFuseLog};
+    UpdateToolManager manager{std::string(kToolPath), m_macFuseLog};
 
 private:
     const std::string m_log = logToFile(kLogLevelDetailed);
@@ -161,12 +162,10 @@ TEST_F(UpdateToolRun, ThatIsNotWaitedForCountsAsFailed) { // deliberate, unlike 
 }
 
 TEST_F(UpdateToolRun, OfARealProgramEndsWithItsStatus) {
-    const Platform &fake = platform.platform;
-    const Platform real{fake.alerts,     fake.appleEvents,       fake.application,  fake.authorization,
-                        fake.mainBundle, fake.checkWindows,      fake.clock,        fake.images,
-                        fake.keychain,   fake.mainThread,        fake.propertyList, fake.scripts,
-                        fake.systemInfo, nativePlatform().tasks, fake.userDefaults, fake.workspace};
-    UpdateToolManager runner(real, "/bin/%@");
+    const Platform real = platform.platform.with(nativePlatform().tasks);
+    installPlatform(&real);
+    const AtEnd replaced([this] { installPlatform(&platform.platform); });
+    UpdateToolManager runner("/bin/%@");
     const auto shell = [&runner](const char *script) { return runner.runExe("/bin/sh", {"-c", script}, true); };
     EXPECT_EQ(shell("exit 0"), kSucceeded);
     EXPECT_EQ(shell("exit 1"), kRunFailed);
@@ -389,7 +388,7 @@ TEST_F(MacFuseLog, IsKeptBeforeTheCommandCountsAsDone) {
 }
 
 TEST_F(MacFuseLog, IsLookedForInTheTemporaryFolder) {
-    UpdateToolManager(platform.platform).repairFrameworkUsingPackage("MacFUSE.pkg");
+    UpdateToolManager().repairFrameworkUsingPackage("MacFUSE.pkg");
     // Whether there is one or not.
     EXPECT_THAT(keeping().at(0), HasSubstr("\"/tmp/.macfuse-install.log\""));
 }
@@ -473,7 +472,7 @@ protected:
         EXPECT_EQ(updateTool.status(), result);
         return result;
     }
-    UpdateToolManager own{platform.platform, home.path("%@")};
+    UpdateToolManager own{home.path("%@")};
 };
 
 TEST_F(InstalledTool, OfTheAdministratorWithTheSetUserIdBitIsInOrder) {
@@ -503,7 +502,7 @@ TEST_F(InstalledTool, ThatIsADanglingLinkIsMissing) {
 }
 
 TEST_F(InstalledTool, IsLookedForInTheProductsFolder) {
-    UpdateToolManager manager(platform.platform);
+    UpdateToolManager manager;
     EXPECT_EQ(manager.verifyUpdateTool(UUIDString()), UpdateToolManager::kToolMissing);
     EXPECT_EQ(manager.verifyUpdateTool("../../../usr/bin/env"), UpdateToolManager::kToolMissing);
 }

@@ -108,8 +108,7 @@ private:
     void showAlreadyRunning() {
         platform.tasks.usualStatus = 0;
         LocalizedStrings strings(platform.bundle);
-        Quillmark_LauncherAppDelegate delegate(platform.platform, strings,
-                                               [this]() -> InstallCheckManager & { return manager(); });
+        Quillmark_LauncherAppDelegate delegate(strings, [this]() -> InstallCheckManager & { return manager(); });
         EXPECT_THROW(delegate.ensureCoreNotRunning(), Terminated);
         platform.tasks.usualStatus = 1;
         showAlert();
@@ -120,7 +119,7 @@ private:
             home.makeFolder("local/Quillmark.app");
         }
         LocalizedStrings strings(platform.bundle);
-        PFMove(platform.platform, strings); // asks, and is answered "Do Not Move"
+        PFMove(strings); // asks, and is answered "Do Not Move"
         std::filesystem::remove(home.path("local/Quillmark.app"));
         showAlert();
     }
