@@ -1,24 +1,28 @@
 #include "platform/HomeFolder.h"
 
+#include "platform/EnvironmentVariable.h"
 #include "platform/Path.h"
 
-#include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
 
 namespace quillmark {
 
 std::string homeFolder() {
-    const char *home = std::getenv("HOME"); // NOLINT(concurrency-mt-unsafe): nobody sets it
-    if (home == nullptr || *home != '/') {
+    std::string folder = environmentVariable("HOME");
+    if (!folder.starts_with('/')) {
         const struct passwd *account = ::getpwuid(::getuid()); // NOLINT(concurrency-mt-unsafe): the answer is copied
-        home = account != nullptr ? account->pw_dir : "/";
+        folder = account != nullptr ? account->pw_dir : "/";
     }
-    std::string folder = home;
     while (folder.size() > 1 && folder.ends_with('/')) {
         folder.pop_back();
     }
     return folder;
+}
+
+std::string folderOfDesktop(const char *variable, const char *usual) {
+    const std::string folder = environmentVariable(variable);
+    return folder.starts_with('/') ? folder : homeFolder() + '/' + usual;
 }
 
 std::string expandingTilde(std::string_view path) {

@@ -3,7 +3,6 @@
 #include "platform/Problem.h"
 #include "platform/linux/Keyring.h"
 #include "platform/linux/PlugIn.h"
-#include "platform/linux/SessionBusAddress.h"
 
 namespace quillmark {
 

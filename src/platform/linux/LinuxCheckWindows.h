@@ -1,20 +1,33 @@
 #pragma once
 
-#include "platform/CheckWindowView.h"
-
-#include <string>
+#include "platform/Problem.h"
+#include "platform/linux/WindowModule.h"
 
 namespace quillmark {
-
-class WindowModule;
 
 /// The window module's check window.
 class LinuxCheckWindows final : public CheckWindows {
 public:
     explicit LinuxCheckWindows(WindowModule &windowModule) : m_windowModule(windowModule) {}
-    void prepare() override;
+
+    void prepare() override { m_windowModule.prepare(); }
+
     CheckWindowView *load(const std::string &interfaceFile, const HeaderBranding &branding,
-                          CheckWindowView::Owner &owner) override;
+                          CheckWindowView::Owner &owner) override {
+        const std::string notShown = "The check window could not be shown: ";
+        std::string obstacle;
+        Windows *const windows = m_windowModule.open(obstacle);
+        if (windows == nullptr) {
+            reportProblem(notShown + obstacle);
+            return nullptr;
+        }
+        std::vector<std::string> problems;
+        CheckWindowView *const window = windows->loadCheckWindow(interfaceFile, branding, owner, problems);
+        for (const std::string &problem : problems) {
+            reportProblem((window != nullptr ? "The check window is incomplete: " : notShown) + problem);
+        }
+        return window;
+    }
 
 private:
     WindowModule &m_windowModule;

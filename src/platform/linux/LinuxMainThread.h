@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/MainThread.h"
+#include "platform/ThreadName.h"
 #include "platform/linux/RunLoop.h"
 
 #include <thread>
@@ -14,8 +15,15 @@ public:
 
     void post(std::function<void()> call) override { m_runLoop.post(std::move(call)); }
     void runOnce() override { m_runLoop.turn(); }
-    void serve(std::vector<Input> inputs) override;
-    void detachNewThread(const std::string &name, std::function<void()> body) override;
+    void serve(std::vector<Input> inputs) override {
+        std::this_thread::get_id() == m_thread ? m_runLoop.serve(inputs) : serveAlone(std::move(inputs));
+    }
+    void detachNewThread(const std::string &name, std::function<void()> body) override {
+        std::thread([name, body = std::move(body)] {
+            nameCurrentThread(name);
+            body();
+        }).detach();
+    }
 
 private:
     const std::thread::id m_thread = std::this_thread::get_id();

@@ -1,8 +1,10 @@
 #include "platform/linux/PlugIn.h"
 
 #include "platform/Bundle.h"
+#include "platform/EnvironmentVariable.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 namespace quillmark {
 
@@ -15,6 +17,16 @@ void *plugInSymbol(const Bundle &bundle, const char *fileName, const char *symbo
         obstacle = text != nullptr ? text : "the loader gives no reason";
     }
     return address;
+}
+
+std::optional<std::string> sessionBusAddress() {
+    if (const std::string address = environmentVariable("DBUS_SESSION_BUS_ADDRESS"); !address.empty()) {
+        return address;
+    }
+    const std::string folder = environmentVariable("XDG_RUNTIME_DIR");
+    const std::string socket = folder + "/bus";
+    const bool isThere = !folder.empty() && ::access(socket.c_str(), F_OK) == 0;
+    return isThere ? std::optional("unix:path=" + socket) : std::nullopt;
 }
 
 } // namespace quillmark

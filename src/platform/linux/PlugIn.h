@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace quillmark {
@@ -10,5 +11,9 @@ class Bundle;
 /// behind the plug-ins don't survive that.
 /// \param obstacle receives the reason when there is none, as a part of a sentence. \returns null then.
 void *plugInSymbol(const Bundle &bundle, const char *fileName, const char *symbol, std::string &obstacle);
+
+/// Where the session's bus listens; nothing when the session has none. The bus libraries would start one of their own
+/// then.
+std::optional<std::string> sessionBusAddress();
 
 } // namespace quillmark

@@ -2,7 +2,6 @@
 
 #include "platform/Problem.h"
 #include "platform/linux/PlugIn.h"
-#include "platform/linux/SessionBusAddress.h"
 
 namespace quillmark {
 

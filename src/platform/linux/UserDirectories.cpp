@@ -1,6 +1,5 @@
 #include "platform/linux/UserDirectories.h"
 
-#include "platform/EnvironmentVariable.h"
 #include "platform/HomeFolder.h"
 #include "platform/Pieces.h"
 #include "platform/ReadFile.h"
@@ -10,11 +9,6 @@
 namespace quillmark {
 
 namespace {
-
-std::string configurationFolder() {
-    const std::string folder = environmentVariable("XDG_CONFIG_HOME");
-    return folder.starts_with('/') ? folder : homeFolder() + "/.config";
-}
 
 /// The value as a path: without its quotation marks, a leading $HOME replaced, and without a slash at its end.
 std::string pathIn(std::string_view value) {
@@ -34,7 +28,7 @@ std::string pathIn(std::string_view value) {
 std::optional<std::string> downloadsFolderOfDesktop() {
     constexpr std::string_view kBeginning = "XDG_DOWNLOAD_DIR=";
     constexpr std::int64_t kLargest = 1 << 20; // bytes
-    const auto contents = readRegularFile(configurationFolder() + "/user-dirs.dirs", kLargest);
+    const auto contents = readRegularFile(folderOfDesktop("XDG_CONFIG_HOME", ".config") + "/user-dirs.dirs", kLargest);
     std::optional<std::string> folder; // of several lines the last one counts
     if (const auto *text = std::get_if<std::string>(&contents)) {
         for (const std::string_view line : pieces(*text, '\n')) {
