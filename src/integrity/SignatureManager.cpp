@@ -1,5 +1,6 @@
 #include "integrity/SignatureManager.h"
 
+#include "platform/AtEnd.h"
 #include "utils/Log.h"
 
 #include <algorithm>
@@ -29,15 +30,6 @@ using Stream = std::unique_ptr<BIO, Release<BIO_free>>;
 using Key = std::unique_ptr<EVP_PKEY, Release<EVP_PKEY_free>>;
 using Operation = std::unique_ptr<EVP_PKEY_CTX, Release<EVP_PKEY_CTX_free>>;
 using Digest = std::array<unsigned char, SHA_DIGEST_LENGTH>;
-
-/// The thread's queue of library errors, empty at the start, so that the first one is this operation's, and at the end.
-class ErrorQueue {
-public:
-    ErrorQueue() { ERR_clear_error(); }
-    ErrorQueue(const ErrorQueue &) = delete;
-    ErrorQueue &operator=(const ErrorQueue &) = delete;
-    ~ErrorQueue() { ERR_clear_error(); }
-};
 
 /// One block of a PEM text.
 struct Block {
@@ -144,7 +136,8 @@ bool SignatureManager::verifySignature(std::string_view signature, std::string_v
     if (signature.empty() || publicKey.empty() || data.empty()) {
         return false;
     }
-    const ErrorQueue errors;
+    ERR_clear_error(); // the first one is then this operation's
+    const AtEnd cleared(ERR_clear_error);
     const Key key = readKey(publicKey, PEM_STRING_PUBLIC, kPublicForms);
     Digest digest{};
     if (key == nullptr || !computeDigest(data, digest)) {
@@ -166,7 +159,7 @@ std::optional<std::string> SignatureManager::generateSignature(std::string_view 
     if (privateKey.empty() || data.empty()) {
         return std::nullopt;
     }
-    const ErrorQueue errors;
+    const AtEnd cleared(ERR_clear_error);
     const Key key = readKey(privateKey, PEM_STRING_EVP_PKEY, kPrivateForms);
     Digest digest{};
     if (key == nullptr || !computeDigest(data, digest)) {

@@ -1,5 +1,7 @@
 #include "platform/Problem.h"
 
+#include "platform/AtEnd.h"
+
 #include <atomic>
 #include <utility>
 
@@ -22,14 +24,7 @@ void setProblemReporter(void (*report)(const std::string &)) { reporter.store(re
 
 std::vector<std::string> problemsOf(const std::function<void()> &call) {
     std::vector<std::string> problems;
-    struct HoldingBack {
-        explicit HoldingBack(std::vector<std::string> &problems) : before(std::exchange(heldBack, &problems)) {}
-        HoldingBack(const HoldingBack &) = delete;
-        HoldingBack &operator=(const HoldingBack &) = delete;
-        ~HoldingBack() { heldBack = before; }
-        std::vector<std::string> *before;
-    };
-    const HoldingBack holdingBack(problems);
+    const AtEnd released([before = std::exchange(heldBack, &problems)] { heldBack = before; });
     call();
     return problems;
 }

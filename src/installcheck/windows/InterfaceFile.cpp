@@ -1,6 +1,7 @@
 #include "installcheck/windows/InterfaceFile.h"
 
 #include "branding/windows/QuillmarkHeaderView.h"
+#include "platform/AtEnd.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -16,21 +17,8 @@ namespace {
 constexpr qint64 kLargestFile = 1 << 20; // bytes; ours has some 5,000
 constexpr int kDeepest = 100;            // elements in each other; ours has 12. Qt's reader calls itself for each
 
-/// While this lives Qt finds no plug-ins. A loader of windows would otherwise begin by loading what a designer of
-/// windows may have, with whole libraries behind it.
-class WithoutPlugIns {
-public:
-    WithoutPlugIns() : m_folders(QCoreApplication::libraryPaths()) { QCoreApplication::setLibraryPaths({}); }
-    ~WithoutPlugIns() { QCoreApplication::setLibraryPaths(m_folders); }
-    WithoutPlugIns(const WithoutPlugIns &) = delete;
-    WithoutPlugIns &operator=(const WithoutPlugIns &) = delete;
-
-private:
-    const QStringList m_folders;
-};
-
 /// Knows the header view, too.
-class InterfaceLoader final : private WithoutPlugIns, public QUiLoader {
+class InterfaceLoader final : public QUiLoader {
 public:
     explicit InterfaceLoader(const HeaderBranding &branding) : m_branding(branding) {}
 
@@ -47,25 +35,26 @@ private:
     const HeaderBranding &m_branding;
 };
 
-/// Collects what Qt complains of while this lives, instead of letting it on standard error: widgets of unknown classes,
-/// properties that are none.
-class Complaints {
-public:
-    explicit Complaints(QStringList &complaints) : m_before(qInstallMessageHandler(collect)) { receiver = &complaints; }
-    ~Complaints() {
-        qInstallMessageHandler(m_before);
-        receiver = nullptr;
-    }
-    Complaints(const Complaints &) = delete;
-    Complaints &operator=(const Complaints &) = delete;
+QStringList *complaints = nullptr; ///< where collect() puts them, while it is installed
 
-private:
-    static void collect(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString &message) {
-        receiver->append(message.endsWith(u'.') ? message.chopped(1) : message);
-    }
-    static inline QStringList *receiver = nullptr;
-    const QtMessageHandler m_before;
-};
+/// Takes what Qt complains of, instead of letting it on standard error: widgets of unknown classes, properties that are
+/// none.
+void collect(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString &message) {
+    complaints->append(message.endsWith(u'.') ? message.chopped(1) : message);
+}
+
+/// Builds what the document describes. \param found receives what Qt complains of.
+QWidget *built(QByteArray &document, const HeaderBranding &branding, QStringList &found) {
+    // A loader of windows would begin by loading what a designer of windows may have, with whole libraries behind it.
+    const QStringList plugIns = QCoreApplication::libraryPaths();
+    QCoreApplication::setLibraryPaths({});
+    const AtEnd restored([&plugIns] { QCoreApplication::setLibraryPaths(plugIns); });
+    InterfaceLoader loader(branding);
+    complaints = &found;
+    const AtEnd told([before = qInstallMessageHandler(collect)] { qInstallMessageHandler(before); });
+    QBuffer buffer(&document);
+    return loader.load(&buffer);
+}
 
 /// Why that is no document that Qt's reader can be given; null when it can.
 QString damageOf(const QByteArray &document) {
@@ -105,15 +94,9 @@ QDialog *loadInterface(const QString &path, const HeaderBranding &branding, QStr
         problems << QStringLiteral("the interface file \"%1\" is damaged: %2").arg(path, damage);
         return nullptr;
     }
-    InterfaceLoader loader(branding);
-    QStringList complaints;
-    QWidget *root = nullptr;
-    {
-        const Complaints collected(complaints);
-        QBuffer buffer(&document);
-        root = loader.load(&buffer);
-    }
-    for (const QString &complaint : complaints) {
+    QStringList found;
+    QWidget *const root = built(document, branding, found);
+    for (const QString &complaint : found) {
         problems << QStringLiteral("in \"%1\": %2").arg(path, complaint);
     }
     auto *const window = qobject_cast<QDialog *>(root);
