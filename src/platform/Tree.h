@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <sys/types.h>
 
 namespace quillmark {
 
@@ -24,7 +25,13 @@ std::optional<CopyFailure> copyTree(const std::string &source, const std::string
 /// its folder only the attempt tells.
 bool isTreeRemovable(const std::string &path);
 
-/// Removes an item, with those of the user's own folders that forbid it. \returns 0 or an `errno`.
+/// Removes an item. What can't be removed stays. \returns 0 or an `errno`.
 int removeTree(const std::string &path);
+/// The same with those of the user's own folders that forbid it.
+int removeUnlockedTree(const std::string &path);
+
+/// Makes a folder with all folders above it; the mode applies to each, less the user's mask. One that is there already
+/// is fine. \returns 0, or the `errno` of the one that could not be made.
+int makeFolders(const std::string &path, mode_t mode = 0777);
 
 } // namespace quillmark

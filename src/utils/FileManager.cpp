@@ -5,7 +5,6 @@
 #include "utils/ErrorText.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -15,23 +14,6 @@
 namespace quillmark {
 
 namespace {
-
-bool exists(const std::string &path) { return ::access(path.c_str(), F_OK) == 0; }
-
-int makeFolder(const std::string &path, mode_t mode) {
-    // Somebody else may have made it meanwhile.
-    return ::mkdir(path.c_str(), mode) == 0 || (errno == EEXIST && exists(path)) ? 0 : errno;
-}
-
-int makeFolders(const std::string &path, mode_t mode) {
-    const size_t slash = path.rfind('/');
-    if (slash != std::string::npos && slash > 0 && !exists(path.substr(0, slash))) {
-        if (const int error = makeFolders(path.substr(0, slash), mode); error != 0) {
-            return error;
-        }
-    }
-    return makeFolder(path, mode);
-}
 
 std::string accountName(uid_t account) {
     constexpr size_t kRecordSize = 16384; // more than any system asks for
@@ -61,7 +43,13 @@ bool isOpenToOthers(const struct stat &folder, const struct stat &next) {
 
 } // namespace
 
-bool FileManager::fileExists(const std::string &path) const { return exists(path); }
+Error posixError(int error, const std::string &failureReason) {
+    return {kPosixErrorDomain,
+            error,
+            {{kLocalizedFailureReasonKey, failureReason}, {kLocalizedDescriptionKey, posixErrorToString(error)}}};
+}
+
+bool FileManager::fileExists(const std::string &path) const { return ::access(path.c_str(), F_OK) == 0; }
 
 bool FileManager::isWritable(const std::string &path) const { return ::access(path.c_str(), W_OK) == 0; }
 
@@ -118,24 +106,13 @@ std::optional<std::string> FileManager::folderOfOthers(const std::string &path) 
 
 std::optional<Error> FileManager::copyItem(const std::string &source, const std::string &target) const {
     const auto failure = copyTree(source, target);
-    if (!failure) {
-        return std::nullopt;
-    }
-    return Error{kPosixErrorDomain,
-                 failure->error,
-                 {{kLocalizedFailureReasonKey, "Copying stopped at '" + failure->path + "'"},
-                  {kLocalizedDescriptionKey, posixErrorToString(failure->error)}}};
+    return failure ? std::optional(posixError(failure->error, "Copying stopped at '" + failure->path + "'"))
+                   : std::nullopt;
 }
 
-int FileManager::removeItem(const std::string &path) const {
-    std::error_code error;
-    std::filesystem::remove_all(path.c_str(), error);
-    return error.value();
-}
+int FileManager::removeItem(const std::string &path) const { return removeTree(path); }
 
-int FileManager::createFolder(const std::string &path, mode_t mode) const {
-    return makeFolders(path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1)), mode);
-}
+int FileManager::createFolder(const std::string &path, mode_t mode) const { return makeFolders(path, mode); }
 
 FileManager &__QMCurrentThreadFileManager() {
     thread_local FileManager manager;

@@ -14,6 +14,9 @@ struct FileAttributes {
     std::uint32_t posixPermissions; ///< the lowest twelve bits
 };
 
+/// An error of the system's, in kPosixErrorDomain. \param failureReason what went wrong, for people.
+Error posixError(int error, const std::string &failureReason);
+
 /// Files by their paths. Made once a thread and not to be shared.
 class FileManager {
 public:

@@ -1,26 +1,21 @@
 #include "platform/linux/ExecutablePath.h"
 
-#include <array>
-#include <climits>
-#include <cstdlib>
+#include <filesystem>
 #include <string_view>
 #include <sys/auxv.h>
-#include <unistd.h>
 
 namespace quillmark {
 
 std::optional<std::string> executablePath() {
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    if (length <= 0) {
+    constexpr std::string_view kDeleted = " (deleted)"; // an update took the file's place
+    std::error_code error;
+    std::string path = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (path.empty()) {
         const auto *startedBy =
             reinterpret_cast<const char *>(::getauxval(AT_EXECFN)); // NOLINT: how the kernel tells it
-        return startedBy != nullptr && ::realpath(startedBy, buffer.data()) != nullptr
-                   ? std::optional<std::string>(buffer.data())
-                   : std::nullopt;
+        path = std::filesystem::canonical(startedBy != nullptr ? startedBy : "", error);
+        return path.empty() ? std::nullopt : std::optional(path);
     }
-    constexpr std::string_view kDeleted = " (deleted)"; // an update took the file's place
-    std::string path(buffer.data(), static_cast<size_t>(length));
     if (path.ends_with(kDeleted)) {
         path.resize(path.size() - kDeleted.size());
     }

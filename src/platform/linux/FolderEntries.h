@@ -1,16 +1,22 @@
 #pragma once
 
+#include "platform/Descriptor.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
+#include <string>
 #include <vector>
 
 namespace quillmark {
 
-/// All names in an open folder, as the kernel hands them out: in no order, read before the first one is looked at.
+/// All names in a folder, as the kernel hands them out: in no order, read before the first one is looked at.
 class FolderEntries {
 public:
+    explicit FolderEntries(const std::string &path)
+        : FolderEntries(Descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).get()) {}
     /// Reads from where the descriptor stands, to the end.
     explicit FolderEntries(int folder) {
         std::array<char, 32768> part; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by the kernel

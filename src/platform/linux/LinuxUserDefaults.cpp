@@ -5,12 +5,12 @@
 #include "platform/Path.h"
 #include "platform/PropertyList.h"
 #include "platform/ReadFile.h"
+#include "platform/Tree.h"
 #include "platform/WriteAll.h"
 #include "platform/linux/LockFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <filesystem>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -101,11 +101,11 @@ bool LinuxUserDefaults::change(const std::function<void()> &change) {
 
 Descriptor LinuxUserDefaults::lock() {
     const std::string folder = deletingLastPathComponent(m_path);
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
-    Descriptor held = error ? Descriptor() : lockedFile(folder + "/." + lastPathComponent(m_path) + ".lock", m_clock);
+    const int error = makeFolders(folder);
+    Descriptor held =
+        error != 0 ? Descriptor() : lockedFile(folder + "/." + lastPathComponent(m_path) + ".lock", m_clock);
     if (!held.isOpen()) {
-        setProblem("can't be written", error ? error.value() : errno);
+        setProblem("can't be written", error != 0 ? error : errno);
     }
     return held;
 }
@@ -192,8 +192,7 @@ bool LinuxUserDefaults::writeChanges() {
 int LinuxUserDefaults::write(const std::string &document) const {
     // One name for every writer, since only the lock's holder writes: what a killed one left is replaced by the next.
     const std::string name = m_path + ".new";
-    std::error_code obstacle;
-    std::filesystem::remove_all(name, obstacle);
+    removeTree(name);
     errno = 0;
     const Descriptor file(::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
     const bool isReplaced = file.isOpen() && writeAll(file.get(), document) && ::fsync(file.get()) == 0 &&

@@ -4,6 +4,8 @@
 #include "platform/HomeFolder.h"
 #include "platform/Path.h"
 #include "platform/PropertyList.h"
+#include "platform/Tree.h"
+#include "platform/linux/FolderEntries.h"
 #include "platform/linux/LockFile.h"
 #include "platform/linux/SessionBus.h"
 #include "platform/linux/Spawn.h"
@@ -11,15 +13,9 @@
 #include "platform/linux/UserDirectories.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <climits>
-#include <dirent.h>
-#include <fcntl.h>
 #include <filesystem>
-#include <memory>
 #include <unistd.h>
-#include <vector>
 
 namespace quillmark {
 
@@ -36,19 +32,14 @@ bool spawnDetached(const std::vector<std::string> &command) {
 
 std::vector<int> processNumbers() {
     std::vector<int> numbers;
-    const std::unique_ptr<DIR, int (*)(DIR *)> directory(::opendir("/proc"), ::closedir);
-    while (directory != nullptr) {
-        const struct dirent *entry = ::readdir(directory.get()); // NOLINT(concurrency-mt-unsafe): a stream of our own
-        if (entry == nullptr) {
-            break;
-        }
-        const std::string_view name(entry->d_name);
+    FolderEntries("/proc").all([&numbers](std::string_view name, unsigned char /*type*/) {
         int number = 0;
         const auto [end, error] = std::from_chars(name.begin(), name.end(), number);
         if (error == std::errc() && end == name.end()) {
             numbers.push_back(number);
         }
-    }
+        return true;
+    });
     std::sort(numbers.begin(), numbers.end());
     return numbers;
 }
@@ -56,10 +47,8 @@ std::vector<int> processNumbers() {
 /// An empty text when the process has ended or may not be looked at.
 std::string executableOfProcess(int process) {
     constexpr std::string_view kDeleted = " (deleted)";
-    std::array<char, PATH_MAX> buffer{};
-    const std::string link = "/proc/" + std::to_string(process) + "/exe";
-    const ssize_t length = ::readlink(link.c_str(), buffer.data(), buffer.size());
-    std::string path(buffer.data(), static_cast<size_t>(std::max<ssize_t>(length, 0)));
+    std::error_code error;
+    std::string path = std::filesystem::read_symlink("/proc/" + std::to_string(process) + "/exe", error);
     // An update took the file's place; but a file may be called like this, too.
     if (path.ends_with(kDeleted) && ::access(path.c_str(), F_OK) != 0) {
         path.erase(path.size() - kDeleted.size());
@@ -161,8 +150,7 @@ bool LinuxWorkspace::launchApplication(const std::string &path) {
     }
     // So that of several that launch it at once one does. Where there can be no lock it is launched all the same.
     const std::string folder = appendingPathComponent(homeFolder(), "Library/Caches/Quillmark");
-    std::error_code error;
-    std::filesystem::create_directories(folder, error);
+    makeFolders(folder);
     const Descriptor lock = lockedFile(folder + "/launch.lock", m_clock);
     return isRunning(executable) || spawnDetached({executable});
 }

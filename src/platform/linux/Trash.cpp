@@ -4,11 +4,11 @@
 #include "platform/HomeFolder.h"
 #include "platform/Problem.h"
 #include "platform/Tree.h"
+#include "platform/WriteAll.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
@@ -64,11 +64,8 @@ std::optional<Trash> openedTrash(const std::string &path, size_t untold, const D
 
 /// The user may have led this one to another disk by a link.
 std::optional<Trash> homeTrash() {
-    const char *const named = std::getenv("XDG_DATA_HOME"); // NOLINT(concurrency-mt-unsafe): nobody sets it
-    const bool isNamed = named != nullptr && *named == '/';
-    const std::string data = isNamed ? named : homeFolder() + "/.local/share";
-    std::error_code ignored; // it shows below
-    std::filesystem::create_directories(data, ignored);
+    const std::string data = folderOfDesktop("XDG_DATA_HOME", ".local/share");
+    makeFolders(data);
     const std::string path = data + "/Trash";
     return openedTrash(path, 0, ownFolder(AT_FDCWD, path, 0));
 }
@@ -142,12 +139,6 @@ std::string numberedName(const std::string &name, int number) {
     return name.substr(0, size) + ending;
 }
 
-/// Writes the bytes, to the disk and not only to the system's memory. \returns false when that was not possible.
-bool isWritten(const Descriptor &file, const std::string &bytes) {
-    return ::write(file.get(), bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size()) &&
-           ::fsync(file.get()) == 0;
-}
-
 /// Writes the info file of an item that is to come, which takes a name for it. \returns that name; empty on failure.
 std::string reservedName(const Item &item, const Trash &trash) {
     for (int number = 1;; ++number) {
@@ -158,7 +149,7 @@ std::string reservedName(const Item &item, const Trash &trash) {
         const Descriptor info(
             ::openat(trash.infos.get(), infoName(name).c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
         if (info.isOpen()) {
-            if (isWritten(info, infoOf(item, trash))) {
+            if (writeAll(info.get(), infoOf(item, trash)) && ::fsync(info.get()) == 0) {
                 return name;
             }
             ::unlinkat(trash.infos.get(), infoName(name).c_str(), 0);
@@ -205,10 +196,10 @@ int copyInto(const Trash &trash, const Item &item) {
             ".trashed-" + std::to_string(std::random_device()()) + std::to_string(std::random_device()());
         if (::renameat(item.opened.get(), item.name.c_str(), item.opened.get(), leaving.c_str()) != 0) {
             const int error = errno;
-            removeTree(copy);
+            removeUnlockedTree(copy);
             return error;
         }
-        if (const int error = removeTree(item.pathOf(leaving)); error != 0) {
+        if (const int error = removeUnlockedTree(item.pathOf(leaving)); error != 0) {
             reportProblem('"' + item.pathOf(leaving) + "\", of which a copy is in the Trash, can't be removed: " +
                           std::generic_category().message(error));
         }
@@ -217,17 +208,17 @@ int copyInto(const Trash &trash, const Item &item) {
 }
 
 std::optional<Item> itemAt(const std::string &name, const std::string &folder) {
-    std::array<char, PATH_MAX> path{};
-    if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos ||
-        ::realpath(folder.c_str(), path.data()) == nullptr) {
+    std::error_code error;
+    const std::string path = std::filesystem::canonical(folder, error);
+    if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos || path.empty()) {
         return std::nullopt;
     }
-    Descriptor opened(::open(path.data(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    Descriptor opened(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     const auto status = statusOf(opened);
     if (!status || ::faccessat(opened.get(), name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0) {
         return std::nullopt;
     }
-    return Item{name, path[1] == '\0' ? "" : path.data(), std::move(opened), status->st_dev};
+    return Item{name, path == "/" ? "" : path, std::move(opened), status->st_dev};
 }
 
 } // namespace

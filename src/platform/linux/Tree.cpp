@@ -1,8 +1,9 @@
 #include "platform/Tree.h"
 
-#include "platform/Descriptor.h"
+#include "platform/Path.h"
 #include "platform/linux/FolderEntries.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -91,7 +92,7 @@ public:
             return std::nullopt;
         }
         if (m_isBegun) {
-            removeTree(m_target);
+            removeUnlockedTree(m_target);
         }
         return m_failure;
     }
@@ -125,17 +126,17 @@ private:
         if (!S_ISREG(status.st_mode)) {
             return sourceFailed(EINVAL);
         }
-        if (status.st_nlink > 1 && isLinked(status, target)) {
+        if (status.st_nlink > 1 && linksToCopy(status, target)) {
             return true;
         }
         const Descriptor to(::openat(target.folder, target.name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-        return isMade(to.isOpen()) &&
+        return noteMaking(to.isOpen()) &&
                ((copyContents(from.get(), to.get(), status) && copyAttributes(from.get(), to.get(), status)) ||
                 targetFailed());
     }
 
-    /// Makes a link to the copy of a file that has been copied under another name.
-    bool isLinked(const struct stat &status, const Place &target) {
+    /// Makes a link to the copy of a file that has been copied under another name. \returns false when there is none.
+    bool linksToCopy(const struct stat &status, const Place &target) {
         const auto [first, isFirst] = m_linkedFiles.try_emplace({status.st_dev, status.st_ino}, m_path);
         return !isFirst && ::linkat(AT_FDCWD, (m_target + first->second).c_str(), target.folder, target.name, 0) == 0;
     }
@@ -150,7 +151,7 @@ private:
         if (m_top && status.st_dev == m_top->st_dev && status.st_ino == m_top->st_ino) { // into itself
             return targetFailed(EINVAL);
         }
-        if (!isMade(::mkdirat(target.folder, target.name, S_IRWXU) == 0)) {
+        if (!noteMaking(::mkdirat(target.folder, target.name, S_IRWXU) == 0)) {
             return false;
         }
         const Descriptor to(::openat(target.folder, target.name, kFolderFlags));
@@ -186,10 +187,10 @@ private:
             if (size < 0) {
                 return sourceFailed();
             }
-            if (!isMade(::symlinkat(text.data(), target.folder, target.name) == 0)) {
+            if (!noteMaking(::symlinkat(text.data(), target.folder, target.name) == 0)) {
                 return false;
             }
-        } else if (!isMade(::mknodat(target.folder, target.name, status.st_mode, status.st_rdev) == 0)) {
+        } else if (!noteMaking(::mknodat(target.folder, target.name, status.st_mode, status.st_rdev) == 0)) {
             return false;
         } else if (::fchmodat(target.folder, target.name, status.st_mode & kModeBits, 0) != 0) {
             return targetFailed();
@@ -236,9 +237,10 @@ private:
         return true;
     }
 
-    bool isMade(bool isMadeNow) {
-        m_isBegun = m_isBegun || isMadeNow;
-        return isMadeNow || targetFailed();
+    /// Takes down that there is something at the target now, or that it could not be made. \returns which.
+    bool noteMaking(bool isMade) {
+        m_isBegun = m_isBegun || isMade;
+        return isMade || targetFailed();
     }
     bool sourceFailed(int error = errno) { return failed(m_source, error); }
     bool targetFailed(int error = errno) { return failed(m_target, error); }
@@ -276,11 +278,8 @@ bool eachFolder(int folder, const char *name, const Visit &visit) {
     });
 }
 
-std::string withoutEndingSlashes(std::string path) {
-    while (path.size() > 1 && path.ends_with('/')) {
-        path.pop_back();
-    }
-    return path;
+std::string withoutEndingSlashes(const std::string &path) {
+    return path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1));
 }
 
 } // namespace
@@ -301,15 +300,34 @@ bool isTreeRemovable(const std::string &path) {
 }
 
 int removeTree(const std::string &path) {
+    std::error_code error;
+    std::filesystem::remove_all(path.c_str(), error);
+    return error.value();
+}
+
+int removeUnlockedTree(const std::string &path) {
     eachFolder(AT_FDCWD, path.c_str(), [](int folder, const struct stat &status) {
         if ((status.st_mode & S_IRWXU) != S_IRWXU) {
             ::fchmod(folder, status.st_mode | S_IRWXU);
         }
         return true;
     });
-    std::error_code error;
-    std::filesystem::remove_all(path.c_str(), error);
-    return error.value();
+    return removeTree(path);
+}
+
+int makeFolders(const std::string &path, mode_t mode) {
+    const std::string folder = withoutEndingSlashes(path);
+    const auto exists = [&folder] { return ::access(folder.c_str(), F_OK) == 0; };
+    if (exists()) {
+        return 0;
+    }
+    if (const std::string above = deletingLastPathComponent(folder); !above.empty()) {
+        if (const int error = makeFolders(above, mode); error != 0) {
+            return error;
+        }
+    }
+    // Somebody else may have made it meanwhile.
+    return ::mkdir(folder.c_str(), mode) == 0 || (errno == EEXIST && exists()) ? 0 : errno;
 }
 
 } // namespace quillmark
