@@ -6,7 +6,6 @@
 #include <array>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
 #include <minizip/ioapi.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -88,10 +88,7 @@ std::optional<Error> launchApplication(const std::string &bundleIdentifier) {
         return errorOf(kLaunchFailed, "launchApplication failed",
                        formatted("bundleWithIdentifier \"%@\" failed", bundleIdentifier));
     }
-    if (!workspace.launchApplication(*bundle)) {
-        return launchFailed(*bundle);
-    }
-    return std::nullopt;
+    return workspace.launchApplication(*bundle) ? std::nullopt : std::optional(launchFailed(*bundle));
 }
 
 std::optional<Error> quitApplication(const std::string &bundleIdentifier, bool wait, double timeOut) {

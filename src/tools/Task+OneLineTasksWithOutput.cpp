@@ -1,7 +1,5 @@
 #include "tools/Task+OneLineTasksWithOutput.h"
 
-#include "platform/Authorization.h"
-#include "platform/Platform.h"
 #include "tools/TaskOutputReader.h"
 #include "utils/Exception.h"
 #include "utils/Utf8Text.h"
@@ -34,7 +32,7 @@ Dictionary failureInfo(const std::optional<std::string> &standardError, const Ex
 
 std::optional<std::string> stringByLaunchingPath(const std::string &path, const std::vector<std::string> &arguments,
                                                  const OnCreatedBlock &onCreatedDoBlock, std::optional<Error> *error) {
-    TaskOutputReader reader(platform().tasks, platform().mainThread, {path, arguments});
+    TaskOutputReader reader({path, arguments});
     std::optional<std::string> output;
     std::optional<std::string> standardError;
     try {

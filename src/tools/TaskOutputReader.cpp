@@ -1,11 +1,12 @@
 #include "tools/TaskOutputReader.h"
 
 #include "platform/AtEnd.h"
+#include "platform/MainThread.h"
+#include "platform/Platform.h"
 #include "tools/LaunchException.h"
 #include "utils/Assert.h"
 #include "utils/Log.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <unistd.h>
@@ -19,25 +20,19 @@ bool readAvailable(int pipe, std::string &data) {
     constexpr int kPiecesATurn = 16; // then other events have their turn
     std::array<char, 65536> piece;   // NOLINT(cppcoreguidelines-pro-type-member-init): written by what follows
     for (int turn = 0; turn < kPiecesATurn; ++turn) {
-        const ssize_t count = ::read(pipe, piece.data(), piece.size());
-        if (count == 0) {
-            return false;
+        const ssize_t count = uninterrupted([&] { return ::read(pipe, piece.data(), piece.size()); });
+        if (count <= 0) {
+            return count < 0 && errno == EAGAIN;
         }
-        if (count < 0 && errno != EINTR) {
-            return errno == EAGAIN;
-        }
-        data.append(piece.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
+        data.append(piece.data(), static_cast<size_t>(count));
     }
     return true;
 }
 
 } // namespace
 
-TaskOutputReader::TaskOutputReader(Tasks &tasks, MainThread &mainThread, Task task)
-    : m_tasks(tasks), m_mainThread(mainThread), m_task(std::move(task)) {}
-
 void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(std::int32_t)> &onCreated) {
-    const auto task = m_tasks.launch(m_task.launchPath, m_task.arguments, Tasks::StandardError::Piped);
+    const auto task = platform().tasks.launch(m_task.launchPath, m_task.arguments, Tasks::StandardError::Piped);
     if (!task) {
         throw launchException();
     }
@@ -46,13 +41,13 @@ void TaskOutputReader::launchTaskAndRunSynchronous(const std::function<void(std:
     if (pid == 0) {
         __assert2("pid", "NSTask+OneLineTasksWithOutput", 183);
     }
-    AtEnd abandoned([&] { m_tasks.abandon(*task); });
+    AtEnd abandoned([&] { platform().tasks.abandon(*task); });
     if (onCreated) {
         onCreated(pid);
     }
     runUntilComplete(*task);
     abandoned.dismiss();
-    m_terminationStatus = m_tasks.terminationStatus(*task);
+    m_terminationStatus = platform().tasks.terminationStatus(*task);
 }
 
 void TaskOutputReader::runUntilComplete(const PipedTask &task) {
@@ -65,7 +60,7 @@ void TaskOutputReader::runUntilComplete(const PipedTask &task) {
     };
     // Nothing is ever to be had of these; without any input there is nothing to wait for.
     std::erase_if(inputs, [](const Input &input) { return input.descriptor < 0; });
-    m_mainThread.serve(std::move(inputs));
+    platform().mainThread.serve(std::move(inputs));
 }
 
 bool TaskOutputReader::standardOutNotification(int pipe) {

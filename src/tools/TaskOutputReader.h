@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/MainThread.h"
 #include "platform/Tasks.h"
 
 #include <cstdint>
@@ -15,7 +14,7 @@ namespace quillmark {
 class TaskOutputReader {
 public:
     /// \param task is not launched yet.
-    TaskOutputReader(Tasks &tasks, MainThread &mainThread, Task task);
+    explicit TaskOutputReader(Task task) : m_task(std::move(task)) {}
 
     /// Launches the program and returns when it has ended and both pipes are closed, by it and by everyone it gave them
     /// to. \param onCreated is told the process identifier before any output is awaited; may be empty. Raises an
@@ -34,8 +33,6 @@ private:
     bool standardErrorNotification(int pipe);
     bool terminatedNotification();
 
-    Tasks &m_tasks;
-    MainThread &m_mainThread;
     const Task m_task;
     std::string standardOutput;
     std::string standardError;

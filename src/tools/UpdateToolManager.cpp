@@ -50,7 +50,7 @@ std::int32_t UpdateToolManager::repairBundleUsingPackage(const std::string &pack
 }
 
 std::int32_t UpdateToolManager::repairFrameworkUsingPackage(const std::string &packagePath) {
-    m_status = kCommandBegun;
+    begin();
     const std::int32_t result = runUpdateTool({"repairpackage", packagePath}, true);
     if (hasCaseInsensitiveSubstring(packagePath, "MacFUSE")) {
         try {
@@ -59,10 +59,7 @@ std::int32_t UpdateToolManager::repairFrameworkUsingPackage(const std::string &p
             logErrorException(exception);
         }
     }
-    if (result == kSucceeded) {
-        m_status = kSucceeded;
-    }
-    return result;
+    return finish(result);
 }
 
 std::int32_t UpdateToolManager::repairQMToolRootPermissions(const std::string &name) {
@@ -88,43 +85,37 @@ std::int32_t UpdateToolManager::repairMonoKeypairPermissions() {
 }
 
 std::int32_t UpdateToolManager::repairPermissions() {
-    return begin([this] { return runUpdateToolAsAdmin({"repairpermissions"}); });
+    begin();
+    return finish(runUpdateToolAsAdmin({"repairpermissions"}));
 }
 
 std::int32_t UpdateToolManager::repairUpdateTool(const std::string &toolPath,
                                                  const std::string &updateQMSignaturePath) {
-    return begin([&] {
-        logDetail("updateQMSignaturePath is %@", updateQMSignaturePath);
-        return runUninstalledUpdateToolAsAdmin(toolPath, {"repair", updateQMSignaturePath});
-    });
+    begin();
+    logDetail("updateQMSignaturePath is %@", updateQMSignaturePath);
+    return finish(runUninstalledUpdateToolAsAdmin(toolPath, {"repair", updateQMSignaturePath}));
 }
 
 std::int32_t UpdateToolManager::repairQMToolRoot(const std::string &path, const std::string &signaturePath) {
-    m_status = kCommandBegun;
+    begin();
     const std::int32_t result = runUpdateTool({"repairotherroot", path, signaturePath}, true);
-    if (result != kSucceeded) {
-        return result;
-    }
-    if (const auto error = restartFinder()) {
+    if (const auto error = result == kSucceeded ? restartFinder() : std::nullopt) {
         m_failureReason = nserrorToString(*error);
         logError("repairQMToolRoot failed (%@)", m_failureReason);
         return kCommandBegun;
     }
-    m_status = kSucceeded;
-    return result;
+    return finish(result);
 }
 
 std::int32_t UpdateToolManager::verifyUpdateTool(const std::string &name) {
     const std::string path = installedTool(name);
-    const FileManager &files = __QMCurrentThreadFileManager();
-    if (!files.fileExists(path)) {
-        m_status = kToolMissing;
-        return m_status;
-    }
-    const auto attributes = files.attributes(path);
+    const auto attributes = __QMCurrentThreadFileManager().attributes(path);
     const bool mayActAsRoot =
         attributes && attributes->ownerAccountName == "root" && attributes->posixPermissions == kToolMode;
     m_status = mayActAsRoot ? kSucceeded : kToolHasWrongPermissions;
+    if (!__QMCurrentThreadFileManager().fileExists(path)) {
+        m_status = kToolMissing;
+    }
     return m_status;
 }
 
@@ -153,6 +144,23 @@ std::int32_t UpdateToolManager::runExe(const std::string &path, const std::vecto
     }
     m_failureReason.reset();
     logVerbose("UpdateToolManager:runExe: Succeeded running \"%@\"", path);
+    return kSucceeded;
+}
+
+std::int32_t UpdateToolManager::insertFinderOverlayBundle() {
+    begin();
+    return finish(runFinderOverlayTool({"insertfinderoverlay"}, true));
+}
+
+std::int32_t UpdateToolManager::runFinderOverlayTool(const std::vector<std::string> &arguments, bool waitUntilExit) {
+    const std::string path = installedTool("finderoverlaytool");
+    logVerbose("Running FinderOverlayTool \"%@\"...", path);
+    // Deliberate: a run that is not waited for counts as succeeded, unlike those of the update tool.
+    if (launch(path, arguments, waitUntilExit).value_or(0) != 0) {
+        logVerbose("FinderOverlayTool \"%@\" did fail", path);
+        return kRunFailed;
+    }
+    logVerbose("FinderOverlayTool \"%@\" did succeed", path);
     return kSucceeded;
 }
 
@@ -227,10 +235,7 @@ void UpdateToolManager::keepMacFuseLog() {
     constexpr std::int64_t kLargestLog = std::int64_t{16} << 20U; // bytes
     const auto error = files.isTrustedFile(m_macFuseLog, kLargestLog)
                            ? files.copyItem(m_macFuseLog, target)
-                           : Error{kPosixErrorDomain,
-                                   EACCES,
-                                   {{kLocalizedFailureReasonKey, "It is no file of a trusted user's"},
-                                    {kLocalizedDescriptionKey, posixErrorToString(EACCES)}}};
+                           : posixError(EACCES, "It is no file of a trusted user's");
     if (error) {
         logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(*error));
     } else {
@@ -254,9 +259,7 @@ std::string UpdateToolManager::installedTool(const std::string &name) const {
     return formatted(m_toolPathFormat, name);
 }
 
-std::int32_t UpdateToolManager::begin(const std::function<std::int32_t()> &run) {
-    m_status = kCommandBegun;
-    const std::int32_t result = run();
+std::int32_t UpdateToolManager::finish(std::int32_t result) {
     if (result == kSucceeded) {
         m_status = kSucceeded;
     }
@@ -264,7 +267,8 @@ std::int32_t UpdateToolManager::begin(const std::function<std::int32_t()> &run) 
 }
 
 std::int32_t UpdateToolManager::runCommand(const std::vector<std::string> &arguments) {
-    return begin([&] { return runUpdateTool(arguments, true); });
+    begin();
+    return finish(runUpdateTool(arguments, true));
 }
 
 } // namespace quillmark

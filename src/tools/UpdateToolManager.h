@@ -3,7 +3,6 @@
 #include "accounts/KeyList.h"
 
 #include <cstdint>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -80,7 +79,9 @@ private:
     std::string installedTool(const std::string &name) const;
     /// \returns the exit status of a run that is waited for. Raises an exception when the tool can't be started.
     std::optional<int> launch(const std::string &path, const std::vector<std::string> &arguments, bool waitUntilExit);
-    std::int32_t begin(const std::function<std::int32_t()> &run);
+    // What stands around every command. The first leaves kCommandBegun, and so does one that fails.
+    void begin() { m_status = kCommandBegun; }
+    std::int32_t finish(std::int32_t result);
     std::int32_t runCommand(const std::vector<std::string> &arguments);
     std::int32_t runAsAdmin(const std::string &operation, const std::string &toolPath,
                             const std::vector<std::string> &arguments, bool isPathLogged);

@@ -78,16 +78,12 @@ private:
 /// Waits for the next piece. \returns nothing at the end.
 std::string_view nextPiece(int pipe, std::array<char, 65536> &buffer) {
     while (true) {
-        const ssize_t count = ::read(pipe, buffer.data(), buffer.size());
-        if (count >= 0) {
-            return {buffer.data(), static_cast<size_t>(count)};
+        const ssize_t count = uninterrupted([&] { return ::read(pipe, buffer.data(), buffer.size()); });
+        if (count >= 0 || errno != EAGAIN) {
+            return {buffer.data(), static_cast<size_t>(std::max<ssize_t>(count, 0))};
         }
-        if (errno == EAGAIN) {
-            pollfd wait{pipe, POLLIN, 0};
-            ::poll(&wait, 1, -1);
-        } else if (errno != EINTR) {
-            return {};
-        }
+        pollfd wait{pipe, POLLIN, 0};
+        ::poll(&wait, 1, -1);
     }
 }
 
