@@ -13,14 +13,6 @@ namespace quillmark {
 
 namespace {
 
-constexpr std::string_view kCoreApp = "CoreApp";
-constexpr std::string_view kFramework = "Framework";
-constexpr std::string_view kBundle = "Bundle";
-constexpr std::string_view kTool = "QMTool";
-constexpr std::string_view kToolRoot = "QMToolRoot";
-constexpr std::string_view kFinderCM = "FinderCM";
-constexpr std::string_view kFinderOverlayInsert = "FinderOverlayInsert";
-
 using Manager = InstallCheckManager;
 
 /// The operation that examines the items of a type.
@@ -30,13 +22,13 @@ struct ItemType {
 };
 
 constexpr ItemType kItemTypes[] = {
-    {kCoreApp, &Manager::updateRequiredItemStatusCoreApp},
-    {kFramework, &Manager::updateRequiredItemStatusFramework},
-    {kBundle, &Manager::updateRequiredItemStatusBundle},
-    {kTool, &Manager::updateRequiredItemStatusTool},
-    {kToolRoot, &Manager::updateRequiredItemStatusToolRoot},
-    {kFinderCM, &Manager::updateRequiredItemStatusFinderCM},
-    {kFinderOverlayInsert, &Manager::updateRequiredItemStatusFinderOverlayInsert},
+    {"CoreApp", &Manager::updateRequiredItemStatusCoreApp},
+    {"Framework", &Manager::updateRequiredItemStatusFramework},
+    {"Bundle", &Manager::updateRequiredItemStatusBundle},
+    {"QMTool", &Manager::updateRequiredItemStatusTool},
+    {"QMToolRoot", &Manager::updateRequiredItemStatusToolRoot},
+    {"FinderCM", &Manager::updateRequiredItemStatusFinderCM},
+    {"FinderOverlayInsert", &Manager::updateRequiredItemStatusFinderOverlayInsert},
 };
 
 /// Rules that turn on one of the install check's own questions.
@@ -71,28 +63,28 @@ std::span<const InstallCheckManager::StatusRule> InstallCheckManager::statusRule
                UpdateToolManager::kToolHasWrongPermissions;
     };
     static constexpr StatusRule kRules[] = {
-        {kCoreApp, fails<&Manager::verifyCoreAppPermissions>, WrongPermissions, Fault::Helper},
+        {"CoreApp", fails<&Manager::verifyCoreAppPermissions>, WrongPermissions, Fault::Helper},
 
-        {kBundle, isAbsent, Missing, Fault::Bundle},
-        {kBundle, hasNoVersion, Invalid, Fault::Bundle},
-        {kBundle, isOldBundle, OldVersion, Fault::Bundle},
+        {"Bundle", isAbsent, Missing, Fault::Bundle},
+        {"Bundle", hasNoVersion, Invalid, Fault::Bundle},
+        {"Bundle", isOldBundle, OldVersion, Fault::Bundle},
 
-        {kTool, isAbsent, Missing, Fault::Helper},
-        {kTool, holds<&Manager::isOldTool>, OldVersion, Fault::Helper},
-        {kTool, fails<&Manager::verifyQMToolPermissions>, WrongPermissions, Fault::Helper},
+        {"QMTool", isAbsent, Missing, Fault::Helper},
+        {"QMTool", holds<&Manager::isOldTool>, OldVersion, Fault::Helper},
+        {"QMTool", fails<&Manager::verifyQMToolPermissions>, WrongPermissions, Fault::Helper},
 
-        {kToolRoot, fails<&Manager::checkMinMacOSXVersion>, NotRequired, Fault::None},
-        {kToolRoot, isAbsent, Missing, Fault::Helper},
-        {kToolRoot, holds<&Manager::isOldTool>, OldVersion, Fault::Helper},
-        {kToolRoot, mayNotActAsRoot, WrongPermissions, Fault::Helper},
+        {"QMToolRoot", fails<&Manager::checkMinMacOSXVersion>, NotRequired, Fault::None},
+        {"QMToolRoot", isAbsent, Missing, Fault::Helper},
+        {"QMToolRoot", holds<&Manager::isOldTool>, OldVersion, Fault::Helper},
+        {"QMToolRoot", mayNotActAsRoot, WrongPermissions, Fault::Helper},
 
-        {kFinderCM, fails<&Manager::checkMaxMacOSXVersion>, NotRequired, Fault::None},
-        {kFinderCM, isAbsent, Missing, Fault::Helper},
-        {kFinderCM, holds<&Manager::doesBundleNeedUpdate>, OldVersion, Fault::Helper},
+        {"FinderCM", fails<&Manager::checkMaxMacOSXVersion>, NotRequired, Fault::None},
+        {"FinderCM", isAbsent, Missing, Fault::Helper},
+        {"FinderCM", holds<&Manager::doesBundleNeedUpdate>, OldVersion, Fault::Helper},
 
-        {kFinderOverlayInsert, fails<&Manager::checkMinMacOSXVersion>, NotRequired, Fault::None},
-        {kFinderOverlayInsert, isAbsent, Missing, Fault::Helper},
-        {kFinderOverlayInsert, holds<&Manager::doesBundleNeedUpdate>, OldVersion, Fault::HelperToRestart},
+        {"FinderOverlayInsert", fails<&Manager::checkMinMacOSXVersion>, NotRequired, Fault::None},
+        {"FinderOverlayInsert", isAbsent, Missing, Fault::Helper},
+        {"FinderOverlayInsert", holds<&Manager::doesBundleNeedUpdate>, OldVersion, Fault::HelperToRestart},
     };
     return kRules;
 }
@@ -171,31 +163,31 @@ std::string InstallCheckManager::statusText(size_t index) const {
 
 void InstallCheckManager::updateRequiredItemStatusCoreApp(const RequiredItem &item, std::int32_t index) {
     logDetail("Examining \"%@\"", pathToRequiredItemInResources(item));
-    applyStatusRules(kCoreApp, item, index);
+    applyStatusRules("CoreApp", item, index);
 }
 
 void InstallCheckManager::updateRequiredItemStatusFramework(const RequiredItem &item, std::int32_t index) {
-    examine(kFramework, item, index); // deliberate: there is no rule
+    examine("Framework", item, index); // deliberate: there is no rule
 }
 
 void InstallCheckManager::updateRequiredItemStatusBundle(const RequiredItem &item, std::int32_t index) {
-    examine(kBundle, item, index);
+    examine("Bundle", item, index);
 }
 
 void InstallCheckManager::updateRequiredItemStatusTool(const RequiredItem &item, std::int32_t index) {
-    examine(kTool, item, index);
+    examine("QMTool", item, index);
 }
 
 void InstallCheckManager::updateRequiredItemStatusToolRoot(const RequiredItem &item, std::int32_t index) {
-    examine(kToolRoot, item, index);
+    examine("QMToolRoot", item, index);
 }
 
 void InstallCheckManager::updateRequiredItemStatusFinderCM(const RequiredItem &item, std::int32_t index) {
-    examine(kFinderCM, item, index);
+    examine("FinderCM", item, index);
 }
 
 void InstallCheckManager::updateRequiredItemStatusFinderOverlayInsert(const RequiredItem &item, std::int32_t index) {
-    examine(kFinderOverlayInsert, item, index);
+    examine("FinderOverlayInsert", item, index);
 }
 
 bool InstallCheckManager::verifyQMToolPermissions(const RequiredItem &item) const {

@@ -14,10 +14,7 @@ std::string homeFolder() {
         const struct passwd *account = ::getpwuid(::getuid()); // NOLINT(concurrency-mt-unsafe): the answer is copied
         folder = account != nullptr ? account->pw_dir : "/";
     }
-    while (folder.size() > 1 && folder.ends_with('/')) {
-        folder.pop_back();
-    }
-    return folder;
+    return withoutEndingSlashes(folder);
 }
 
 std::string folderOfDesktop(const char *variable, const char *usual) {

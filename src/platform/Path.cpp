@@ -1,8 +1,13 @@
 #include "platform/Path.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace quillmark {
+
+std::string withoutEndingSlashes(std::string_view path) {
+    return std::string(path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1)));
+}
 
 std::string withoutNeedlessSlashes(std::string_view path) {
     std::string result;

@@ -7,6 +7,9 @@ namespace quillmark {
 
 // Paths as texts. A slash at the end of a path, and one beside another, mean nothing.
 
+/// The path without those at its end.
+std::string withoutEndingSlashes(std::string_view path);
+
 /// The path with none of these: "/a/b" of "/a//b/"; "/" stays.
 std::string withoutNeedlessSlashes(std::string_view path);
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ScalarText.h"
 #include "platform/Value.h"
 
 #include <functional>
@@ -19,7 +20,10 @@ public:
     /// The stored value, else the registered one, else nothing.
     virtual Value objectForKey(std::string_view key) = 0;
     /// The value when it is a text or a number (as text), else absent.
-    std::optional<std::string> stringForKey(std::string_view key);
+    std::optional<std::string> stringForKey(std::string_view key) {
+        const Value value = objectForKey(key);
+        return value.is<bool>() ? std::nullopt : scalarText(value);
+    }
     /// Stores a value; nothing removes the key.
     virtual void setObject(std::string_view key, const Value &value) = 0;
     /// Writes what was set to disk.

@@ -38,16 +38,64 @@ std::int32_t statusOfDialog(int status) {
     return WIFEXITED(status) && WEXITSTATUS(status) == kDismissed ? kAuthorizationCanceled : kAuthorizationDenied;
 }
 
-/// The root helper, from its start to the end of this object.
-class RootHelper {
+/// The arguments that make a program do here what the given ones make it do where they come from: there, cp keeps
+/// extended attributes with a file's mode and times, here it has to be told.
+std::vector<std::string> withTheSameMeaning(const std::string &path, std::vector<std::string> arguments) {
+    if (path == "/bin/cp" && !arguments.empty() && arguments[0] == "-pR") {
+        arguments.insert(arguments.begin() + 1, "--preserve=all");
+    }
+    return arguments;
+}
+
+/// Its rights are those of the root helper, which runs from the first question to the end of this object.
+class HelperReference final : public Authorization::Reference {
 public:
-    explicit RootHelper(std::string program) : m_program(std::move(program)) {}
-    RootHelper(const RootHelper &) = delete;
-    RootHelper &operator=(const RootHelper &) = delete;
-    ~RootHelper() { end(); }
+    explicit HelperReference(std::string program) : m_program(std::move(program)) {}
+    HelperReference(const HelperReference &) = delete;
+    HelperReference &operator=(const HelperReference &) = delete;
+    ~HelperReference() override { end(); }
 
-    bool isRunning() const { return m_process != 0; }
+    /// The helper is started even without the flags that ask for it: there is no other way to learn of the right.
+    std::int32_t copyRights(std::string_view right, std::uint32_t /*flags*/) override {
+        if (right != kAuthorizationRightAdmin) {
+            return kAuthorizationDenied;
+        }
+        return m_process != 0 ? 0 : start();
+    }
 
+    std::int32_t executeWithPrivileges(const std::string &path, const std::vector<std::string> &arguments,
+                                       std::unique_ptr<CommunicationsPipe> *pipe) override {
+        std::string request = path + '\0';
+        const std::vector<std::string> texts = withTheSameMeaning(path, arguments);
+        for (const std::string &text : texts) {
+            request += text + '\0';
+        }
+        if (m_process == 0 || !path.starts_with('/') ||
+            std::count(request.begin(), request.end(), '\0') != std::ssize(texts) + 1 ||
+            texts.size() >= kHelperMaximumTexts || request.size() > kHelperMaximumRequest) {
+            return kAuthorizationToolExecuteFailure;
+        }
+        std::array<int, 2> ends{-1, -1};
+        if (pipe != nullptr && ::pipe2(ends.data(), O_CLOEXEC) != 0) {
+            return kAuthorizationToolExecuteFailure;
+        }
+        Descriptor reading(ends[0]);
+        const Descriptor writing(ends[1]);
+        if (answerTo(request, writing.get()) != 0) {
+            return kAuthorizationToolExecuteFailure;
+        }
+        if (pipe != nullptr) {
+            *pipe = std::make_unique<OutputPipe>(std::move(reading));
+        }
+        return 0;
+    }
+
+    std::optional<int> waitForChild() override {
+        const auto status = m_process != 0 ? answerTo(std::string(kHelperWait, sizeof kHelperWait)) : std::nullopt;
+        return status == kHelperNoProgram ? std::nullopt : status;
+    }
+
+private:
     /// Waits for as long as the user takes with the password. \returns a status.
     std::int32_t start() {
         std::array<int, 2> ends{};
@@ -95,7 +143,6 @@ public:
         return answer;
     }
 
-private:
     /// \returns the process's number, or 0.
     pid_t spawn(int helpersEnd) {
         std::vector<std::string> arguments{m_program};
@@ -128,64 +175,6 @@ private:
     Descriptor m_socket;
     std::optional<PrivateMemory> m_privateMemory; // as long as the socket is open
     pid_t m_process = 0;
-};
-
-/// The arguments that make a program do here what the given ones make it do where they come from: there, cp keeps
-/// extended attributes with a file's mode and times, here it has to be told.
-std::vector<std::string> withTheSameMeaning(const std::string &path, std::vector<std::string> arguments) {
-    if (path == "/bin/cp" && !arguments.empty() && arguments[0] == "-pR") {
-        arguments.insert(arguments.begin() + 1, "--preserve=all");
-    }
-    return arguments;
-}
-
-class HelperReference final : public Authorization::Reference {
-public:
-    explicit HelperReference(std::string program) : m_helper(std::move(program)) {}
-
-    /// The helper is started even without the flags that ask for it: there is no other way to learn of the right.
-    std::int32_t copyRights(std::string_view right, std::uint32_t /*flags*/) override {
-        if (right != kAuthorizationRightAdmin) {
-            return kAuthorizationDenied;
-        }
-        return m_helper.isRunning() ? 0 : m_helper.start();
-    }
-
-    std::int32_t executeWithPrivileges(const std::string &path, const std::vector<std::string> &arguments,
-                                       std::unique_ptr<CommunicationsPipe> *pipe) override {
-        std::string request = path + '\0';
-        const std::vector<std::string> texts = withTheSameMeaning(path, arguments);
-        for (const std::string &text : texts) {
-            request += text + '\0';
-        }
-        if (!m_helper.isRunning() || !path.starts_with('/') ||
-            std::count(request.begin(), request.end(), '\0') != std::ssize(texts) + 1 ||
-            texts.size() >= kHelperMaximumTexts || request.size() > kHelperMaximumRequest) {
-            return kAuthorizationToolExecuteFailure;
-        }
-        std::array<int, 2> ends{-1, -1};
-        if (pipe != nullptr && ::pipe2(ends.data(), O_CLOEXEC) != 0) {
-            return kAuthorizationToolExecuteFailure;
-        }
-        Descriptor reading(ends[0]);
-        const Descriptor writing(ends[1]);
-        if (m_helper.answerTo(request, writing.get()) != 0) {
-            return kAuthorizationToolExecuteFailure;
-        }
-        if (pipe != nullptr) {
-            *pipe = std::make_unique<OutputPipe>(std::move(reading));
-        }
-        return 0;
-    }
-
-    std::optional<int> waitForChild() override {
-        const auto status =
-            m_helper.isRunning() ? m_helper.answerTo(std::string(kHelperWait, sizeof kHelperWait)) : std::nullopt;
-        return status == kHelperNoProgram ? std::nullopt : status;
-    }
-
-private:
-    RootHelper m_helper;
 };
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxBundle.h"
 
 #include "platform/EnvironmentVariable.h"
+#include "platform/Path.h"
 #include "platform/Pieces.h"
 #include "platform/PropertyList.h"
 #include "platform/linux/ExecutablePath.h"
@@ -21,13 +22,10 @@ bool isNamedAsBundle(const std::string &path) {
 
 } // namespace
 
-LinuxBundle::LinuxBundle(std::string path, std::vector<std::string> languages, const PropertyList &propertyList)
-    : m_path(std::move(path)), m_languages(std::move(languages)), m_propertyList(propertyList) {
-    while (m_path.size() > 1 && m_path.ends_with('/')) {
-        m_path.pop_back();
-    }
-    m_resourcePath = isNamedAsBundle(m_path) ? m_path + "/Contents/Resources" : m_path;
-}
+LinuxBundle::LinuxBundle(std::string_view path, std::vector<std::string> languages, const PropertyList &propertyList)
+    : m_path(withoutEndingSlashes(path)),
+      m_resourcePath(isNamedAsBundle(m_path) ? m_path + "/Contents/Resources" : m_path),
+      m_languages(std::move(languages)), m_propertyList(propertyList) {}
 
 std::optional<std::string> LinuxBundle::pathForResource(std::string_view name, std::string_view type) const {
     if (name.empty()) {

@@ -14,7 +14,7 @@ class PropertyList;
 class LinuxBundle final : public Bundle {
 public:
     /// \param path the bundle's folder. \param languages the user's languages ("de_AT", "de"), the preferred one first.
-    LinuxBundle(std::string path, std::vector<std::string> languages, const PropertyList &propertyList);
+    LinuxBundle(std::string_view path, std::vector<std::string> languages, const PropertyList &propertyList);
 
     std::string path() const override { return m_path; }
     std::string resourcePath() const override { return m_resourcePath; }
@@ -31,8 +31,8 @@ public:
 private:
     Dictionary readStringTable() const;
 
-    std::string m_path;
-    std::string m_resourcePath;
+    const std::string m_path;
+    const std::string m_resourcePath;
     std::vector<std::string> m_languages;
     const PropertyList &m_propertyList;
 

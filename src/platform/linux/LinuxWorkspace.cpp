@@ -78,15 +78,10 @@ bool isRunning(const std::string &executable) {
 std::vector<std::string> LinuxWorkspace::applicationsFolders(Domain domain) const {
     const std::string local = "/Applications";
     const std::string users = appendingPathComponent(homeFolder(), local);
-    switch (domain) {
-    case Domain::User:
-        return {users};
-    case Domain::Local:
-        return {local};
-    case Domain::All:
-        break;
+    if (domain == Domain::All) {
+        return {users, local};
     }
-    return {users, local};
+    return {domain == Domain::User ? users : local};
 }
 
 /// The one that the desktop goes by and the one that everybody knows. A desktop that has none names the home folder.

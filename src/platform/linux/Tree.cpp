@@ -3,7 +3,6 @@
 #include "platform/Path.h"
 #include "platform/linux/FolderEntries.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -276,10 +275,6 @@ bool eachFolder(int folder, const char *name, const Visit &visit) {
     return entries.error() == 0 && entries.all([&](const char *entry, unsigned char type) {
         return (type != DT_DIR && type != DT_UNKNOWN) || eachFolder(opened.get(), entry, visit);
     });
-}
-
-std::string withoutEndingSlashes(const std::string &path) {
-    return path.substr(0, std::max<size_t>(path.find_last_not_of('/') + 1, 1));
 }
 
 } // namespace
