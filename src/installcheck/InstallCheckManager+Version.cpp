@@ -97,29 +97,27 @@ bool InstallCheckManager::getMacOSXVersion(std::int32_t &major, std::int32_t &mi
     return version.major && version.minor && version.bugfix;
 }
 
-bool InstallCheckManager::checkMinMacOSXVersion(const RequiredItem &item) const {
-    const auto limit = textOf(item, kMinMacOSXVersion);
+bool InstallCheckManager::isWithinLimit(const RequiredItem &item, std::string_view key, VersionLimit isMet) const {
+    const auto limit = textOf(item, key);
     std::int32_t major = 0;
     std::int32_t minor = 0;
     std::int32_t bugfix = 0;
-    if (!limit || !getMacOSXVersion(major, minor, bugfix)) {
-        return true;
-    }
+    return !limit || !getMacOSXVersion(major, minor, bugfix) || isMet(*limit, major, minor);
+}
+
+bool InstallCheckManager::checkMinMacOSXVersion(const RequiredItem &item) const {
     // Deliberate: "10.4" is never met, and "10.5" is not by systems after 10.
-    return (limit == "10.5" && major == 10 && minor > 4) || (limit == "10.6" && major > 10);
+    return isWithinLimit(item, kMinMacOSXVersion, [](std::string_view limit, std::int32_t major, std::int32_t minor) {
+        return (limit == "10.5" && major == 10 && minor > 4) || (limit == "10.6" && major > 10);
+    });
 }
 
 bool InstallCheckManager::checkMaxMacOSXVersion(const RequiredItem &item) const {
-    const auto limit = textOf(item, kMaxMacOSXVersion);
-    std::int32_t major = 0;
-    std::int32_t minor = 0;
-    std::int32_t bugfix = 0;
-    if (!limit || !getMacOSXVersion(major, minor, bugfix)) {
-        return true;
-    }
     // Deliberate: "10.4" is met by 10.4 alone, the others by everything before them too.
-    return major == 10 &&
-           ((limit == "10.4" && minor == 4) || (limit == "10.5" && minor < 6) || (limit == "10.6" && minor < 7));
+    return isWithinLimit(item, kMaxMacOSXVersion, [](std::string_view limit, std::int32_t major, std::int32_t minor) {
+        return major == 10 &&
+               ((limit == "10.4" && minor == 4) || (limit == "10.5" && minor < 6) || (limit == "10.6" && minor < 7));
+    });
 }
 
 std::string InstallCheckManager::getMacClientVersionAsString() { return versionOfThisAppAsString(true); }

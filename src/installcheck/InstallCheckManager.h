@@ -199,6 +199,9 @@ private:
     using PermissionsRepair = std::int32_t (UpdateToolManager::*)(const std::string &name);
     bool repairTool(const RequiredItem &item, ToolRepair repair, PermissionsRepair repairPermissions);
     bool repairUsingPackage(const RequiredItem &item, std::int32_t (UpdateToolManager::*repair)(const std::string &));
+    /// Whether the system's version meets a limit of the item's; true when either is not known.
+    using VersionLimit = bool (*)(std::string_view limit, std::int32_t major, std::int32_t minor);
+    bool isWithinLimit(const RequiredItem &item, std::string_view key, VersionLimit isMet) const;
     /// The short version of the bundle whose property list that is; absent when it has none.
     std::optional<std::string> shortVersionIn(const std::string &informationPath) const;
     std::optional<ComponentVersion> installedVersion(const std::string &informationPath) const;

@@ -2,7 +2,6 @@
 
 #include "platform/BundleSearch.h"
 #include "platform/Workspace.h"
-#include "utils/FormattedText.h"
 
 namespace quillmark {
 
@@ -10,17 +9,6 @@ namespace {
 
 /// The identifier of the client before it had a launcher.
 constexpr const char *kClientIdentifier = "com.quillmark.quillmarkclient";
-
-constexpr const char *kFixedPaths[] = {
-    "~/Applications/%@.app",          "~/Applications/%@-1.app",        "~/Applications/%@-2.app",
-    "~/Applications/%@-3.app",        "~/Applications/%@-4.app",        "~/Applications/%@-5.app",
-    "/Applications/%@.app",           "/Applications/%@-1.app",         "/Applications/%@-2.app",
-    "/Applications/%@-3.app",         "/Applications/%@-4.app",         "/Applications/%@-5.app",
-    "~/Applications/%@ Client.app",   "~/Applications/%@ Client-1.app", "~/Applications/%@ Client-2.app",
-    "~/Applications/%@ Client-3.app", "~/Applications/%@ Client-4.app", "~/Applications/%@ Client-5.app",
-    "/Applications/%@ Client.app",    "/Applications/%@ Client-1.app",  "/Applications/%@ Client-2.app",
-    "/Applications/%@ Client-3.app",  "/Applications/%@ Client-4.app",  "/Applications/%@ Client-5.app",
-};
 
 } // namespace
 
@@ -34,8 +22,12 @@ std::vector<std::string> staleClientBundles(const std::string &productName, cons
         }
     }
     std::vector<std::string> paths = found.value_or(std::vector<std::string>());
-    for (const char *path : kFixedPaths) {
-        paths.push_back(formatted(path, productName));
+    for (const char *ending : {"", " Client"}) {
+        for (const char *folder : {"~/Applications/", "/Applications/"}) {
+            for (const char *number : {"", "-1", "-2", "-3", "-4", "-5"}) {
+                paths.push_back(folder + productName + ending + number + ".app");
+            }
+        }
     }
     return paths;
 }

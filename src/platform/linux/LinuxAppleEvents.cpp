@@ -15,11 +15,8 @@ constexpr std::int32_t kApplicationNotFound = -600; // procNotFound
 
 class QuitEvent final : public AppleEvents::Event {
 public:
-    explicit QuitEvent(std::string bundleIdentifier) : m_bundleIdentifier(std::move(bundleIdentifier)) {}
-    const std::string &bundleIdentifier() const { return m_bundleIdentifier; }
-
-private:
-    std::string m_bundleIdentifier;
+    explicit QuitEvent(std::string identifier) : bundleIdentifier(std::move(identifier)) {}
+    std::string bundleIdentifier;
 };
 
 } // namespace
@@ -49,7 +46,7 @@ std::int32_t LinuxAppleEvents::sendMessage(const Event &event) {
     if (quitEvent == nullptr) {
         return kApplicationNotFound;
     }
-    const std::string &identifier = quitEvent->bundleIdentifier();
+    const std::string &identifier = quitEvent->bundleIdentifier;
     // The file manager may be in the middle of a copy: where it can be asked, it sees to that.
     const bool isAsked = identifier == kFinderIdentifier ? m_sessionBus.activateQuitOfOwner(kFileManagerName)
                                                          : m_sessionBus.activateQuit(identifier);

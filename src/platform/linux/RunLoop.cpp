@@ -1,8 +1,9 @@
 #include "platform/linux/RunLoop.h"
 
+#include "platform/AtEnd.h"
+
 #include <array>
 #include <cerrno>
-#include <optional>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <system_error>
@@ -18,30 +19,24 @@ constexpr std::uint64_t kWakeUp = 0;
 
 } // namespace
 
-RunLoop::Watch::Watch(RunLoop &loop, int descriptor, std::function<void()> onReadable)
-    : m_loop(loop), m_descriptor(descriptor), m_number(++loop.m_lastNumber) {
-    m_loop.add(descriptor, m_number);
-    m_loop.m_watches.emplace(m_number, std::move(onReadable));
-}
-
-RunLoop::Watch::~Watch() {
-    m_loop.m_watches.erase(m_number);
-    ::epoll_ctl(m_loop.m_poll.get(), EPOLL_CTL_DEL, m_descriptor, nullptr);
-}
-
 RunLoop::RunLoop()
     : m_poll(::epoll_create1(EPOLL_CLOEXEC)), m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
     if (!m_poll.isOpen() || !m_wakeUp.isOpen()) {
         fail();
     }
-    add(m_wakeUp.get(), kWakeUp);
+    watch(m_wakeUp.get(), kWakeUp);
 }
 
-void RunLoop::add(int descriptor, std::uint64_t number) const {
+void RunLoop::watch(int descriptor, std::uint64_t number) const {
     epoll_event event{EPOLLIN, {.u64 = number}};
     if (::epoll_ctl(m_poll.get(), EPOLL_CTL_ADD, descriptor, &event) != 0) {
         fail();
     }
+}
+
+void RunLoop::unwatch(int descriptor, std::uint64_t number) {
+    m_watches.erase(number);
+    ::epoll_ctl(m_poll.get(), EPOLL_CTL_DEL, descriptor, nullptr);
 }
 
 void RunLoop::post(std::function<void()> call) {
@@ -63,17 +58,24 @@ void RunLoop::run() {
 }
 
 void RunLoop::serve(const std::vector<Input> &inputs) {
-    std::vector<std::optional<Watch>> watches(inputs.size());
-    size_t open = inputs.size();
-    for (size_t i = 0; i < inputs.size(); ++i) {
-        watches[i].emplace(*this, inputs[i].descriptor, [&open, &input = inputs[i], &watch = watches[i]] {
+    std::map<std::uint64_t, int> open; // descriptors
+    const AtEnd ended([&] {
+        for (const auto &[number, descriptor] : open) {
+            unwatch(descriptor, number);
+        }
+    });
+    for (const Input &input : inputs) {
+        const std::uint64_t number = ++m_lastNumber;
+        watch(input.descriptor, number);
+        open.emplace(number, input.descriptor);
+        m_watches.emplace(number, [this, number, &input, &open] {
             if (!input.onReadable()) {
-                watch.reset();
-                --open;
+                unwatch(input.descriptor, number);
+                open.erase(number);
             }
         });
     }
-    while (open > 0) {
+    while (!open.empty()) {
         turn();
     }
 }

@@ -19,20 +19,6 @@ namespace quillmark {
 /// Concurrency: post() on any thread, all else on the one that the loop belongs to.
 class RunLoop final : public OtherEvents {
 public:
-    /// Watches an input for as long as it lives.
-    class Watch {
-    public:
-        Watch(RunLoop &loop, int descriptor, std::function<void()> onReadable);
-        Watch(const Watch &) = delete;
-        Watch &operator=(const Watch &) = delete;
-        ~Watch();
-
-    private:
-        RunLoop &m_loop;
-        const int m_descriptor;
-        const std::uint64_t m_number;
-    };
-
     RunLoop();
 
     void post(std::function<void()> call);
@@ -51,7 +37,8 @@ public:
     void serveReady() override { serveWithin(0); }
 
 private:
-    void add(int descriptor, std::uint64_t number) const;
+    void watch(int descriptor, std::uint64_t number) const;
+    void unwatch(int descriptor, std::uint64_t number);
     void serveWithin(int milliseconds);
     void makeQueuedCall();
 
