@@ -31,21 +31,6 @@ using Key = std::unique_ptr<EVP_PKEY, Release<EVP_PKEY_free>>;
 using Operation = std::unique_ptr<EVP_PKEY_CTX, Release<EVP_PKEY_CTX_free>>;
 using Digest = std::array<unsigned char, SHA_DIGEST_LENGTH>;
 
-/// One block of a PEM text.
-struct Block {
-    Block() = default;
-    Block(const Block &) = delete;
-    Block &operator=(const Block &) = delete;
-    ~Block() {
-        OPENSSL_clear_free(contents, static_cast<size_t>(length));
-        OPENSSL_free(label);
-    }
-
-    char *label = nullptr;
-    unsigned char *contents = nullptr;
-    long length = 0;
-};
-
 /// What stands in a block with a certain label, and what reads that and nothing else.
 struct Form {
     std::string_view label;
@@ -78,14 +63,20 @@ Key readKey(std::string_view text, const char *sort, const Form (&forms)[Count])
         return nullptr;
     }
     const Stream stream(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
-    Block block;
-    if (stream == nullptr || PEM_bytes_read_bio(&block.contents, &block.length, &block.label, sort, stream.get(),
-                                                noPassPhrase, nullptr) != 1) {
+    char *label = nullptr;
+    unsigned char *contents = nullptr;
+    long length = 0;
+    const AtEnd freed([&] {
+        OPENSSL_clear_free(contents, static_cast<size_t>(length));
+        OPENSSL_free(label);
+    });
+    if (stream == nullptr ||
+        PEM_bytes_read_bio(&contents, &length, &label, sort, stream.get(), noPassPhrase, nullptr) != 1) {
         return nullptr;
     }
     const Form *form = std::find_if(std::begin(forms), std::end(forms),
-                                    [&block](const Form &candidate) { return candidate.label == block.label; });
-    Key key(form == std::end(forms) ? nullptr : form->decode(block.contents, block.length));
+                                    [label](const Form &candidate) { return candidate.label == label; });
+    Key key(form == std::end(forms) ? nullptr : form->decode(contents, length));
     return key != nullptr && EVP_PKEY_is_a(key.get(), "RSA") == 1 ? std::move(key) : nullptr;
 }
 

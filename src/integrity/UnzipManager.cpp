@@ -1,6 +1,7 @@
 #include "integrity/UnzipManager.h"
 
 #include "integrity/ArchiveStream.h"
+#include "platform/Pieces.h"
 
 #include <algorithm>
 #include <array>
@@ -37,14 +38,10 @@ bool isInside(std::string_view name) {
         (name.size() > 1 && isLetter(name[0]) && name[1] == ':')) {
         return false;
     }
-    for (size_t begin = 0; begin <= name.size();) {
-        const size_t end = std::min(name.find_first_of(kSeparators, begin), name.size());
-        if (name.substr(begin, end - begin) == "..") {
-            return false;
-        }
-        begin = end + 1;
-    }
-    return true;
+    std::string plain(name);
+    std::replace(plain.begin(), plain.end(), '\\', '/');
+    const auto components = pieces(plain, '/');
+    return std::find(components.begin(), components.end(), "..") == components.end();
 }
 
 struct Split {

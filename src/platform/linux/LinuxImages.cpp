@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstdlib>
+#include <memory>
 
 namespace {
 
@@ -43,17 +44,16 @@ std::optional<Image> decodeImage(const std::string &bytes, const std::string &na
     }
     int width = 0;
     int height = 0;
-    stbi_uc *pixels = stbi_load_from_memory(reinterpret_cast<const stbi_uc *>(bytes.data()), // NOLINT: bytes
-                                            static_cast<int>(bytes.size()), &width, &height, nullptr, kChannels);
+    const std::unique_ptr<stbi_uc, void (*)(void *)> pixels(
+        stbi_load_from_memory(reinterpret_cast<const stbi_uc *>(bytes.data()), // NOLINT: bytes
+                              static_cast<int>(bytes.size()), &width, &height, nullptr, kChannels),
+        stbi_image_free);
     if (pixels == nullptr || width < 1 || height < 1) { // a bitmap without rows is decoded, too
-        stbi_image_free(pixels);
         return std::nullopt;
     }
-    Image image{name, width, height, {}};
-    image.rgba.assign(reinterpret_cast<const char *>(pixels), // NOLINT: bytes
-                      static_cast<size_t>(width) * static_cast<size_t>(height) * kChannels);
-    stbi_image_free(pixels);
-    return image;
+    const auto *const begin = reinterpret_cast<const char *>(pixels.get()); // NOLINT: bytes
+    const size_t size = static_cast<size_t>(width) * static_cast<size_t>(height) * kChannels;
+    return Image{name, width, height, {begin, size}};
 }
 
 std::optional<Image> LinuxImages::load(const std::string &path) const {
