@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <string>
-#include <type_traits>
 
 namespace quillmark {
 
@@ -45,17 +44,22 @@ struct Platform {
     /// The same with another port of that kind.
     template <class Port>
     Platform with(Port &other) const {
-        const auto chosen = [&other]<class Kind>(Kind &own) -> Kind & {
-            if constexpr (std::is_same_v<Kind, Port>) {
-                return other;
-            } else {
-                return own;
-            }
-        };
-        return {chosen(alerts),     chosen(appleEvents),  chosen(application),  chosen(authorization),
-                chosen(mainBundle), chosen(checkWindows), chosen(clock),        chosen(images),
-                chosen(keychain),   chosen(mainThread),   chosen(propertyList), chosen(scripts),
-                chosen(systemInfo), chosen(tasks),        chosen(userDefaults), chosen(workspace)};
+        return {chosen(alerts, other),        chosen(appleEvents, other),  chosen(application, other),
+                chosen(authorization, other), chosen(mainBundle, other),   chosen(checkWindows, other),
+                chosen(clock, other),         chosen(images, other),       chosen(keychain, other),
+                chosen(mainThread, other),    chosen(propertyList, other), chosen(scripts, other),
+                chosen(systemInfo, other),    chosen(tasks, other),        chosen(userDefaults, other),
+                chosen(workspace, other)};
+    }
+
+private:
+    template <class Port>
+    static Port &chosen(Port & /*own*/, Port &other) {
+        return other;
+    }
+    template <class Own, class Port>
+    static Own &chosen(Own &own, Port & /*other*/) {
+        return own;
     }
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Descriptor.h"
-#include "platform/Input.h"
+#include "platform/MainThread.h"
 #include "platform/linux/Windows.h"
 
 #include <cstdint>

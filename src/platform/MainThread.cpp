@@ -1,4 +1,4 @@
-#include "platform/Input.h"
+#include "platform/MainThread.h"
 
 #include <cstddef>
 #include <poll.h>
