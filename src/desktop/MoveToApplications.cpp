@@ -220,14 +220,12 @@ void PFMove(LocalizedStrings &strings) {
         return;
     }
     logNormal("Moving myself to the Applications folder");
-    switch (plan.needsAuthorisation ? moveWithAuthorisation(plan) : moveWithoutAuthorisation(plan)) {
-    case Outcome::Canceled:
-        return;
-    case Outcome::Failed:
+    const Outcome outcome = plan.needsAuthorisation ? moveWithAuthorisation(plan) : moveWithoutAuthorisation(plan);
+    if (outcome == Outcome::Failed) {
         tellFailure(strings);
+    }
+    if (outcome != Outcome::Moved) {
         return;
-    case Outcome::Moved:
-        break;
     }
     if (!plan.isOnDiskImage && !Trash(plan.source)) {
         logNormal("Warning! Could not delete application after moving it to Applications folder");

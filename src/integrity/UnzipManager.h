@@ -12,9 +12,8 @@ namespace quillmark {
 ///
 /// Nothing outside the archive's folder is touched, whatever the entries' names are and whatever stands in the folder
 /// already: an entry is refused, as a failed one, when its name is absolute, begins with a drive letter or has a
-/// component
-/// "..", or when a component, the last one included, is a symbolic link. Files are made with the permissions 0666 and
-/// folders with 0775, less the process's mask; an entry that is a symbolic link becomes a file.
+/// component "..", or when a component, the last one included, is a symbolic link. Files are made with the permissions
+/// 0666 and folders with 0775, less the process's mask; an entry that is a symbolic link becomes a file.
 class UnzipManager {
 public:
     /// Opens the archive. A path that can't be opened shows in extractAll().

@@ -104,14 +104,10 @@ private:
     };
 
     bool copyItem(unsigned char type, const Place &source, const Place &target) {
-        switch (type) {
-        case DT_REG:
+        if (type == DT_REG) {
             return copyFile(source, target);
-        case DT_DIR:
-            return copyFolder(source, target);
-        default:
-            return copySpecial(source, target);
         }
+        return type == DT_DIR ? copyFolder(source, target) : copySpecial(source, target);
     }
 
     bool copyFile(const Place &source, const Place &target) {
