@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/Problem.h"
+#include "platform/linux/PlugIn.h"
 #include "platform/linux/SessionBus.h"
 
 #include <mutex>
 
 namespace quillmark {
-
-class Bundle;
 
 /// The session's bus by way of a bundle's session module, which is loaded at the first call in a session that has a
 /// bus. Without the module, or without a bus, nobody owns a name and nobody can be asked.
@@ -14,12 +14,36 @@ class SessionModule final : public SessionBus {
 public:
     explicit SessionModule(const Bundle &bundle) : m_bundle(bundle) {}
 
-    std::optional<int> processOwning(const std::string &busName) override;
-    bool activateQuit(const std::string &bundleIdentifier) override;
-    bool activateQuitOfOwner(const std::string &busName) override;
+    std::optional<int> processOwning(const std::string &busName) override {
+        SessionBus *const bus = open();
+        return bus != nullptr ? bus->processOwning(busName) : std::nullopt;
+    }
+    bool activateQuit(const std::string &bundleIdentifier) override {
+        SessionBus *const bus = open();
+        return bus != nullptr && bus->activateQuit(bundleIdentifier);
+    }
+    bool activateQuitOfOwner(const std::string &busName) override {
+        SessionBus *const bus = open();
+        return bus != nullptr && bus->activateQuitOfOwner(busName);
+    }
 
 private:
-    SessionBus *open();
+    SessionBus *open() {
+        std::call_once(m_isTried, [this] {
+            const std::optional<std::string> address = sessionBusAddress();
+            if (!address) {
+                return;
+            }
+            std::string obstacle;
+            void *const symbol = plugInSymbol(m_bundle, "libquillmark-session.so", kOpenSessionBusSymbol, obstacle);
+            if (auto *const openSessionBus = reinterpret_cast<QuillmarkOpenSessionBus *>(symbol)) {
+                m_bus = openSessionBus(*address);
+            } else {
+                reportProblem("The session's bus can't be asked: " + obstacle);
+            }
+        });
+        return m_bus;
+    }
 
     const Bundle &m_bundle;
     std::once_flag m_isTried;
