@@ -88,17 +88,16 @@ Outcome moveWithoutAuthorisation(const MovePlan &plan) {
         }
         return true;
     });
-    bool isCopied = abilitiesOfWindowLibrary(platform().systemInfo.appKitVersion()).copiesBundles;
-    if (isCopied) {
-        if (const auto error = files.copyItem(plan.source, plan.destination)) {
-            logError("Could not copy '%@' to '%@' (%@)", plan.source, plan.destination, nserrorToString(*error));
-            isCopied = false;
-        }
+    const bool mayCopy = abilitiesOfWindowLibrary(platform().systemInfo.appKitVersion()).copiesBundles;
+    const auto error = mayCopy ? files.copyItem(plan.source, plan.destination) : std::nullopt;
+    if (mayCopy && !error) {
+        return Outcome::Moved;
     }
-    if (!isCopied) {
-        logError("Could not copy myself to %@", plan.destination);
+    if (error) {
+        logError("Could not copy '%@' to '%@' (%@)", plan.source, plan.destination, nserrorToString(*error));
     }
-    return isCopied ? Outcome::Moved : Outcome::Failed;
+    logError("Could not copy myself to %@", plan.destination);
+    return Outcome::Failed;
 }
 
 /// Runs a program as the administrator to its end. \returns its status as waitpid gives it; nothing when it could not

@@ -17,25 +17,22 @@ Error errorOf(std::int32_t code, const char *failureReason, const std::string &d
     return {kErrorDomain, code, {{kLocalizedFailureReasonKey, failureReason}, {kLocalizedDescriptionKey, description}}};
 }
 
-/// Logs why a request failed, and makes the error of it.
-Error quitError(std::int32_t code, const std::string &description) {
+/// Logs which call of a request failed, and makes the error of it. The "wth" is part of the text.
+Error requestFailed(std::int32_t code, const std::string &bundleIdentifier, const char *call, std::int32_t status) {
+    const std::string description =
+        formatted("Request to quit app wth id \"%@\" failed (%s failed with error %d)", bundleIdentifier, call, status);
     logVerbose("%@", description);
     return errorOf(code, "quitApplication failed", description);
 }
 
-/// The "wth" is part of the texts.
 std::optional<Error> requestQuit(const std::string &bundleIdentifier) {
     AppleEvents &events = platform().appleEvents;
     std::unique_ptr<AppleEvents::Event> event;
     if (const std::int32_t status = events.buildQuitEvent(bundleIdentifier, event); status != 0) {
-        return quitError(kQuitEventNotBuilt,
-                         formatted("Request to quit app wth id \"%@\" failed (AEBuildAppleEvent failed with error %d)",
-                                   bundleIdentifier, status));
+        return requestFailed(kQuitEventNotBuilt, bundleIdentifier, "AEBuildAppleEvent", status);
     }
     if (const std::int32_t status = events.sendMessage(*event); status != 0) {
-        return quitError(kQuitEventNotSent,
-                         formatted("Request to quit app wth id \"%@\" failed (AESendMessage failed with error %d)",
-                                   bundleIdentifier, status));
+        return requestFailed(kQuitEventNotSent, bundleIdentifier, "AESendMessage", status);
     }
     return std::nullopt;
 }

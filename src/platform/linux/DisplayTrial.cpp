@@ -11,10 +11,6 @@
 #include <unistd.h>
 #include <utility>
 
-extern "C" { // which this header of the C library forgets in version 2.36
-#include <sys/pidfd.h>
-}
-
 namespace quillmark {
 
 namespace {
@@ -34,7 +30,7 @@ void becomeUnnoticed() {
 }
 
 void giveTime(pid_t child) {
-    const Descriptor end(::pidfd_open(child, 0));
+    const Descriptor end = endOf(child);
     pollfd hasEnded{end.get(), POLLIN, 0};
     if (end.isOpen()) {
         uninterrupted([&] { return ::poll(&hasEnded, 1, kPatience); });

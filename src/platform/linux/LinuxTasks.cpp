@@ -11,10 +11,6 @@
 #include <thread>
 #include <unistd.h>
 
-extern "C" { // which the header of glibc 2.36 does not say itself
-#include <sys/pidfd.h>
-}
-
 namespace quillmark {
 
 namespace {
@@ -120,8 +116,8 @@ std::optional<PipedTask> LinuxTasks::launch(const std::string &path, const std::
     if (child == 0) {
         return std::nullopt;
     }
-    Descriptor termination(::pidfd_open(child, 0));
-    if (!termination.isOpen()) { // too many descriptors are open: nobody could wait for the child
+    Descriptor termination = endOf(child);
+    if (!termination.isOpen()) { // nobody could wait for the child
         ::kill(child, SIGKILL);
         statusAtEnd(child);
         return std::nullopt;

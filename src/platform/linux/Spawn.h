@@ -11,6 +11,10 @@
 #include <sys/wait.h>
 #include <vector>
 
+extern "C" { // which this header of the C library forgets in version 2.36
+#include <sys/pidfd.h>
+}
+
 namespace quillmark {
 
 /// The start of a program, which shares with this process what it is not told to leave.
@@ -80,6 +84,9 @@ private:
     posix_spawnattr_t m_attributes{};
     bool m_isDetached = false;
 };
+
+/// Can be read when a child has ended. Not open when there are too many descriptors.
+inline Descriptor endOf(pid_t child) { return Descriptor(::pidfd_open(child, 0)); }
 
 /// Waits for a child's end. \returns its status as `waitpid` gives it; nothing when somebody else has it, or the system
 /// does not keep it.
