@@ -2,7 +2,6 @@
 #include "installcheck/InstallCheckManager.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
-#include "platform/SystemInfo.h"
 #include "tools/UpdateToolManager.h"
 #include "utils/Log.h"
 
@@ -152,18 +151,6 @@ std::optional<ItemStatus> InstallCheckManager::statusOf(const RequiredItem &item
 bool InstallCheckManager::isMissingOrOld(const RequiredItem &item) const {
     const auto status = statusOf(item);
     return status == ItemStatus::Missing || status == ItemStatus::OldVersion;
-}
-
-bool InstallCheckManager::areIntel_10_5FixesRequired() const {
-    std::int32_t major = 0;
-    std::int32_t minor = 0;
-    std::int32_t bugfix = 0;
-    return getMacOSXVersion(major, minor, bugfix) && major == 10 && minor == 5 &&
-           platform().systemInfo.isIntel().value_or(false);
-}
-
-bool InstallCheckManager::installIntel_10_5_Fixes() {
-    return isSuccess(m_updateTool.repairIntel10_5(resourcePath("Fixes10_5.zip"), resourcePath("Fixes10_5.plist")));
 }
 
 } // namespace quillmark

@@ -147,23 +147,6 @@ std::int32_t UpdateToolManager::runExe(const std::string &path, const std::vecto
     return kSucceeded;
 }
 
-std::int32_t UpdateToolManager::insertFinderOverlayBundle() {
-    begin();
-    return finish(runFinderOverlayTool({"insertfinderoverlay"}, true));
-}
-
-std::int32_t UpdateToolManager::runFinderOverlayTool(const std::vector<std::string> &arguments, bool waitUntilExit) {
-    const std::string path = installedTool("finderoverlaytool");
-    logVerbose("Running FinderOverlayTool \"%@\"...", path);
-    // Deliberate: a run that is not waited for counts as succeeded, unlike those of the update tool.
-    if (launch(path, arguments, waitUntilExit).value_or(0) != 0) {
-        logVerbose("FinderOverlayTool \"%@\" did fail", path);
-        return kRunFailed;
-    }
-    logVerbose("FinderOverlayTool \"%@\" did succeed", path);
-    return kSucceeded;
-}
-
 std::int32_t UpdateToolManager::runUpdateToolAsAdmin(const std::vector<std::string> &arguments) {
     return runAsAdmin("runUpdateToolAsAdmin", installedTool(kUpdateTool), arguments, false);
 }
