@@ -36,11 +36,14 @@ public:
         }
         m_defaults.setObject(kUserList, list);
         m_defaults.synchronize();
+        installPlatform(&m_platform);
     }
     Users(const Users &) = delete;
     Users &operator=(const Users &) = delete;
-    ~Users() { std::filesystem::remove_all(m_folder); }
-    UserManager manager() { return {m_platform, KeychainManager::sharedManager()}; }
+    ~Users() {
+        installPlatform(nullptr);
+        std::filesystem::remove_all(m_folder);
+    }
     void writeWhole() {
         m_defaults.setObject(kUserList, m_defaults.objectForKey(kUserList));
         m_defaults.synchronize();
@@ -56,7 +59,7 @@ private:
 
 void get(benchmark::State &state) {
     Users users(state.range(0));
-    const UserManager manager = users.manager();
+    const UserManager manager;
     const std::string name = nameOf(state.range(0) / 2);
     for ([[maybe_unused]] auto run : state) {
         benchmark::DoNotOptimize(manager.objectForKeyAsInt(kUserBrandID, name, -1));
@@ -72,7 +75,7 @@ void setFloor(benchmark::State &state) {
 
 void set(benchmark::State &state) {
     Users users(state.range(0));
-    UserManager manager = users.manager();
+    UserManager manager;
     std::int32_t value = 0;
     for ([[maybe_unused]] auto run : state) {
         manager.setObject(++value, kUserBrandID, "user7@example.com");
@@ -81,7 +84,7 @@ void set(benchmark::State &state) {
 
 void rename(benchmark::State &state) {
     Users users(state.range(0));
-    UserManager manager = users.manager();
+    UserManager manager;
     int round = 0;
     for ([[maybe_unused]] auto run : state) {
         manager.updateUserWithUsername("new" + std::to_string(++round), 7);

@@ -72,10 +72,10 @@ std::optional<std::string> UserManager::userCachePath(std::string_view userName)
 }
 
 void UserManager::removeUser(const std::string &userName, bool removeCache, RemovalObserver *sender) const {
-    m_platform->mainThread.detachNewThread("removeUser", [manager = *this, userName, removeCache, sender]() mutable {
+    platform().mainThread.detachNewThread("removeUser", [manager = *this, userName, removeCache, sender]() mutable {
         const auto remainder = manager.removeUserAsync(userName, removeCache);
         if (sender != nullptr) {
-            manager.m_platform->mainThread.post([sender, remainder] {
+            platform().mainThread.post([sender, remainder] {
                 if (remainder) {
                     sender->cacheStays(remainder->path, remainder->reason);
                 }

@@ -15,19 +15,19 @@ Value valueOrRemoval(std::optional<std::string_view> text) { return text ? Value
 } // namespace
 
 std::string UserManager::lastUsedUserName() const {
-    return m_platform->userDefaults.objectForKey(kLastUsedUserName).text().value_or("");
+    return platform().userDefaults.objectForKey(kLastUsedUserName).text().value_or("");
 }
 
 void UserManager::setLastUsedUserName(std::optional<std::string_view> userName) {
-    m_platform->userDefaults.setObject(kLastUsedUserName, valueOrRemoval(userName));
+    platform().userDefaults.setObject(kLastUsedUserName, valueOrRemoval(userName));
 }
 
 std::optional<std::string> UserManager::previousAddUserName() const {
-    return m_platform->userDefaults.objectForKey(kPreviousAddUserName).text();
+    return platform().userDefaults.objectForKey(kPreviousAddUserName).text();
 }
 
 void UserManager::setPreviousAddUserName(std::optional<std::string_view> userName) {
-    m_platform->userDefaults.setObject(kPreviousAddUserName, valueOrRemoval(userName));
+    platform().userDefaults.setObject(kPreviousAddUserName, valueOrRemoval(userName));
 }
 
 std::int32_t UserManager::selectedInt(std::string_view key, std::int32_t defaultValue) const {

@@ -69,8 +69,6 @@ void logProblem(const UserDefaults &defaults, const char *consequence) {
 
 } // namespace
 
-UserManager::UserManager() : UserManager(platform(), KeychainManager::sharedManager()) {}
-
 Value UserManager::recordOf(std::string_view userName) const {
     Value record = UserListIndex::sharedIndex().recordOf(userName, storedList());
     return record.isNothing() ? setupUserDefaults() : record;
@@ -79,7 +77,7 @@ Value UserManager::recordOf(std::string_view userName) const {
 UserRecord UserManager::userWithUserName(std::string_view userName) const { return recordOf(userName).dictionary(); }
 
 Value UserManager::storedList() const {
-    Value list = m_platform->userDefaults.objectForKey(kUserList);
+    Value list = platform().userDefaults.objectForKey(kUserList);
     return list.is<List>() ? list : Value();
 }
 
@@ -181,7 +179,7 @@ bool UserManager::changeList(const std::function<void(List &list)> &changeOfList
 }
 
 bool UserManager::change(const std::function<void(UserDefaults &defaults)> &changeOfValues) const {
-    UserDefaults &defaults = m_platform->userDefaults;
+    UserDefaults &defaults = platform().userDefaults;
     bool isBegun = false;
     const bool isDone = defaults.change([&] {
         isBegun = true;
@@ -194,9 +192,9 @@ bool UserManager::change(const std::function<void(UserDefaults &defaults)> &chan
 }
 
 bool UserManager::save() {
-    const bool isSaved = m_platform->userDefaults.synchronize();
+    const bool isSaved = platform().userDefaults.synchronize();
     if (!isSaved) {
-        logProblem(m_platform->userDefaults, kIsKept);
+        logProblem(platform().userDefaults, kIsKept);
     }
     return isSaved;
 }

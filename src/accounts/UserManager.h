@@ -1,5 +1,6 @@
 #pragma once
 
+#include "accounts/KeychainManager.h"
 #include "platform/Value.h"
 
 #include <cstdint>
@@ -10,9 +11,7 @@
 
 namespace quillmark {
 
-class KeychainManager;
 class UserDefaults;
-struct Platform;
 
 /// The settings of one account, by the keys of its family in the key list.
 using UserRecord = Dictionary;
@@ -37,9 +36,7 @@ public:
         virtual void cacheStays(const std::string & /*path*/, const std::string & /*reason*/) {}
     };
 
-    /// Over the installed platform and the keychain of this process.
-    UserManager();
-    UserManager(const Platform &platform, KeychainManager &keychain) : m_platform(&platform), m_keychain(&keychain) {}
+    explicit UserManager(KeychainManager &keychain = KeychainManager::sharedManager()) : m_keychain(&keychain) {}
 
     /// \name Records
 
@@ -142,7 +139,6 @@ private:
     /// Removes those entries, and unselects the user if the name is his.
     bool removeEntries(const std::function<bool(const Value &entry)> &isToGo, std::optional<std::string_view> userName);
 
-    const Platform *m_platform;
     KeychainManager *m_keychain;
 };
 

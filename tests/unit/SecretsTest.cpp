@@ -61,7 +61,7 @@ protected:
             }
             LocalizedStrings strings(platform.bundle);
             KeychainManager keychain(platform.keychain, strings);
-            UserManager users(platform.platform, keychain);
+            UserManager users(keychain);
             operation(keychain, users);
         }
     }

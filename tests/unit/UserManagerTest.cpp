@@ -90,7 +90,7 @@ private:
     KeychainManager m_keychain{platform.keychain, m_strings};
 
 protected:
-    UserManager manager{platform.platform, m_keychain};
+    UserManager manager{m_keychain};
 };
 
 // Records

@@ -23,11 +23,13 @@ namespace {
 
 constexpr const char *kFinderPath = "/System/Library/CoreServices/Finder.app"; // where it is on a Mac
 
-/// Starts a program that has nothing in common with this process but its user and its environment.
-bool spawnDetached(const std::vector<std::string> &command) {
+/// Starts a program that has nothing in common with this process but its user and its environment. \returns its
+/// process's number, or 0.
+pid_t spawnDetached(const std::vector<std::string> &command) {
     Spawn spawn;
     spawn.separate();
-    return spawn.start(command, environ) == 0;
+    pid_t process = 0;
+    return spawn.start(command, environ, &process) == 0 ? process : 0;
 }
 
 std::vector<int> processNumbers() {
@@ -67,10 +69,17 @@ std::optional<std::string> bundleOf(const std::string &executable) {
     return folder.ends_with(".app") ? std::optional(folder) : std::nullopt;
 }
 
-bool isRunning(const std::string &executable) {
-    const std::vector<int> processes = processNumbers();
-    return std::any_of(processes.begin(), processes.end(),
-                       [&executable](int process) { return executableOfProcess(process) == executable; });
+/// Starts a program unless the process that the file names still runs it, and notes the new one there. To look through
+/// all processes takes as long as the rest of a usual start.
+bool startOnce(const std::string &executable, const Descriptor &file) {
+    pid_t process = 0;
+    if (::pread(file.get(), &process, sizeof process, 0) == sizeof process &&
+        executableOfProcess(process) == executable) {
+        return true;
+    }
+    process = spawnDetached({executable});
+    [[maybe_unused]] const ssize_t noted = ::pwrite(file.get(), &process, sizeof process, 0);
+    return process != 0;
 }
 
 } // namespace
@@ -141,16 +150,15 @@ bool LinuxWorkspace::launchApplication(const std::string &path) {
         return false;
     }
     if (!bundleOf(executable)) {
-        return spawnDetached({executable});
+        return spawnDetached({executable}) != 0;
     }
-    // So that of several that launch it at once one does. Where there can be no lock it is launched all the same.
+    // The lock lets one of several launch it. Where there can be none, it is launched all the same.
     const std::string folder = appendingPathComponent(homeFolder(), "Library/Caches/Quillmark");
     makeFolders(folder);
-    const Descriptor lock = lockedFile(folder + "/launch.lock", m_clock);
-    return isRunning(executable) || spawnDetached({executable});
+    return startOnce(executable, lockedFile(folder + '/' + lastPathComponent(executable) + ".process", m_clock));
 }
 
-bool LinuxWorkspace::openFolder(const std::string &path) { return spawnDetached({"/usr/bin/xdg-open", path}); }
+bool LinuxWorkspace::openFolder(const std::string &path) { return spawnDetached({"/usr/bin/xdg-open", path}) != 0; }
 
 bool LinuxWorkspace::recycle(const std::string &name, const std::string &folder) { return moveToTrash(name, folder); }
 
