@@ -87,6 +87,13 @@ TEST(JSONWriting, WhatIsWrittenReadsBackTheSame) {
 
 // Reading.
 
+TEST(JSONReading, ATextMayBeOfAnyLength) {
+    for (size_t length = 0; length < 200; ++length) {
+        const std::string text(length, 'x');
+        expectObject(R"({"a":")" + text + R"(ü\"","b":")" + text + "\"}", {{"a", text + "ü\""}, {"b", text}});
+    }
+}
+
 TEST(JSONReading, AnObjectWithoutMembersIsAnEmptyDictionary) {
     expectObject("{}", {});
     expectObject(" { } ", {});
