@@ -41,8 +41,8 @@ public:
     virtual std::optional<std::string> bundleWithIdentifier(const std::string &bundleIdentifier) const = 0;
 
     /// Starts an application, given its bundle or the executable inside it, in a session of its own. It inherits
-    /// neither descriptors nor signal settings and outlives this process. One that was launched so before and still runs
-    /// is not started again. \returns false when it could not be started.
+    /// neither descriptors nor signal settings and outlives this process. One that was launched so before and still
+    /// runs is not started again. \returns false when it could not be started.
     virtual bool launchApplication(const std::string &path) = 0;
 
     /// Shows a folder in the file manager. \returns false when that can't be.

@@ -8,12 +8,13 @@
 namespace quillmark {
 
 std::u16string utf16(std::string_view text) {
-    const auto *const rest = behindAscii(text);
-    if (!utf8::is_valid(rest, text.end())) {
+    const size_t length = asciiLength(text);
+    const std::string_view rest = text.substr(length);
+    if (!utf8::is_valid(rest.begin(), rest.end())) {
         return utf16(validText(text));
     }
-    std::u16string characters(text.begin(), rest);
-    utf8::unchecked::utf8to16(rest, text.end(), std::back_inserter(characters));
+    std::u16string characters(text.begin(), text.begin() + length);
+    utf8::unchecked::utf8to16(rest.begin(), rest.end(), std::back_inserter(characters));
     return characters;
 }
 

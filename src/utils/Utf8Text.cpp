@@ -6,13 +6,14 @@
 
 namespace quillmark {
 
-std::string_view::const_iterator behindAscii(std::string_view bytes) {
-    return std::find_if(bytes.begin(), bytes.end(), [](char byte) { return static_cast<signed char>(byte) < 0; });
+size_t asciiLength(std::string_view bytes) {
+    const auto isAscii = [](char byte) { return static_cast<signed char>(byte) >= 0; };
+    return static_cast<size_t>(std::find_if_not(bytes.begin(), bytes.end(), isAscii) - bytes.begin());
 }
 
 std::optional<std::string> utf8Text(std::string bytes) {
-    const std::string_view view = bytes;
-    return utf8::is_valid(behindAscii(view), view.end()) ? std::optional(std::move(bytes)) : std::nullopt;
+    const std::string_view rest = std::string_view(bytes).substr(asciiLength(bytes));
+    return utf8::is_valid(rest.begin(), rest.end()) ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 std::string validText(std::string_view bytes) {

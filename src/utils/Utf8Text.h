@@ -12,7 +12,7 @@ std::optional<std::string> utf8Text(std::string bytes);
 /// The same with U+FFFD in the place of each byte that is no part of UTF-8: for what has to be shown whatever it is.
 std::string validText(std::string_view bytes);
 
-/// The first byte that is no character of its own, of which most texts have none; else the end.
-std::string_view::const_iterator behindAscii(std::string_view bytes);
+/// How many characters of one byte it begins with. In most texts that is all of them.
+size_t asciiLength(std::string_view bytes);
 
 } // namespace quillmark
