@@ -8,17 +8,16 @@
 namespace quillmark::test {
 
 /// Records every text of an alert, and answers as told.
-class FakeAlerts final : public Alerts {
+class FakeAlerts final : public Alerts, public Recorder {
 public:
-    explicit FakeAlerts(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     AlertDescription last;           ///< what was shown
     std::deque<AlertAnswer> answers; ///< in order; when they run out, the last button is pressed
 
     AlertAnswer runModal(const AlertDescription &alert) override {
-        m_transcript.record("runModal [" + alert.windowTitle + "] " + alert.messageText + " | " +
-                            alert.informativeText + " | " + joined(alert.buttons, ", ") +
-                            (alert.suppressionText.empty() ? "" : " | ") + alert.suppressionText);
+        record("runModal [" + alert.windowTitle + "] " + alert.messageText + " | " + alert.informativeText + " | " +
+               joined(alert.buttons, ", ") + (alert.suppressionText.empty() ? "" : " | ") + alert.suppressionText);
         last = alert;
         if (answers.empty()) {
             return {alert.lastButton(), false};
@@ -27,9 +26,6 @@ public:
         answers.pop_front();
         return answer;
     }
-
-private:
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -7,9 +7,9 @@
 
 namespace quillmark::test {
 
-class FakeAppleEvents final : public AppleEvents {
+class FakeAppleEvents final : public AppleEvents, public Recorder {
 public:
-    explicit FakeAppleEvents(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     std::int32_t buildStatus = 0;
     std::int32_t addressStatus = 0;
@@ -18,48 +18,42 @@ public:
     std::function<void()> onSend = [] {};
 
     std::int32_t buildQuitEvent(const std::string &bundleIdentifier, std::unique_ptr<Event> &event) override {
-        m_transcript.record("buildQuitEvent " + bundleIdentifier);
+        record("buildQuitEvent " + bundleIdentifier);
         event = std::make_unique<Event>();
         return buildStatus;
     }
     std::int32_t createProcessAddress(ProcessSerialNumber process, std::unique_ptr<Address> &address) override {
-        m_transcript.record("createProcessAddress " + std::to_string(process.high) + ' ' + std::to_string(process.low));
+        record("createProcessAddress " + std::to_string(process.high) + ' ' + std::to_string(process.low));
         if (addressStatus == 0) {
-            address = std::make_unique<RecordedAddress>(m_transcript);
+            address = std::make_unique<RecordedAddress>(transcript());
         }
         return addressStatus;
     }
     std::int32_t createEvent(std::uint32_t eventClass, std::uint32_t eventIdentifier, const Address & /*address*/,
                              std::unique_ptr<Event> &event) override {
-        m_transcript.record("createEvent " + textOf(eventClass) + ' ' + textOf(eventIdentifier));
+        record("createEvent " + textOf(eventClass) + ' ' + textOf(eventIdentifier));
         if (createStatus == 0) {
-            event = std::make_unique<RecordedEvent>(m_transcript);
+            event = std::make_unique<RecordedEvent>(transcript());
         }
         return createStatus;
     }
     std::int32_t sendMessage(const Event & /*event*/) override {
-        m_transcript.record("sendMessage");
+        record("sendMessage");
         onSend();
         return sendStatus;
     }
 
 private:
     /// Records its own end.
-    class RecordedAddress final : public Address {
+    class RecordedAddress final : public Address, public Recorder {
     public:
-        explicit RecordedAddress(Transcript &transcript) : m_transcript(transcript) {}
-        ~RecordedAddress() override { m_transcript.record("dispose address"); }
-
-    private:
-        Transcript &m_transcript;
+        using Recorder::Recorder;
+        ~RecordedAddress() override { record("dispose address"); }
     };
-    class RecordedEvent final : public Event {
+    class RecordedEvent final : public Event, public Recorder {
     public:
-        explicit RecordedEvent(Transcript &transcript) : m_transcript(transcript) {}
-        ~RecordedEvent() override { m_transcript.record("dispose event"); }
-
-    private:
-        Transcript &m_transcript;
+        using Recorder::Recorder;
+        ~RecordedEvent() override { record("dispose event"); }
     };
 
     static std::string textOf(std::uint32_t code) {
@@ -69,8 +63,6 @@ private:
         }
         return text;
     }
-
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -8,27 +8,24 @@ namespace quillmark::test {
 /// Thrown where the process would end.
 struct Terminated {};
 
-class FakeApplication final : public Application {
+class FakeApplication final : public Application, public Recorder {
 public:
-    explicit FakeApplication(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
     bool isActiveNow = true;
 
     bool isActive() const override { return isActiveNow; }
-    void activateIgnoringOtherApps() override { m_transcript.record("activateIgnoringOtherApps"); }
+    void activateIgnoringOtherApps() override { record("activateIgnoringOtherApps"); }
 
     [[noreturn]] void terminate() override {
-        m_transcript.record("terminate");
+        record("terminate");
         throw Terminated();
     }
 
     [[noreturn]] void exitAtOnce() override {
-        m_transcript.record("exitAtOnce");
+        record("exitAtOnce");
         throw Terminated();
     }
-    void run() override { m_transcript.record("run"); }
-
-private:
-    Transcript &m_transcript;
+    void run() override { record("run"); }
 };
 
 } // namespace quillmark::test

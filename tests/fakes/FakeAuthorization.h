@@ -9,9 +9,9 @@
 namespace quillmark::test {
 
 /// Grants or refuses what it was told to, runs nothing, and lets a program print what was set.
-class FakeAuthorization final : public Authorization {
+class FakeAuthorization final : public Authorization, public Recorder {
 public:
-    explicit FakeAuthorization(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     std::int32_t createStatus = 0;
     std::int32_t rightsStatus = 0;
@@ -21,7 +21,7 @@ public:
     std::vector<std::int64_t> reads;              ///< how much each read asked for
 
     std::int32_t create(std::unique_ptr<Reference> &reference) override {
-        m_transcript.record("AuthorizationCreate");
+        record("AuthorizationCreate");
         if (createStatus == 0) {
             reference = std::make_unique<FakeReference>(*this);
         }
@@ -48,17 +48,17 @@ private:
         explicit FakeReference(FakeAuthorization &owner) : m_owner(owner) {}
         FakeReference(const FakeReference &) = delete;
         FakeReference &operator=(const FakeReference &) = delete;
-        ~FakeReference() override { m_owner.m_transcript.record("AuthorizationFree"); }
+        ~FakeReference() override { m_owner.record("AuthorizationFree"); }
 
         std::int32_t copyRights(std::string_view right, std::uint32_t flags) override {
-            m_owner.m_transcript.record(formatted("AuthorizationCopyRights %@ %x", right, flags));
+            m_owner.record(formatted("AuthorizationCopyRights %@ %x", right, flags));
             return m_owner.rightsStatus;
         }
         std::int32_t executeWithPrivileges(const std::string &path, const std::vector<std::string> &arguments,
                                            std::unique_ptr<CommunicationsPipe> *pipe) override {
             const std::string operation = "AuthorizationExecuteWithPrivileges";
-            if (m_owner.m_transcript.recordOrFail(
-                    operation + ' ' + path + (arguments.empty() ? "" : " ") + joined(arguments, " "), operation)) {
+            if (m_owner.recordOrFail(operation + ' ' + path + (arguments.empty() ? "" : " ") + joined(arguments, " "),
+                                     operation)) {
                 return kAuthorizationToolExecuteFailure;
             }
             if (pipe != nullptr) {
@@ -67,7 +67,7 @@ private:
             return m_owner.executeStatus;
         }
         std::optional<int> waitForChild() override {
-            m_owner.m_transcript.record("wait");
+            m_owner.record("wait");
             return m_owner.nextChildStatus();
         }
 
@@ -83,8 +83,6 @@ private:
         childStatuses.pop_front();
         return status;
     }
-
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -12,9 +12,9 @@
 namespace quillmark::test {
 
 /// A check window that records what it is told, and keeps it.
-class FakeCheckWindow final : public CheckWindowView {
+class FakeCheckWindow final : public CheckWindowView, public Recorder {
 public:
-    explicit FakeCheckWindow(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     std::map<Outlet, std::string> texts;
     std::vector<std::string> faults; ///< "NAME is STATUS"
@@ -29,54 +29,48 @@ public:
             {Outlet::NameColumn, "name column"}, {Outlet::StatusColumn, "status column"},
             {Outlet::Window, "window"},          {Outlet::Progress, "progress"}};
         texts[outlet] = text;
-        m_transcript.record("setText " + names.at(outlet));
+        record("setText " + names.at(outlet));
     }
-    void useWelcomeBranding() override { m_transcript.record("useWelcomeBranding"); }
-    void setHeaderLogo(const Image &image) override { m_transcript.record("setHeaderLogo " + image.name); }
-    void makeInstallButtonDefault() override { m_transcript.record("makeInstallButtonDefault"); }
+    void useWelcomeBranding() override { record("useWelcomeBranding"); }
+    void setHeaderLogo(const Image &image) override { record("setHeaderLogo " + image.name); }
+    void makeInstallButtonDefault() override { record("makeInstallButtonDefault"); }
     void setFaults(const std::vector<Fault> &list) override {
         faults.clear();
         for (const Fault &fault : list) {
             faults.push_back(fault.name + " is " + fault.status);
         }
-        m_transcript.record("setFaults");
+        record("setFaults");
     }
-    void bringToFront() override { m_transcript.record("bringToFront"); }
-    void beginProgressSheet() override { m_transcript.record("beginProgressSheet"); }
+    void bringToFront() override { record("bringToFront"); }
+    void beginProgressSheet() override { record("beginProgressSheet"); }
     void endProgressSheet() override {
-        m_transcript.record("endProgressSheet");
+        record("endProgressSheet");
         owner->sheetDidEnd();
     }
-    void orderOutProgressSheet() override { m_transcript.record("orderOutProgressSheet"); }
+    void orderOutProgressSheet() override { record("orderOutProgressSheet"); }
     void beginAlertSheet(const AlertDescription &alert) override {
-        m_transcript.record("beginAlertSheet " + alert.messageText + " | " + alert.informativeText + " | " +
-                            joined(alert.buttons, ", "));
+        record("beginAlertSheet " + alert.messageText + " | " + alert.informativeText + " | " +
+               joined(alert.buttons, ", "));
     }
-
-private:
-    Transcript &m_transcript;
 };
 
-class FakeCheckWindows final : public CheckWindows {
+class FakeCheckWindows final : public CheckWindows, public Recorder {
 public:
-    explicit FakeCheckWindows(Transcript &transcript) : window(transcript), m_transcript(transcript) {}
+    explicit FakeCheckWindows(Transcript &transcript) : Recorder(transcript), window(transcript) {}
 
     bool canBeShown = true;
     FakeCheckWindow window;
     CheckWindowView *windowInItsPlace = nullptr; ///< is handed out instead
 
-    void prepare() override { m_transcript.record("prepare"); }
+    void prepare() override { record("prepare"); }
     CheckWindowView *load(const std::string &interfaceFile, const HeaderBranding &branding,
                           CheckWindowView::Owner &owner) override {
-        m_transcript.record("load " + lastPathComponent(interfaceFile));
+        record("load " + lastPathComponent(interfaceFile));
         window.branding = branding;
         window.owner = &owner;
         CheckWindowView *const shown = windowInItsPlace != nullptr ? windowInItsPlace : &window;
         return canBeShown ? shown : nullptr;
     }
-
-private:
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -10,11 +10,11 @@ namespace quillmark::test {
 
 /// A keychain in memory. Calls are recorded as "SecKeychainFindGenericPassword SERVICE ACCOUNT"; one that was told to
 /// fail (Transcript::failAt with the first word) gives `failure` and changes nothing.
-class FakeKeychain final : public Keychain {
+class FakeKeychain final : public Keychain, public Recorder {
 public:
     using Names = std::pair<std::string, std::string>; ///< service and account
 
-    explicit FakeKeychain(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     std::map<Names, std::string> items;
     std::int32_t failure = kKeychainNotAvailable;
@@ -79,11 +79,9 @@ private:
 
     std::int32_t faultOf(const char *operation, const Names &names) {
         const std::string call = std::string(operation) + ' ' + names.first + ' ' + names.second;
-        const bool isFailing = m_transcript.recordOrFail(call, operation);
+        const bool isFailing = recordOrFail(call, operation);
         return isFailing ? failure : status;
     }
-
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -8,9 +8,9 @@
 namespace quillmark::test {
 
 /// Scripts that do nothing but give the answer that was recorded for all of them.
-class FakeScripts final : public Scripts {
+class FakeScripts final : public Scripts, public Recorder {
 public:
-    explicit FakeScripts(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     bool doesCompile = true;
     std::optional<ScriptDescriptor> answer;
@@ -32,11 +32,11 @@ private:
         RecordedScript(FakeScripts &scripts, std::string source) : m_scripts(scripts), m_source(std::move(source)) {}
 
         bool compile() override {
-            m_scripts.m_transcript.record("compile " + m_source);
+            m_scripts.record("compile " + m_source);
             return m_scripts.doesCompile;
         }
         std::optional<ScriptDescriptor> execute() override {
-            m_scripts.m_transcript.record("execute " + m_source);
+            m_scripts.record("execute " + m_source);
             m_scripts.onExecute();
             return m_scripts.answer;
         }
@@ -45,8 +45,6 @@ private:
         FakeScripts &m_scripts;
         std::string m_source;
     };
-
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

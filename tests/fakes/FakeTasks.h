@@ -14,9 +14,9 @@ namespace quillmark::test {
 
 /// Programs that end with the status that was set for their last argument, else with the usual one. One that is to fail
 /// at its n-th "run" ends with 4.
-class FakeTasks final : public Tasks {
+class FakeTasks final : public Tasks, public Recorder {
 public:
-    explicit FakeTasks(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     std::map<std::string, int> statuses;
     int usualStatus = 1;
@@ -32,7 +32,7 @@ public:
             programFolders.push_back(*programFolder);
         }
         constexpr int kFailure = 4;
-        if (m_transcript.recordOrFail(callOf("run", path, arguments), "run")) {
+        if (recordOrFail(callOf("run", path, arguments), "run")) {
             return kFailure;
         }
         const auto status = statuses.find(arguments.empty() ? "" : arguments.back());
@@ -41,22 +41,22 @@ public:
 
     bool start(const std::string &path, const std::vector<std::string> &arguments,
                const std::optional<std::string> &programFolder) override {
-        m_transcript.record(callOf("start", path, arguments));
+        record(callOf("start", path, arguments));
         if (programFolder) {
-            m_transcript.record("  with programs of " + *programFolder);
+            record("  with programs of " + *programFolder);
         }
         return canStart;
     }
 
     bool runUnwaited(const std::string &path, const std::vector<std::string> &arguments) override {
-        m_transcript.record(callOf("start", path, arguments));
+        record(callOf("start", path, arguments));
         return canStart;
     }
 
     /// A task that has ended at once, with the output that was set for its path.
     std::optional<PipedTask> launch(const std::string &path, const std::vector<std::string> &arguments,
                                     StandardError /*standardError*/) override {
-        m_transcript.record(callOf("launch", path, arguments));
+        record(callOf("launch", path, arguments));
         if (onLaunch) {
             onLaunch();
         }
@@ -72,7 +72,7 @@ public:
         return PipedTask{processIdentifier, std::move(output), {}, {}};
     }
     int terminationStatus(const PipedTask & /*task*/) override { return 0; }
-    void abandon(const PipedTask & /*task*/) override { m_transcript.record("abandon"); }
+    void abandon(const PipedTask & /*task*/) override { record("abandon"); }
 
     std::int32_t processIdentifier = 7;
 
@@ -81,8 +81,6 @@ private:
                               const std::vector<std::string> &arguments) {
         return std::string(operation) + ' ' + path + ' ' + joined(arguments, " ");
     }
-
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -7,9 +7,9 @@
 
 namespace quillmark::test {
 
-class FakeUserDefaults final : public UserDefaults {
+class FakeUserDefaults final : public UserDefaults, public Recorder {
 public:
-    explicit FakeUserDefaults(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     Dictionary registered;
     Dictionary stored;
@@ -21,15 +21,15 @@ public:
             keys.push_back(key);
             registered.insert_or_assign(key, value);
         }
-        m_transcript.record("registerDefaults " + joined(keys, ","));
+        record("registerDefaults " + joined(keys, ","));
     }
     Value objectForKey(std::string_view key) override {
-        m_transcript.record("objectForKey " + std::string(key));
+        record("objectForKey " + std::string(key));
         const Value &value = valueOf(stored, key);
         return value.isNothing() ? valueOf(registered, key) : value;
     }
     void setObject(std::string_view key, const Value &value) override {
-        m_transcript.record(kSetObject + std::string(key));
+        record(kSetObject + std::string(key));
         if (value.isNothing()) {
             stored.erase(std::string(key));
         } else {
@@ -37,12 +37,12 @@ public:
         }
     }
     bool synchronize() override {
-        const bool isWritten = !m_transcript.recordOrFail("synchronize", "synchronize");
+        const bool isWritten = !recordOrFail("synchronize", "synchronize");
         m_problem = isWritten ? std::nullopt : std::optional("can't be written");
         return isWritten;
     }
     bool change(const std::function<void()> &change) override {
-        if (m_transcript.recordOrFail("change", "change")) {
+        if (recordOrFail("change", "change")) {
             m_problem = "can't be read";
             return false;
         }
@@ -57,12 +57,11 @@ public:
 private:
     std::ptrdiff_t storedSoFar() const {
         const auto isStored = [](const std::string &call) { return call.starts_with(kSetObject); };
-        return std::count_if(m_transcript.calls().begin(), m_transcript.calls().end(), isStored);
+        return std::count_if(transcript().calls().begin(), transcript().calls().end(), isStored);
     }
 
     static constexpr const char *kSetObject = "setObject ";
 
-    Transcript &m_transcript;
     std::optional<std::string> m_problem;
 };
 

@@ -11,9 +11,9 @@
 
 namespace quillmark::test {
 
-class FakeWorkspace final : public Workspace {
+class FakeWorkspace final : public Workspace, public Recorder {
 public:
-    explicit FakeWorkspace(Transcript &transcript) : m_transcript(transcript) {}
+    using Recorder::Recorder;
 
     std::vector<std::string> userFolders;
     std::vector<std::string> localFolders;
@@ -30,26 +30,26 @@ public:
         }
         switch (domain) {
         case Domain::User:
-            m_transcript.record("applicationsFolders user");
+            record("applicationsFolders user");
             return userFolders;
         case Domain::Local:
-            m_transcript.record("applicationsFolders local");
+            record("applicationsFolders local");
             return localFolders;
         case Domain::All:
             break;
         }
-        m_transcript.record("applicationsFolders all");
+        record("applicationsFolders all");
         std::vector<std::string> all = userFolders;
         all.insert(all.end(), localFolders.begin(), localFolders.end());
         return all;
     }
     std::vector<std::string> downloadsFolders() const override {
-        m_transcript.record("downloadsFolders");
+        record("downloadsFolders");
         return downloads;
     }
     std::vector<std::string> volumesFolders() const override { return volumes; }
     std::vector<Dictionary> launchedApplications() const override {
-        m_transcript.record("launchedApplications");
+        record("launchedApplications");
         return applications;
     }
     std::optional<std::string> bundleWithIdentifier(const std::string &bundleIdentifier) const override {
@@ -62,15 +62,15 @@ public:
             {{kApplicationBundleIdentifier, bundleIdentifier}, {kApplicationProcessIdentifier, process}});
     }
     bool launchApplication(const std::string &path) override {
-        return !m_transcript.recordOrFail("launchApplication " + path, "launchApplication");
+        return !recordOrFail("launchApplication " + path, "launchApplication");
     }
 
     bool openFolder(const std::string &path) override {
-        m_transcript.record("openFolder " + path);
+        record("openFolder " + path);
         return true;
     }
     bool recycle(const std::string &name, const std::string &folder) override {
-        if (m_transcript.recordOrFail("recycle " + name + " in " + folder, "recycle")) {
+        if (recordOrFail("recycle " + name + " in " + folder, "recycle")) {
             return false;
         }
         const std::string path = normalPath(folder + '/' + name);
@@ -79,9 +79,6 @@ public:
         }
         return true;
     }
-
-private:
-    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test

@@ -2,11 +2,12 @@
 
 #include "support/Lines.h"
 
+#include <map>
 #include <mutex>
 
 namespace quillmark::test {
 
-/// What the fakes were asked, in order. One of them can be told to fail at its n-th call.
+/// What the fakes were asked, in order. An operation can be told to fail at its n-th call.
 ///
 /// Concurrency: recording is for any thread, all else for one.
 class Transcript {
@@ -18,20 +19,33 @@ public:
     /// Records the call; \returns true when it is the one that is to fail.
     bool recordOrFail(const std::string &call, std::string_view operation) {
         record(call);
-        return operation == m_failingOperation && --m_callsUntilFailure == 0;
+        const auto failing = m_callsUntilFailure.find(operation);
+        return failing != m_callsUntilFailure.end() && --failing->second == 0;
     }
-    void failAt(const std::string &operation, int nth) {
-        m_failingOperation = operation;
-        m_callsUntilFailure = nth;
-    }
+    void failAt(const std::string &operation, int nth) { m_callsUntilFailure[operation] = nth; }
     const Lines &calls() const { return m_calls; }
     void clear() { m_calls.clear(); }
 
 private:
     std::mutex m_mutex;
     Lines m_calls;
-    std::string m_failingOperation;
-    int m_callsUntilFailure = 0;
+    std::map<std::string, int, std::less<>> m_callsUntilFailure; ///< by operation
+};
+
+/// A fake that tells what it is asked.
+class Recorder {
+public:
+    explicit Recorder(Transcript &transcript) : m_transcript(transcript) {}
+
+protected:
+    void record(const std::string &call) const { m_transcript.record(call); }
+    bool recordOrFail(const std::string &call, std::string_view operation) const {
+        return m_transcript.recordOrFail(call, operation);
+    }
+    Transcript &transcript() const { return m_transcript; }
+
+private:
+    Transcript &m_transcript;
 };
 
 } // namespace quillmark::test
