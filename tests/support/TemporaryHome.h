@@ -13,7 +13,9 @@ namespace quillmark::test {
 /// A folder of the test's own, which also is its home folder.
 class TemporaryHome {
 public:
-    TemporaryHome() {
+    /// \param place an existing folder.
+    explicit TemporaryHome(const std::filesystem::path &place = std::filesystem::temp_directory_path())
+        : m_folder(place / "quillmark-XXXXXX") {
         if (::mkdtemp(m_folder.data()) == nullptr) {
             std::abort();
         }
@@ -51,7 +53,7 @@ public:
     }
 
 private:
-    std::string m_folder = std::filesystem::temp_directory_path() / "quillmark-XXXXXX";
+    std::string m_folder;
     std::string m_previousHome;
 };
 
