@@ -15,19 +15,18 @@ namespace quillmark {
 /// All names in a folder, as the kernel hands them out: in no order, read before the first one is looked at.
 class FolderEntries {
 public:
-    explicit FolderEntries(const std::string &path)
-        : FolderEntries(Descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)).get()) {}
-    /// Reads from where the descriptor stands, to the end.
-    explicit FolderEntries(int folder) {
-        std::array<char, 32768> part; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by the kernel
-        ssize_t size = 0;
-        while ((size = ::getdents64(folder, part.data(), part.size())) > 0) {
-            m_records.insert(m_records.end(), part.data(), part.data() + size);
+    explicit FolderEntries(const std::string &path) {
+        const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (folder.isOpen()) {
+            read(folder.get());
+        } else {
+            m_error = errno;
         }
-        m_error = size < 0 ? errno : 0;
     }
+    /// Reads from where the descriptor stands, to the end.
+    explicit FolderEntries(int folder) { read(folder); }
 
-    /// 0, or the `errno` of the reading.
+    /// 0, or the `errno` of what failed; then there may be entries missing.
     int error() const { return m_error; }
 
     /// Calls `visit(name, type)` for each entry but "." and "..", until it answers false. \returns its last answer.
@@ -46,6 +45,15 @@ public:
     }
 
 private:
+    void read(int folder) {
+        std::array<char, 32768> part; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by the kernel
+        ssize_t size = 0;
+        while ((size = ::getdents64(folder, part.data(), part.size())) > 0) {
+            m_records.insert(m_records.end(), part.data(), part.data() + size);
+        }
+        m_error = size < 0 ? errno : 0;
+    }
+
     std::vector<char> m_records;
     int m_error = 0;
 };
