@@ -19,13 +19,13 @@ using namespace quillmark;
 
 /// What a keychain's item holds, then more of the same kinds.
 Dictionary members(std::int64_t count) {
-    Dictionary dictionary{{"encryptionKey", "mZ0uX9/Qp3+5kV7c1w=="},
-                          {"keepSignedIn", true},
-                          {"password", "correct \"horse\" battery"},
-                          {"skipAuth", false},
-                          {"version", 1303}};
-    for (std::int64_t i = std::ssize(dictionary); i < count; ++i) {
-        Value &value = dictionary["member" + std::to_string(i)];
+    std::vector<Dictionary::value_type> entries{{"encryptionKey", "mZ0uX9/Qp3+5kV7c1w=="},
+                                                {"keepSignedIn", true},
+                                                {"password", "correct \"horse\" battery"},
+                                                {"skipAuth", false},
+                                                {"version", 1303}};
+    for (std::int64_t i = std::ssize(entries); i < count; ++i) {
+        Value &value = entries.emplace_back("member" + std::to_string(i), Value()).second;
         switch (i % 4) {
         case 0:
             value = i;
@@ -40,7 +40,7 @@ Dictionary members(std::int64_t count) {
             value = "a text, number " + std::to_string(i);
         }
     }
-    return dictionary;
+    return Dictionary(std::move(entries));
 }
 
 using Writer = rapidjson::Writer<rapidjson::StringBuffer>;

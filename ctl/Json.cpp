@@ -133,7 +133,7 @@ Dictionary membersOfJson(std::string_view text) {
     }
     Dictionary members;
     for (const auto &[key, member] : document.items()) {
-        members.emplace(key, valueOf(member));
+        members.insert_or_assign(key, valueOf(member));
     }
     return members;
 }

@@ -25,7 +25,7 @@ Action defineDecode(CLI::App & /*app*/) {
         }
         Dictionary result;
         for (const auto &[key, value] : *members) {
-            result.emplace(key, Dictionary{{"type", typeOf(value)}, {"value", value}});
+            result.insert_or_assign(key, Dictionary{{"type", typeOf(value)}, {"value", value}});
         }
         output.json(result);
         return Answer::Yes;

@@ -290,7 +290,7 @@ Action defineFeatures(CLI::App & /*app*/) {
         const UserManager users = readUsers();
         Dictionary features;
         for (const Feature &feature : kFeatures) {
-            features.emplace(feature.name, feature.value(users));
+            features.insert_or_assign(feature.name, feature.value(users));
         }
         output.json(features);
         return Answer::Yes;

@@ -122,13 +122,16 @@ void appendValue(std::string &result, const Value &value) {
 /// One left-to-right scan over a text.
 class Reader {
 public:
-    explicit Reader(std::u16string_view text) : m_text(text) {}
+    explicit Reader(std::u16string_view text) : m_text(text) {
+        constexpr size_t kUsualLength = 16; // of a member
+        m_members.reserve(text.size() / kUsualLength);
+    }
 
     std::optional<Dictionary> object() {
         while (m_at < m_text.size() && !m_error) {
             const char16_t character = m_text[m_at++];
             if (character == u'}') {
-                return std::move(m_members);
+                return m_isOpen ? std::optional<Dictionary>(std::move(m_members)) : std::nullopt;
             }
             if (!readsOn(character)) {
                 return std::nullopt;
@@ -143,14 +146,15 @@ private:
     bool readsOn(char16_t character) {
         switch (character) {
         case u'{': // deliberate: a nested object discards what was read before it
-            m_members.emplace();
+            m_isOpen = true;
+            m_members.clear();
             m_isKeyExpected = true;
             return true;
         case u'"':
             return readString();
         case u',':
             m_isKeyExpected = true;
-            return m_members && !m_members->empty();
+            return !m_members.empty();
         case u':':
             m_isKeyExpected = false;
             return m_key && !m_key->empty();
@@ -206,7 +210,7 @@ private:
 
     void storeMember() {
         if (m_key && m_value) {
-            m_members->insert_or_assign(m_members->cend(), std::move(*m_key), std::move(*m_value));
+            m_members.emplace_back(std::move(*m_key), std::move(*m_value));
             m_key.reset();
             m_value.reset();
             m_isKeyExpected = false;
@@ -216,7 +220,8 @@ private:
     const std::u16string_view m_text;
     std::uint64_t m_at = 0;
     bool m_error = false;
-    std::optional<Dictionary> m_members;
+    std::vector<Dictionary::value_type> m_members;
+    bool m_isOpen = false;
     std::optional<std::string> m_key; ///< read, and without a value yet
     std::optional<Value> m_value;     ///< read, and without a key yet
     bool m_isKeyExpected = false;

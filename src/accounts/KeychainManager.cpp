@@ -138,15 +138,14 @@ Value KeychainManager::member(std::string_view name, OptionalText user) {
 void KeychainManager::setMember(std::string_view name, bool value, OptionalText user) {
     Dictionary document = storedFor(user).document;
     if (!document.empty()) { // a preference belongs to an account that is stored
-        document.insert_or_assign(std::string(name), value);
+        document.insert_or_assign(name, value);
         write(document, user);
     }
 }
 
 void KeychainManager::removeMember(std::string_view name, OptionalText user) {
     Dictionary document = storedFor(user).document;
-    if (const auto member = document.find(name); member != document.end()) {
-        document.erase(member);
+    if (document.erase(name)) {
         write(document, user);
     }
 }

@@ -142,7 +142,7 @@ bool UserManager::setObject(const Value &value, std::string_view key, std::strin
     }
     return changeList([&](List &list) {
         UserRecord record = userWithUserName(userName);
-        record.insert_or_assign(std::string(key), value);
+        record.insert_or_assign(key, value);
         record.insert_or_assign(kUserUserName, userName);
         putRecord(list, std::move(record), userName);
     });
@@ -151,9 +151,7 @@ bool UserManager::setObject(const Value &value, std::string_view key, std::strin
 bool UserManager::removeObjectForKey(std::string_view key, std::string_view userName, bool /*updateMono*/) {
     return changeList([&](List &list) {
         UserRecord record = userWithUserName(userName);
-        if (const auto entry = record.find(key); entry != record.end()) {
-            record.erase(entry);
-        }
+        record.erase(key);
         putRecord(list, std::move(record), userName);
     });
 }

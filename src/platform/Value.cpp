@@ -1,6 +1,7 @@
 #include "platform/Value.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace quillmark {
 
@@ -58,6 +59,46 @@ bool operator==(const Value &left, const Value &right) {
         return dictionary == right.as<Dictionary>() || *dictionary == *right.as<Dictionary>();
     }
     return left.m_content == right.m_content;
+}
+
+Dictionary::Dictionary(std::vector<value_type> entries) : m_entries(std::move(entries)) {
+    const auto isBefore = [](const value_type &left, const value_type &right) {
+        return KeyOrder()(left.first, right.first);
+    };
+    const auto isNotBefore = std::not_fn(isBefore);
+    if (std::adjacent_find(m_entries.begin(), m_entries.end(), isNotBefore) != m_entries.end()) {
+        std::reverse(m_entries.begin(), m_entries.end()); // the last one of a key becomes the first, which stays
+        std::stable_sort(m_entries.begin(), m_entries.end(), isBefore);
+        m_entries.erase(std::unique(m_entries.begin(), m_entries.end(), isNotBefore), m_entries.end());
+    }
+}
+
+Dictionary::const_iterator Dictionary::placeOf(std::string_view key) const {
+    return std::lower_bound(begin(), end(), key, [](const value_type &entry, std::string_view wanted) {
+        return KeyOrder()(entry.first, wanted);
+    });
+}
+
+Dictionary::const_iterator Dictionary::find(std::string_view key) const {
+    const auto place = placeOf(key);
+    return place != end() && place->first == key ? place : end();
+}
+
+Value &Dictionary::operator[](std::string_view key) {
+    auto place = m_entries.begin() + (placeOf(key) - begin());
+    if (place == m_entries.end() || place->first != key) {
+        place = m_entries.emplace(place, key, Value());
+    }
+    return place->second;
+}
+
+bool Dictionary::erase(std::string_view key) {
+    const auto entry = find(key);
+    const bool isFound = entry != end();
+    if (isFound) {
+        m_entries.erase(entry);
+    }
+    return isFound;
 }
 
 const Value &valueOf(const Dictionary &dictionary, std::string_view key) {

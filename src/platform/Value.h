@@ -3,8 +3,8 @@
 #include <chrono>
 #include <concepts>
 #include <cstdint>
+#include <initializer_list>
 #include <limits>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,16 +16,9 @@
 namespace quillmark {
 
 class Value;
-
-/// The order of the keys in files and JSON texts: that of their 16-bit characters. Bytes of UTF-8 stand in that order
-/// but for the characters that take four of them, which are two 16-bit ones below U+E000.
-struct KeyOrder {
-    using is_transparent = void;
-    bool operator()(std::string_view left, std::string_view right) const;
-};
+class Dictionary;
 
 using List = std::vector<Value>;
-using Dictionary = std::map<std::string, Value, KeyOrder>;
 
 /// Bytes without a meaning as text.
 struct Bytes {
@@ -96,6 +89,49 @@ private:
     }
 
     Content m_content;
+};
+
+/// The order of the keys in files and JSON texts: that of their 16-bit characters. Bytes of UTF-8 stand in that order
+/// but for the characters that take four of them, which are two 16-bit ones below U+E000.
+struct KeyOrder {
+    bool operator()(std::string_view left, std::string_view right) const;
+};
+
+/// Values by key, in the order of their keys, as in C++23's `std::flat_map`: all in one block, since dictionaries are
+/// made and read far more often than changed.
+///
+/// A change takes time that grows with the number of entries: many of them are collected first, and made a dictionary
+/// at once.
+class Dictionary {
+public:
+    using value_type = std::pair<std::string, Value>;
+    using const_iterator = std::vector<value_type>::const_iterator;
+
+    Dictionary() = default;
+    Dictionary(std::initializer_list<value_type> entries) : Dictionary(std::vector(entries)) {}
+    /// The entries stand in any order. Of those with one key, the last one counts.
+    explicit Dictionary(std::vector<value_type> entries);
+
+    const_iterator begin() const { return m_entries.begin(); }
+    const_iterator end() const { return m_entries.end(); }
+    size_t size() const { return m_entries.size(); }
+    bool empty() const { return m_entries.empty(); }
+    const_iterator find(std::string_view key) const;
+    bool contains(std::string_view key) const { return find(key) != end(); }
+
+    /// The key's value, which is nothing if it is new.
+    Value &operator[](std::string_view key);
+    void insert_or_assign(std::string_view key, Value value) { (*this)[key] = std::move(value); }
+    void clear() { m_entries.clear(); }
+    /// \returns whether there was such a key.
+    bool erase(std::string_view key);
+
+    friend bool operator==(const Dictionary &, const Dictionary &) = default;
+
+private:
+    const_iterator placeOf(std::string_view key) const;
+
+    std::vector<value_type> m_entries;
 };
 
 /// The dictionary's value of that key; nothing when it has none.

@@ -12,9 +12,12 @@ extern const char Quillmark_ClientVersionString[] __attribute__((used, retain)) 
     "@(#)PROGRAM:Quillmark Client  PROJECT:QuillmarkLauncher-1303";
 
 std::string versionOfBundleAsString(const Bundle &bundle, std::int32_t defaultBuild, bool withBuild) {
-    Dictionary information = bundle.infoDictionary();
-    const Value version = information.try_emplace("CFBundleShortVersionString", "1.14.4").first->second;
-    const Value build = information.try_emplace("CFBundleVersion", defaultBuild).first->second;
+    const Dictionary information = bundle.infoDictionary();
+    const auto entry = [&information](std::string_view key, const Value &fallback) {
+        return information.contains(key) ? valueOf(information, key) : fallback;
+    };
+    const Value version = entry("CFBundleShortVersionString", "1.14.4");
+    const Value build = entry("CFBundleVersion", defaultBuild);
     if (!withBuild) {
         return formatted("%@", scalarText(version));
     }

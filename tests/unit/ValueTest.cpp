@@ -89,7 +89,7 @@ TEST(Value, EqualsNoneOfAnotherKind) {
 
 TEST(Value, OfAKeyThatADictionaryLacksIsNothing) {
     const Dictionary dictionary{{"a", 1}, {"", "no key"}};
-    EXPECT_EQ(&valueOf(dictionary, "a"), &dictionary.at("a"));
+    EXPECT_EQ(&valueOf(dictionary, "a"), &dictionary.find("a")->second);
     EXPECT_EQ(valueOf(dictionary, ""), "no key");
     EXPECT_TRUE(valueOf(dictionary, "A").isNothing());
     EXPECT_TRUE(valueOf({}, "a").isNothing());

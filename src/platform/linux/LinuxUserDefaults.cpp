@@ -157,15 +157,13 @@ bool LinuxUserDefaults::readForChange() {
 
 bool LinuxUserDefaults::dropOutdatedChanges() {
     bool isEverythingUpToDate = true;
-    for (auto base = m_bases.begin(); base != m_bases.end();) {
-        if (valueOf(m_stored, base->first) == base->second) {
-            ++base;
-            continue;
+    for (const auto &[key, base] : Dictionary(m_bases)) {
+        if (valueOf(m_stored, key) != base) {
+            m_changes.erase(key);
+            m_bases.erase(key);
+            m_problem = "was changed by another program meanwhile";
+            isEverythingUpToDate = false;
         }
-        m_changes.erase(base->first);
-        base = m_bases.erase(base);
-        m_problem = "was changed by another program meanwhile";
-        isEverythingUpToDate = false;
     }
     return isEverythingUpToDate;
 }

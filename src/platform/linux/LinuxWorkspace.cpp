@@ -108,7 +108,7 @@ std::vector<Dictionary> LinuxWorkspace::launchedApplications() const {
     const auto recordOf = [](const std::string &identifier, const std::string &bundle, int process) {
         Dictionary record{{kApplicationPath, bundle}, {kApplicationProcessIdentifier, process}};
         if (!identifier.empty()) {
-            record.emplace(kApplicationBundleIdentifier, identifier);
+            record.insert_or_assign(kApplicationBundleIdentifier, identifier);
         }
         return record;
     };

@@ -269,7 +269,8 @@ bool BinaryReader::readDictionary(Object &target, std::int64_t at, int depth) {
         !charge(target, cost::kDictionary + span->count * cost::kEntry)) {
         return false;
     }
-    Dictionary map;
+    std::vector<Dictionary::value_type> entries;
+    entries.reserve(static_cast<size_t>(span->count));
     for (std::int64_t i = 0; i < span->count; ++i) {
         const auto keyIndex = reference(*span, i);
         const auto valueIndex = reference(*span, span->count + i);
@@ -279,10 +280,9 @@ bool BinaryReader::readDictionary(Object &target, std::int64_t at, int depth) {
         if (value == nullptr || name == nullptr || !chargePart(target, *key) || !chargePart(target, *value)) {
             return false;
         }
-        // Writers often sort their keys: then the end is the place.
-        map.insert_or_assign(map.cend(), *name, value->value);
+        entries.emplace_back(*name, value->value);
     }
-    target.value = std::move(map);
+    target.value = Dictionary(std::move(entries));
     return true;
 }
 

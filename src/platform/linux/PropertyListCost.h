@@ -14,7 +14,7 @@ constexpr std::int64_t kScalar = 48;
 
 constexpr std::int64_t text(std::int64_t bytes) { return kScalar + bytes; }
 constexpr std::int64_t data(std::int64_t bytes) { return kScalar + bytes; }
-/// A place in an array, and a place in a dictionary less its key's text.
+/// A place in an array, and a place in a dictionary less its key's text, with what sorting takes.
 constexpr std::int64_t kElement = 40;
 constexpr std::int64_t kEntry = 112;
 

@@ -148,21 +148,21 @@ Value Converter::dictionary(pugi::xml_node element, int depth) {
     if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kDictionary)) {
         return {};
     }
-    Dictionary map;
+    std::vector<Dictionary::value_type> entries;
     pugi::xml_node content;
     for (pugi::xml_node key = elementFrom(element.first_child()); key; key = elementBehind(content)) {
         content = elementBehind(key);
         std::string joined;
+        // A growing block has room for twice its entries, here and in a list.
         const auto raw = std::string_view(key.name()) == "key" && content ? textOf(key, joined) : std::nullopt;
-        auto name = raw && m_budget.take(cost::kEntry) ? string(*raw) : std::nullopt;
+        auto name = raw && m_budget.take(2 * cost::kEntry) ? string(*raw) : std::nullopt;
         Value entry = name ? value(content, depth + 1) : Value();
         if (entry.isNothing()) {
             return {};
         }
-        // Often the keys are sorted: then the end is the place.
-        map.insert_or_assign(map.cend(), *std::move(name), std::move(entry));
+        entries.emplace_back(*std::move(name), std::move(entry));
     }
-    return map;
+    return Dictionary(std::move(entries));
 }
 
 Value Converter::array(pugi::xml_node element, int depth) {
@@ -171,7 +171,6 @@ Value Converter::array(pugi::xml_node element, int depth) {
     }
     List list;
     for (auto child = elementFrom(element.first_child()); child; child = elementBehind(child)) {
-        // A growing list has room for twice its elements.
         Value entry = m_budget.take(2 * cost::kElement) ? value(child, depth + 1) : Value();
         if (entry.isNothing()) {
             return {};
