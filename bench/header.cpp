@@ -1,10 +1,10 @@
 // One drawing of the header, for the product's own brand and for one whose logo is read from its file each time, beside
 // the bare painter's drawing of the same pictures and text.
 
-#include "branding/windows/QtText.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "platform/Images.h"
 #include "platform/Platform.h"
+#include "texts/windows/QtText.h"
 
 #include <QApplication>
 #include <QPainter>

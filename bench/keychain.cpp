@@ -3,7 +3,7 @@
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
-#include "platform/linux/KeyringModule.h"
+#include "platform/linux/keyring/KeyringModule.h"
 
 #include <benchmark/benchmark.h>
 #include <libsecret/secret.h>

@@ -1,7 +1,7 @@
 /// Reading a catalogue of items from memory, in both forms: pugixml's parsing alone, libplist, ours. The latter two
 /// also visit every value.
 
-#include "platform/linux/LinuxPropertyList.h"
+#include "platform/propertylist/PortablePropertyList.h"
 #include "utils/IntegerValue.h"
 
 #include <benchmark/benchmark.h>
@@ -27,7 +27,7 @@ std::string xmlCatalogue(std::int64_t items) {
                                   {"IsRequired", i % 2 == 0},
                                   {"Systems", List{"10.4", "10.5"}}});
     }
-    return LinuxPropertyList().toXml(Dictionary{{"Items", list}}).value();
+    return PortablePropertyList().toXml(Dictionary{{"Items", list}}).value();
 }
 
 struct PlistDeleter {
@@ -147,7 +147,7 @@ void byPeer(benchmark::State &state, Plist (*peer)(const std::string &), const s
 }
 /// Each reading takes a copy of the document, in place of the file's reading.
 void byUs(benchmark::State &state, Plist (*peer)(const std::string &), const std::string &document) {
-    const LinuxPropertyList propertyList;
+    const PortablePropertyList propertyList;
     uint64_t sum = 0;
     for ([[maybe_unused]] auto run : state) {
         sum = visit(propertyList.parse(document));

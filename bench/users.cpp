@@ -6,8 +6,8 @@
 #include "accounts/UserManager.h"
 #include "platform/Platform.h"
 #include "platform/linux/LinuxClock.h"
-#include "platform/linux/LinuxPropertyList.h"
 #include "platform/linux/LinuxUserDefaults.h"
+#include "platform/propertylist/PortablePropertyList.h"
 
 #include <benchmark/benchmark.h>
 #include <filesystem>
@@ -51,7 +51,7 @@ public:
 
 private:
     const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "quillmark-bench-users";
-    LinuxPropertyList m_propertyList;
+    PortablePropertyList m_propertyList;
     LinuxClock m_clock;
     LinuxUserDefaults m_defaults{m_folder / "preferences.plist", m_propertyList, m_clock};
     Platform m_platform = nativePlatform().with<UserDefaults>(m_defaults);

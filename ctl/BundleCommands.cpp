@@ -1,9 +1,9 @@
 #include "Command.h"
 
-#include "branding/LocalizedStrings.h"
 #include "launcher/StaleBundles.h"
-#include "platform/BundleSearch.h"
 #include "platform/Platform.h"
+#include "platform/files/BundleSearch.h"
+#include "texts/LocalizedStrings.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -1,6 +1,6 @@
 #include "CommandLine.h"
 
-#include "utils/Version.h"
+#include "utils/ProductVersion.h"
 
 #include <algorithm>
 #include <iterator>

@@ -2,19 +2,16 @@
 #include "Input.h"
 
 #include "branding/BrandingManager.h"
-#include "platform/AtEnd.h"
 #include "platform/Bundle.h"
-#include "platform/HeaderPicture.h"
+#include "platform/CheckWindowView.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
-#include "platform/WriteAll.h"
-#include "platform/linux/RunLoop.h"
-#include "platform/linux/WindowModule.h"
+#include "platform/files/WriteAll.h"
+#include "platform/windows/HeaderPicture.h"
 #include "utils/IntegerValue.h"
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <memory>
@@ -40,22 +37,9 @@ struct RenderArguments {
     double scale = HeaderPicture().scale;
 };
 
-/// Writes standard input to a new file, since pictures are decoded from files. \param path its name's form.
-void keepStandardInput(std::string &path) {
-    const Descriptor file(::mkostemp(path.data(), O_CLOEXEC));
-    if (!file.isOpen() || !writeAll(file.get(), standardInput())) {
-        throw Failure{path, std::generic_category().message(errno)};
-    }
-}
-
 Image pictureIn(const std::string &name) {
-    std::string path = std::filesystem::absolute(name); // a bare name would be a resource's
-    const AtEnd forgetCopy([&] { name == kStandardStream ? ::unlink(path.c_str()) : 0; });
-    if (name == kStandardStream) {
-        path = std::filesystem::temp_directory_path() / "quillmarkctl.XXXXXX";
-        keepStandardInput(path);
-    }
-    const auto image = platform().images.load(path);
+    const auto image = name == kStandardStream ? platform().images.decode(standardInput(), name)
+                                               : platform().images.load(std::filesystem::absolute(name));
     if (!image) {
         throw Failure{name, "is no readable BMP or PNG picture of at most 4096 by 4096 pixels"};
     }
@@ -98,15 +82,12 @@ void write(std::string_view bytes, const std::string &name) {
 
 Answer render(const RenderArguments &arguments) {
     const HeaderPicture picture = pictureOf(arguments);
-    // This program's own module, also for the resources of another bundle.
-    RunLoop runLoop;
-    WindowModule module(nativePlatform().mainBundle, runLoop);
-    std::string png;
     std::string obstacle;
-    if (!module.drawHeader(picture, png, obstacle)) {
+    const auto png = platform().checkWindows.drawHeader(picture, obstacle);
+    if (!png) {
         throw Failure{"header render", obstacle};
     }
-    write(png, arguments.output);
+    write(*png, arguments.output);
     return Answer::Yes;
 }
 

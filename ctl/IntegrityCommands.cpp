@@ -3,7 +3,7 @@
 
 #include "integrity/SignatureManager.h"
 #include "integrity/UnzipManager.h"
-#include "platform/Descriptor.h"
+#include "platform/process/Descriptor.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "Json.h"
 #include "Command.h"
 
-#include "platform/ScalarText.h"
+#include "platform/values/ScalarText.h"
 
 #include <cmath>
 #include <fmt/chrono.h>

@@ -28,9 +28,9 @@ std::string reasonOf(std::int32_t status) {
 
 Failure failure(const std::string &user, const std::string &why) { return {"keychain item of \"" + user + '"', why}; }
 
-/// Whether an account has an item. That it can't be reached is a failure and no answer; every command asks this first,
-/// so that a silent service is waited for once.
-bool isStored(const std::string &user) {
+/// Looks for an account's item; that it can't be reached is a failure. Every command does this first, so that a silent
+/// service is waited for once. \returns whether the account has one.
+bool findItem(const std::string &user) {
     const std::int32_t status = manager().secKeychainFindGenericPassword(nullptr, user);
     if (status != 0 && status != kKeychainItemNotFound) {
         throw failure(user, reasonOf(status));
@@ -69,7 +69,7 @@ void addValue(CLI::App &app, Arguments &arguments) {
 }
 
 Answer tellFlag(const Output &output, const std::string &name, const std::string &user) {
-    if (!isStored(user) || !manager().flagExistsForKey(name, user)) {
+    if (!findItem(user) || !manager().flagExistsForKey(name, user)) {
         return Answer::No;
     }
     output.line(manager().flagForKey(name, user) ? "yes" : "no");
@@ -80,7 +80,7 @@ Answer tellFlag(const Output &output, const std::string &name, const std::string
 template <class Operation>
 Answer setFlag(const std::string &name, const Arguments &arguments, const Operation &set) {
     const std::string &user = arguments.user();
-    if (!isStored(user)) {
+    if (!findItem(user)) {
         return Answer::No;
     }
     set();
@@ -92,7 +92,7 @@ Answer setFlag(const std::string &name, const Arguments &arguments, const Operat
 
 template <class Operation>
 Answer removeFlag(const std::string &name, const std::string &user, const Operation &remove) {
-    if (!isStored(user) || !manager().flagExistsForKey(name, user)) {
+    if (!findItem(user) || !manager().flagExistsForKey(name, user)) {
         return Answer::No;
     }
     remove();
@@ -108,13 +108,13 @@ Action defineGet(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output &output) {
         const std::string &user = arguments->user();
-        isStored(user);
+        findItem(user);
         // A choice that is not stored is left as it was, so both are tried.
         bool unlessNo = false;
         bool unlessYes = true;
         const auto password = manager().getPasswordForUser(user, &unlessNo);
         manager().getPasswordForUser(user, &unlessYes);
-        if (!password && !isStored(user)) {
+        if (!password && !findItem(user)) {
             return Answer::No;
         }
         output.json(
@@ -139,7 +139,7 @@ Action defineSave(CLI::App &app) {
         if (password.value_or("").empty() && !hasChoice) {
             throw failure(user, "there is nothing to store");
         }
-        isStored(user);
+        findItem(user);
         if (!manager().savePassword(password, user, hasChoice ? std::optional(arguments->isYes()) : std::nullopt)) {
             throw writeFailure(user);
         }
@@ -151,7 +151,7 @@ Action defineRemove(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
         const std::string &user = arguments->user();
-        if (!isStored(user)) {
+        if (!findItem(user)) {
             return Answer::No;
         }
         if (!manager().removePassword(user)) {
@@ -209,7 +209,7 @@ Action defineSkipAuthRemove(CLI::App &app) {
 Action defineKeyGet(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output &output) {
-        const bool isThere = isStored(arguments->user());
+        const bool isThere = findItem(arguments->user());
         const auto key = isThere ? manager().getEncryptionKeyForUser(arguments->user()) : std::nullopt;
         if (!key) {
             return Answer::No;
@@ -223,7 +223,7 @@ Action defineKeySave(CLI::App &app) {
     const auto arguments = addUser(app);
     return [arguments](const Output & /*output*/) {
         const std::string key = secretInputText();
-        isStored(arguments->user());
+        findItem(arguments->user());
         if (!manager().saveEncryptionKey(key, arguments->user())) {
             throw writeFailure(arguments->user());
         }

@@ -1,6 +1,6 @@
 #include "Command.h"
 
-#include "branding/LocalizedStrings.h"
+#include "texts/LocalizedStrings.h"
 #include "utils/LogSetup.h"
 
 #include <CLI/CLI.hpp>

@@ -1,10 +1,10 @@
 #include "Command.h"
 #include "Input.h"
 
-#include "branding/LocalizedStrings.h"
 #include "desktop/MovePlan.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Platform.h"
+#include "texts/LocalizedStrings.h"
 
 #include <CLI/CLI.hpp>
 

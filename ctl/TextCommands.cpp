@@ -2,7 +2,7 @@
 #include "Input.h"
 
 #include "branding/BrandingManager.h"
-#include "branding/LocalizedStrings.h"
+#include "texts/LocalizedStrings.h"
 
 #include <CLI/CLI.hpp>
 #include <memory>

@@ -6,7 +6,7 @@
 #include "platform/MainThread.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
-#include "platform/WhiteSpace.h"
+#include "platform/values/WhiteSpace.h"
 #include "utils/IntegerValue.h"
 
 #include <CLI/CLI.hpp>

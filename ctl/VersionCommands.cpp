@@ -1,6 +1,6 @@
 #include "Command.h"
 
-#include "utils/Version.h"
+#include "utils/ProductVersion.h"
 #include "utils/VersionText.h"
 
 #include <CLI/CLI.hpp>

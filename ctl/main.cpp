@@ -2,7 +2,7 @@
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
-#include "platform/WhiteSpace.h"
+#include "platform/values/WhiteSpace.h"
 #include "utils/Exception.h"
 #include "utils/LogSetup.h"
 

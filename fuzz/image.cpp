@@ -1,5 +1,5 @@
 #include "HeapLimit.h"
-#include "platform/linux/LinuxImages.h"
+#include "platform/images/PortableImages.h"
 
 #include <array>
 #include <cstddef>
@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         return 0;
     }
     const fuzz::HeapLimit limit(2 * 128 + 16);
-    const auto image = decodeImage(bytes, "picture");
+    const auto image = PortableImages().decode(bytes, "picture");
     if (image && (image->width < 1 || image->height < 1 ||
                   image->rgba.size() != static_cast<size_t>(image->width) * static_cast<size_t>(image->height) * 4)) {
         std::abort();

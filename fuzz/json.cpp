@@ -1,6 +1,6 @@
 #include "SameValue.h"
 #include "accounts/JSONEncoder.h"
-#include "unit/JSONReference.h"
+#include "unit/accounts/JSONReference.h"
 #include "utils/Utf16.h"
 
 #include <algorithm>

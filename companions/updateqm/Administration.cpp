@@ -3,7 +3,7 @@
 #include "Caller.h"
 #include "Catalogue.h"
 #include "Failure.h"
-#include "platform/linux/Surroundings.h"
+#include "platform/process/Surroundings.h"
 
 #include <chrono>
 #include <csignal>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Records.h"
-#include "platform/Descriptor.h"
+#include "platform/process/Descriptor.h"
 
 #include <functional>
 #include <string>

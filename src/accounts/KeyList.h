@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Key.h"
+#include "platform/values/Key.h"
 
 /// The vocabulary of string keys that all programs of the product share: one constant a key, in the order of its
 /// family.

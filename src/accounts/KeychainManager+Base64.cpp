@@ -1,5 +1,5 @@
 #include "accounts/KeychainManager.h"
-#include "platform/Base64.h"
+#include "platform/values/Base64.h"
 #include "utils/Utf8Text.h"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "accounts/KeychainManager.h"
 #include "accounts/UserListIndex.h"
 #include "platform/Platform.h"
-#include "platform/ScalarText.h"
 #include "platform/UserDefaults.h"
+#include "platform/values/ScalarText.h"
 #include "utils/IntegerValue.h"
 #include "utils/Log.h"
 

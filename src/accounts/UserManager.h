@@ -1,7 +1,7 @@
 #pragma once
 
 #include "accounts/KeychainManager.h"
-#include "platform/Value.h"
+#include "platform/values/Value.h"
 
 #include <cstdint>
 #include <functional>

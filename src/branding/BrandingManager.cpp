@@ -3,8 +3,8 @@
 #include "accounts/KeyList.h"
 #include "accounts/UserManager.h"
 #include "platform/Bundle.h"
-#include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "platform/files/HomeFolder.h"
 #include "utils/FileManager.h"
 #include "utils/Log.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "branding/LocalizedStrings.h"
 #include "platform/Images.h"
+#include "texts/LocalizedStrings.h"
 
 #include <cstdint>
 #include <functional>

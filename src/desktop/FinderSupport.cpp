@@ -1,11 +1,11 @@
 #include "desktop/FinderSupport.h"
 
-#include "branding/LocalizedStrings.h"
 #include "desktop/FinderScripts.h"
 #include "platform/AppleEvents.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
 #include "platform/Workspace.h"
+#include "texts/LocalizedStrings.h"
 #include "tools/ProcessUtilities.h"
 #include "utils/FormattedText.h"
 #include "utils/IntegerValue.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "branding/LocalizedStrings.h"
+#include "texts/LocalizedStrings.h"
 
 #include <optional>
 #include <string>

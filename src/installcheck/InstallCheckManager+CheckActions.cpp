@@ -5,12 +5,12 @@
 #include "platform/Application.h"
 #include "platform/Bundle.h"
 #include "platform/CheckWindowView.h"
-#include "platform/HeaderBranding.h"
 #include "platform/MainThread.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
-#include "platform/Problem.h"
 #include "platform/Workspace.h"
+#include "platform/files/Path.h"
+#include "platform/process/Problem.h"
+#include "platform/windows/HeaderBranding.h"
 #include "utils/Exception.h"
 #include "utils/Log.h"
 
@@ -36,7 +36,7 @@ private:
 } // namespace
 
 bool InstallCheckManager::loadWindow() {
-    if (!std::exchange(m_isWindowLoaded, true)) {
+    if (!std::exchange(m_hasTriedWindow, true)) {
         const std::string file = platform().mainBundle.pathForResource("InstallCheck", "ui").value_or("");
         const HeaderBranding branding{
             platform().mainBundle.resourcePath(), m_strings.localisedString("ProductName"),

@@ -1,6 +1,6 @@
 #include "accounts/KeyList.h"
-#include "branding/LocalizedStrings.h"
 #include "installcheck/InstallCheckManager.h"
+#include "texts/LocalizedStrings.h"
 #include "tools/UpdateToolManager.h"
 #include "utils/ErrorText.h"
 #include "utils/Exception.h"

@@ -7,7 +7,7 @@
 #include "tools/VersionOutput.h"
 #include "utils/Log.h"
 #include "utils/OneLine.h"
-#include "utils/Version.h"
+#include "utils/ProductVersion.h"
 
 #include <compare>
 

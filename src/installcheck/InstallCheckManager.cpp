@@ -2,10 +2,10 @@
 
 #include "accounts/KeyList.h"
 #include "branding/BrandingManager.h"
-#include "branding/LocalizedStrings.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/PropertyList.h"
+#include "texts/LocalizedStrings.h"
 #include "tools/UpdateToolManager.h"
 #include "utils/Log.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/CheckWindowView.h"
-#include "platform/Value.h"
+#include "platform/values/Value.h"
 #include "utils/VersionText.h"
 
 #include <cstdint>
@@ -222,7 +222,7 @@ private:
     UpdateToolManager &m_updateTool;
     ApplicationDelegate *m_delegate = nullptr;
     CheckWindowView *m_window = nullptr;
-    bool m_isWindowLoaded = false;                // or known to be impossible
+    bool m_hasTriedWindow = false;                // or known to be impossible
     std::vector<std::string> m_problemsInAdvance; ///< of a window that was loaded before anybody wanted it
     bool m_isRepairing = false;                   // from the click to what the main thread makes of its end
     const Value m_catalogue;                      ///< nothing when it can't be read

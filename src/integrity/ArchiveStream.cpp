@@ -1,6 +1,6 @@
 #include "integrity/ArchiveStream.h"
 
-#include "platform/Descriptor.h"
+#include "platform/process/Descriptor.h"
 
 #include <algorithm>
 #include <array>

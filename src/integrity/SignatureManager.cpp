@@ -1,6 +1,6 @@
 #include "integrity/SignatureManager.h"
 
-#include "platform/AtEnd.h"
+#include "platform/process/AtEnd.h"
 #include "utils/Log.h"
 
 #include <algorithm>

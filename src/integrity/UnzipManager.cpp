@@ -1,7 +1,7 @@
 #include "integrity/UnzipManager.h"
 
 #include "integrity/ArchiveStream.h"
-#include "platform/Pieces.h"
+#include "platform/values/Pieces.h"
 
 #include <algorithm>
 #include <array>

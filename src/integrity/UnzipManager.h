@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Descriptor.h"
+#include "platform/process/Descriptor.h"
 
 #include <string>
 #include <string_view>

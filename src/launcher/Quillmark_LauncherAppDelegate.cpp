@@ -1,7 +1,6 @@
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 
 #include "accounts/KeyList.h"
-#include "branding/LocalizedStrings.h"
 #include "desktop/MoveToApplications.h"
 #include "launcher/BundleDefaults.h"
 #include "launcher/StaleBundles.h"
@@ -12,11 +11,12 @@
 #include "platform/PropertyList.h"
 #include "platform/UserDefaults.h"
 #include "platform/Workspace.h"
+#include "texts/LocalizedStrings.h"
 #include "tools/ProcessUtilities.h"
 #include "utils/Exception.h"
 #include "utils/IntegerValue.h"
 #include "utils/LogSetup.h"
-#include "utils/Version.h"
+#include "utils/ProductVersion.h"
 
 namespace quillmark {
 

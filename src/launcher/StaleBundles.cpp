@@ -1,7 +1,7 @@
 #include "launcher/StaleBundles.h"
 
-#include "platform/BundleSearch.h"
 #include "platform/Workspace.h"
+#include "platform/files/BundleSearch.h"
 
 namespace quillmark {
 

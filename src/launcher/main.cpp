@@ -1,12 +1,12 @@
-#include "branding/LocalizedStrings.h"
 #include "installcheck/InstallCheckManager.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
 #include "platform/Application.h"
 #include "platform/Platform.h"
 #include "platform/SystemInfo.h"
+#include "texts/LocalizedStrings.h"
 #include "utils/Exception.h"
 #include "utils/Log.h"
-#include "utils/Version.h"
+#include "utils/ProductVersion.h"
 
 #include <algorithm>
 #include <cerrno>

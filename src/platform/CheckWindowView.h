@@ -9,6 +9,7 @@ namespace quillmark {
 
 struct AlertDescription;
 struct HeaderBranding;
+struct HeaderPicture;
 
 /// The window that tells which components are at fault and offers to repair them, with the sheet that is up meanwhile.
 /// It decides nothing. What its interface file lacks is absent, and telling it something does nothing.
@@ -71,7 +72,7 @@ public:
     virtual void beginAlertSheet(const AlertDescription &alert) = 0;
 };
 
-/// Where check windows come from.
+/// Where check windows come from, and pictures of their header.
 class CheckWindows {
 public:
     virtual ~CheckWindows() = default;
@@ -84,6 +85,10 @@ public:
     /// \returns null where no window can be shown, which is reported.
     virtual CheckWindowView *load(const std::string &interfaceFile, const HeaderBranding &branding,
                                   CheckWindowView::Owner &owner) = 0;
+
+    /// Draws a header view off screen. A process that has shown no window yet will show none afterwards.
+    /// \param obstacle receives, where nothing can be drawn, why: a part of a sentence. \returns the picture, a PNG.
+    virtual std::optional<std::string> drawHeader(const HeaderPicture &picture, std::string &obstacle) = 0;
 };
 
 } // namespace quillmark

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Descriptor.h"
+#include "platform/process/Descriptor.h"
 
 #include <cstdint>
 #include <optional>

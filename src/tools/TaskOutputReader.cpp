@@ -1,8 +1,8 @@
 #include "tools/TaskOutputReader.h"
 
-#include "platform/AtEnd.h"
 #include "platform/MainThread.h"
 #include "platform/Platform.h"
+#include "platform/process/AtEnd.h"
 #include "tools/LaunchException.h"
 #include "utils/Assert.h"
 #include "utils/Log.h"

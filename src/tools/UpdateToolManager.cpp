@@ -1,11 +1,11 @@
 #include "tools/UpdateToolManager.h"
 
 #include "platform/Authorization.h"
-#include "platform/HomeFolder.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
 #include "platform/Workspace.h"
+#include "platform/files/HomeFolder.h"
+#include "platform/files/Path.h"
 #include "tools/Applications.h"
 #include "tools/LaunchException.h"
 #include "utils/ErrorText.h"

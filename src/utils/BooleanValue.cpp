@@ -1,7 +1,7 @@
 #include "utils/BooleanValue.h"
 
-#include "platform/Value.h"
-#include "platform/WhiteSpace.h"
+#include "platform/values/Value.h"
+#include "platform/values/WhiteSpace.h"
 
 namespace quillmark {
 

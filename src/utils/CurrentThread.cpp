@@ -2,7 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/SystemInfo.h"
-#include "platform/ThreadName.h"
+#include "platform/process/ThreadName.h"
 
 #include <fmt/format.h>
 

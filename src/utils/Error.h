@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Key.h"
-#include "platform/Value.h"
+#include "platform/values/Key.h"
+#include "platform/values/Value.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "utils/FileManager.h"
 
-#include "platform/Path.h"
-#include "platform/Tree.h"
+#include "platform/files/Path.h"
+#include "platform/files/Tree.h"
 #include "utils/ErrorText.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #include "utils/Log.h"
 
-#include "platform/AtEnd.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
-#include "platform/Problem.h"
 #include "platform/SystemInfo.h"
+#include "platform/process/AtEnd.h"
+#include "platform/process/Problem.h"
 #include "utils/CurrentThread.h"
 #include "utils/ErrorText.h"
 #include "utils/Exception.h"

@@ -1,6 +1,6 @@
 #include "utils/LogFile.h"
 
-#include "platform/Descriptor.h"
+#include "platform/process/Descriptor.h"
 
 #include <cerrno>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
 #include "utils/LogSetup.h"
 
 #include "platform/Clock.h"
-#include "platform/HomeFolder.h"
 #include "platform/Platform.h"
+#include "platform/files/HomeFolder.h"
 #include "utils/Assert.h"
 #include "utils/Exception.h"
 #include "utils/Folders.h"

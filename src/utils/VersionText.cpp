@@ -1,6 +1,6 @@
 #include "utils/VersionText.h"
 
-#include "platform/Pieces.h"
+#include "platform/values/Pieces.h"
 #include "utils/Assert.h"
 #include "utils/IntegerValue.h"
 #include "utils/Log.h"

@@ -3,8 +3,8 @@
 #include "fakes/Transcript.h"
 #include "platform/Alerts.h"
 #include "platform/CheckWindowView.h"
-#include "platform/HeaderBranding.h"
-#include "platform/Path.h"
+#include "platform/files/Path.h"
+#include "platform/windows/HeaderBranding.h"
 
 #include <map>
 #include <optional>
@@ -70,6 +70,10 @@ public:
         window.owner = &owner;
         CheckWindowView *const shown = windowInItsPlace != nullptr ? windowInItsPlace : &window;
         return canBeShown ? shown : nullptr;
+    }
+    std::optional<std::string> drawHeader(const HeaderPicture & /*picture*/, std::string &obstacle) override {
+        obstacle = "nothing is drawn here";
+        return std::nullopt;
     }
 };
 

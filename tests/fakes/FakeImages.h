@@ -15,6 +15,9 @@ public:
         const auto found = pictures.find(path);
         return found != pictures.end() ? std::optional(found->second) : std::nullopt;
     }
+    std::optional<Image> decode(const std::string &bytes, const std::string & /*name*/) const override {
+        return load(bytes);
+    }
 };
 
 } // namespace quillmark::test

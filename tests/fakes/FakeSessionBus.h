@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/SessionBus.h"
+#include "platform/linux/desktop/SessionBus.h"
 
 #include <map>
 #include <set>

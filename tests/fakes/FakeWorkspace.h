@@ -1,8 +1,8 @@
 #pragma once
 
 #include "fakes/Transcript.h"
-#include "platform/Path.h"
 #include "platform/Workspace.h"
+#include "platform/files/Path.h"
 #include "utils/FileManager.h"
 
 #include <functional>

@@ -4,7 +4,7 @@
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
-#include "platform/linux/KeyringModule.h"
+#include "platform/linux/keyring/KeyringModule.h"
 
 #include <atomic>
 #include <cstdio>

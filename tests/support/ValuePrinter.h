@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/ScalarText.h"
-#include "platform/Value.h"
+#include "platform/values/ScalarText.h"
+#include "platform/values/Value.h"
 
 #include <ostream>
 

@@ -4,8 +4,8 @@
 #include "WindowsRunLoop.h"
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
-#include "platform/linux/LinuxAlerts.h"
-#include "platform/linux/WindowModule.h"
+#include "platform/linux/windows/LinuxAlerts.h"
+#include "platform/linux/windows/WindowModule.h"
 
 #include <QApplication>
 #include <QCheckBox>

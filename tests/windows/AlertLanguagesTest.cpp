@@ -1,5 +1,5 @@
-#include "branding/LocalizedStrings.h"
 #include "platform/linux/LinuxBundle.h"
+#include "texts/LocalizedStrings.h"
 #include "windows/AlertFixture.h"
 #include "windows/NothingClipped.h"
 

@@ -1,4 +1,4 @@
-#include "branding/windows/QtText.h"
+#include "texts/windows/QtText.h"
 #include "windows/AlertFixture.h"
 
 #include <QFontInfo>

@@ -1,10 +1,10 @@
 // Shows an alert from a bundle of its own, in the user's language, and prints the answer: "answer 0". It is the alert
 // of a second start, or the question before a move ("AlertProbe move"), with its longest text.
 
-#include "branding/LocalizedStrings.h"
 #include "platform/Alerts.h"
 #include "platform/Platform.h"
-#include "platform/Problem.h"
+#include "platform/process/Problem.h"
+#include "texts/LocalizedStrings.h"
 #include "utils/Log.h"
 
 int main(int count, char ** /*arguments*/) {

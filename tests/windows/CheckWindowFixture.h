@@ -2,13 +2,13 @@
 
 #include "QtPrinters.h"
 #include "WindowsRunLoop.h"
-#include "branding/windows/QtText.h"
-#include "platform/HeaderBranding.h"
 #include "platform/Platform.h"
-#include "platform/Problem.h"
-#include "platform/linux/LinuxCheckWindows.h"
-#include "platform/linux/WindowModule.h"
+#include "platform/linux/windows/LinuxCheckWindows.h"
+#include "platform/linux/windows/WindowModule.h"
+#include "platform/process/Problem.h"
+#include "platform/windows/HeaderBranding.h"
 #include "support/InstallCheckFixture.h"
+#include "texts/windows/QtText.h"
 
 #include <QApplication>
 #include <QDialog>

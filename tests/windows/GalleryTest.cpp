@@ -1,10 +1,10 @@
 // Every state of every window in every language, in light and in dark colours: checked for what a program can see, and
 // kept as pictures for people, which gallery_test.py puts on one page.
 
-#include "branding/windows/AlertDialog.h"
+#include "alerts/windows/AlertDialog.h"
+#include "alerts/windows/DialogAlerts.h"
 #include "desktop/MoveToApplications.h"
 #include "launcher/Quillmark_LauncherAppDelegate.h"
-#include "launcher/windows/Alerts.h"
 #include "platform/Authorization.h"
 #include "windows/CheckWindowFixture.h"
 #include "windows/NothingClipped.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/RunLoop.h"
+#include "platform/linux/mainthread/RunLoop.h"
 
 namespace quillmark::test {
 

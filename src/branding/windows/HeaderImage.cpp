@@ -1,7 +1,7 @@
 #include "branding/windows/HeaderImage.h"
 
-#include "branding/windows/QtText.h"
 #include "platform/Images.h"
+#include "texts/windows/QtText.h"
 
 #include <QFileInfo>
 #include <QPainter>

@@ -1,6 +1,6 @@
 #include "branding/windows/QuillmarkHeaderView.h"
 
-#include "branding/windows/QtText.h"
+#include "texts/windows/QtText.h"
 
 #include <QAccessibleWidget>
 #include <QFontMetricsF>

@@ -2,7 +2,7 @@
 
 #include "branding/BrandingManager.h"
 #include "branding/windows/HeaderImage.h"
-#include "platform/HeaderBranding.h"
+#include "platform/windows/HeaderBranding.h"
 
 #include <QFont>
 #include <QWidget>

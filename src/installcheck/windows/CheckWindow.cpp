@@ -1,10 +1,10 @@
 #include "installcheck/windows/CheckWindow.h"
 
-#include "branding/windows/AlertDialog.h"
-#include "branding/windows/QtText.h"
+#include "alerts/windows/AlertDialog.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "installcheck/windows/InterfaceFile.h"
 #include "platform/Alerts.h"
+#include "texts/windows/QtText.h"
 
 #include <QCloseEvent>
 #include <QHeaderView>

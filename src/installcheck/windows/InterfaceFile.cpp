@@ -1,7 +1,7 @@
 #include "installcheck/windows/InterfaceFile.h"
 
 #include "branding/windows/QuillmarkHeaderView.h"
-#include "platform/AtEnd.h"
+#include "platform/process/AtEnd.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -1,10 +1,10 @@
 #include "platform/linux/LinuxBundle.h"
 
-#include "platform/EnvironmentVariable.h"
-#include "platform/Path.h"
-#include "platform/Pieces.h"
 #include "platform/PropertyList.h"
+#include "platform/files/Path.h"
 #include "platform/linux/ExecutablePath.h"
+#include "platform/process/EnvironmentVariable.h"
+#include "platform/values/Pieces.h"
 
 #include <algorithm>
 #include <strings.h>

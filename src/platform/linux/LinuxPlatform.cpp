@@ -1,43 +1,33 @@
-#include "platform/HomeFolder.h"
-#include "platform/Path.h"
 #include "platform/Platform.h"
-#include "platform/linux/KeyringModule.h"
-#include "platform/linux/LinuxAlerts.h"
-#include "platform/linux/LinuxAppleEvents.h"
-#include "platform/linux/LinuxApplication.h"
-#include "platform/linux/LinuxAuthorization.h"
+#include "platform/images/PortableImages.h"
 #include "platform/linux/LinuxBundle.h"
-#include "platform/linux/LinuxCheckWindows.h"
 #include "platform/linux/LinuxClock.h"
-#include "platform/linux/LinuxImages.h"
-#include "platform/linux/LinuxMainThread.h"
-#include "platform/linux/LinuxPropertyList.h"
-#include "platform/linux/LinuxScripts.h"
 #include "platform/linux/LinuxSystemInfo.h"
-#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxUserDefaults.h"
-#include "platform/linux/LinuxWorkspace.h"
-#include "platform/linux/SessionModule.h"
-#include "platform/linux/WindowModule.h"
+#include "platform/linux/desktop/LinuxAppleEvents.h"
+#include "platform/linux/desktop/LinuxScripts.h"
+#include "platform/linux/desktop/LinuxWorkspace.h"
+#include "platform/linux/desktop/SessionModule.h"
+#include "platform/linux/keyring/KeyringModule.h"
+#include "platform/linux/mainthread/LinuxApplication.h"
+#include "platform/linux/mainthread/LinuxMainThread.h"
+#include "platform/linux/processes/LinuxAuthorization.h"
+#include "platform/linux/processes/LinuxTasks.h"
+#include "platform/linux/windows/LinuxAlerts.h"
+#include "platform/linux/windows/LinuxCheckWindows.h"
+#include "platform/linux/windows/WindowModule.h"
+#include "platform/propertylist/PortablePropertyList.h"
 
 namespace quillmark {
 
 namespace {
 
-std::string preferenceFile(const Bundle &bundle) {
-    std::string identifier = valueOf(bundle.infoDictionary(), "CFBundleIdentifier").text().value_or("");
-    if (identifier.empty() || identifier.find('/') != std::string::npos) {
-        identifier = "com.quillmark.QuillmarkLauncher";
-    }
-    return appendingPathComponent(homeFolder(), "Library/Preferences/" + identifier + ".plist");
-}
-
 struct LinuxBackends {
     LinuxMainThread mainThread;
     LinuxApplication application{mainThread.runLoop()};
     LinuxClock clock;
-    LinuxImages images;
-    LinuxPropertyList propertyList;
+    PortableImages images;
+    PortablePropertyList propertyList;
     LinuxScripts scripts;
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};
@@ -45,7 +35,7 @@ struct LinuxBackends {
     WindowModule windowModule{mainBundle, mainThread.runLoop()};
     LinuxAlerts alerts{windowModule};
     LinuxCheckWindows checkWindows{windowModule};
-    LinuxUserDefaults userDefaults{preferenceFile(mainBundle), propertyList, clock};
+    LinuxUserDefaults userDefaults{LinuxUserDefaults::pathFor(mainBundle), propertyList, clock};
     LinuxTasks tasks;
     KeyringModule keychain{mainBundle};
     SessionModule sessionModule{mainBundle};

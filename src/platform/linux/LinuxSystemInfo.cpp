@@ -1,7 +1,7 @@
 #include "platform/linux/LinuxSystemInfo.h"
 
-#include "platform/Path.h"
 #include "platform/PropertyList.h"
+#include "platform/files/Path.h"
 #include "platform/linux/ExecutablePath.h"
 
 #include <algorithm>

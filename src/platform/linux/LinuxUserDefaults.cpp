@@ -1,13 +1,15 @@
 #include "platform/linux/LinuxUserDefaults.h"
 
-#include "platform/AtEnd.h"
+#include "platform/Bundle.h"
 #include "platform/Clock.h"
-#include "platform/Path.h"
 #include "platform/PropertyList.h"
-#include "platform/ReadFile.h"
-#include "platform/Tree.h"
-#include "platform/WriteAll.h"
-#include "platform/linux/LockFile.h"
+#include "platform/files/HomeFolder.h"
+#include "platform/files/LockFile.h"
+#include "platform/files/Path.h"
+#include "platform/files/ReadFile.h"
+#include "platform/files/Tree.h"
+#include "platform/files/WriteAll.h"
+#include "platform/process/AtEnd.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -30,6 +32,14 @@ void applyChanges(const Dictionary &changes, Dictionary &values) {
 }
 
 } // namespace
+
+std::string LinuxUserDefaults::pathFor(const Bundle &bundle) {
+    std::string identifier = valueOf(bundle.infoDictionary(), "CFBundleIdentifier").text().value_or("");
+    if (identifier.empty() || identifier.find('/') != std::string::npos) {
+        identifier = "com.quillmark.QuillmarkLauncher";
+    }
+    return appendingPathComponent(homeFolder(), "Library/Preferences/" + identifier + ".plist");
+}
 
 LinuxUserDefaults::LinuxUserDefaults(std::string path, const PropertyList &propertyList, Clock &clock)
     : m_path(std::move(path)), m_propertyList(propertyList), m_clock(clock) {}

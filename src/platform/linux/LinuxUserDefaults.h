@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/Descriptor.h"
 #include "platform/UserDefaults.h"
+#include "platform/process/Descriptor.h"
 
 #include <mutex>
 #include <optional>
@@ -9,6 +9,7 @@
 
 namespace quillmark {
 
+class Bundle;
 class Clock;
 class PropertyList;
 
@@ -23,6 +24,9 @@ class PropertyList;
 /// same key by then: that would be lost.
 class LinuxUserDefaults final : public UserDefaults {
 public:
+    /// The property list of a bundle's settings, which its identifier names.
+    static std::string pathFor(const Bundle &bundle);
+
     /// \param path the property list; its folder is created with the first synchronize().
     LinuxUserDefaults(std::string path, const PropertyList &propertyList, Clock &clock);
 

@@ -1,0 +1,13 @@
+#include "platform/PropertyList.h"
+
+#include "platform/files/ReadFile.h"
+
+namespace quillmark {
+
+Value PropertyList::read(const std::string &path) const {
+    auto contents = readRegularFile(path, kMaximumMemory);
+    auto *document = std::get_if<std::string>(&contents);
+    return document != nullptr ? parse(std::move(*document)) : Value();
+}
+
+} // namespace quillmark
