@@ -1,12 +1,15 @@
+#!/usr/bin/env python3
 """Looks at what the sources include: no folder may reach itself by way of another one, and only platform/ and the tests
 may know a system's backend. Prints what is wrong; the exit status is 1 then.
+
+    check-includes.py [PROJECT]
 """
 
 import re
 import sys
 from pathlib import Path
 
-PROJECT = Path(__file__).resolve().parents[1]
+PROJECT = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parents[1]).resolve()
 BACKEND = re.compile(r"src/platform/(linux|macos)\b")
 
 

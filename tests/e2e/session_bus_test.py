@@ -14,7 +14,7 @@ from machine import APP, has_ended, signals, start, wait_until
 from session_bus import PYTHON, start_on_bus, start_session_bus
 
 TOOL = APP / "Contents/MacOS/quillmarkctl"
-APPLICATION = "/run/scripts/support/session_application.py"
+APPLICATION = "/run/project/tests/support/session_application.py"
 IDENTIFIER = "com.example.on-the-bus"
 FINDER = "com.apple.finder"
 

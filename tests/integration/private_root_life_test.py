@@ -9,7 +9,7 @@ import time
 import unittest
 from pathlib import Path
 
-PRIVROOT = Path(__file__).resolve().parents[1] / "support/privroot"
+PRIVROOT = Path(__file__).resolve().parents[2] / "scripts/private-root/privroot"
 
 
 def setUpModule():

@@ -9,7 +9,7 @@ import unittest
 from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parents[2]
-PRIVROOT = PROJECT / "tests/support/privroot"
+PRIVROOT = PROJECT / "scripts/private-root/privroot"
 SECONDS = 20  # that a script may take to say what is wrong; the longest of its own limits, with a busy machine in mind
 
 

@@ -11,7 +11,7 @@ function(quillmark_add_python_tests)
   foreach(file IN LISTS arg_FILES)
     if(arg_IN_PRIVATE_ROOT)
       set(command ${PROJECT_SOURCE_DIR}/tests/support/in-privroot
-        env PYTHONPATH=/run/scripts/${folder}:/run/scripts/support python3 -B -m unittest)
+        env PYTHONPATH=/run/project/tests/${folder}:/run/project/tests/support python3 -B -m unittest)
     else()
       set(command ${CMAKE_COMMAND} -E env PYTHONPATH=${CMAKE_CURRENT_SOURCE_DIR}:${PROJECT_SOURCE_DIR}/tests/support
         ${Python3_EXECUTABLE} -B -m unittest)

@@ -1,6 +1,6 @@
 # Run by privroot, as root, in a new private root: an ordinary user, the folders of a Mac, and the built bundle in
-# /Applications. QUILLMARK_APP names the bundle, and QUILLMARK_SCRIPTS a folder of scripts that are wanted at /run/scripts, both
-# as the host sees them (inside, the host's home folders can't be seen).
+# /Applications. QUILLMARK_APP names the bundle, and QUILLMARK_PROJECT the project, of which the scripts and tests are wanted
+# at /run/project: both as the host sees them (inside, the host's home folders can't be seen).
 # shellcheck shell=bash
 
 # A copy of /etc of our own: the host's is read-only, and must not learn of the user.
@@ -13,14 +13,11 @@ echo 'tester:x:1001:' >>/etc/group
 install -d /Library "/Library/Application Support" /System /System/Library
 install -d -o 1001 -g 1001 /Applications
 rm -rf /Applications/Quillmark.app
-bash "/.old$QUILLMARK_SCRIPTS/support/install-app.sh" complete "/.old$QUILLMARK_APP" 1001
-if [ "${QUILLMARK_BROKEN-}" = yes ]; then bash "/.old$QUILLMARK_SCRIPTS/support/install-app.sh" break; fi
-
-cp -R "/.old$QUILLMARK_SCRIPTS" /run/scripts
-# The scripts that people call, for their own tests.
 mkdir /run/project
-cp -R "/.old$QUILLMARK_SCRIPTS/../run" "/.old$QUILLMARK_SCRIPTS/../scripts" /run/project
-ln -s /run/scripts /run/project/tests
+cp -R "/.old$QUILLMARK_PROJECT"/{run,scripts,tests} /run/project
+install_app=/run/project/scripts/private-root/install-app.sh
+bash $install_app complete "/.old$QUILLMARK_APP" 1001
+if [ "${QUILLMARK_BROKEN-}" = yes ]; then bash $install_app break; fi
 # What tests sign with, in the vendor's place, and small programs of theirs.
 build=/.old$(dirname "$QUILLMARK_APP")
 install -m 600 "$build/vendor-key/private.pem" /run/vendor-key.pem
