@@ -66,6 +66,7 @@ struct Group {
     const char *summary;
 };
 
+std::span<const Command> base64Commands();
 std::span<const Command> bundleCommands();
 std::span<const Command> errorCommands();
 std::span<const Command> finderCommands();

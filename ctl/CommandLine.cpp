@@ -56,8 +56,8 @@ CommandLine::CommandLine() : m_app("Support tool of the Quillmark launcher", "qu
         ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}));
     for (const auto commands :
          {bundleCommands(), errorCommands(), finderCommands(), headerCommands(), installCommands(), integrityCommands(),
-          logCommands(), jsonCommands(), keychainCommands(), moveCommands(), processCommands(), runCommands(),
-          systemCommands(), textCommands(), userCommands(), versionCommands()}) {
+          logCommands(), jsonCommands(), keychainCommands(), base64Commands(), moveCommands(), processCommands(),
+          runCommands(), systemCommands(), textCommands(), userCommands(), versionCommands()}) {
         for (const Command &command : commands) {
             add(command);
         }

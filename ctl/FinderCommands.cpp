@@ -48,7 +48,7 @@ constexpr const char *kNothingDone =
 constexpr Command kCommands[] = {
     {"finder", "selection", "list what is selected in the Finder", "quillmarkctl finder selection --pretty",
      defineSelection, "Where there is no Finder, as on Linux, nothing is ever selected."},
-    {"finder", "refresh", "have the Finder draw a file anew", "quillmarkctl finder refresh ~/Quillmark/Letter.odt",
+    {"finder", "refresh", "have the Finder redraw a file", "quillmarkctl finder refresh ~/Quillmark/Letter.odt",
      defineRefresh, kNothingDone},
     {"finder", "servers", "tell whether the Finder shows connected servers on the desktop, or set it",
      "quillmarkctl finder servers off", defineServers,

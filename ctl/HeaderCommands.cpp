@@ -41,7 +41,7 @@ Image pictureIn(const std::string &name) {
     const auto image = name == kStandardStream ? platform().images.decode(standardInput(), name)
                                                : platform().images.load(std::filesystem::absolute(name));
     if (!image) {
-        throw Failure{name, "is no readable BMP or PNG picture of at most 4096 by 4096 pixels"};
+        throw Failure{name, "is not a readable BMP or PNG picture of at most 4096 by 4096 pixels"};
     }
     return *image;
 }
@@ -110,7 +110,7 @@ Action defineRender(CLI::App &app) {
         ->check(CLI::Range(1, kWidest));
     app.add_option("--scale", arguments->scale, "pixels in a point, 1 if none is given")->type_name("S");
     app.callback([arguments] {
-        if (!(arguments->scale >= 1 && arguments->scale <= kDensest)) { // what is no number is none of both
+        if (!(arguments->scale >= 1 && arguments->scale <= kDensest)) { // which also holds for what is not a number
             throw CLI::ValidationError("--scale", "has to be from 1 to 4");
         }
     });

@@ -42,12 +42,10 @@ Failure writeFailure(const std::string &user) { return failure(user, "can't be w
 
 /// What the commands of this file take.
 struct Arguments {
-    const std::string &user() const { return userName; }
-    const std::string &flag() const { return name; }
     bool isYes() const { return value == "yes"; }
 
-    std::string userName;
-    std::string name;
+    std::string user;
+    std::string flag = "skipAuth"; ///< unless another one is named
     std::string value;
     std::string service;
     bool isPassword = false;
@@ -56,58 +54,56 @@ using SharedArguments = std::shared_ptr<Arguments>;
 
 SharedArguments addUser(CLI::App &app) {
     auto arguments = std::make_shared<Arguments>();
-    app.add_option("USER", arguments->userName, "the account's user name")->required();
+    app.add_option("USER", arguments->user, "the account's user name")->required();
     return arguments;
 }
 
 void addName(CLI::App &app, Arguments &arguments) {
-    app.add_option("NAME", arguments.name, "the flag's name")->required();
+    app.add_option("NAME", arguments.flag, "the flag's name")->required();
 }
 
 void addValue(CLI::App &app, Arguments &arguments) {
     app.add_option("yes|no", arguments.value, "its value")->required()->check(CLI::IsMember({"yes", "no"}));
 }
 
-Answer tellFlag(const Output &output, const std::string &name, const std::string &user) {
-    if (!findItem(user) || !manager().flagExistsForKey(name, user)) {
+bool isFlagStored(const Arguments &arguments) { return manager().flagExistsForKey(arguments.flag, arguments.user); }
+
+Answer tellFlag(const Output &output, const Arguments &arguments) {
+    if (!findItem(arguments.user) || !isFlagStored(arguments)) {
         return Answer::No;
     }
-    output.line(manager().flagForKey(name, user) ? "yes" : "no");
+    output.line(manager().flagForKey(arguments.flag, arguments.user) ? "yes" : "no");
     return Answer::Yes;
 }
 
 /// Sets a flag and looks whether it is set: the keychain manager does not say.
 template <class Operation>
-Answer setFlag(const std::string &name, const Arguments &arguments, const Operation &set) {
-    const std::string &user = arguments.user();
-    if (!findItem(user)) {
+Answer setFlag(const Arguments &arguments, const Operation &set) {
+    if (!findItem(arguments.user)) {
         return Answer::No;
     }
     set();
-    if (!manager().flagExistsForKey(name, user) || manager().flagForKey(name, user) != arguments.isYes()) {
-        throw writeFailure(user);
+    if (!isFlagStored(arguments) || manager().flagForKey(arguments.flag, arguments.user) != arguments.isYes()) {
+        throw writeFailure(arguments.user);
     }
     return Answer::Yes;
 }
 
 template <class Operation>
-Answer removeFlag(const std::string &name, const std::string &user, const Operation &remove) {
-    if (!findItem(user) || !manager().flagExistsForKey(name, user)) {
+Answer removeFlag(const Arguments &arguments, const Operation &remove) {
+    if (!findItem(arguments.user) || !isFlagStored(arguments)) {
         return Answer::No;
     }
     remove();
-    if (manager().flagExistsForKey(name, user)) {
-        throw writeFailure(user);
+    if (isFlagStored(arguments)) {
+        throw writeFailure(arguments.user);
     }
     return Answer::Yes;
 }
 
-constexpr const char *kSkipAuth = "skipAuth";
-
 Action defineGet(CLI::App &app) {
-    const auto arguments = addUser(app);
-    return [arguments](const Output &output) {
-        const std::string &user = arguments->user();
+    return [arguments = addUser(app)](const Output &output) {
+        const std::string &user = arguments->user;
         findItem(user);
         // A choice that is not stored is left as it was, so both are tried.
         bool unlessNo = false;
@@ -130,7 +126,7 @@ Action defineSave(CLI::App &app) {
         ->type_name("yes|no")
         ->check(CLI::IsMember({"yes", "no"}));
     return [arguments](const Output & /*output*/) {
-        const std::string &user = arguments->user();
+        const std::string &user = arguments->user;
         const auto password = arguments->isPassword ? std::optional(secretInputText()) : std::nullopt;
         const bool hasChoice = !arguments->value.empty();
         if (user.empty()) {
@@ -148,14 +144,12 @@ Action defineSave(CLI::App &app) {
 }
 
 Action defineRemove(CLI::App &app) {
-    const auto arguments = addUser(app);
-    return [arguments](const Output & /*output*/) {
-        const std::string &user = arguments->user();
-        if (!findItem(user)) {
+    return [arguments = addUser(app)](const Output & /*output*/) {
+        if (!findItem(arguments->user)) {
             return Answer::No;
         }
-        if (!manager().removePassword(user)) {
-            throw failure(user, "can't be deleted");
+        if (!manager().removePassword(arguments->user)) {
+            throw failure(arguments->user, "can't be deleted");
         }
         return Answer::Yes;
     };
@@ -164,7 +158,7 @@ Action defineRemove(CLI::App &app) {
 Action defineFlagGet(CLI::App &app) {
     const auto arguments = addUser(app);
     addName(app, *arguments);
-    return [arguments](const Output &output) { return tellFlag(output, arguments->flag(), arguments->user()); };
+    return [arguments](const Output &output) { return tellFlag(output, *arguments); };
 }
 
 Action defineFlagSet(CLI::App &app) {
@@ -172,8 +166,7 @@ Action defineFlagSet(CLI::App &app) {
     addName(app, *arguments);
     addValue(app, *arguments);
     return [arguments](const Output & /*output*/) {
-        return setFlag(arguments->flag(), *arguments,
-                       [&] { manager().setFlag(arguments->isYes(), arguments->flag(), arguments->user()); });
+        return setFlag(*arguments, [&] { manager().setFlag(arguments->isYes(), arguments->flag, arguments->user); });
     };
 }
 
@@ -181,36 +174,31 @@ Action defineFlagRemove(CLI::App &app) {
     const auto arguments = addUser(app);
     addName(app, *arguments);
     return [arguments](const Output & /*output*/) {
-        return removeFlag(arguments->flag(), arguments->user(),
-                          [&] { manager().removeFlagForKey(arguments->flag(), arguments->user()); });
+        return removeFlag(*arguments, [&] { manager().removeFlagForKey(arguments->flag, arguments->user); });
     };
 }
 
 Action defineSkipAuthGet(CLI::App &app) {
-    const auto arguments = addUser(app);
-    return [arguments](const Output &output) { return tellFlag(output, kSkipAuth, arguments->user()); };
+    return [arguments = addUser(app)](const Output &output) { return tellFlag(output, *arguments); };
 }
 
 Action defineSkipAuthSet(CLI::App &app) {
     const auto arguments = addUser(app);
     addValue(app, *arguments);
     return [arguments](const Output & /*output*/) {
-        return setFlag(kSkipAuth, *arguments, [&] { manager().setSkipAuth(arguments->isYes(), arguments->user()); });
+        return setFlag(*arguments, [&] { manager().setSkipAuth(arguments->isYes(), arguments->user); });
     };
 }
 
 Action defineSkipAuthRemove(CLI::App &app) {
-    const auto arguments = addUser(app);
-    return [arguments](const Output & /*output*/) {
-        return removeFlag(kSkipAuth, arguments->user(), [&] { manager().removeSkipAuthForUser(arguments->user()); });
+    return [arguments = addUser(app)](const Output & /*output*/) {
+        return removeFlag(*arguments, [&] { manager().removeSkipAuthForUser(arguments->user); });
     };
 }
 
 Action defineKeyGet(CLI::App &app) {
-    const auto arguments = addUser(app);
-    return [arguments](const Output &output) {
-        const bool isThere = findItem(arguments->user());
-        const auto key = isThere ? manager().getEncryptionKeyForUser(arguments->user()) : std::nullopt;
+    return [arguments = addUser(app)](const Output &output) {
+        const auto key = findItem(arguments->user) ? manager().getEncryptionKeyForUser(arguments->user) : std::nullopt;
         if (!key) {
             return Answer::No;
         }
@@ -220,12 +208,11 @@ Action defineKeyGet(CLI::App &app) {
 }
 
 Action defineKeySave(CLI::App &app) {
-    const auto arguments = addUser(app);
-    return [arguments](const Output & /*output*/) {
+    return [arguments = addUser(app)](const Output & /*output*/) {
         const std::string key = secretInputText();
-        findItem(arguments->user());
-        if (!manager().saveEncryptionKey(key, arguments->user())) {
-            throw writeFailure(arguments->user());
+        findItem(arguments->user);
+        if (!manager().saveEncryptionKey(key, arguments->user)) {
+            throw writeFailure(arguments->user);
         }
         return Answer::Yes;
     };
@@ -244,16 +231,15 @@ std::string serviceOf(const Arguments &arguments) {
 }
 
 Action defineRawGet(CLI::App &app) {
-    const auto arguments = addUserAndService(app);
-    return [arguments](const Output &output) {
+    return [arguments = addUserAndService(app)](const Output &output) {
         std::optional<std::string> text;
-        const std::string &user = arguments->user();
-        const std::int32_t status = manager().secKeychainFindGenericPassword(&text, user, serviceOf(*arguments));
+        const std::int32_t status =
+            manager().secKeychainFindGenericPassword(&text, arguments->user, serviceOf(*arguments));
         if (status == kKeychainItemNotFound) {
             return Answer::No;
         }
         if (status != 0 || !text) {
-            throw failure(user, status != 0 ? reasonOf(status) : "holds no UTF-8 text");
+            throw failure(arguments->user, status != 0 ? reasonOf(status) : "holds no UTF-8 text");
         }
         output.line(*text);
         return Answer::Yes;
@@ -261,32 +247,12 @@ Action defineRawGet(CLI::App &app) {
 }
 
 Action defineRawSet(CLI::App &app) {
-    const auto arguments = addUserAndService(app);
-    return [arguments](const Output & /*output*/) {
+    return [arguments = addUserAndService(app)](const Output & /*output*/) {
         const std::int32_t status = manager().secKeychainModifyOrAddGenericPassword(
-            Bytes{secretInput()}, arguments->user(), serviceOf(*arguments));
+            Bytes{secretInput()}, arguments->user, serviceOf(*arguments));
         if (status != 0) {
-            throw failure(arguments->user(), reasonOf(status));
+            throw failure(arguments->user, reasonOf(status));
         }
-        return Answer::Yes;
-    };
-}
-
-Action defineEncode(CLI::App & /*app*/) {
-    return [](const Output &output) {
-        output.line(KeychainManager::encryptString(standardInputText()).value_or(""));
-        return Answer::Yes;
-    };
-}
-
-Action defineDecode(CLI::App & /*app*/) {
-    return [](const Output &output) {
-        const std::string text = standardInputText();
-        const std::string decoded = KeychainManager::decryptString(text).value_or("");
-        if (decoded.empty() && !text.empty()) {
-            return Answer::No;
-        }
-        output.line(decoded);
         return Answer::Yes;
     };
 }
@@ -297,8 +263,7 @@ constexpr Command kCommands[] = {
     {"keychain", "save", "store an account's password, or whether the user stays signed in",
      "quillmarkctl keychain save ada@example.com --password --keep-signed-in yes < password.txt", defineSave,
      "A password with a character beyond U+00FF, such as the euro sign, does not come back as it was: items hold 8 "
-     "bits a "
-     "character."},
+     "bits a character."},
     {"keychain", "remove", "delete all that is kept of an account", "quillmarkctl keychain remove ada@example.com",
      defineRemove},
     {"keychain flag", "get", "print a flag of an account", "quillmarkctl keychain flag get ada@example.com beta",
@@ -321,8 +286,6 @@ constexpr Command kCommands[] = {
      "quillmarkctl keychain raw get ada@example.com --service Quillmark", defineRawGet},
     {"keychain raw", "set", "store what standard input holds as an item",
      "quillmarkctl keychain raw set ada@example.com < item.txt", defineRawSet},
-    {"base64", "encode", "encode standard input on one line", "quillmarkctl base64 encode < text.txt", defineEncode},
-    {"base64", "decode", "decode standard input to text", "quillmarkctl base64 decode < encoded.txt", defineDecode},
 };
 
 } // namespace

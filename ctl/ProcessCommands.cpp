@@ -77,7 +77,7 @@ Action defineQuit(CLI::App &app) {
                                 double number = 0;
                                 const bool isOne =
                                     CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number >= 0;
-                                return isOne ? std::string() : "\"" + text + "\" is no finite number from 0";
+                                return isOne ? std::string() : "\"" + text + "\" is not a finite number from 0";
                             });
     return [identifier, seconds, wait](const Output &output) {
         const std::string what = *identifier;

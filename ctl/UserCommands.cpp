@@ -1,5 +1,6 @@
 #include "Command.h"
 #include "Input.h"
+#include "UserFeatures.h"
 
 #include "accounts/KeyList.h"
 #include "accounts/UserManager.h"
@@ -127,7 +128,7 @@ Value valueToSet(const Arguments &arguments) {
         std::int64_t number = 0;
         const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number);
         if (error != std::errc() || end != digits.end()) {
-            throw Failure{arguments.key, "the value is no integer number"};
+            throw Failure{arguments.key, "the value is not an integer"};
         }
         return number;
     }
@@ -248,51 +249,9 @@ Action defineSelected(CLI::App &app) {
     };
 }
 
-/// The accessors of the selected user, by their names.
-struct Feature {
-    const char *name;
-    Value (*value)(const UserManager &users);
-};
-
-template <auto accessor>
-Value valueOf(const UserManager &users) {
-    return (users.*accessor)();
-}
-
-constexpr Feature kFeatures[] = {
-    {"lastUsedUserName", valueOf<&UserManager::lastUsedUserName>},
-    {"previousAddUserName", valueOf<&UserManager::previousAddUserName>},
-    {"selectedUserAccountType", valueOf<&UserManager::selectedUserAccountType>},
-    {"isBusinessUser", valueOf<&UserManager::isBusinessUser>},
-    {"isShowingTeamFolders", valueOf<&UserManager::isShowingTeamFolders>},
-    {"selectedUserShowTeamFolders", valueOf<&UserManager::selectedUserShowTeamFolders>},
-    {"isConsumerSharing", valueOf<&UserManager::isConsumerSharing>},
-    {"isBusinessSharing", valueOf<&UserManager::isBusinessSharing>},
-    {"isSimplifiedWelcome", valueOf<&UserManager::isSimplifiedWelcome>},
-    {"selectedUserAllowQMDisk", valueOf<&UserManager::selectedUserAllowQMDisk>},
-    {"selectedUserEnableQMDisk", valueOf<&UserManager::selectedUserEnableQMDisk>},
-    {"selectedUserHasQMDisk", valueOf<&UserManager::selectedUserHasQMDisk>},
-    {"selectedUserAllowBackup", valueOf<&UserManager::selectedUserAllowBackup>},
-    {"selectedUserEnableBackup", valueOf<&UserManager::selectedUserEnableBackup>},
-    {"selectedUserAllowSharing", valueOf<&UserManager::selectedUserAllowSharing>},
-    {"selectedUserEncryptTransfers", valueOf<&UserManager::selectedUserEncryptTransfers>},
-    {"selectedUserEncryptNewFiles", valueOf<&UserManager::selectedUserEncryptNewFiles>},
-    {"ignoreServerExclusions", valueOf<&UserManager::ignoreServerExclusions>},
-    {"selectedUserHaveClientIdent", valueOf<&UserManager::selectedUserHaveClientIdent>},
-    {"selectedUserClientIdent", valueOf<&UserManager::selectedUserClientIdent>},
-    {"selectedUserCacheLocation", valueOf<&UserManager::selectedUserCacheLocation>},
-    {"selectedUserCacheName", valueOf<&UserManager::selectedUserCacheName>},
-    {"selectedUserCachePath", valueOf<&UserManager::selectedUserCachePath>},
-};
-
 Action defineFeatures(CLI::App & /*app*/) {
     return [](const Output &output) {
-        const UserManager users = readUsers();
-        Dictionary features;
-        for (const Feature &feature : kFeatures) {
-            features.insert_or_assign(feature.name, feature.value(users));
-        }
-        output.json(features);
+        output.json(selectedUserFeatures(readUsers()));
         return Answer::Yes;
     };
 }

@@ -26,7 +26,7 @@ void takeBundle(const std::string &path) {
     static const std::unique_ptr<Bundle> bundle = nativeBundle(path);
     std::error_code error;
     if (!std::filesystem::is_directory(bundle->resourcePath(), error)) {
-        throw Failure{path, "is no application bundle"};
+        throw Failure{path, "is not an application bundle"};
     }
     static const Platform withBundle = nativePlatform().with(*bundle);
     installPlatform(&withBundle);

@@ -19,7 +19,7 @@ volatile std::sig_atomic_t quitSignal = 0;
 
 void askToQuit(int signal) { quitSignal = signal; }
 
-/// A log that can't be opened is no reason to stop: every line is then dropped.
+/// A log that can't be opened does not stop it: every line is then dropped.
 std::ofstream openLog() {
     const char *home = std::getenv("HOME");
     const auto folder = std::filesystem::path(home ? home : "/") / "Library/Logs/Quillmark/QuillmarkCore";

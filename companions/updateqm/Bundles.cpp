@@ -22,7 +22,7 @@ namespace {
 
 void requirePlace(std::span<const std::string_view> places, const std::string &path) {
     if (std::find(places.begin(), places.end(), path) == places.end()) {
-        throw Failure(Status::WrongPlace, path, "is no place for this");
+        throw Failure(Status::WrongPlace, path, "is not a place for this");
     }
 }
 

@@ -12,10 +12,10 @@ struct Identity {
     std::string version; ///< four numbers between dots
 };
 
-/// \returns nothing for what is no program of this system, or has no such section.
+/// \returns nothing for what is not a program of this system, or has no such section.
 std::optional<Identity> identityIn(std::string_view program);
 
-/// Whether the version is lower; numbers between dots count one after the other, and what is no number counts as 0.
+/// Whether the version is lower; numbers between dots count one after the other, and what is not a number counts as 0.
 bool isOlder(std::string_view version, std::string_view than);
 
 } // namespace updateqm

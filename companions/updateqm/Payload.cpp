@@ -19,14 +19,14 @@ namespace {
 constexpr size_t kLargestPayload = size_t{512} << 20U; // bytes; it is held in memory
 constexpr size_t kLargestSignature = 65536;            // bytes; that of the largest key in use is 2048
 
-/// \param folder where relative names begin. Raises a Failure for what is no regular file; it never waits for a writer,
-/// as a named pipe would have it.
+/// \param folder where relative names begin. Raises a Failure for what is not a regular file; it never waits for a
+/// writer, as a named pipe would have it.
 std::string contentsOf(int folder, const std::string &name, const std::string &path, size_t largest, int flags = 0) {
     const Descriptor file(::openat(folder, name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC | flags));
     struct stat status {};
     must(file.isOpen() && ::fstat(file.get(), &status) == 0, path, Status::UnreadablePayload);
     if (!S_ISREG(status.st_mode) || static_cast<size_t>(status.st_size) > largest) {
-        throw Failure(Status::UnreadablePayload, path, "is no regular file of a sensible size");
+        throw Failure(Status::UnreadablePayload, path, "is not a regular file of a sensible size");
     }
     std::string contents;
     contents.reserve(static_cast<size_t>(status.st_size));

@@ -58,12 +58,13 @@ void repairCoreApplication(const std::string &path) {
         }
     }
     // One answer, whatever there is: the caller learns nothing of folders that he may not look into.
-    throw Failure(Status::UnsafePlace, path, "is no core application of the caller's, or of the administrator's alone");
+    throw Failure(Status::UnsafePlace, path,
+                  "is not a core application that belongs to the caller or to the administrator alone");
 }
 
 void repairKeyPairs(const std::string &path) {
     if (!path.ends_with("/.config/.mono/keypairs")) {
-        throw Failure(Status::WrongPlace, path, "is no folder of key pairs");
+        throw Failure(Status::WrongPlace, path, "is not a folder of key pairs");
     }
     Place::of(path);
     Caller::becomeCallerForGood();

@@ -9,7 +9,7 @@ namespace updateqm {
 Place Place::of(std::string_view path) {
     const auto refuse = [path](const char *why) { return Failure(Status::WrongPlace, std::string(path), why); };
     if (!path.starts_with('/')) {
-        throw refuse("is no absolute path");
+        throw refuse("is not an absolute path");
     }
     if (path.find('\0') != std::string_view::npos) {
         throw refuse("holds a zero byte");

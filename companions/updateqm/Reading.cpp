@@ -122,7 +122,7 @@ public:
                 continue;
             }
             if (!isKnown || ::archive_entry_hardlink(entry) != nullptr) {
-                throw damaged("holds \"" + path + "\", which is no plain file, folder or link");
+                throw damaged("holds \"" + path + "\", which is not a plain file, folder or link");
             }
             tellFolders(path, type == AE_IFDIR);
             if (type == AE_IFLNK) {

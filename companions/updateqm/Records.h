@@ -43,8 +43,8 @@ public:
     /// \param source what the records tell of, for messages. \param patience how long all of them may take.
     RecordReader(int pipe, std::string source, std::chrono::seconds patience);
 
-    /// Raises a Failure for one that is told, for what is no record, for an end before the last one, and when it takes
-    /// too long.
+    /// Raises a Failure for one that is told, for what is not a record, for an end before the last one, and when it
+    /// takes too long.
     Record next();
 
 private:

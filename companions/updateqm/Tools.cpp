@@ -25,7 +25,7 @@ const Tool &toolNamed(const std::string &name, unsigned mode) {
         return candidate.name == name && candidate.mode == mode;
     });
     if (tool == std::end(kTools)) {
-        throw Failure(Status::WrongPlace, name, "is no tool that is installed like this");
+        throw Failure(Status::WrongPlace, name, "is not a tool that is installed like this");
     }
     return *tool;
 }

@@ -10,7 +10,7 @@
 namespace quillmark {
 
 /// Turns a flat dictionary into one JSON object and back: members are texts, numbers and booleans, with no nesting, no
-/// lists and no null. It is no general JSON library. Documents of older versions of the product must read as they
+/// lists and no null. It is not a general JSON library. Documents of older versions of the product must read as they
 /// always did, so what looks wrong here is deliberate and has a test.
 ///
 /// What is read is counted in 16-bit characters, and `at` is a place among them.
@@ -22,7 +22,7 @@ public:
     /// no text, number or boolean is an empty text.
     static std::string createJSONStrFromDict(const Dictionary &dictionary);
 
-    /// The members of an object, or nothing when the text is none.
+    /// The members of an object, or nothing when the text is not one.
     static std::optional<Dictionary> createObjFromJSONStr(std::string_view text);
     static std::optional<Dictionary> createObjFromJSONStr(std::u16string_view text);
 
@@ -31,7 +31,7 @@ public:
     /// text. \returns nothing then, and without a closing quote.
     static std::optional<std::string> jsonStringForStr(std::u16string_view text, std::uint64_t &at, bool &error);
 
-    /// Reads a number and moves `at` to the first character that is no part of it. A "-" anywhere in it makes it
+    /// Reads a number and moves `at` to the first character that does not belong to it. A "-" anywhere in it makes it
     /// negative, exponents are not applied, and an integer part beyond 64 bits loses its upper bits. \param error set
     /// by a second decimal point. \returns nothing then.
     static Value jsonNumberForStr(std::u16string_view text, std::uint64_t &at, bool &error);

@@ -14,28 +14,22 @@ namespace quillmark {
 
 /// \name Install-check catalogue
 /// The fields of one required item in the catalogue of components.
-
 inline constexpr Key kInstallType{"Type"};
-// Same text as kBackupName: each family can change its texts alone.
-inline constexpr Key kName{"Name"};
+inline constexpr Key kName{"Name"}; // Same text as kBackupName: each family can change its texts alone.
 inline constexpr Key kResource{"Resource"};
 inline constexpr Key kInstallPath{"InstallPath"};
-// Same text as kStatusItemImage.
-inline constexpr Key kImage{"Image"};
+inline constexpr Key kImage{"Image"}; // Same text as kStatusItemImage.
 inline constexpr Key kWebsiteURL{"WebsiteURL"};
 inline constexpr Key kLicense{"License"};
 inline constexpr Key kInstaller{"Installer"};
-// Same text as kFileTypeDescription.
-inline constexpr Key kDescription{"Description"};
+inline constexpr Key kDescription{"Description"}; // Same text as kFileTypeDescription.
 inline constexpr Key kSignature{"Signature"};
 inline constexpr Key kVersion{"Version"};
-// The texts of both limits leave "Version" out.
-inline constexpr Key kMaxMacOSXVersion{"MaxMacOSX"};
+inline constexpr Key kMaxMacOSXVersion{"MaxMacOSX"}; // The texts of both limits leave "Version" out.
 inline constexpr Key kMinMacOSXVersion{"MinMacOSX"};
 
 /// \name Core program
 /// Where the core program and its tools are, and what they are called.
-
 // A format: the file name of the tool takes the place of %@.
 inline constexpr Key kToolPath{"/Library/Application Support/Quillmark/%@"};
 inline constexpr Key kExecutableName{"Quillmark"};
@@ -45,7 +39,6 @@ inline constexpr Key kMonoCommandHandlerClassName{"CommandHandler"};
 
 /// \name Configuration
 /// Entries of the branded configuration property list.
-
 inline constexpr Key kConfigIntegrityCheck{"IntegrityCheck"};
 inline constexpr Key kServiceStatusURL{"StatusURL"};
 inline constexpr Key kHelpURL{"HelpURL"};
@@ -57,8 +50,7 @@ inline constexpr Key kCarryfoldOverlay{"CarryfoldOverlay"};
 inline constexpr Key kBackupOverlay{"BackupOverlay"};
 inline constexpr Key kDisableOverlay{"DisableOverlay"};
 inline constexpr Key kDefaultBrandedLogo{"DefaultBrandedLogo"};
-// The texts of both tutorials leave "URL" out.
-inline constexpr Key kBackupTutorialURL{"BackupTutorial"};
+inline constexpr Key kBackupTutorialURL{"BackupTutorial"}; // The texts of both tutorials leave "URL" out.
 inline constexpr Key kCarryfoldTutorialURL{"CarryfoldTutorial"};
 inline constexpr Key kUpdateZipURL{"UpdateZipURL"};
 inline constexpr Key kUpdateSignatureURL{"UpdateSignatureURL"};
@@ -67,7 +59,6 @@ inline constexpr Key kWelcomeWizardType{"WelcomeWizardType"};
 
 /// \name Preferences
 /// Entries at the top level of the user defaults.
-
 inline constexpr Key kLastUsedUserName{"LastUsedUserName"};
 inline constexpr Key kPreviousAddUserName{"PreviousAddUserName"};
 inline constexpr Key kUserList{"UserList"};
@@ -75,7 +66,6 @@ inline constexpr Key kUserList{"UserList"};
 /// \name User record
 /// The fields of one user record. "Password" and "State" never reach the preferences: the store keeps them in the
 /// keychain.
-
 inline constexpr Key kUserUserName{"UserName"};
 inline constexpr Key kUserCacheName{"CacheName"};
 inline constexpr Key kUserFirstName{"FirstName"};
@@ -102,8 +92,7 @@ inline constexpr Key kUserEnableBackup{"EnableBackup"};
 inline constexpr Key kUserEnableQMDisk{"EnableQMDisk"};
 inline constexpr Key kUserEncryptTransfers{"EncryptTransfers"};
 inline constexpr Key kUserIntegrityTime{"IntegrityTime"};
-// Same text as kP2PClientIdent.
-inline constexpr Key kUserClientIdent{"ClientIdent"};
+inline constexpr Key kUserClientIdent{"ClientIdent"}; // Same text as kP2PClientIdent.
 inline constexpr Key kUserAccountType{"AccountType"};
 inline constexpr Key kEnableLanTransfer{"EnableLanTransfer"};
 inline constexpr Key kAutoQuitiTunes{"AutoQuitiTunes"};
@@ -115,8 +104,7 @@ inline constexpr Key kShowStatusInDetailStatus{"ShowStatusInDetailStatus"};
 inline constexpr Key kUserConnectionThrottleByteDown{"ThrottleBytesDown"};
 inline constexpr Key kUserConnectionThrottleByteUp{"ThrottleBytesUp"};
 inline constexpr Key kIgnoreServerExclusions{"IgnoreServerExclusions"};
-// Only new files are meant, though the text does not say so.
-inline constexpr Key kUserEncryptNewFiles{"Encrypt"};
+inline constexpr Key kUserEncryptNewFiles{"Encrypt"}; // Only new files are meant, though the text does not say so.
 inline constexpr Key kServer{"Server"};
 inline constexpr Key kUserPassword{"Password"};
 // No telling name on purpose: nobody who looks through the records should learn where the encryption key is.
@@ -128,13 +116,11 @@ inline constexpr Key kCacheOption{"CacheOption"};
 /// \name Messages
 /// Fields of the messages and records that the core and its user interface exchange; the launcher carries them and
 /// reads none. Lower case or lower camel case, but for kPriority.
-
 inline constexpr Key kDesiredAccess{"desiredaccess"};
 inline constexpr Key kUserName{"username"};
 inline constexpr Key kType{"type"};
 inline constexpr Key kValueName{"valueName"};
-// Abbreviated in the text, as is kDefaultValue.
-inline constexpr Key kValue{"val"};
+inline constexpr Key kValue{"val"}; // Abbreviated in the text, as is kDefaultValue.
 inline constexpr Key kFilename{"filename"};
 inline constexpr Key kFileAttributes{"attributes"};
 inline constexpr Key kCount{"count"};
@@ -148,8 +134,7 @@ inline constexpr Key kMacFD{"macfd"};
 inline constexpr Key kPosition{"position"};
 inline constexpr Key kDestination{"destination"};
 inline constexpr Key kIsDirectory{"isdirectory"};
-// The text says what it is, not that it is unique.
-inline constexpr Key kUniqueID{"identifier"};
+inline constexpr Key kUniqueID{"identifier"}; // The text says what it is, not that it is unique.
 inline constexpr Key kStatusText{"statustext"};
 inline constexpr Key kStatusText2{"statustext2"};
 inline constexpr Key kPercent{"percent"};
@@ -159,8 +144,7 @@ inline constexpr Key kUploadPaths{"uploadPaths"};
 inline constexpr Key kDownloadNames{"downloadNames"};
 inline constexpr Key kDownloadPaths{"downloadPaths"};
 inline constexpr Key kMessage{"message"};
-// The one capitalised text of this group. Same text as kFileTypePriority.
-inline constexpr Key kPriority{"Priority"};
+inline constexpr Key kPriority{"Priority"}; // The one capitalised text of this group. Same text as kFileTypePriority.
 inline constexpr Key kFileList{"filelist"};
 inline constexpr Key kOptions{"options"};
 inline constexpr Key kAlwaysUseSelection{"alwaysuseselection"};
@@ -193,8 +177,7 @@ inline constexpr Key kHours{"hours"};
 inline constexpr Key kMinutes{"minutes"};
 inline constexpr Key kEnabled{"enabled"};
 inline constexpr Key kLogin{"login"};
-// Abbreviated in the text.
-inline constexpr Key kClientIdentList{"ciList"};
+inline constexpr Key kClientIdentList{"ciList"}; // Abbreviated in the text.
 inline constexpr Key kLabelList{"labelList"};
 inline constexpr Key kIPList{"ipList"};
 // "Indent" for "Ident", in name and text: the misspelling is part of the message format and has to stay.
@@ -205,8 +188,7 @@ inline constexpr Key kDirectoryList{"directoryList"};
 inline constexpr Key kParent{"parent"};
 inline constexpr Key kConflictMode{"conflictmode"};
 inline constexpr Key kPromptErrors{"prompterrors"};
-// Both limits are abbreviated in the text.
-inline constexpr Key kMinimum{"min"};
+inline constexpr Key kMinimum{"min"}; // Both limits are abbreviated in the text.
 inline constexpr Key kMaximum{"max"};
 inline constexpr Key kDataID{"dataid"};
 inline constexpr Key kFinished{"finished"};
@@ -223,14 +205,12 @@ inline constexpr Key kHelpTabID{"helpTabID"};
 
 /// \name File types
 /// Fields of a file-type record.
-
 inline constexpr Key kFileTypePriority{"Priority"};
 inline constexpr Key kFileTypeExtensions{"Extensions"};
 inline constexpr Key kFileTypeDescription{"Description"};
 
 /// \name Proxy
 /// The proxy settings. All but the mode describe a proxy set by hand, hence "Static" in the texts.
-
 inline constexpr Key kProxyMode{"ProxyMode"};
 inline constexpr Key kProxyAddress{"StaticProxyAddress"};
 inline constexpr Key kProxyPort{"StaticProxyPort"};
@@ -240,7 +220,6 @@ inline constexpr Key kProxyPassword{"StaticProxyPassword"};
 
 /// \name Backup tree
 /// Fields of an item in the tree of backed-up folders.
-
 inline constexpr Key kBackupName{"Name"};
 inline constexpr Key kBackupDisplayName{"DisplayName"};
 inline constexpr Key kBackupPath{"Path"};
@@ -254,7 +233,6 @@ inline constexpr Key kBackupParent{"Parent"};
 
 /// \name Events
 /// Names of the events that the core announces.
-
 inline constexpr Key kPreSyncStarted{"PreSyncStarted"};
 inline constexpr Key kPreSyncFinished{"PreSyncFinished"};
 inline constexpr Key kUploadFinished{"UploadFinished"};
@@ -265,7 +243,6 @@ inline constexpr Key kOffline{"Offline"};
 
 /// \name Status menu
 /// Fields of an entry of the status menu.
-
 inline constexpr Key kStatusItemTitle{"Title"};
 inline constexpr Key kStatusItemExpandable{"Expandable"};
 inline constexpr Key kStatusItemChildren{"Children"};
@@ -276,7 +253,6 @@ inline constexpr Key kStatusItemHidden{"Hidden"};
 
 /// \name Conflicts
 /// Fields of a conflict between the file on this computer and the one on the server.
-
 inline constexpr Key kConflictType{"conflicttype"};
 inline constexpr Key kConflictClientFilename{"clientfilename"};
 inline constexpr Key kConflictClientFileID{"clientfileid"};
@@ -292,7 +268,6 @@ inline constexpr Key kConflictResolution{"resolution"};
 
 /// \name Peers
 /// Fields of a record about a client that can be reached directly on the local network.
-
 inline constexpr Key kP2PClientIdent{"ClientIdent"};
 inline constexpr Key kP2PClientLabel{"ClientLabel"};
 inline constexpr Key kP2PClientIP{"ClientIP"};
@@ -300,9 +275,7 @@ inline constexpr Key kP2PClientSelect{"ClientSelect"};
 
 /// \name Restore
 /// Fields of an item in the restore tree, and of the statistics of a finished restore.
-
-// Same text as kStatusItemChildren.
-inline constexpr Key kRestoreChildren{"Children"};
+inline constexpr Key kRestoreChildren{"Children"}; // Same text as kStatusItemChildren.
 inline constexpr Key kRestoreChildrenFull{"ChildrenFull"};
 inline constexpr Key kRestoreDirectory{"Directory"};
 inline constexpr Key kRestoreChildrenFiles{"ChildrenFiles"};

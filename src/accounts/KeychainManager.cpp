@@ -51,12 +51,12 @@ std::string KeychainManager::serviceName() const { return m_strings.localisedStr
 
 // Items
 
-KeychainManager::Reading KeychainManager::read(OptionalText userName, const std::string &serviceName) {
-    if (!userName) {
+KeychainManager::Reading KeychainManager::read(OptionalText user, const std::string &serviceName) {
+    if (!user) {
         return {};
     }
     std::unique_ptr<Keychain::Item> item;
-    if (const std::int32_t status = m_keychain.findGenericPassword(serviceName, std::string(*userName), item);
+    if (const std::int32_t status = m_keychain.findGenericPassword(serviceName, std::string(*user), item);
         status != 0) {
         return {status, status == kKeychainItemNotFound, {}};
     }
@@ -68,7 +68,7 @@ KeychainManager::Reading KeychainManager::read(OptionalText userName, const std:
     logNormal("Failed to read keychain item ( error = %d )", status);
     const bool isDamaged = !isOutOfReach(status);
     if (isDamaged) {
-        item->remove(); // the next save makes it anew
+        item->remove(); // the next save makes a new one
     }
     return {status, isDamaged, {}};
 }
@@ -121,22 +121,18 @@ bool KeychainManager::secKeychainRemoveAllItemsWithUserName(OptionalText userNam
 
 // Documents
 
-KeychainManager::Stored KeychainManager::storedFor(OptionalText user) {
-    const Reading reading = read(user, serviceName());
-    return {reading.status, reading.isWritable,
-            JSONEncoder::createObjFromJSONStr(reading.text.value_or("")).value_or(Dictionary())};
+Dictionary KeychainManager::Reading::document() const {
+    return JSONEncoder::createObjFromJSONStr(text.value_or("")).value_or(Dictionary());
 }
 
 std::int32_t KeychainManager::write(const Dictionary &document, OptionalText user) {
     return secKeychainModifyOrAddGenericPassword(JSONEncoder::createJSONStrFromDict(document), user);
 }
 
-Value KeychainManager::member(std::string_view name, OptionalText user) {
-    return valueOf(storedFor(user).document, name);
-}
+Value KeychainManager::member(std::string_view name, OptionalText user) { return valueOf(read(user).document(), name); }
 
 void KeychainManager::setMember(std::string_view name, bool value, OptionalText user) {
-    Dictionary document = storedFor(user).document;
+    Dictionary document = read(user).document();
     if (!document.empty()) { // a preference belongs to an account that is stored
         document.insert_or_assign(name, value);
         write(document, user);
@@ -144,7 +140,7 @@ void KeychainManager::setMember(std::string_view name, bool value, OptionalText 
 }
 
 void KeychainManager::removeMember(std::string_view name, OptionalText user) {
-    Dictionary document = storedFor(user).document;
+    Dictionary document = read(user).document();
     if (document.erase(name)) {
         write(document, user);
     }
@@ -185,18 +181,19 @@ bool KeychainManager::savePassword(OptionalText password, OptionalText user, std
         return false;
     }
     constexpr const char *kFailure = "Failed to write keychain item ( error = %d )";
-    Stored stored = storedFor(user);
-    if (!stored.isWritable) {
-        logNormal(kFailure, stored.status);
+    const Reading reading = read(user);
+    if (!reading.isWritable) {
+        logNormal(kFailure, reading.status);
         return false;
     }
+    Dictionary document = reading.document();
     if (keepLoggedin) {
-        stored.document.insert_or_assign(kKeepSignedIn, *keepLoggedin);
+        document.insert_or_assign(kKeepSignedIn, *keepLoggedin);
     }
     if (password) {
-        stored.document.insert_or_assign(kPassword, *password);
+        document.insert_or_assign(kPassword, *password);
     }
-    const std::int32_t status = write(stored.document, user);
+    const std::int32_t status = write(document, user);
     if (status != 0) {
         logNormal(kFailure, status);
         if (!isOutOfReach(status)) {
@@ -213,7 +210,7 @@ void KeychainManager::setSkipAuth(bool skipAuth, OptionalText user) { setMember(
 void KeychainManager::removeSkipAuthForUser(OptionalText user) { removeMember(kSkipAuth, user); }
 
 bool KeychainManager::flagExistsForKey(OptionalText flag, OptionalText user) {
-    return !isEmpty(flag) && !isEmpty(user) && storedFor(user).document.contains(*flag);
+    return !isEmpty(flag) && !isEmpty(user) && read(user).document().contains(*flag);
 }
 
 bool KeychainManager::flagForKey(OptionalText flag, OptionalText user) {
@@ -236,9 +233,10 @@ bool KeychainManager::saveEncryptionKey(OptionalText key, OptionalText user) {
     if (!key || !user) {
         return false;
     }
-    Stored stored = storedFor(user);
-    stored.document.insert_or_assign(kEncryptionKey, *key);
-    return stored.isWritable && write(stored.document, user) == 0;
+    const Reading reading = read(user);
+    Dictionary document = reading.document();
+    document.insert_or_assign(kEncryptionKey, *key);
+    return reading.isWritable && write(document, user) == 0;
 }
 
 std::optional<std::string> KeychainManager::getEncryptionKeyForUser(OptionalText user) {

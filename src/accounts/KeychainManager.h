@@ -30,7 +30,7 @@ public:
     KeychainManager(Keychain &keychain, LocalizedStrings &strings);
 
     /// \name Account operations
-    /// Without a change to make, or an item to make it in, nothing is written.
+    /// What has nothing to change, or no item to change, writes nothing.
 
     /// The account's password, absent when there is none. A document without a password gives its own text.
     /// \param keepLoggedin receives the choice when it is stored beside the password.
@@ -61,8 +61,8 @@ public:
     /// \name Items
     /// With the platform's statuses. An absent user name gives 0 or false, and nothing is done.
 
-    /// \param text receives the item's data, if it is not null and the text is absent; which it stays when the data is
-    /// no UTF-8.
+    /// \param text receives the item's data, if it is not null and the text is absent. It stays absent when the data
+    /// is not UTF-8.
     std::int32_t secKeychainFindGenericPassword(std::optional<std::string> *text, OptionalText userName);
     std::int32_t secKeychainFindGenericPassword(std::optional<std::string> *text, OptionalText userName,
                                                 const std::string &serviceName);
@@ -82,24 +82,21 @@ public:
 
     static std::optional<std::string> encryptString(OptionalText string);
     /// Reads whole groups of four characters in pieces of 1024; the first piece with a wrong character ends the text.
-    /// \returns nothing when the bytes are no UTF-8.
+    /// \returns nothing when the bytes are not UTF-8.
     static std::optional<std::string> decryptString(OptionalText string);
 
 private:
     /// What came of reading an account's item.
     struct Reading {
+        /// What the text says; empty when that can't be made out.
+        Dictionary document() const;
+
         std::int32_t status = 0;
-        bool isWritable = true; ///< to write the item anew loses nothing
+        bool isWritable = true; ///< writing the item again loses nothing
         std::optional<std::string> text;
     };
-    Reading read(OptionalText userName, const std::string &serviceName);
-
-    struct Stored {
-        std::int32_t status = 0;
-        bool isWritable = true;
-        Dictionary document; ///< empty when there is none, or none that can be parsed
-    };
-    Stored storedFor(OptionalText user);
+    Reading read(OptionalText user) { return read(user, serviceName()); }
+    Reading read(OptionalText user, const std::string &serviceName);
 
     Value member(std::string_view name, OptionalText user);
     void setMember(std::string_view name, bool value, OptionalText user);

@@ -8,7 +8,7 @@
 
 namespace quillmark {
 
-/// The "UserName" of an entry of the user list; null when the entry is no record, or its name no text.
+/// The "UserName" of an entry of the user list; null when the entry is not a record, or its name not a text.
 const std::string *userNameOf(const Value &entry);
 
 /// Whether the entry is a record of that name.
@@ -22,7 +22,7 @@ class UserListIndex {
 public:
     static UserListIndex &sharedIndex();
 
-    /// The list's first record of that name; nothing when there is none, or what is given is no list.
+    /// The list's first record of that name; nothing when there is none, or when what is given is not a list.
     Value recordOf(std::string_view userName, const Value &list);
 
 private:

@@ -26,7 +26,7 @@ bool isLink(const std::string &path) {
     return std::filesystem::is_symlink(path, error);
 }
 
-/// Where a link leads to, as an absolute path; an empty text for what is no link.
+/// Where a link leads to, as an absolute path; an empty text for what is not a link.
 std::string targetOfLink(const std::filesystem::path &path) {
     std::error_code error;
     const std::filesystem::path target = std::filesystem::read_symlink(path, error);
@@ -43,7 +43,7 @@ bool leadsToFolderOfUser(const std::string &link) {
 /// below LOCATION/.QM ever is.
 std::optional<std::string> obstacleToRemoval(const std::string &location, const std::string &name) {
     if (!location.starts_with('/')) {
-        return "its location is no absolute path";
+        return "its location is not an absolute path";
     }
     const std::string folder = cachesFolderOf(location);
     if (isLink(folder) && !leadsToFolderOfUser(folder)) {
@@ -52,7 +52,7 @@ std::optional<std::string> obstacleToRemoval(const std::string &location, const 
     const std::string path = withoutNeedlessSlashes(name);
     for (const std::string_view component : pieces(path, '/')) {
         if (component.empty() || component == "." || component == "..") {
-            return "its name is no name of a folder";
+            return "its name can't be a folder's";
         }
     }
     for (size_t end = 0; (end = path.find('/', end)) != std::string::npos; ++end) {

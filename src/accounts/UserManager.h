@@ -20,7 +20,7 @@ using UserRecord = Dictionary;
 /// keychain and never reach a record. Objects hold nothing of their own, so any number may exist, and a copy is as
 /// good.
 ///
-/// User names are compared exactly. Entries of the list that are no records, and names that are no texts, belong to
+/// User names are compared exactly. Entries of the list that are not records, and names that are not texts, belong to
 /// nobody; they stay where they are until the list is cleaned, which drops all that has no "UserName".
 ///
 /// Concurrency: any thread and any number of programs. A change reads the list, changes it and writes it while nobody
@@ -42,7 +42,7 @@ public:
 
     /// The first record of that name; for an unknown user a new one, which holds the defaults and is not stored.
     UserRecord userWithUserName(std::string_view userName) const;
-    /// In the order in which they were last saved. Empty, too, when what is stored is no list.
+    /// In the order in which they were last saved. Empty, too, when what is stored is not a list.
     List userList() const;
     bool doesUserKeyExists(std::optional<std::string_view> userName) const;
     /// The six defaults of a new record.
@@ -119,7 +119,7 @@ public:
     bool save();
 
 private:
-    /// What is stored as the user list; nothing when that is no list.
+    /// What is stored as the user list; nothing when that is not a list.
     Value storedList() const;
     Value recordOf(std::string_view userName) const;
     Value recordValue(std::string_view key, std::string_view userName) const;

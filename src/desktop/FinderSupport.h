@@ -24,8 +24,8 @@ public:
     /// The POSIX paths of the items that are selected in the Finder, in its order. What the Finder names and is no text
     /// is left out.
 
-    /// A list that is kept for 2.5 seconds, counted from the call that filled it; a retry always fills it anew. Every
-    /// caller gets the same list, and filling it anew changes it in the hands of all. Nobody who finds it fresh waits
+    /// A list that is kept for 2.5 seconds, counted from the call that filled it; a retry always fills it again. Every
+    /// caller gets the same list, and filling it again changes it for all of them. Nobody who finds it fresh waits
     /// for a thread that fills it.
     const std::vector<std::string> &getSelectedFinderItemsIsRetry(bool isRetry);
     /// New lists, which leave the kept one alone.
@@ -35,7 +35,7 @@ public:
 
     /// \name Other requests
 
-    /// Has the Finder draw a file anew. The path stands in a script between double quotes, unescaped.
+    /// Has the Finder redraw a file. The path stands in a script between double quotes, unescaped.
     static void updateFileAtPath(const std::string &path);
 
     /// Whether the Finder shows connected servers on the desktop.

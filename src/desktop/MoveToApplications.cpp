@@ -58,7 +58,7 @@ bool askUser(const MovePlan &plan, LocalizedStrings &strings) {
     return false;
 }
 
-/// What holds the application itself, or is to hold it, is no older copy, whatever the list says.
+/// What holds the application itself, or is to hold it, does not count as an older copy, whatever the list says.
 bool mayBeRemoved(const std::string &path, const MovePlan &plan) {
     const FileManager &files = __QMCurrentThreadFileManager();
     const bool holdsApplication =

@@ -9,7 +9,7 @@
 namespace quillmark {
 
 // Moves the application into the Applications folder when the user wants it, removes older copies on the way, and
-// starts it anew from there.
+// starts it again from there.
 //
 // Concurrency: the main thread only. Questions and the administrator's programs are waited for.
 

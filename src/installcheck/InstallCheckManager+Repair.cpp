@@ -93,7 +93,7 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
 }
 
 bool InstallCheckManager::repairUpdateQM(const RequiredItem &item) {
-    m_updateTool.verifyUpdateTool(nameOf(item)); // deliberate: installed anew whatever the answer is
+    m_updateTool.verifyUpdateTool(nameOf(item)); // deliberate: installed again whatever the answer is
     return isSuccess(m_updateTool.repairUpdateTool(pathToRequiredItemInResources(item),
                                                    pathToRequiredItemSignatureInResources(item)));
 }

@@ -27,7 +27,8 @@ constexpr const char *keyOf(ItemStatus status) {
     return kKeys[static_cast<size_t>(status)];
 }
 
-/// One component of the catalogue, by the keys of its family in the key list. A value that is no text counts as absent.
+/// One component of the catalogue, by the keys of its family in the key list. A value that is not a text counts as
+/// absent.
 using RequiredItem = Dictionary;
 
 /// What the install check needs of the application that it belongs to.
@@ -141,7 +142,7 @@ public:
     bool runRepairPass(const OnRepairStep &onStep = {});
 
     bool repairUpdateQM(const RequiredItem &item);
-    /// The kinds of items differ on purpose in what a status means that they have no repair for.
+    /// A status that there is no repair for is a success for some kinds of items, and a failure for others, on purpose.
     bool repairCoreApp(const RequiredItem &item);
     bool repairQMTool(const RequiredItem &item);
     bool repairQMToolRoot(const RequiredItem &item);
@@ -234,7 +235,7 @@ private:
     std::int32_t m_restartIndex = -1;
 };
 
-/// An item's value of a key; absent when it is no text.
+/// An item's value of a key; absent when it is not a text.
 std::optional<std::string> textOf(const RequiredItem &item, std::string_view key);
 
 } // namespace quillmark

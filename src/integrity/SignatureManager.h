@@ -16,10 +16,10 @@ class SignatureManager {
 public:
     static SignatureManager &sharedManager();
 
-    /// \returns false, too, when an argument is empty or the key is none; only a signature that does not match is
+    /// \returns false, too, when an argument is empty or the key can't be read; only a signature that does not match is
     /// logged.
     bool verifySignature(std::string_view signature, std::string_view publicKey, std::string_view data) const;
-    /// \returns nothing when an argument is empty, or the key is none or too short for a signature.
+    /// \returns nothing when an argument is empty, or the key can't be read or is too short for a signature.
     std::optional<std::string> generateSignature(std::string_view privateKey, std::string_view data) const;
 };
 

@@ -18,7 +18,8 @@ class Images {
 public:
     virtual ~Images() = default;
 
-    /// The picture in the file, or nothing when it is missing, is no picture, or is more than 4096 pixels wide or high.
+    /// The picture in the file, or nothing when it is missing, is not a picture, or is more than 4096 pixels wide or
+    /// high.
     virtual std::optional<Image> load(const std::string &path) const = 0;
     /// The picture that a file of these bytes holds. \param name becomes Image::name.
     virtual std::optional<Image> decode(const std::string &bytes, const std::string &name) const = 0;

@@ -218,7 +218,7 @@ void UpdateToolManager::keepMacFuseLog() {
     constexpr std::int64_t kLargestLog = std::int64_t{16} << 20U; // bytes
     const auto error = files.isTrustedFile(m_macFuseLog, kLargestLog)
                            ? files.copyItem(m_macFuseLog, target)
-                           : posixError(EACCES, "It is no file of a trusted user's");
+                           : posixError(EACCES, "It is not a trusted user's file");
     if (error) {
         logError(R"(Failed to copy "%@" to "%@" (%@))", m_macFuseLog, target, nserrorToString(*error));
     } else {

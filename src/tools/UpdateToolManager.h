@@ -44,7 +44,7 @@ public:
     /// Afterwards keeps the installation log of MacFUSE, when that was the package.
     std::int32_t repairFrameworkUsingPackage(const std::string &packagePath);
     std::int32_t repairQMToolRootPermissions(const std::string &name);
-    /// Afterwards starts the Finder anew, which has loaded the old tool. \returns kCommandBegun when that fails.
+    /// Afterwards restarts the Finder, which has loaded the old tool. \returns kCommandBegun when that fails.
     std::int32_t repairQMToolRoot(const std::string &path, const std::string &signaturePath);
     std::int32_t repairZIPArchive(const std::string &archivePath, const std::string &signaturePath,
                                   const std::string &installPath);

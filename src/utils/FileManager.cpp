@@ -2,6 +2,7 @@
 
 #include "platform/files/Path.h"
 #include "platform/files/Tree.h"
+#include "platform/files/TreeCopy.h"
 #include "utils/ErrorText.h"
 
 #include <algorithm>

@@ -97,7 +97,7 @@ std::optional<std::string> getLogFilePath();
 /// \returns the current path.
 std::optional<std::string> _initLogging(const std::optional<std::string> &path);
 
-/// Takes the process's name and id anew, for the lines to come.
+/// Looks up the process's name and id again, for the lines to come.
 void _recordLogIdentity();
 
 /// A file that is longer is left, and a new one begun. (50 MiB)

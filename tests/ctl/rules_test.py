@@ -36,7 +36,7 @@ class Rules(ToolTest):
 
     def test_a_bundle_that_is_none_is_named(self):
         missing = self.home / "Missing.app"
-        self.assertEqual(self.failure("--bundle", missing, "brand"), f"quillmarkctl: {missing}: is no application bundle\n")
+        self.assertEqual(self.failure("--bundle", missing, "brand"), f"quillmarkctl: {missing}: is not an application bundle\n")
 
     def test_another_bundles_resources_can_be_taken(self):
         app = self.copy_app()

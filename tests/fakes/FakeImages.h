@@ -6,7 +6,7 @@
 
 namespace quillmark::test {
 
-/// Pictures by path; every other file is none.
+/// Pictures by path; every other file can't be read.
 class FakeImages final : public Images {
 public:
     std::map<std::string, Image> pictures;

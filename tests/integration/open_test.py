@@ -45,7 +45,7 @@ class Open(unittest.TestCase):
         (HOME / "File.app").write_text("x")
         for name in ("/no/such.app", "/usr/bin/true", "/usr/bin", HOME / "File.app", ""):
             with self.subTest(name):
-                self.assertEqual(self.open(name), (1, f'open: "{name}" is no application bundle\n'))
+                self.assertEqual(self.open(name), (1, f'open: "{name}" is not an application bundle\n'))
 
     def test_names_what_cannot_be_started(self):
         (HOME / "Empty.app").mkdir()

@@ -95,7 +95,7 @@ def render(value):
 
 
 def as_xml_keeps_it(rendered):
-    """XML has no fractions of seconds, and one form of what is no number."""
+    """XML has no fractions of seconds, and one form of what is not a number."""
     rendered = re.sub(r"\br[7f]ff(?!0{13})[0-9a-f]{13}\b", "r7ff8000000000000", rendered)
     return re.sub(r"\bd(-?\d+)", lambda date: f"d{int(date.group(1)) // 1000 * 1000}", rendered)
 

@@ -1,4 +1,4 @@
-// The header in every form, beside the pictures in tests/windows/pictures. To take these anew, LOOK at them and commit
+// The header in every form, beside the pictures in tests/windows/pictures. To take these again, LOOK at them and commit
 // them:
 //   QUILLMARK_STORE_PICTURES=1 ctest --test-dir build/release -R HeaderPictures
 

@@ -500,7 +500,7 @@ TEST_F(HeaderView, ALogoThatIsNoneIsLeftOut) {
     EXPECT_FALSE(placeOf(Qt::white, draw()).isEmpty());
 }
 
-// Drawing anew
+// Redrawing
 
 TEST_F(HeaderView, ATitleIsDrawnAnewEvenWhenItIsTheSame) {
     Drawings drawings(view());

@@ -32,7 +32,7 @@ constexpr int kDark = 128;               // lightness below which a ground is da
 constexpr int kLighterGround = 250;      // percent
 constexpr double kSmallFont = 11.0 / 13; // the small system font of a Mac beside the ordinary one
 
-/// An ampersand is no mnemonic here; the texts are shared with systems that have none.
+/// An ampersand marks no shortcut key here; the texts are shared with systems that have none.
 QString titleWithoutMnemonic(QString title) { return title.replace(u'&', QStringLiteral("&&")); }
 
 } // namespace

@@ -5,7 +5,7 @@
 
 namespace quillmark {
 
-/// The application's icon, drawn anew for the resolution of whatever screen it is on.
+/// The application's icon, drawn for the resolution of whatever screen it is on.
 class AlertIcon final : public QWidget {
 public:
     explicit AlertIcon(QIcon icon);

@@ -27,9 +27,9 @@ public:
     /// What shows where the ground's picture can't be read; nothing, unless it is set. Shows at the next drawing.
     void setGround(const QColor &color) { m_ground = color; }
 
-    /// Draws the view anew, even for the title that it has.
+    /// Redraws the view, even for the title that it has.
     void setTitle(const QString &title);
-    /// Replaces the product's logo, not those of other brands. Draws the view anew while its window is visible.
+    /// Replaces the product's logo, not those of other brands. Redraws the view while its window is visible.
     void setLogoImage(const Image &image) override;
 
     /// The names of the grounds, and of the logo while it is the product's, that can't be read.

@@ -3,40 +3,31 @@
 #include "alerts/windows/AlertDialog.h"
 #include "branding/windows/QuillmarkHeaderView.h"
 #include "installcheck/windows/InterfaceFile.h"
+#include "installcheck/windows/WindowPlacement.h"
 #include "platform/Alerts.h"
 #include "texts/windows/QtText.h"
 
 #include <QCloseEvent>
-#include <QHeaderView>
 #include <QIcon>
 #include <QLabel>
-#include <QLayout>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QScreen>
-#include <QStyle>
-#include <QStyledItemDelegate>
 #include <QTreeWidget>
-#include <QWindow>
 #include <utility>
 
 namespace quillmark {
 
 namespace {
 
-enum Column : int { kNameColumn, kStatusColumn, kColumnCount };
-
 constexpr int kMinimumButtonWidth = 100;
-constexpr int kButtonRoom = 16;     // beside a long title, more than styles give
-constexpr int kMostLines = 6;       // that the list shows; it scrolls to the others
-constexpr int kTitleBarHeight = 40; // what a window's frame takes of the screen
+constexpr int kButtonRoom = 16; // beside a long title, more than styles give
 constexpr QColor kHeaderGround{0x1d, 0x24, 0x5c};
 
 QString buttonText(const QString &text) { return QString(text).replace(u'&', QStringLiteral("&&")); }
 
 void setButtonText(QPushButton *button, const QString &text) {
     if (button != nullptr) {
-        button->setText(buttonText(text)); // an ampersand is no mnemonic here
+        button->setText(buttonText(text)); // an ampersand marks no shortcut key here
         button->setAccessibleName(text);
         button->setMinimumWidth(std::max(kMinimumButtonWidth, button->sizeHint().width() + kButtonRoom));
     }
@@ -45,48 +36,6 @@ void setButtonText(QPushButton *button, const QString &text) {
 void setLabelText(QLabel *label, const QString &text) {
     if (label != nullptr) {
         label->setText(text);
-    }
-}
-
-/// The list's lines, with room around their texts.
-class RoomyLines final : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override {
-        return QStyledItemDelegate::sizeHint(option, index) + kRoom;
-    }
-    static constexpr QSize kRoom{16, 8};
-};
-
-QSize largestSize(const QWidget &window) { return window.screen()->availableSize() - QSize(0, kTitleBarHeight); }
-
-/// What all that it holds needs by now. A layout that lies in another one forgets its former size only when it is
-/// activated.
-QSize neededSize(const QWidget &window) {
-    if (window.layout() != nullptr) {
-        window.layout()->activate();
-    }
-    return window.sizeHint();
-}
-
-/// With the frame, as far as it is known.
-QMargins frameOf(const QWidget &window) {
-    const QWindow *const handle = window.windowHandle();
-    return handle != nullptr ? handle->frameMargins() : QMargins();
-}
-
-void centre(QWidget &window) {
-    const QSize size = window.size().grownBy(frameOf(window));
-    window.move(
-        QStyle::alignedRect(window.layoutDirection(), Qt::AlignCenter, size, window.screen()->availableGeometry())
-            .topLeft());
-}
-
-/// Above ordinary windows, also while it is shown.
-void setFloating(QWidget &window, bool isFloating) {
-    window.overrideWindowFlags(window.windowFlags().setFlag(Qt::WindowStaysOnTopHint, isFloating));
-    if (QWindow *const handle = window.windowHandle(); handle != nullptr) {
-        handle->setFlag(Qt::WindowStaysOnTopHint, isFloating);
     }
 }
 
@@ -99,7 +48,7 @@ std::unique_ptr<CheckWindow> CheckWindow::load(const QString &interfaceFile, con
         return nullptr;
     }
     std::unique_ptr<CheckWindow> checkWindow(new CheckWindow(window, icon, owner, problems));
-    checkWindow->m_faultIcon = QIcon(qtText(branding.resourceFolder) + QStringLiteral("/fault.png"));
+    checkWindow->m_faults.setIcon(QIcon(qtText(branding.resourceFolder) + QStringLiteral("/fault.png")));
     return checkWindow;
 }
 
@@ -117,7 +66,6 @@ CheckWindow::CheckWindow(QDialog *window, const QIcon &icon, Owner &owner, QStri
     window->setWindowIcon(icon);
     window->installEventFilter(this);
     prepareHeader(problems);
-    prepareList();
     connectButtons();
     prepareSheet();
 }
@@ -144,19 +92,6 @@ void CheckWindow::prepareHeader(QStringList &problems) {
         problems << QStringLiteral("the picture \"%1\" can't be read").arg(picture);
     }
     m_header->setGround(kHeaderGround); // for a white title when the picture that it stands on can't be read
-}
-
-void CheckWindow::prepareList() {
-    if (m_faults == nullptr) {
-        return;
-    }
-    m_faults->setColumnCount(kColumnCount);
-    m_faults->setItemDelegate(new RoomyLines(m_faults));
-    QHeaderView &header = *m_faults->header();
-    header.setMinimumHeight(header.sizeHint().height() + RoomyLines::kRoom.height() / 2);
-    header.setStretchLastSection(false);
-    header.setSectionResizeMode(kNameColumn, QHeaderView::Stretch);
-    header.setSectionResizeMode(kStatusColumn, QHeaderView::ResizeToContents);
 }
 
 void CheckWindow::connectButtons() {
@@ -227,15 +162,13 @@ void CheckWindow::setText(Outlet outlet, const std::string &newText) {
         setButtonText(m_details, text);
         break;
     case Outlet::FaultsList:
-        if (m_faults != nullptr) {
-            m_faults->setAccessibleName(text);
-        }
+        m_faults.setAccessibleName(text);
         break;
     case Outlet::NameColumn:
-        setColumnTitle(kNameColumn, text);
+        m_faults.setTitle(FaultsList::kName, text);
         break;
     case Outlet::StatusColumn:
-        setColumnTitle(kStatusColumn, text);
+        m_faults.setTitle(FaultsList::kStatus, text);
         break;
     case Outlet::Window:
         m_window->setWindowTitle(text);
@@ -249,12 +182,6 @@ void CheckWindow::setText(Outlet outlet, const std::string &newText) {
             m_indicator->setAccessibleName(text);
         }
         break;
-    }
-}
-
-void CheckWindow::setColumnTitle(int column, const QString &title) {
-    if (m_faults != nullptr) {
-        m_faults->headerItem()->setText(column, title);
     }
 }
 
@@ -277,31 +204,12 @@ void CheckWindow::makeInstallButtonDefault() {
     }
 }
 
-void CheckWindow::setFaults(const std::vector<Fault> &faults) {
-    if (m_faults == nullptr) {
-        return;
-    }
-    m_faults->clear();
-    for (const Fault &fault : faults) {
-        auto *const line = new QTreeWidgetItem(m_faults, {qtText(fault.name), qtText(fault.status)});
-        line->setIcon(kNameColumn, m_faultIcon);
-        line->setToolTip(kNameColumn, qtText(fault.name)); // a long one is cut off
-    }
-    m_faults->setVisible(!faults.empty());
-}
-
-int CheckWindow::heightOfLines(int count) const {
-    return m_faults->header()->minimumHeight() + count * m_faults->sizeHintForRow(0) + 2 * m_faults->frameWidth();
-}
+void CheckWindow::setFaults(const std::vector<Fault> &faults) { m_faults.setFaults(faults); }
 
 void CheckWindow::fitIntoScreen() {
     const QSize largest = largestSize(*m_window);
-    if (m_faults != nullptr) {
-        m_lines = std::max(m_lines, std::min(m_faults->topLevelItemCount(), kMostLines));
-        m_faults->setFixedHeight(heightOfLines(m_lines));
-        while (m_lines > 1 && neededSize(*m_window).height() > largest.height()) {
-            m_faults->setFixedHeight(heightOfLines(--m_lines));
-        }
+    const auto isTooHigh = [&] { return neededSize(*m_window).height() > largest.height(); };
+    for (m_faults.showAllLines(); isTooHigh() && m_faults.showOneLineLess();) {
     }
     m_size = m_size.expandedTo(neededSize(*m_window)).boundedTo(largest);
     m_window->setFixedSize(m_size);

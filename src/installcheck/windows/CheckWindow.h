@@ -1,9 +1,9 @@
 #pragma once
 
+#include "installcheck/windows/FaultsList.h"
 #include "platform/CheckWindowView.h"
 
 #include <QDialog>
-#include <QIcon>
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
@@ -12,7 +12,6 @@
 class QLabel;
 class QProgressBar;
 class QPushButton;
-class QTreeWidget;
 
 namespace quillmark {
 
@@ -51,22 +50,18 @@ private:
     template <class Widget>
     Widget *outlet(const char *name, QStringList &problems);
     void prepareHeader(QStringList &problems);
-    void prepareList();
     void connectButtons();
     void prepareSheet();
-    void setColumnTitle(int column, const QString &title);
     void setCovered(bool isCovered);
     /// Puts a sheet where it leaves the list in sight.
     void placeOverExplanation(QDialog &sheet) const;
-    /// How high the list has to be to show so many lines and no more.
-    int heightOfLines(int count) const;
     void fitIntoScreen();
 
     Owner &m_owner;
     std::unique_ptr<QDialog> m_window;
     QuillmarkHeaderView *m_header;
     QLabel *m_text;
-    QTreeWidget *m_faults;
+    FaultsList m_faults;
     QPushButton *m_install;
     QPushButton *m_dontInstall;
     QPushButton *m_details;
@@ -74,9 +69,7 @@ private:
     QProgressBar *m_indicator;
     QLabel *m_progressText;
     QPointer<QDialog> m_alert;
-    QIcon m_faultIcon;
     QSize m_size{600, 60}; ///< of the window: the largest that it needed so far
-    int m_lines = 1;       ///< that the list has room for: the most that it needed so far
     bool m_isFrameKnown = false;
 };
 

@@ -56,7 +56,7 @@ QWidget *built(QByteArray &document, const HeaderBranding &branding, QStringList
     return loader.load(&buffer);
 }
 
-/// Why that is no document that Qt's reader can be given; null when it can.
+/// Why Qt's reader can't be given that document; null when it can.
 QString damageOf(const QByteArray &document) {
     if (document.size() > kLargestFile) {
         return QStringLiteral("it is larger than %1 bytes").arg(kLargestFile);

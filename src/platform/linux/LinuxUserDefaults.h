@@ -17,8 +17,8 @@ class PropertyList;
 /// nobody but the user can take. What another process stored meanwhile survives; of two writers of one key the later
 /// one wins.
 ///
-/// A file that is no property list is renamed to NAME.damaged at the first look, replacing an earlier one. A file that
-/// can't be read for another reason is left alone, and so is never overwritten.
+/// A file that is not a property list is renamed to NAME.damaged at the first look, replacing an earlier one. A file
+/// that can't be read for another reason is left alone, and so is never overwritten.
 ///
 /// What a change() set and could not write is tried again by the next writer, unless another program has changed the
 /// same key by then: that would be lost.

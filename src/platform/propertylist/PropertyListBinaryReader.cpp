@@ -1,10 +1,8 @@
 #include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListBytes.h"
 #include "platform/propertylist/PropertyListCost.h"
 
-#include <algorithm>
 #include <bit>
-#include <cmath>
-#include <utf8.h>
 #include <vector>
 
 // The form: the eight bytes "bplist00", the objects, a table of the objects' offsets, and a trailer of 32 bytes that
@@ -143,53 +141,6 @@ const BinaryReader::Object *BinaryReader::object(std::uint64_t index, int depth)
     return target.state == Object::State::Read ? &target : nullptr;
 }
 
-/// Integers of up to 4 bytes are unsigned, one of 8 bytes is signed, and one of 16 bytes holds what 8 can't.
-Value integerFrom(std::optional<std::uint64_t> upper, std::optional<std::uint64_t> lower, std::int64_t width) {
-    if (!lower || (width == 16 && !upper)) {
-        return {};
-    }
-    if (width < 16) {
-        return static_cast<std::int64_t>(*lower);
-    }
-    const bool isNegative = *upper == ~std::uint64_t{0} && (*lower >> 63) == 1;
-    if (*upper == 0 && (*lower >> 63) == 1) {
-        return *lower;
-    }
-    return *upper == 0 || isNegative ? Value(static_cast<std::int64_t>(*lower)) : Value();
-}
-
-/// Seconds since 2001-01-01T00:00:00Z.
-Value dateFrom(double seconds) {
-    constexpr std::int64_t kReference = 978307200;            // of 1 January 2001, since 1970
-    constexpr double kLatest = 253402300800.0 - kReference;   // the year 10000
-    constexpr double kEarliest = -62135596800.0 - kReference; // the year 1
-    if (!(seconds >= kEarliest && seconds < kLatest)) {
-        return {};
-    }
-    return Date(std::chrono::milliseconds(std::llround((seconds + kReference) * 1000)));
-}
-
-bool isAscii(std::string_view bytes) {
-    return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return static_cast<signed char>(byte) >= 0; });
-}
-
-/// A text of 16-bit characters; nothing when half a pair stands alone.
-Value textFrom(std::string_view bytes) {
-    std::u16string characters;
-    characters.reserve(bytes.size() / 2);
-    for (size_t at = 0; at < bytes.size(); at += 2) {
-        characters += static_cast<char16_t>(static_cast<unsigned char>(bytes[at]) << 8U |
-                                            static_cast<unsigned char>(bytes[at + 1]));
-    }
-    try {
-        std::string text;
-        utf8::utf16to8(characters.begin(), characters.end(), std::back_inserter(text));
-        return text;
-    } catch (const utf8::invalid_utf16 &) {
-        return {};
-    }
-}
-
 bool BinaryReader::read(Object &target, std::int64_t at, int depth) {
     const auto marker = static_cast<std::uint8_t>(m_bytes[static_cast<size_t>(at)]);
     const std::int64_t width = std::int64_t{1} << (marker & 0x0FU);
@@ -220,12 +171,12 @@ bool BinaryReader::read(Object &target, std::int64_t at, int depth) {
         return true;
     case 0x5:
         if (const auto span = payload(at, 1); span && charge(target, cost::text(span->count))) {
-            target.value = isAscii(bytes(*span)) ? Value(bytes(*span)) : Value();
+            target.value = asciiTextFrom(bytes(*span));
         }
         return true;
     case 0x6:
         if (const auto span = payload(at, 2); span && charge(target, cost::text(3 * span->count))) { // bytes of UTF-8
-            target.value = textFrom(bytes({span->begin, 2 * span->count}));
+            target.value = utf16TextFrom(bytes({span->begin, 2 * span->count}));
         }
         return true;
     case 0x8: { // an archiver's identifier, in the form that the XML writers give it

@@ -50,7 +50,7 @@ public:
     Value(Date date) : m_content(date) {}
     Value(List list);
     Value(Dictionary dictionary);
-    Value(const void *) = delete; // a pointer is no boolean
+    Value(const void *) = delete; // a pointer must not pass for a boolean
 
     bool isNothing() const { return std::holds_alternative<std::monostate>(m_content); }
     /// The content if it is of that kind, else null.

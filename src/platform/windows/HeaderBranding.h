@@ -9,7 +9,7 @@
 
 namespace quillmark {
 
-/// Where a header view gets what it draws. It asks anew at each drawing, so that a change of account shows.
+/// Where a header view gets what it draws. It asks again at each drawing, so that a change of account shows.
 struct HeaderBranding {
     std::string resourceFolder;                       ///< of the background images and the product's logo
     std::string title;                                ///< what it starts with: the product's name

@@ -310,9 +310,9 @@ std::vector<std::string> declarationsInHeader() {
         if (const size_t title = line.find("\\name "); title != std::string::npos) {
             lines.push_back(line.substr(title + std::size("\\name")));
         } else if (const size_t key = line.find("Key k"); key != std::string::npos) {
-            lines.push_back(line.substr(key + std::size("Key")));
+            const size_t begin = key + std::size("Key");
+            lines.push_back(line.substr(begin, line.find("\"};") - begin));
             replaceAll(lines.back(), "{\"", " = ");
-            replaceAll(lines.back(), "\"};", "");
         }
     }
     return lines;

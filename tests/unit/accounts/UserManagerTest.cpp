@@ -518,11 +518,11 @@ TEST_F(UserManagerTest, ACacheOutsideTheCachesFolderIsRefusedAndTheRecordRemoved
         removeWithCache({{kCacheLocation, location}, {kUserCacheName, name}});
         EXPECT_TRUE(names().empty()) << name;
         EXPECT_EQ(linesOf(log).back(), "ERR The cache \"" + appendingPathComponent(location + "/.QM", name) +
-                                           "\" of \"anna\" is not removed: its name is no name of a folder");
+                                           "\" of \"anna\" is not removed: its name can't be a folder's");
     }
     removeWithCache({{kCacheLocation, "Data"}, {kUserCacheName, "u2"}});
     EXPECT_EQ(linesOf(log).back(), "ERR The cache \"Data/.QM/u2\" of \"anna\" is not removed: its location "
-                                   "is no absolute path");
+                                   "is not an absolute path");
     EXPECT_EQ(test::readAll(precious), "kept");
     EXPECT_EQ(test::readAll(other), "cached");
 }

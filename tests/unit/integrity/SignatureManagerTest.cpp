@@ -100,7 +100,7 @@ protected:
                   std::stol(line.substr(line.find("error:") + 6), nullptr, 16));
         EXPECT_NE(contentsOf(log).find("(ERR)"), std::string::npos);
     }
-    /// Verifies with a text that is no key.
+    /// Verifies with a text that is not a key.
     void expectNoPublicKey(std::string_view text) {
         const std::vector<std::string> before = messages();
         EXPECT_FALSE(manager.verifySignature(std::string(128, 'x'), text, data)) << text;

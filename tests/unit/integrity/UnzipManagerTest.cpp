@@ -239,7 +239,7 @@ TEST_F(Unzip, AnEntryWithTheArchivesOwnNameEndsItQuietly) {
     EXPECT_EQ(at("archive.zip"), "file x");
 }
 
-// Archives that are none
+// What is not an archive
 
 TEST_F(Unzip, AMissingArchiveIsAParameterError) {
     EXPECT_EQ(UnzipManager(in("missing.zip")).extractAll(), UNZ_PARAMERROR);

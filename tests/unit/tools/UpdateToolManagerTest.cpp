@@ -266,21 +266,21 @@ TEST_P(UpdateToolAsAdmin, ThatCannotBeStartedReturnsFourAndLeavesFour) {
                                {line("ERR", "AuthorizationExecuteWithPrivileges failed (OSStatus -60031)")}}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Run, UpdateToolAsAdmin,
-                         testing::Values(AdminRun{"repairPermissions",
-                                                  [](Manager &m) { return m.repairPermissions(); },
-                                                  "runUpdateToolAsAdmin",
-                                                  "/Library/Application Support/Quillmark/updateqm repairpermissions",
-                                                  {},
-                                                  {}},
-                                         AdminRun{
-                                             "repairUpdateTool",
-                                             [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
-                                             "runUninstalledUpdateToolAsAdmin",
-                                             "/App/updateqm repair /a b/é.pkg", // the tool's own path is no argument
-                                             {"dtl updateQMSignaturePath is /a b/é.pkg"},
-                                             {"dtl Running /App/updateqm"}}),
-                         [](const auto &suite) { return std::string(suite.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Run, UpdateToolAsAdmin,
+    testing::Values(AdminRun{"repairPermissions",
+                             [](Manager &m) { return m.repairPermissions(); },
+                             "runUpdateToolAsAdmin",
+                             "/Library/Application Support/Quillmark/updateqm repairpermissions",
+                             {},
+                             {}},
+                    AdminRun{"repairUpdateTool",
+                             [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
+                             "runUninstalledUpdateToolAsAdmin",
+                             "/App/updateqm repair /a b/é.pkg", // the tool's own path is not an argument
+                             {"dtl updateQMSignaturePath is /a b/é.pkg"},
+                             {"dtl Running /App/updateqm"}}),
+    [](const auto &suite) { return std::string(suite.param.name); });
 
 TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
     platform.authorization.rightsStatus = -60006;
@@ -350,7 +350,7 @@ TEST_F(MacFuseLog, IsNotTakenFromALinkThatAnybodyMayHavePutThere) {
     EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_FALSE(std::filesystem::exists(m_kept));
     EXPECT_TRUE(keeping().back().starts_with("ERR Failed to copy \"~/install.log\" to "));
-    EXPECT_THAT(keeping().back(), HasSubstr("It is no file of a trusted user's"));
+    EXPECT_THAT(keeping().back(), HasSubstr("It is not a trusted user's file"));
 }
 
 TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
@@ -393,7 +393,7 @@ TEST_F(MacFuseLog, IsLookedForInTheTemporaryFolder) {
     EXPECT_THAT(keeping().at(0), HasSubstr("\"/tmp/.macfuse-install.log\""));
 }
 
-/// The Finder, which has loaded the old tool and is started anew.
+/// The Finder, which has loaded the old tool and is restarted.
 class FinderRestart : public UpdateTool {
 protected:
     void run() { platform.workspace.addApplication("com.apple.finder", 5); }

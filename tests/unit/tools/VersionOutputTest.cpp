@@ -144,7 +144,7 @@ TEST_F(VersionOutput, OfWhatCannotBeStartedRaisesTheLaunchException) {
 }
 
 TEST_F(VersionOutput, ThatCannotBeReadIsNothing) {
-    /// Hands out a pipe that is none.
+    /// Hands out what is not a pipe.
     class BrokenTasks final : public Tasks {
     public:
         std::optional<int> run(const std::string &, const std::vector<std::string> &,

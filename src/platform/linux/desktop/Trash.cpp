@@ -2,6 +2,7 @@
 
 #include "platform/files/HomeFolder.h"
 #include "platform/files/Tree.h"
+#include "platform/files/TreeCopy.h"
 #include "platform/files/WriteAll.h"
 #include "platform/process/Descriptor.h"
 #include "platform/process/Problem.h"
@@ -36,7 +37,7 @@ struct Item {
 /// A trash folder of the user's own, made when it is not there yet.
 struct Trash {
     std::string path;
-    size_t untold;    ///< bytes of an item's path that go without saying: those of the trash's own file system
+    size_t untold;    ///< bytes that are left out of an item's path: those that lead to the trash's own file system
     Descriptor infos; ///< where each item came from
     Descriptor files; ///< the items
 };

@@ -50,7 +50,7 @@ int main(int count, char **arguments) {
     const std::string bundle = plainPath(arguments[1]);
     std::error_code error;
     if (!bundle.ends_with(".app") || !std::filesystem::is_directory(bundle, error)) {
-        return failed(arguments[1], "is no application bundle");
+        return failed(arguments[1], "is not an application bundle");
     }
     leaveSearchPath();
     return quillmark::platform().workspace.launchApplication(bundle) ? EXIT_SUCCESS

@@ -149,7 +149,7 @@ public:
                                   g_variant_new_string(service.c_str()));
             g_variant_builder_add(&properties, "{sv}", "org.freedesktop.Secret.Item.Attributes",
                                   attributesOf(service, account));
-            // Replaces an item that another process has added meanwhile, lest there are two.
+            // Replaces an item that another process has added meanwhile, so that there are never two.
             constexpr gboolean kIsReplacing = TRUE;
             return g_variant_new("(a{sv}@(oayays)b)", &properties, connection.encoded(data), kIsReplacing);
         };

@@ -57,7 +57,7 @@ bool takeStandardError(int null) {
     int error = -1;
     const bool isWritable = (::fcntl(STDERR_FILENO, F_GETFL) & O_ACCMODE) != O_RDONLY;
     if (isOpen && isWritable && (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode))) {
-        // Opened anew, for the launcher's own must not change.
+        // Opened again: the launcher's own must not change.
         error = ::open("/proc/self/fd/2", O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
     }
     return ::dup2(error >= 0 ? error : null, STDERR_FILENO) == STDERR_FILENO;
