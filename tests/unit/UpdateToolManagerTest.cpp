@@ -263,20 +263,21 @@ TEST_P(UpdateToolAsAdmin, ThatCannotBeStartedReturnsFourAndLeavesFour) {
                                {line("ERR", "AuthorizationExecuteWithPrivileges failed (OSStatus -60031)")}}));
 }
 
-INSTANTIATE_TEST_SUITE_P(Run, UpdateToolAsAdmin,
-                         testing::Values(AdminRun{"repairPermissions",
-                                                  [](Manager &m) { return m.repairPermissions(); },
-                                                  "runUpdateToolAsAdmin",
-                                                  "/Library/Application Support/Quillmark/updateqm repairpermissions",
-                                                  {},
-                                                  {}},
-                                         AdminRun{
-                                             "repairUpdateTool",
-                                             [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
-                                             "runUninstalledUpdateToolAsAdmin",
-                                             "/App/updateqm repair /a b/é.pkg", // the tool's own path is no argument
-                                             {"dtl updateQMSignaturePath is /a b/é.pkg"},
-                                             {"dtl Running /App/updateqm"}}),
+const AdminRun kAdminRuns[] = {
+    {"repairPermissions",
+     [](Manager &m) { return m.repairPermissions(); },
+     "runUpdateToolAsAdmin",
+     "/Library/Application Support/Quillmark/updateqm repairpermissions",
+     {},
+     {}},
+    {"repairUpdateTool",
+     [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
+     "runUninstalledUpdateToolAsAdmin",
+     "/App/updateqm repair /a b/é.pkg", // the tool's own path is no argument
+     {"dtl updateQMSignaturePath is /a b/é.pkg"},
+     {"dtl Running /App/updateqm"}},
+};
+INSTANTIATE_TEST_SUITE_P(Run, UpdateToolAsAdmin, testing::ValuesIn(kAdminRuns),
                          [](const auto &suite) { return std::string(suite.param.name); });
 
 TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
