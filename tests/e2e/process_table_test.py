@@ -8,9 +8,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, HOME, USER, end_with, environment, make_user_folder, processes_of, start, status_of, wait_until
+from machine import HOME, TOOL, USER, end_with, environment, make_user_folder, processes_of, start, status_of, wait_until
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 IDENTIFIER = "com.example.application"
 LISTS = 30  # so often the table is read while it changes
 

@@ -10,10 +10,9 @@ import time
 import unittest
 from pathlib import Path
 
-from machine import APP, has_ended, signals, start, wait_until
+from machine import APP, TOOL, has_ended, run, signals, wait_until
 from session_bus import PYTHON, start_on_bus, start_session_bus
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 APPLICATION = "/run/scripts/support/session_application.py"
 IDENTIFIER = "com.example.on-the-bus"
 FINDER = "com.apple.finder"
@@ -37,10 +36,9 @@ class SessionBus(unittest.TestCase):
         return start_on_bus(self, self.surroundings, PYTHON, APPLICATION, "org.example.files", kind)
 
     def tool(self, *arguments, **changes):
-        process = start(TOOL, "process", *arguments, env=self.surroundings | changes)
-        out, err = process.communicate(timeout=30)
-        self.error_text = err
-        return process.returncode, out
+        done = run(TOOL, "process", *arguments, timeout=30, env=self.surroundings | changes)
+        self.error_text = done.stderr
+        return done.returncode, done.stdout
 
     def quit(self, identifier=IDENTIFIER, seconds="4"):
         return self.tool("quit", identifier, "--wait", seconds)
