@@ -138,10 +138,6 @@ class Programs(AuthorizationTest):
     def run_as_root(self, *steps):
         return self.answers("rights", ADMIN, *steps, as_root=True)[1:]
 
-    def end_sleepers(self):
-        for pid in processes_of("/usr/bin/sleep"):
-            os.kill(pid, signal.SIGKILL)
-
     def test_get_nothing_of_the_users_surroundings(self):
         start_polkit(self, "YES")
         lines = self.answers("rights", ADMIN, "output", 0, "/usr/bin/env", "output", 0, "/usr/bin/pwd",
@@ -200,7 +196,8 @@ class Programs(AuthorizationTest):
 
     def test_are_not_waited_for(self):
         self.assertEqual(self.run_as_root("run", 1, "/usr/bin/sleep", "1000", "run", 0, "/usr/bin/false"), ["0", "0"])
-        self.end_sleepers()
+        for pid in processes_of("/usr/bin/sleep"):
+            os.kill(pid, signal.SIGKILL)
 
     def test_tell_how_they_ended_to_who_waits(self):
         shell = ("run", 2, "/bin/sh", "-c")
@@ -214,7 +211,8 @@ class Programs(AuthorizationTest):
         self.assertEqual(self.run_as_root(*waiting, "run", 2, "/bin/sh", "-c", "exit 2", "wait", "run", 2, "/bin/sh", "-c",
                                           "echo > /tmp/go; sleep 1000", "wait"),
                          ["0", "0", "exit 2", "0", "exit 1"])
-        self.end_sleepers()
+        for pid in processes_of("/usr/bin/sleep"):
+            os.kill(pid, signal.SIGKILL)
 
     def test_that_are_not_there_are_not_waited_for(self):
         self.assertEqual(self.answers("wait", as_root=True), ["none"])
