@@ -3,47 +3,13 @@
 import re
 import struct
 import subprocess
-import zlib
 
+from png import read_png
 from tool import APP, TOOL, ToolTest
 
 RESOURCES = APP / "Contents/Resources"
 WHITE, BLACK, CLEAR, GREY = (255, 255, 255, 255), (0, 0, 0, 255), (0, 0, 0, 0), (85, 85, 85, 255)
 RED = (255, 0, 0, 255)
-
-
-class Picture:
-    """A PNG of four channels, read without any picture library."""
-
-    def __init__(self, data):
-        assert data.startswith(b"\x89PNG\r\n\x1a\n")
-        self.chunks, position = {}, 8
-        while position < len(data):
-            length, kind = struct.unpack_from(">I4s", data, position)
-            self.chunks[kind] = self.chunks.get(kind, b"") + data[position + 8:position + 8 + length]
-            position += length + 12
-        self.width, self.height, *form = struct.unpack(">IIBBBBB", self.chunks[b"IHDR"])
-        assert form == [8, 6, 0, 0, 0], form
-        packed, size, above = zlib.decompress(self.chunks[b"IDAT"]), self.width * 4, bytes(self.width * 4)
-        self.rows = []
-        for y in range(self.height):
-            kind, row = packed[y * (size + 1)], bytearray(packed[y * (size + 1) + 1:(y + 1) * (size + 1)])
-            for x in range(size):
-                left, up, corner = (row[x - 4], above[x], above[x - 4]) if x >= 4 else (0, above[x], 0)
-                nearest = min((left, up, corner), key=lambda value: abs(left + up - corner - value))
-                row[x] = (row[x] + (0, left, up, (left + up) // 2, nearest)[kind]) % 256
-            self.rows.append(bytes(row))
-            above = row
-
-    def at(self, x, y):
-        """The colour of a pixel, from the left and from the top."""
-        return tuple(self.rows[y][x * 4:x * 4 + 4])
-
-    def place_of(self, color):
-        """Left, top, width and height of where a colour is."""
-        found = [(x, y) for y in range(self.height) for x in range(self.width) if self.at(x, y) == color]
-        columns, rows = ({point[axis] for point in found} for axis in (0, 1))
-        return (min(columns), min(rows), max(columns) - min(columns) + 1, max(rows) - min(rows) + 1) if found else None
 
 
 def bitmap(width, height, color=RED):
@@ -66,7 +32,7 @@ class Header(ToolTest):
         output = self.home / "header.png"
         done = self.run_tool("header", "render", "--output", output, *arguments)
         self.assertEqual((done.stdout, done.stderr), ("", ""))
-        return Picture(output.read_bytes())
+        return read_png(output.read_bytes())
 
     def write(self, name, contents):
         (self.home / name).parent.mkdir(parents=True, exist_ok=True)
@@ -82,8 +48,7 @@ class Header(ToolTest):
                                    ("1", "1", (1, 60)), ("10", "4", (40, 240))):
             picture = self.render("--width", width, "--scale", scale)
             self.assertEqual((picture.width, picture.height), size)
-            dots_per_meter = struct.unpack(">II", picture.chunks[b"pHYs"][:8])
-            self.assertEqual(dots_per_meter, (round(float(scale) * 72 / 0.0254),) * 2)
+            self.assertEqual(picture.dots_per_metre, round(float(scale) * 72 / 0.0254))
 
     def test_without_a_brand_the_accounts_is_taken(self):
         self.assertEqual(self.render().at(0, 0), WHITE)  # no account
@@ -141,7 +106,7 @@ class Header(ToolTest):
         done = subprocess.run([TOOL, "header", "render", "--brand", "1", "--logo", "-", "--output", "-", "--width", "100"],
                               input=bitmap(30, 30), capture_output=True, timeout=60, env={"HOME": str(self.home)})
         self.assertEqual((done.returncode, done.stderr), (0, b""))
-        self.assertEqual(Picture(done.stdout).place_of(RED), (55, 15, 30, 30))
+        self.assertEqual(read_png(done.stdout).place_of(RED), (55, 15, 30, 30))
 
     def test_a_downloaded_logo_is_drawn_for_its_brand(self):
         self.write("Library/Application Support/Quillmark/logo-7.bmp", bitmap(20, 20))
@@ -153,7 +118,7 @@ class Header(ToolTest):
         done = subprocess.run([TOOL, "header", "render", "--brand", "1", "--logo", "logo-15.bmp", "--output", "-",
                                "--scale", "2"], cwd=self.home, capture_output=True, timeout=60,
                               env={"HOME": str(self.home)})
-        self.assertEqual(Picture(done.stdout).place_of(RED), (930, 16, 240, 88))
+        self.assertEqual(read_png(done.stdout).place_of(RED), (930, 16, 240, 88))
 
     def test_another_bundles_artwork_is_drawn_by_this_programs_module(self):
         app = self.copy_app()
@@ -198,7 +163,7 @@ class Header(ToolTest):
             output = self.home / "other.png"
             self.run_tool("header", "render", "--output", output, "--width", "100", "--brand", "1", "--title", "Hello",
                           **changes)
-            self.assertEqual(Picture(output.read_bytes()).rows, plain, changes)
+            self.assertEqual(read_png(output.read_bytes()).rows, plain, changes)
 
     def test_loads_the_window_libraries(self):
         done = subprocess.run([TOOL, "header", "render", "--output", "-"], capture_output=True, timeout=60,

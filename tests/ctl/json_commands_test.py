@@ -10,16 +10,12 @@ from tool import TOOL, ToolTest
 class Json(ToolTest):
     def with_input(self, command, text, *options, status=0):
         """What the command writes for this standard input."""
-        given = text if isinstance(text, bytes) else text.encode()
-        done = subprocess.run([TOOL, "json", command, *options], input=given, capture_output=True, timeout=60,
-                              env={"HOME": str(self.home), "LANG": "C.UTF-8"})
-        self.assertEqual(done.returncode, status, done.stderr)
+        output = self.run_with_input("json", command, *options, text=text, status=status)
         if status >= 2:
-            self.assertRegex(done.stderr.decode(), r"\Aquillmarkctl: standard input: [^\n]+\n\Z")
-            self.assertEqual(done.stdout, b"")
-            return done.stderr.decode()
-        self.assertEqual(done.stderr, b"")
-        return done.stdout.decode()
+            self.assertRegex(self.error_text, r"\Aquillmarkctl: standard input: [^\n]+\n\Z")
+            self.assertEqual(output, "")
+            return self.error_text
+        return output
 
     def decoded(self, text):
         output = self.with_input("decode", text)

@@ -1,45 +1,32 @@
 """What is kept of the accounts, in a keyring of the test's own."""
 
-import subprocess
-
-from tool import TOOL, ToolTest
+from tool import ToolTest
 
 from keyring import Session  # noqa: E402
 
 
-class InputTest(ToolTest):
-    environment = {}
+class Base64(ToolTest):
+    def base64(self, command, text, **options):
+        return self.run_with_input("base64", command, text=text, **options)
 
-    def tool(self, *arguments, text="", status=0):
-        """Standard output of a command that reads standard input."""
-        values = {"HOME": str(self.home), "LANG": "C.UTF-8"} | self.environment
-        data = text if isinstance(text, bytes) else text.encode()
-        done = subprocess.run([TOOL, *arguments], input=data, capture_output=True, env=values, timeout=60)
-        self.error_text = done.stderr.decode()
-        self.assertEqual(done.returncode, status, self.error_text)
-        self.assertEqual(self.error_text.count("\n"), 1 if status >= 2 else 0)
-        return done.stdout.decode()
-
-
-class Base64(InputTest):
     def test_text_is_encoded_and_decoded_as_it_is(self):
         for text, encoded in (("abc", "YWJj"), ("abc\n", "YWJjCg=="), ("", ""), ("ü€", "w7zigqw=")):
-            self.assertEqual(self.tool("base64", "encode", text=text), encoded + "\n")
-            self.assertEqual(self.tool("base64", "decode", text=encoded), text + "\n")
+            self.assertEqual(self.base64("encode", text), encoded + "\n")
+            self.assertEqual(self.base64("decode", encoded), text + "\n")
 
     def test_a_final_newline_does_not_keep_a_text_from_being_decoded(self):
-        self.assertEqual(self.tool("base64", "decode", text="YWJj\n"), "abc\n")
+        self.assertEqual(self.base64("decode", "YWJj\n"), "abc\n")
 
     def test_what_is_no_base64_gives_nothing(self):
         for text in ("!!!!", "YWJ", "//79"):
-            self.assertEqual(self.tool("base64", "decode", text=text, status=1), "")
+            self.assertEqual(self.base64("decode", text, status=1), "")
 
     def test_what_is_no_text_is_a_failure(self):
-        self.tool("base64", "encode", text=b"\xff", status=3)
+        self.base64("encode", b"\xff", status=3)
         self.assertEqual(self.error_text, "quillmarkctl: standard input: is no UTF-8\n")
 
 
-class Keychain(InputTest):
+class Keychain(ToolTest):
     def setUp(self):
         super().setUp()
         session = Session(self, self.home)
@@ -47,7 +34,7 @@ class Keychain(InputTest):
         self.environment = session.environment
 
     def keychain(self, *arguments, **options):
-        return self.tool("keychain", *arguments, **options)
+        return self.run_with_input("keychain", *arguments, **options, **self.environment)
 
     def test_a_password_comes_from_standard_input_less_one_final_newline(self):
         for text, stored in (("s3cret", '"s3cret"'), ("s3cret\n", '"s3cret"'), ("a\n\n", '"a\\n"'), ("-- x", '"-- x"')):

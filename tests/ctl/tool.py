@@ -26,9 +26,7 @@ COMMANDS = all_commands()
 
 class ToolTest(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = Path(folder.name)
+        self.home = Path(self.enterContext(tempfile.TemporaryDirectory()))
 
     def run_tool(self, *arguments, status=0, stdout=subprocess.PIPE, **environment):
         """Runs the tool and checks its status; one line on standard error for the statuses 2 and 3, else none."""
@@ -40,6 +38,17 @@ class ToolTest(unittest.TestCase):
             self.assertRegex(done.stderr, r"\Aquillmarkctl: [^\n]+: [^\n]+\n\Z")
             self.assertIn(done.stdout, (None, ""))
         return done
+
+    def run_with_input(self, *arguments, text="", status=0, **environment):
+        """Standard output of the tool that reads the text, which may be bytes. `self.error_text` is one line for the statuses 2
+        and 3, else empty."""
+        data = text if isinstance(text, bytes) else text.encode()
+        done = subprocess.run([TOOL, *arguments], input=data, capture_output=True, timeout=60,
+                              env={"HOME": str(self.home), "LANG": "C.UTF-8"} | environment)
+        self.error_text = done.stderr.decode()
+        self.assertEqual(done.returncode, status, self.error_text)
+        self.assertRegex(self.error_text, r"\A[^\n]+\n\Z" if status >= 2 else r"\A\Z")
+        return done.stdout.decode()
 
     def plain(self, *arguments, **options):
         """The one line that a command prints."""

@@ -7,10 +7,9 @@ import subprocess
 import unittest
 from concurrent.futures import ThreadPoolExecutor
 
-from machine import APP, HOME, environment, start
+from machine import HOME, TOOL, environment, run
 from polkit import prepare_programs_of_root, require_polkit
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 LONGEST = 4  # words
 VECTORS = 5_000  # in each of the four tests, which may run side by side
 SOON = 30  # seconds
@@ -58,11 +57,10 @@ class AnyWords(unittest.TestCase):
         self.assertTrue(all(statuses.values()), statuses)
 
     def status_of(self, vector, folder):
-        tool = start(TOOL, *vector, cwd=folder, env=environment(HOME=folder))
-        _, err = tool.communicate(timeout=SOON)
+        tool = run(TOOL, *vector, timeout=SOON, cwd=folder, env=environment(HOME=folder))
         if tool.returncode in (2, 3):
             steps = r"([^\n]+: [^\n]+\n)*" if "repair" in vector else ""
-            self.assertRegex(err, rf"\A{steps}quillmarkctl: [^\n]+: [^\n]+\n\Z", vector)
+            self.assertRegex(tool.stderr, rf"\A{steps}quillmarkctl: [^\n]+: [^\n]+\n\Z", vector)
         return tool.returncode
 
     def test_are_answered_one(self):

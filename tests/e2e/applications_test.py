@@ -9,9 +9,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, HOME, USER, end_with, has_ended, make_user_folder, processes_of, signals, start, wait_until
+from machine import APP, HOME, TOOL, USER, end_with, has_ended, make_user_folder, processes_of, run, signals, start, wait_until
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 IDENTIFIER = "com.example.application"
 
 
@@ -34,9 +33,8 @@ class Applications(unittest.TestCase):
         return process
 
     def tool(self, *arguments):
-        process = start(TOOL, *arguments)
-        out, _ = process.communicate(timeout=30)
-        return process.returncode, out
+        done = run(TOOL, *arguments, timeout=30)
+        return done.returncode, done.stdout
 
     def records(self):
         status, out = self.tool("process", "list")
@@ -100,8 +98,6 @@ class Applications(unittest.TestCase):
 
     def test_an_application_of_another_user_cannot_be_asked(self):
         bundle = self.make_bundle()
-        process = subprocess.Popen([bundle / "Contents/MacOS/Example", "1000"])  # as root
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
+        process = end_with(self, subprocess.Popen([bundle / "Contents/MacOS/Example", "1000"]))  # as root
         self.assertNotEqual(os.stat(f"/proc/{process.pid}").st_uid, USER)
         self.assertEqual(self.tool("process", "running", IDENTIFIER)[0], 1)

@@ -4,9 +4,8 @@ import json
 import unittest
 from pathlib import Path
 
-from machine import APP, start
+from machine import TOOL, run
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 HOSTS = """127.0.0.1 localhost
 10.1.0.1 twice.example both.example
 10.1.0.2 twice.example
@@ -24,9 +23,8 @@ class HostIdentity(unittest.TestCase):
         Path("/etc/host.conf").write_text("multi on\n")
 
     def tool(self, *arguments):
-        process = start(TOOL, "host", *arguments)
-        out, _ = process.communicate(timeout=20)
-        return process.returncode, out
+        done = run(TOOL, "host", *arguments)
+        return done.returncode, done.stdout
 
     def addresses(self, host):
         return json.loads(self.tool("addresses", host)[1])

@@ -6,9 +6,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, end_with, start, status_of, wait_until
-
-TOOL = APP / "Contents/MacOS/quillmarkctl"
+from machine import TOOL, end_with, run, start, status_of, wait_until
 
 
 class ProcessDetection(unittest.TestCase):
@@ -22,10 +20,9 @@ class ProcessDetection(unittest.TestCase):
         return process
 
     def finds(self, name="QuillmarkCore"):
-        tool = start(TOOL, "process", "core-running", name)
-        tool.communicate(timeout=20)
-        self.assertIn(tool.returncode, (0, 1))
-        return tool.returncode == 0
+        status = run(TOOL, "process", "core-running", name).returncode
+        self.assertIn(status, (0, 1))
+        return status == 0
 
     def test_finds_nothing_when_nothing_runs(self):
         self.assertFalse(self.finds())
@@ -65,8 +62,7 @@ class ProcessDetection(unittest.TestCase):
         script.parent.mkdir(exist_ok=True)
         script.write_text("#!/bin/sh\nread line\n")
         script.chmod(0o755)
-        process = start(script, stdin=subprocess.PIPE)
-        self.addCleanup(process.communicate)
+        process = end_with(self, start(script, stdin=subprocess.PIPE))
         wait_until(lambda: status_of(process.pid)["Name"] == "MyOwnQuillmarkC", "the script runs")
         self.assertTrue(self.finds())
 

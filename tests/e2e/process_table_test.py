@@ -8,9 +8,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP, HOME, USER, end_with, environment, make_user_folder, processes_of, start, status_of, wait_until
+from machine import HOME, TOOL, USER, end_with, environment, make_user_folder, processes_of, start, status_of, wait_until
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 IDENTIFIER = "com.example.application"
 LISTS = 30  # so often the table is read while it changes
 
@@ -45,15 +44,20 @@ class ProcessTable(unittest.TestCase):
         (executable.parents[1] / "Info.plist").write_bytes(plistlib.dumps(information))
         return executable
 
-    def run_for_the_test(self, program, *arguments):
-        process = end_with(self, start(program, *arguments))
+    def run_for_the_test(self, program):
+        process = end_with(self, start(program, "1000"))
         wait_until(lambda: process.pid in processes_of(program), "the program runs")
         return process
 
     def run_core(self):
         program = Path("/tmp/QuillmarkCore")
         shutil.copy("/bin/sleep", program)
-        return self.run_for_the_test(program, "1000")
+        return self.run_for_the_test(program)
+
+    def run_bundle(self, *arguments):
+        """Such an application, for the test. \\returns its process and its executable."""
+        executable = self.make_bundle(*arguments)
+        return self.run_for_the_test(executable), executable
 
     def records(self, **options):
         status, out, err = tool("list", **options)
@@ -67,7 +71,7 @@ class ProcessTable(unittest.TestCase):
 
 class HiddenProcessTable(ProcessTable):
     def setUp(self):
-        self.process = self.run_for_the_test(self.make_bundle(), "1000")
+        self.process, _ = self.run_bundle()
         self.run_core()
 
     def ask(self, preparation, *question):
@@ -103,13 +107,11 @@ class OddNames(ProcessTable):
     def test_a_bundle_is_listed_by_its_whole_name_whatever_is_in_it(self):
         for what, name in ODD_NAMES.items():
             with self.subTest(what):
-                executable = self.make_bundle(name)
-                process = self.run_for_the_test(executable, "1000")
+                process, executable = self.run_bundle(name)
                 self.assertIn(self.record_of(process, executable), self.records())
 
     def test_a_bundle_is_listed_by_its_whole_name_in_a_language_without_letters(self):
-        executable = self.make_bundle(ODD_NAMES["letters of many scripts"])
-        process = self.run_for_the_test(executable, "1000")
+        process, executable = self.run_bundle(ODD_NAMES["letters of many scripts"])
         for language in ("C", "POSIX", "xx_XX"):
             with self.subTest(language):
                 self.assertEqual(self.records(env=environment(LANG=language)), [self.record_of(process, executable)])
@@ -118,24 +120,22 @@ class OddNames(ProcessTable):
         for what, name in ODD_NAMES.items():
             with self.subTest(what):
                 identifier = f"com.example.{name.strip()}".replace("\x01", "")  # which no property list can hold
-                executable = self.make_bundle("Example", identifier)
-                process = self.run_for_the_test(executable, "1000")
+                process, executable = self.run_bundle("Example", identifier)
                 self.assertEqual(self.records(), [self.record_of(process, executable, identifier)])
                 self.assertEqual(tool("running", identifier)[0], 0)
                 process.kill()
                 process.wait()
 
     def test_a_name_that_is_no_text_leaves_the_answer_a_document_and_the_others_in_it(self):
-        self.run_for_the_test(self.make_bundle(NO_TEXT), "1000")
-        executable = self.make_bundle()
-        process = self.run_for_the_test(executable, "1000")
+        self.run_bundle(NO_TEXT)
+        process, executable = self.run_bundle()
         self.assertIn(self.record_of(process, executable), self.records())
         self.assertEqual(tool("running", IDENTIFIER)[0], 0)
 
     def test_a_name_that_is_no_text_neither_hides_a_core_nor_looks_like_one(self):
         for language in ("C.UTF-8", "C"):
             with self.subTest(language):
-                odd = self.run_for_the_test(self.make_bundle(NO_TEXT), "1000")
+                odd, _ = self.run_bundle(NO_TEXT)
                 self.assertEqual(tool("core-running", "QuillmarkCore", env=environment(LANG=language))[0], 1)
                 core = self.run_core()
                 self.assertEqual(tool("core-running", "QuillmarkCore", env=environment(LANG=language))[0], 0)
@@ -146,14 +146,13 @@ class OddNames(ProcessTable):
     def test_an_information_file_that_is_none_leaves_its_application_without_an_identifier(self):
         executable = self.make_bundle()
         (executable.parents[1] / "Info.plist").write_bytes(b"\xff\x00<plist>" * 1000)
-        process = self.run_for_the_test(executable, "1000")
+        process = self.run_for_the_test(executable)
         self.assertEqual(self.records(), [self.record_of(process, executable, "")])
 
 
 class ChangingProcessTable(ProcessTable):
     def setUp(self):
-        self.executable = self.make_bundle("Stays")
-        self.process = self.run_for_the_test(self.executable, "1000")
+        self.process, self.executable = self.run_bundle("Stays")
 
     def start_many_short_processes(self):
         """Applications that end at once, hundreds a second, until the test ends."""
@@ -188,7 +187,7 @@ class ChangingProcessTable(ProcessTable):
             self.assertEqual(tool("core-running", "QuillmarkCore")[0], 0)
 
     def test_what_has_ended_but_was_not_waited_for_is_not_listed(self):
-        ended = self.run_for_the_test(self.make_bundle("Ended", "com.example.ended"), "1000")
+        ended, _ = self.run_bundle("Ended", "com.example.ended")
         ended.kill()
         wait_until(lambda: status_of(ended.pid)["State"].startswith("Z"), "it has ended")
         self.assertEqual(self.records(), [self.record_of(self.process, self.executable)])

@@ -7,10 +7,8 @@ import subprocess
 from pathlib import Path
 
 from components import FILE_SYSTEM, FRAMEWORK, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, resource
-from machine import APP, CORE, RESOURCES, LauncherTest, processes_of, run_launcher, start
+from machine import CORE, RESOURCES, TOOL, LauncherTest, processes_of, run_launcher, start
 from polkit import confirm_password, start_agent, start_polkit
-
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 
 
 class Repair(LauncherTest):

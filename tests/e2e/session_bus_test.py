@@ -10,10 +10,9 @@ import time
 import unittest
 from pathlib import Path
 
-from machine import APP, has_ended, signals, start, wait_until
+from machine import APP, TOOL, has_ended, run, signals, wait_until
 from session_bus import PYTHON, start_on_bus, start_session_bus
 
-TOOL = APP / "Contents/MacOS/quillmarkctl"
 APPLICATION = "/run/project/tests/support/session_application.py"
 IDENTIFIER = "com.example.on-the-bus"
 FINDER = "com.apple.finder"
@@ -37,41 +36,40 @@ class SessionBus(unittest.TestCase):
         return start_on_bus(self, self.surroundings, PYTHON, APPLICATION, "org.example.files", kind)
 
     def tool(self, *arguments, **changes):
-        process = start(TOOL, "process", *arguments, env=self.surroundings | changes)
-        out, err = process.communicate(timeout=30)
-        self.error_text = err
-        return process.returncode, out
+        done = run(TOOL, "process", *arguments, timeout=30, env=self.surroundings | changes)
+        self.error_text = done.stderr
+        return done.returncode, done.stdout
 
     def quit(self, identifier=IDENTIFIER, seconds="4"):
         return self.tool("quit", identifier, "--wait", seconds)
 
+    def assert_quits(self, process, status=0, **options):
+        self.assertEqual(self.quit(**options), (0, ""))
+        self.assertEqual(process.wait(timeout=20), status)
+
+    def assert_times_out(self):
+        status, out = self.quit(seconds="1")
+        self.assertEqual((status, json.loads(out)["code"]), (3, -3))
+
     def test_an_application_quits_through_its_action_and_not_by_a_signal(self):
-        application = self.run_application("quits")
-        self.assertEqual(self.quit(), (0, ""))
-        self.assertEqual(application.wait(timeout=20), 0)
+        self.assert_quits(self.run_application("quits"))
 
     def test_one_without_a_list_of_actions_quits_through_its_action_too(self):
-        application = self.run_application("plain")
-        self.assertEqual(self.quit(), (0, ""))
-        self.assertEqual(application.wait(timeout=20), 0)
+        self.assert_quits(self.run_application("plain"))
 
     def test_one_whose_actions_lack_that_one_is_ended_by_a_signal(self):
-        application = self.run_application("lacks")
-        self.assertEqual(self.quit(), (0, ""))
-        self.assertEqual(application.wait(timeout=20), -signal.SIGTERM)
+        self.assert_quits(self.run_application("lacks"), -signal.SIGTERM)
 
     def test_one_whose_action_does_nothing_is_left_alone_and_a_time_out(self):
         application = self.run_application("ignores")
-        status, out = self.quit(seconds="1")
-        self.assertEqual((status, json.loads(out)["code"]), (3, -3))
+        self.assert_times_out()
         self.assertFalse(has_ended(application.pid))
 
     def test_one_that_is_too_busy_to_answer_is_left_alone_and_a_time_out(self):
         application = self.run_application("busy")
         begin = time.monotonic()
-        status, out = self.quit(seconds="1")
+        self.assert_times_out()
         self.assertLess(time.monotonic() - begin, 10)
-        self.assertEqual((status, json.loads(out)["code"]), (3, -3))
         self.assertNotIn(signal.SIGTERM, signals(application.pid, "ShdPnd"))
 
     def test_a_bus_that_never_answers_holds_nobody_up_for_long(self):
@@ -108,13 +106,11 @@ class SessionBus(unittest.TestCase):
     def test_a_file_manager_that_can_be_asked_quits_by_itself(self):
         files = self.run_file_manager("manager")
         wait_until(lambda: self.tool("running", FINDER)[0] == 0, "the file manager is on the bus")
-        self.assertEqual(self.quit(FINDER), (0, ""))
-        self.assertEqual(files.wait(timeout=20), 0)
+        self.assert_quits(files, identifier=FINDER)
 
     def test_quitting_the_finder_ends_the_file_manager(self):
         files = self.run_file_manager()
-        self.assertEqual(self.quit(FINDER), (0, ""))
-        self.assertEqual(files.wait(timeout=20), -signal.SIGTERM)
+        self.assert_quits(files, -signal.SIGTERM, identifier=FINDER)
         self.assertEqual(self.tool("running", FINDER)[0], 1)
 
     def test_launching_the_finder_succeeds_and_starts_nothing(self):

@@ -7,8 +7,8 @@ import shutil
 import subprocess
 from pathlib import Path
 
-from machine import (APP, CORE, HOME, LAUNCHER, LOG_FOLDER, PATIENCE, USER, LauncherTest, end_cores, environment,
-                     processes_of, run_launcher, set_preferences, start, wait_until)
+from machine import (APP, CORE, HOME, LAUNCHER, LOG_FOLDER, USER, LauncherTest, end_cores, environment, processes_of, run,
+                     run_launcher, set_preferences, wait_until)
 
 
 class Surroundings(LauncherTest):
@@ -48,18 +48,17 @@ class Surroundings(LauncherTest):
     def test_words_that_it_does_not_know_are_passed_over(self):
         for words in (["--nonsense", "x"], ["-psn_0_12345"], ["-h"], [""], ["--version=1"]):
             with self.subTest(words):
-                process = start(LAUNCHER, *words)
-                self.assertEqual((*process.communicate(timeout=PATIENCE), process.returncode), ("", "", 0))
+                done = run(LAUNCHER, *words)
+                self.assertEqual((done.stdout, done.stderr, done.returncode), ("", "", 0))
                 wait_until(lambda: processes_of(CORE), "the core runs")
                 end_cores()
 
     def test_asked_for_help_or_its_version_it_starts_nothing(self):
         for words, answer in ((["--help"], r"\AUsage: Quillmark \[--help\] \[--version\]\n(.*\n)+\Z"),
                               (["x", "--version"], r"\AQuillmark 1\.14\.4 \(1303\)\n\Z")):
-            process = start(LAUNCHER, *words)
-            out, err = process.communicate(timeout=PATIENCE)
-            self.assertEqual((process.returncode, err), (0, ""))
-            self.assertRegex(out, answer)
+            done = run(LAUNCHER, *words)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertRegex(done.stdout, answer)
         self.assertEqual(processes_of(CORE), [])
         self.assertFalse(LOG_FOLDER.exists())
 

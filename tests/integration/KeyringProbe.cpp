@@ -5,13 +5,12 @@
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/linux/keyring/KeyringModule.h"
+#include "support/Threads.h"
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <sys/prctl.h>
-#include <thread>
-#include <vector>
 
 namespace {
 
@@ -50,18 +49,11 @@ int workOn(Keychain &keychain, const std::string &account) {
 
 int workOnManyThreads(Keychain &keychain) {
     std::atomic<int> faults = 0;
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (int i = 0; i < kThreads; ++i) {
-        threads.emplace_back([&, i] {
-            for (int round = 0; round < kRounds; ++round) {
-                faults += workOn(keychain, "thread " + std::to_string(i));
-            }
-        });
-    }
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    quillmark::test::onThreads(kThreads, [&](int thread) {
+        for (int round = 0; round < kRounds; ++round) {
+            faults += workOn(keychain, "thread " + std::to_string(thread));
+        }
+    });
     return faults;
 }
 

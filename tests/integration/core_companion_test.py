@@ -3,16 +3,14 @@
 import os
 import signal
 
-from machine import (CORE, CORE_LOG, LauncherTest, has_ended, make_user_folder, processes_of, signals, start,
+from machine import (CORE, CORE_LOG, LauncherTest, end_with, has_ended, make_user_folder, processes_of, signals, start,
                      wait_until)
 
 
 class CoreCompanion(LauncherTest):
     def start_core(self, **options):
-        process = start(CORE, **options)
         # A process left over would keep the pipes of this test's own open.
-        self.addCleanup(lambda: (process.kill(), process.communicate()))
-        return process
+        return end_with(self, start(CORE, **options))
 
     def test_writes_its_process_id_into_its_log(self):
         process = self.start_core()

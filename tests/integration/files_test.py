@@ -11,7 +11,7 @@ import unittest
 import urllib.parse
 from pathlib import Path
 
-from machine import APP, HOME, USER, environment, make_user_folder, skip, start, wait_until
+from machine import APP, HOME, USER, environment, make_user_folder, run, skip, start, wait_until
 
 PROBE = APP / "Contents/MacOS/FilesProbe"
 HOME_TRASH = HOME / ".local/share/Trash"
@@ -64,10 +64,9 @@ class FilesTest(unittest.TestCase):
         return folder
 
     def probe(self, *arguments, **options):
-        process = start(PROBE, *arguments, **options)
-        out, err = process.communicate(timeout=60)
-        self.assertEqual((process.returncode, err), (0, ""))
-        return out.strip()
+        done = run(PROBE, *arguments, timeout=60, **options)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        return done.stdout.strip()
 
     def bundle(self, place):
         """A bundle of the user's."""

@@ -27,9 +27,7 @@ OPERATIONS = (("get", "ada"), ("save", "ada", "--password", "--keep-signed-in", 
 
 class Keyring(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
-        self.addCleanup(folder.cleanup)
-        self.home = Path(folder.name)
+        self.home = Path(self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True)))
         self.session = Session(self, self.home)
 
     def keychain(self, *arguments, status=0, text=""):

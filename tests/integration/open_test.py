@@ -4,7 +4,7 @@ import shutil
 import unittest
 from pathlib import Path
 
-from machine import APP, CORE, HOME, end_cores, environment, processes_of, start, wait_until
+from machine import APP, CORE, HOME, end_cores, environment, processes_of, run, wait_until
 
 OPEN = APP / "Contents/Helpers/open"
 CORE_APP = CORE.parents[2]
@@ -12,10 +12,9 @@ CORE_APP = CORE.parents[2]
 
 class Open(unittest.TestCase):
     def open(self, *arguments, **options):
-        process = start(OPEN, *arguments, **options)
-        out, err = process.communicate(timeout=20)
-        self.assertEqual(out, "")
-        return process.returncode, err
+        done = run(OPEN, *arguments, **options)
+        self.assertEqual(done.stdout, "")
+        return done.returncode, done.stderr
 
     def test_starts_a_bundle_however_it_is_named(self):
         Path("/tmp/link").symlink_to(CORE_APP)

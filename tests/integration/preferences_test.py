@@ -29,9 +29,7 @@ def limit_files():
 
 class Preferences(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = Path(folder.name)
+        self.home = Path(self.enterContext(tempfile.TemporaryDirectory()))
         self.file = self.home / "Library/Preferences/com.quillmark.QuillmarkLauncher.plist"
         self.file.parent.mkdir(parents=True)
 

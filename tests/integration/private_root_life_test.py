@@ -1,7 +1,6 @@
 """How a private root begins and ends, seen from the host."""
 
 import os
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -25,8 +24,7 @@ def setUpModule():
 
 class PrivateRootLife(unittest.TestCase):
     def setUp(self):
-        self.folder = Path(tempfile.mkdtemp(dir="."))
-        self.addCleanup(shutil.rmtree, self.folder)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory(dir=".")))
         self.state = self.folder / "state"
         self.setup = self.folder / "setup.sh"
         self.setup.write_text(":\n")

@@ -5,15 +5,14 @@ import shutil
 import unittest
 from pathlib import Path
 
-from machine import APP, HOME, USER, start
+from machine import APP, HOME, USER, run, start
 
 
 class PrivateRoot(unittest.TestCase):
     def answer(self, *command):
-        process = start(*command)
-        out, err = process.communicate(timeout=20)
-        self.assertEqual((process.returncode, err), (0, ""))
-        return out.strip()
+        done = run(*command)
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        return done.stdout.strip()
 
     def test_gives_set_user_id_programs_their_rights(self):
         tool = Path("/Library/Application Support/Quillmark/whoami")

@@ -5,7 +5,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from machine import APP
+from machine import APP, end_with
 
 PS = APP / "Contents/Helpers/ps"
 SYSTEMS = "/usr/bin/ps"
@@ -22,9 +22,7 @@ class Ps(unittest.TestCase):
         program.parent.mkdir(exist_ok=True)
         program.write_bytes(Path("/bin/sleep").read_bytes())
         program.chmod(0o755)
-        process = subprocess.Popen([program, "1000"])
-        self.addCleanup(process.wait)
-        self.addCleanup(process.kill)
+        process = end_with(self, subprocess.Popen([program, "1000"]))
         while not os.readlink(f"/proc/{process.pid}/exe").startswith("/tmp"):
             os.sched_yield()
         return process

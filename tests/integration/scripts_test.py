@@ -15,8 +15,7 @@ SECONDS = 20  # that a script may take to say what is wrong; the longest of its 
 
 class ScriptsTest(unittest.TestCase):
     def setUp(self):
-        self.folder = Path(tempfile.mkdtemp(dir="."))
-        self.addCleanup(shutil.rmtree, self.folder)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory(dir=".")))
         self.programs = self.folder.resolve() / "programs"
         self.programs.mkdir()
 

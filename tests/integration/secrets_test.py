@@ -26,9 +26,7 @@ OPERATIONS = ((("keychain", "save", "ada", "--password", "--keep-signed-in", "ye
 
 class Secrets(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
-        self.addCleanup(folder.cleanup)
-        self.home = Path(folder.name)
+        self.home = Path(self.enterContext(tempfile.TemporaryDirectory(ignore_cleanup_errors=True)))
         self.session = Session(self, self.home)
         self.preferences = self.home / "Library/Preferences"
         self.preferences.mkdir(parents=True)

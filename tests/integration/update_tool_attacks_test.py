@@ -1,5 +1,6 @@
 """The update tool in the hands of somebody who wants the administrator's rights."""
 
+import contextlib
 import os
 import random
 import shutil
@@ -13,8 +14,7 @@ from pathlib import Path
 
 from components import (CANNOT_WRITE, DAMAGED_PAYLOAD, FILE_SYSTEM, OLD_PAYLOAD, OLDER, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
                         UNREADABLE_PAYLOAD, UNSAFE_PLACE, UPDATE_TOOL, WRONG_PAYLOAD, WRONG_PLACE, WRONG_SIGNATURE,
-                        AttackTest, archive_with, fingerprint, foreign_key, make_bundle, make_package, of_release,
-                        resource, sign)
+                        AttackTest, archive_with, foreign_key, make_bundle, make_package, of_release, resource, sign)
 from machine import HOME, RESOURCES, USER, make_user_folder, start, status_of, wait_until
 
 
@@ -76,10 +76,7 @@ class Signatures(Attacks):
     def test_a_tool_that_installs_itself_checks_itself(self):
         tool, signature = self.copy_of("updateqm")
         tool.write_bytes(tool.read_bytes() + b"\0")
-        before = fingerprint()
-        result = subprocess.run([tool, "repair", signature], capture_output=True, text=True)
-        self.assertEqual(result.returncode, WRONG_SIGNATURE, result.stderr)
-        self.assertEqual(fingerprint(), before)
+        self.assert_refused_to_root(WRONG_SIGNATURE, tool, "repair", signature)
 
 
 class WrongThings(Attacks):
@@ -185,10 +182,7 @@ class OddFiles(Attacks):
             signal.pthread_sigmask(signal.SIG_BLOCK, range(1, 32))
 
         OVERLAY_TOOL.unlink()
-        process = start(UPDATE_TOOL, "repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"),
-                        before=close_all)
-        process.communicate(timeout=20)
-        self.assertEqual(process.returncode, 0)
+        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"), before=close_all)
         self.assert_is_tool(OVERLAY_TOOL, 0o755)
 
     def test_the_callers_mask_changes_nothing(self):
@@ -263,10 +257,7 @@ class ThingsInTheWay(Attacks):
     def test_a_tool_folder_that_is_a_link_is_refused(self):
         real = TOOLS.rename(TOOLS.with_name("Real"))
         TOOLS.symlink_to(real)
-        before = fingerprint(real)
-        result = subprocess.run([real / "updateqm", "repairpermissions"], capture_output=True, text=True)
-        self.assertEqual(result.returncode, UNSAFE_PLACE, result.stderr)
-        self.assertEqual(fingerprint(real), before)
+        self.assert_refused_to_root(UNSAFE_PLACE, real / "updateqm", "repairpermissions", folder=real)
 
     def test_a_tool_folder_that_others_can_write_to_becomes_the_administrators(self):
         os.chown(TOOLS, USER, USER)
@@ -297,6 +288,23 @@ class ThingsInTheWay(Attacks):
 
 
 class Races(Attacks):
+    @contextlib.contextmanager
+    def repeating(self, attack):
+        """Somebody else attacks again and again meanwhile."""
+        stop = threading.Event()
+
+        def attack_on():
+            while not stop.is_set():
+                attack()
+
+        attacker = threading.Thread(target=attack_on)
+        attacker.start()
+        try:
+            yield
+        finally:
+            stop.set()
+            attacker.join()
+
     def test_a_payload_that_is_exchanged_while_it_is_copied_is_never_installed(self):
         good, signature = self.copy_of("finderoverlaytool")
         contents = good.read_bytes()
@@ -304,29 +312,22 @@ class Races(Attacks):
         evil[-1] ^= 0xFF
         for path in (self.folder, good, signature):
             os.chown(path, USER, USER)
-        stop = threading.Event()
 
         def exchange():
-            while not stop.is_set():
-                for index, bytes_ in enumerate((evil, contents)):
-                    other = self.folder / f"other{index}"
-                    other.write_bytes(bytes_)
-                    other.replace(good)
-                with open(good, "r+b") as file:  # and in place
-                    file.write(bytes(evil))
-                    file.seek(0)
-                    file.write(contents)
+            for index, bytes_ in enumerate((evil, contents)):
+                other = self.folder / f"other{index}"
+                other.write_bytes(bytes_)
+                other.replace(good)
+            with open(good, "r+b") as file:  # and in place
+                file.write(bytes(evil))
+                file.seek(0)
+                file.write(contents)
 
-        attacker = threading.Thread(target=exchange)
-        attacker.start()
         outcomes = set()
-        try:
+        with self.repeating(exchange):
             for _ in range(150):
                 outcomes.add(self.run_tool("repairother", good, signature)[0])
                 self.assertEqual(OVERLAY_TOOL.read_bytes(), contents)
-        finally:
-            stop.set()
-            attacker.join()
         self.assertLessEqual(outcomes, {0, WRONG_SIGNATURE, UNREADABLE_PAYLOAD})
         self.assertIn(WRONG_SIGNATURE, outcomes, "the attacker was never quick enough: the test shows nothing")
 
@@ -334,30 +335,21 @@ class Races(Attacks):
         victim = self.folder / "victim"
         victim.mkdir()
         shutil.rmtree(FILE_SYSTEM.parent)
-        stop = threading.Event()
 
         def exchange():
             place = FILE_SYSTEM.parent
-            while not stop.is_set():
-                try:
-                    place.symlink_to(victim)
-                    time.sleep(0)
-                    place.unlink()
-                except OSError:
-                    try:
-                        place.rename(self.folder / f"moved{random.random()}")
-                    except OSError:
-                        pass
+            try:
+                place.symlink_to(victim)
+                time.sleep(0)
+                place.unlink()
+            except OSError:
+                with contextlib.suppress(OSError):
+                    place.rename(self.folder / f"moved{random.random()}")
 
-        attacker = threading.Thread(target=exchange)
-        attacker.start()
-        try:
+        with self.repeating(exchange):
             for _ in range(60):
                 self.run_tool("repairpackage", resource("QuillmarkFS.pkg"))
                 self.assertEqual(os.listdir(victim), [])
-        finally:
-            stop.set()
-            attacker.join()
 
     def test_killed_at_any_moment_it_leaves_the_old_or_the_new(self):
         contents = resource("updateqm").read_bytes()
@@ -455,11 +447,17 @@ class HostileArchives(Attacks):
         super().setUp()
         PLUGIN.parent.mkdir()
 
-    def refuse_archive(self, status, write):
+    def command_with(self, write):
         archive = self.folder / "x.zip"
         with zipfile.ZipFile(archive, "w") as file:
             write(file)
-        self.assert_refused(status, "repairzipitem", archive, sign(archive), PLUGIN)
+        return "repairzipitem", archive, sign(archive), PLUGIN
+
+    def refuse_archive(self, status, write):
+        self.assert_refused(status, *self.command_with(write))
+
+    def install(self, write):
+        self.assert_done(*self.command_with(write))
 
     def test_that_lead_outside_are_refused(self):
         for name in ("QuillmarkCM.plugin/../../outside", "/tmp/outside", "../outside"):
@@ -473,12 +471,6 @@ class HostileArchives(Attacks):
             file.writestr("payload", "x")
 
         self.refuse_archive(WRONG_PAYLOAD, write)
-
-    def install(self, write):
-        archive = self.folder / "x.zip"
-        with zipfile.ZipFile(archive, "w") as file:
-            write(file)
-        self.assert_done("repairzipitem", archive, sign(archive), PLUGIN)
 
     def test_whose_folders_come_after_their_files_or_never_are_unpacked_whole(self):
         def write(file):

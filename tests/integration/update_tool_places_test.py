@@ -7,8 +7,7 @@ import struct
 import subprocess
 from pathlib import Path
 
-from components import (FILE_SYSTEM, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UNSAFE_PLACE, AttackTest, fingerprint,
-                        resource)
+from components import FILE_SYSTEM, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UNSAFE_PLACE, AttackTest, resource
 from machine import APP, HOME, RESOURCES, USER, make_user_folder, start
 
 SUPPORT = TOOLS.parent
@@ -57,9 +56,7 @@ class FoldersOfOthers(AttackTest):
 
     def test_above_the_tools_are_refused_by_the_administrator_too(self):
         os.chown(SUPPORT, USER, USER)
-        before = fingerprint()
-        result = subprocess.run([resource("updateqm"), "repair", resource("updateqm.sig")], capture_output=True, text=True)
-        self.assertEqual((result.returncode, fingerprint()), (UNSAFE_PLACE, before), result.stderr)
+        self.assert_refused_to_root(UNSAFE_PLACE, resource("updateqm"), "repair", resource("updateqm.sig"))
 
     def test_are_not_opened_to_the_others(self):
         """Another vendor's private folder that was renamed to the tools' one."""
@@ -125,8 +122,7 @@ class ThingsOfOthers(AttackTest):
     def test_on_a_disk_that_was_mounted_there_are_refused(self):
         subprocess.run(["mount", "-t", "tmpfs", "-o", f"uid={USER}", "none", TOOLS], check=True)
         self.addCleanup(subprocess.run, ["umount", TOOLS])
-        result = subprocess.run([resource("updateqm"), "repair", resource("updateqm.sig")], capture_output=True, text=True)
-        self.assertEqual(result.returncode, UNSAFE_PLACE, result.stderr)
+        self.assert_refused_to_root(UNSAFE_PLACE, resource("updateqm"), "repair", resource("updateqm.sig"))
         self.assertEqual(os.listdir(TOOLS), [])
 
 

@@ -60,9 +60,7 @@ class KeptTools(AttackTest):
 class OlderReleases(AttackTest):
     def test_of_the_tool_itself_do_not_install_themselves_again(self):
         tool, signature = of_release("updateqm", OLDER, self.folder)
-        before = fingerprint()
-        result = subprocess.run([tool, "repair", signature], capture_output=True, text=True)
-        self.assertEqual((result.returncode, fingerprint()), (OLD_PAYLOAD, before), result.stderr)
+        self.assert_refused_to_root(OLD_PAYLOAD, tool, "repair", signature)
 
     def test_of_the_tool_itself_do_nothing_else_either(self):
         tool, _ = of_release("updateqm", OLDER, self.folder)

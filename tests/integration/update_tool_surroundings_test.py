@@ -13,7 +13,7 @@ from pathlib import Path
 
 from components import (BUSY, FILE_SYSTEM, LOCK, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, AttackTest, fingerprint, make_bundle, make_package,
                         of_release, resource, sign)
-from machine import HOME, PATIENCE, USER, full_pipe, has_ended, start, status_of, wait_until
+from machine import HOME, PATIENCE, USER, end_with, full_pipe, has_ended, start, status_of, wait_until
 
 NAMES = ["finderoverlaytool", "finderoverlaytool.sig", "updateqm", "updateqm.sig"]
 REPAIR = ("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
@@ -136,8 +136,7 @@ class Confined(BigPackageTest):
         everybodys = Path("/tmp/everybodys")
         everybodys.write_text("x")
         everybodys.chmod(0o666)
-        somebody = subprocess.Popen(["sleep", "infinity"], user=65534)
-        self.addCleanup(lambda: (somebody.kill(), somebody.wait()))
+        somebody = end_with(self, subprocess.Popen(["sleep", "infinity"], user=65534))
         told = subprocess.run(["/run/probes/ConfinementProbe", str(somebody.pid)], stdout=subprocess.PIPE, text=True, check=True)
         answers = dict(line.split(": ") for line in told.stdout.splitlines())
         self.assertEqual(answers.pop("compute in memory"), "done")

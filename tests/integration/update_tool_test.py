@@ -8,14 +8,13 @@ import subprocess
 from pathlib import Path
 
 from components import (CANNOT_WRITE, FILE_SYSTEM, FRAMEWORK, NOT_ADMINISTRATOR, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
-                        UPDATE_TOOL, WRONG_COMMAND_LINE, WRONG_PAYLOAD, WRONG_PLACE, UpdateToolTest, make_bundle, make_package,
-                        resource, sign)
+                        UPDATE_TOOL, WRONG_COMMAND_LINE, WRONG_PAYLOAD, WRONG_PLACE, AttackTest, UpdateToolTest, resource)
 from machine import APP, HOME, RESOURCES, USER, fill, make_user_folder
 
 MODES = {"d": 0o755, "-": 0o644, "l": 0o777}
 
 
-class Commands(UpdateToolTest):
+class Commands(AttackTest):
     def assert_is_bundle(self, bundle, programs=(), owner=0):
         """All of it is the owner's, and nobody else can change it."""
         for path in [bundle, *bundle.rglob("*")]:
@@ -134,13 +133,8 @@ class Commands(UpdateToolTest):
         self.assert_done("fixmonokeypairs", folder)
         self.assertEqual([stat.S_IMODE(path.stat().st_mode) for path in (folder, key)], [0o700, 0o600])
 
-    def client_package(self, name="Quillmark.app"):
-        tree = make_bundle(Path("/tmp/client"), name, "1.15.0", "1400")
-        package = make_package(Path("/tmp/client.pkg"), tree, "/Applications")
-        return package, sign(package)
-
     def test_a_full_update_replaces_the_client_where_it_stands(self):
-        package, signature = self.client_package()
+        package, signature = self.client_package(version="1.15.0")
         make_user_folder(HOME / "Applications")
         for folder in (Path("/Applications"), HOME / "Applications"):
             with self.subTest(folder):  # both are the caller's own, and so is what he puts there
@@ -150,21 +144,21 @@ class Commands(UpdateToolTest):
                 self.assertEqual(os.listdir(folder), ["Quillmark.app"])
 
     def test_a_full_update_of_the_administrators_applications_folder_is_his(self):
-        package, signature = self.client_package()
+        package, signature = self.client_package(version="1.15.0")
         os.chown("/Applications", 0, 0)
         self.assert_done("applyfullupdate", package, signature, APP)
         self.assert_is_bundle(APP)
         self.assertEqual(os.listdir(APP.parent), [APP.name])
 
     def test_a_full_update_goes_nowhere_else(self):
-        package, signature = self.client_package()
+        package, signature = self.client_package(version="1.15.0")
         for place in (APP.with_name("Other.app"), Path("/etc/Quillmark.app"), Path("/Quillmark.app")):
             with self.subTest(place):
                 self.assert_refused(WRONG_PLACE, "applyfullupdate", package, signature, place, words=["/"])
                 self.assertFalse(place.exists())
 
     def test_a_full_update_is_of_the_client(self):
-        package, signature = self.client_package("Other.app")
+        package, signature = self.client_package(name="Other.app")
         self.assert_refused(WRONG_PAYLOAD, "applyfullupdate", package, signature, APP)
 
     def test_the_overlay_tool_wants_a_plug_in_that_only_the_administrator_can_have_changed(self):

@@ -39,6 +39,14 @@ inline Lines together(std::initializer_list<Lines> parts) {
     return all;
 }
 
+inline std::string repeated(std::string_view text, size_t times) {
+    std::string all;
+    while (times-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
 /// The texts with a separator between them.
 inline std::string joined(const std::vector<std::string> &texts, std::string_view separator) {
     std::string all;

@@ -130,6 +130,12 @@ class UpdateToolTest(unittest.TestCase):
         self.assertEqual(before.keys(), after.keys())
         self.assertEqual({path for path in before if before[path] != after[path]}, set())
 
+    def assert_refused_to_root(self, status, *command, folder=Path("/Library")):
+        """The administrator's own command changes nothing in the folder either."""
+        before = fingerprint(folder)
+        result = subprocess.run(command, capture_output=True, text=True)
+        self.assertEqual((result.returncode, fingerprint(folder)), (status, before), result.stderr)
+
     def assert_is_tool(self, path, mode):
         status = path.lstat()
         self.assertEqual((stat.S_IFMT(status.st_mode), stat.S_IMODE(status.st_mode), status.st_uid, status.st_gid),
@@ -151,8 +157,8 @@ class AttackTest(UpdateToolTest):
             shutil.copy(resource(file), self.folder / file)
         return self.folder / name, self.folder / f"{name}.sig"
 
-    def client_package(self, build="1400"):
+    def client_package(self, build="1400", name=APP.name, version="1.14.4"):
         """The whole client of that build. \\returns the package and its signature."""
-        tree = make_bundle(self.folder / "client", APP.name, build=build)
+        tree = make_bundle(self.folder / "client", name, version, build)
         package = make_package(self.folder / "client.pkg", tree, "/Applications")
         return package, sign(package)

@@ -8,7 +8,7 @@ import shutil
 import subprocess
 from pathlib import Path
 
-from machine import FILES, PATIENCE, environment, skip_without, start, wait_until
+from machine import FILES, PATIENCE, end_with, environment, skip_without, start, wait_until
 
 PYTHON = "/usr/bin/python3"
 ACCESSIBILITY = Path(__file__).with_name("accessibility.py")
@@ -87,9 +87,7 @@ class Desktop:
 
     def start(self, program, *arguments, **options):
         """Starts a program of the user's that is killed when the test ends, if it still runs."""
-        process = start(program, *arguments, **({"env": self.environment()} | options))
-        self.test.addCleanup(lambda: (process.kill(), process.communicate()))
-        return process
+        return end_with(self.test, start(program, *arguments, **({"env": self.environment()} | options)))
 
     def run(self, *command, **options):
         """Runs a program of the user's to its end. \\returns its status and outputs."""

@@ -17,6 +17,7 @@ FILES = Path(os.environ.get("QUILLMARK_FILES", "/tmp"))  # what is for whoever s
 APP = Path("/Applications/Quillmark.app")
 RESOURCES = APP / "Contents/Resources"
 LAUNCHER = APP / "Contents/MacOS/Quillmark"
+TOOL = APP / "Contents/MacOS/quillmarkctl"
 CORE = RESOURCES / "QuillmarkCore.app/Contents/MacOS/QuillmarkCore"
 PREFERENCES = HOME / "Library/Preferences/com.quillmark.QuillmarkLauncher.plist"
 LOG_FOLDER = HOME / "Library/Logs/Quillmark/Quillmark"
@@ -75,11 +76,15 @@ def end_with(test, process):
     return process
 
 
-def run_launcher(program=LAUNCHER, **options):
-    """Starts the launcher and waits for its end. \\returns its status, standard output and standard error."""
-    process = start(program, **options)
-    out, err = process.communicate(timeout=PATIENCE)
+def run(program, *arguments, timeout=PATIENCE, **options):
+    """Starts a program as start() does, and waits for its end. \\returns its status, standard output and standard error."""
+    process = start(program, *arguments, **options)
+    out, err = process.communicate(timeout=timeout)
     return subprocess.CompletedProcess(program, process.returncode, out or "", err or "")
+
+
+def run_launcher(program=LAUNCHER, **options):
+    return run(program, **options)
 
 
 def processes_of(executable):

@@ -50,14 +50,11 @@ def start_polkit(test, decision):
     for folder in (RULES.parent, RULES.parent.parent):
         folder.chmod(0o755)
     Path("/run/dbus").mkdir(exist_ok=True)
-    bus = subprocess.Popen(["dbus-daemon", "--system", "--nofork", "--nopidfile", "--nosyslog"], stdin=subprocess.DEVNULL)
-    test.addCleanup(bus.wait)
-    test.addCleanup(bus.kill)
+    end_with(test, subprocess.Popen(["dbus-daemon", "--system", "--nofork", "--nopidfile", "--nosyslog"],
+                                    stdin=subprocess.DEVNULL))
     wait_until(lambda: SYSTEM_BUS.exists() and stat.S_ISSOCK(SYSTEM_BUS.stat().st_mode), "the system bus listens")
-    daemon = subprocess.Popen(["/usr/lib/polkit-1/polkitd", "--no-debug"], stdin=subprocess.DEVNULL,
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    test.addCleanup(daemon.wait)
-    test.addCleanup(daemon.kill)
+    end_with(test, subprocess.Popen(["/usr/lib/polkit-1/polkitd", "--no-debug"], stdin=subprocess.DEVNULL,
+                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
     owned = ["dbus-send", "--system", "--print-reply", "--dest=org.freedesktop.DBus", "/", "org.freedesktop.DBus.NameHasOwner",
              "string:org.freedesktop.PolicyKit1"]
     wait_until(lambda: "true" in subprocess.run(owned, capture_output=True, text=True).stdout, "polkit is there")

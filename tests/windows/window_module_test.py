@@ -18,9 +18,7 @@ TEXTS = ("Quillmark: Quillmark is already running. Only one copy of Quillmark ca
 
 class WindowModule(unittest.TestCase):
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
 
     def environment(self, **changes):
         """Nothing of the desktop that the tests run on."""

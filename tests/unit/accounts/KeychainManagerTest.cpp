@@ -620,34 +620,26 @@ TEST_F(Keychains, RemovingTheLastMemberLeavesAnEmptyDocumentWhichIsAPasswordOfTw
 }
 
 TEST_F(Keychains, AFlagMayBeANumberOrATextOfAnotherProgram) {
-    for (const auto &[value, isSet] : {std::pair("1", true),
-                                       {"0", false},
-                                       {"0.5", true},
-                                       {"\"yes\"", true},
-                                       {"\"True\"", true},
-                                       {"\"01\"", true},
-                                       {"\"no\"", false},
-                                       {"\"false\"", false},
-                                       {"\"0\"", false},
-                                       {"\"\"", false},
-                                       {"\" 7\"", true}}) {
-        store(std::string("{\"beta\":") + value + "}");
-        EXPECT_EQ(manager.flagForKey("beta", ada), isSet) << value;
+    const auto isSetBy = [this](const std::string &value) {
+        store("{\"beta\":" + value + "}");
+        return manager.flagForKey("beta", ada);
+    };
+    for (const char *value : {"1", "0.5", "\"yes\"", "\"True\"", "\"01\"", "\" 7\""}) {
+        EXPECT_TRUE(isSetBy(value)) << value;
+    }
+    for (const char *value : {"0", "\"no\"", "\"false\"", "\"0\"", "\"\""}) {
+        EXPECT_FALSE(isSetBy(value)) << value;
     }
 }
 
 TEST_F(Keychains, AFlagThatCannotBeWrittenIsNotLoggedAndDeletesNothing) {
     store(R"({"password":"p"})");
-    keychain.failure = kSomeFault;
-    for (int i = 0; i < 2; ++i) {
-        platform.transcript.failAt("SecKeychainItemModifyContent", 1);
-        if (i == 0) {
-            manager.setFlag(true, "beta", ada);
-        } else {
-            EXPECT_FALSE(manager.saveEncryptionKey("k", ada));
-        }
-        EXPECT_EQ(stored(), R"({"password":"p"})");
-    }
+    failAt("SecKeychainItemModifyContent", kSomeFault);
+    manager.setFlag(true, "beta", ada);
+    EXPECT_EQ(stored(), R"({"password":"p"})");
+    failAt("SecKeychainItemModifyContent", kSomeFault);
+    EXPECT_FALSE(manager.saveEncryptionKey("k", ada));
+    EXPECT_EQ(stored(), R"({"password":"p"})");
     EXPECT_EQ(messages(), Texts());
 }
 

@@ -12,7 +12,6 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -69,7 +68,12 @@ protected:
     /// An older copy that the move replaces. There has to be one for a move without a password.
     void putOldCopy() { home.write("local/Quillmark.app/Contents/old", "old"); }
 
-    /// One that only an administrator may change.
+    /// Another copy than the one in the way.
+    std::string putStale(const std::string &relative) {
+        return deletingLastPathComponent(home.write(relative + "/x", "x"));
+    }
+
+    /// An old copy that only an administrator may change.
     void putOldCopyOfAnAdministrator() {
         putOldCopy();
         for (const char *folder : {"", "local", "Downloads", "Downloads/Quillmark.app"}) {
@@ -107,6 +111,10 @@ protected:
     }
     /// A move after which this process stays.
     void move() { PFMove(m_strings); }
+    void move(const AlertAnswer &answer) {
+        platform.alerts.answers = {answer};
+        move();
+    }
     /// One after which it ends.
     void moveToTheEnd() { EXPECT_THROW(move(), test::Terminated); }
     MovePlan plan() { return planOfMove(m_strings); }
@@ -494,8 +502,7 @@ TEST_F(MoveToApplications, BringsAnApplicationToTheFrontThatIsNotActive) {
 }
 
 TEST_F(MoveToApplications, IsOfferedAgainAfterAPlainRefusal) {
-    platform.alerts.answers = {{1, false}};
-    move();
+    move({1, false});
     EXPECT_EQ(deeds(), Lines());
     EXPECT_EQ(log(), Lines());
     EXPECT_TRUE(exists(source));
@@ -503,22 +510,19 @@ TEST_F(MoveToApplications, IsOfferedAgainAfterAPlainRefusal) {
 
 TEST_F(MoveToApplications, TakesAnAnswerThatIsNoButtonForARefusal) {
     putOldCopy();
-    platform.alerts.answers = {{-1, false}};
-    move();
+    move({-1, false});
     EXPECT_EQ(deeds(), Lines());
 }
 
 TEST_F(MoveToApplications, IsNeverOfferedAgainAfterARefusalWithTheCheckBoxOn) {
-    platform.alerts.answers = {{1, true}};
-    move();
+    move({1, true});
     EXPECT_EQ(valueOf(platform.userDefaults.stored, kMoveAlertSuppress), Value(true));
     EXPECT_EQ(deeds(), (Lines{"setObject moveToApplicationsFolderAlertSuppress", "synchronize"}));
 }
 
 TEST_F(MoveToApplications, IsNeverOfferedAgainAfterAnyRefusalOnOldSystems) {
     platform.systemInfo.appKit = 824;
-    platform.alerts.answers = {{1, false}};
-    move();
+    move({1, false});
     EXPECT_EQ(valueOf(platform.userDefaults.stored, kMoveAlertSuppress), Value(true));
 }
 
@@ -530,9 +534,8 @@ TEST_F(MoveToApplications, DoesNotMindTheCheckBoxOfAUserWhoWantsTheMove) {
 }
 
 TEST_F(MoveToApplications, SaysThatAWishCouldNotBeKept) {
-    platform.alerts.answers = {{1, true}};
     platform.transcript.failAt("synchronize", 1);
-    move();
+    move({1, true});
     EXPECT_EQ(log(),
               Lines{"ERR The preferences \"/preferences.plist\" can't be written: the user will be asked again"});
 }
@@ -564,14 +567,13 @@ TEST_F(MoveToApplications, FailsWhenTheOldCopyCannotBeTrashed) {
 
 TEST_F(MoveToApplications, TrashesEachOtherCopyThatIsThereAndPassesOverTheOnesThatStay) {
     putOldCopy();
-    home.write("a/One.app/x", "x");
-    home.write("a/Two.app/x", "x");
-    PFAlsoRemoveBundles({"/none.app", "~/a/One.app", home.path("a/Two.app"), "~/a/Two.app", destination});
+    const std::string one = putStale("a/One.app");
+    const std::string two = putStale("a/Two.app");
+    PFAlsoRemoveBundles({"/none.app", "~/a/One.app", two, "~/a/Two.app", destination});
     platform.transcript.failAt("recycle", 2);
     moveToTheEnd();
-    const std::string one = home.path("a/One.app");
     EXPECT_EQ(callsThatBeginWith("recycle"),
-              (Lines{recycled(destination), recycled(one), recycled(home.path("a/Two.app")), recycled(source)}));
+              (Lines{recycled(destination), recycled(one), recycled(two), recycled(source)}));
     EXPECT_THAT(log(), Contains("ERR Could not trash \"" + one + "\""));
     EXPECT_THAT(log(), Contains("vrb Failed to trash \"" + one + "\""));
     EXPECT_TRUE(isMoved());
@@ -668,11 +670,11 @@ protected:
     static std::string wait() { return "wait"; }
     static std::string free() { return "AuthorizationFree"; }
     void expectFailureBehindARemovalOf(std::optional<int> status) {
-        home.write("a/One.app/x", "x");
+        const std::string one = putStale("a/One.app");
         PFAlsoRemoveBundles({"~/a/One.app"});
         platform.authorization.childStatuses = {status};
         move();
-        EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(home.path("a/One.app")), wait(), free()}));
+        EXPECT_EQ(deeds(), withFailureAlert({create(), rights(), remove(one), wait(), free()}));
     }
     static std::string errorLine() { return "ERR Could not copy myself to /Applications with authorization"; }
 };
@@ -707,13 +709,11 @@ TEST_F(MoveWithPassword, FailsWhenThatFolderCannotBeMade) {
 
 TEST_F(MoveWithPassword, RemovesWhatIsInTheWayAndEachOtherCopyFirst) {
     putOldCopyOfAnAdministrator();
-    home.write("a/One.app/x", "x");
-    home.write("a/Two.app/x", "x");
+    const std::string one = putStale("a/One.app");
+    const std::string two = putStale("a/Two.app");
     PFAlsoRemoveBundles({"~/a/One.app", "~/none.app", source, "~/a/Two.app"});
     platform.authorization.childStatuses = {kExitedWith1, kExitedWith1, kExitedWith1, 0};
     asStranger([this] { moveToTheEnd(); }); // deliberate: the exit codes of the removals are not looked at
-    const std::string one = home.path("a/One.app");
-    const std::string two = home.path("a/Two.app");
     EXPECT_EQ(deeds(), (Lines{create(), rights(), remove(destination), wait(), remove(one), wait(), remove(two), wait(),
                               copy(), wait(), free(), recycled(source), relaunch(), programs(), "terminate"}));
     EXPECT_THAT(log(), Contains("vrb Removing \"" + one + "\""));

@@ -141,31 +141,29 @@ TEST_F(InstallCheckRepair, AStatusHasItsRequestByTheKindOfTheItem) {
     const std::string package = resource("item.pkg");
     const struct {
         Wanted wanted;
-        std::optional<std::string> request; // absent when there is none
-        bool isSuccess = false;
+        std::string request;
     } rows[] = {
-        {{"CoreApp", "OK"}, std::nullopt, true},
-        {{"CoreApp", "Wrong Permissions"}, tool("repaircore " + payload), true},
-        {{"QMTool", "OK"}, std::nullopt, true},
-        {{"QMTool", "Missing"}, tool("repairother " + payload + ' ' + signature), true},
-        {{"QMTool", "Old Version"}, tool("repairother " + payload + ' ' + signature), true},
-        {{"QMTool", "Wrong Permissions"}, tool("repairpermissionsother item"), true},
-        {{"QMToolRoot", "Not Required"}, std::nullopt, true},
-        {{"Bundle", "OK"}, std::nullopt, true},
-        {{"Bundle", "Missing"}, tool("repairpackage " + package), true},
-        {{"Bundle", "Old Version"}, tool("repairpackage " + package), true},
-        {{"Bundle", "Invalid"}, std::nullopt, false}, // deliberate
-        {{"Framework", "OK"}, std::nullopt, true},
-        {{"FinderCM", "OK"}, std::nullopt, true},
-        {{"FinderCM", "Not Required"}, std::nullopt, true},
-        {{"FinderOverlayInsert", "OK"}, std::nullopt, true},
-        {{"FinderOverlayInsert", "Not Required"}, std::nullopt, true},
+        {{"CoreApp", "Wrong Permissions"}, tool("repaircore " + payload)},
+        {{"QMTool", "Missing"}, tool("repairother " + payload + ' ' + signature)},
+        {{"QMTool", "Old Version"}, tool("repairother " + payload + ' ' + signature)},
+        {{"QMTool", "Wrong Permissions"}, tool("repairpermissionsother item")},
+        {{"Bundle", "Missing"}, tool("repairpackage " + package)},
+        {{"Bundle", "Old Version"}, tool("repairpackage " + package)},
     };
-    for (const auto &row : rows) {
-        const Lines requests = requestsOf(row.wanted);
-        EXPECT_EQ(requests, row.request ? Lines{*row.request} : Lines()) << row.wanted.type << ' ' << row.wanted.status;
-        EXPECT_EQ(m_isSuccess, row.isSuccess) << row.wanted.type << ' ' << row.wanted.status;
+    for (const auto &[wanted, request] : rows) {
+        EXPECT_EQ(requestsOf(wanted), Lines{request}) << wanted.type << ' ' << wanted.status;
+        EXPECT_TRUE(m_isSuccess) << wanted.type << ' ' << wanted.status;
     }
+    for (const char *type : {"CoreApp", "QMTool", "Bundle", "Framework", "FinderCM", "FinderOverlayInsert"}) {
+        EXPECT_EQ(requestsOf({type, "OK"}), Lines()) << type;
+        EXPECT_TRUE(m_isSuccess) << type;
+    }
+    for (const char *type : {"QMToolRoot", "FinderCM", "FinderOverlayInsert"}) {
+        EXPECT_EQ(requestsOf({type, "Not Required"}), Lines()) << type;
+        EXPECT_TRUE(m_isSuccess) << type;
+    }
+    EXPECT_EQ(requestsOf({"Bundle", "Invalid"}), Lines());
+    EXPECT_FALSE(m_isSuccess); // deliberate
 }
 
 TEST_F(InstallCheckRepair, ArchivesAreInstalledAtTheirPlaces) {

@@ -102,33 +102,16 @@ TEST_F(InstallCheckVersion, FourNumbersAreReadFromAVersionWithItsBuild) {
 }
 
 TEST_F(InstallCheckVersion, AToolIsOldByItsMajorAndMinorNumberAlone) {
-    struct {
-        const char *output;
-        bool isOld;
-    } constexpr kTools[] = {
-        {"Limited 1.14.0.0", false},
-        {"Limited 1.13.9.9", true},
-        {"Limited 0.15.0.0", true},
-        {"Limited 1.15.0.0", false}, // a newer one is never touched
-        {"Limited 2.0.0.0", false},
-        {"Limited 1.14 (0)", true}, // three parts are none
-        {"Limited 1.14.4 (1)", false},
-        {"Limited 2", false},
-        {"Limited 1", true},
-        {"Limited version 1.14.0.0", false},
-        {"1.14.0.0", false},
-        {"Limited 1.2.3.4.5", true},
-        {"", true},
-        {"Limited ", true},
-        {"garbage", true},
-        {"Limited 9.9.9.9 Limited 1.0.0.0", true},
-        {"\xff 9.9.9.9", true},
-        {"Limited 1.14.0.0\nLimitless 0.0.0.0", false},
-        {"9.0.0.0\xc3", true},
-        {"Limited 4294967295.0.0.0", true}, // above what a signed number holds
-    };
-    for (const auto &[output, isOld] : kTools) {
-        EXPECT_EQ(toolNeedsUpdate(output), isOld) << output;
+    for (const char *output : {"Limited 1.13.9.9", "Limited 0.15.0.0", "Limited 1", "Limited 1.2.3.4.5", "", "Limited ",
+                               "garbage", "Limited 9.9.9.9 Limited 1.0.0.0", "\xff 9.9.9.9", "9.0.0.0\xc3",
+                               "Limited 1.14 (0)",            // three parts are none
+                               "Limited 4294967295.0.0.0"}) { // above what a signed number holds
+        EXPECT_TRUE(toolNeedsUpdate(output)) << output;
+    }
+    for (const char *output : {"Limited 1.14.0.0", "Limited 1.14.4 (1)", "Limited 2", "Limited version 1.14.0.0",
+                               "1.14.0.0", "Limited 1.14.0.0\nLimitless 0.0.0.0", "Limited 1.15.0.0",
+                               "Limited 2.0.0.0"}) { // a newer one is never touched
+        EXPECT_FALSE(toolNeedsUpdate(output)) << output;
     }
 }
 

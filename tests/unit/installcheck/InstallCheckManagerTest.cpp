@@ -1,7 +1,6 @@
 #include "support/InstallCheckFixture.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <gmock/gmock.h>
 #include <grp.h>
 

@@ -1,9 +1,6 @@
 #include "launcher/Quillmark_LauncherAppDelegate.h"
-#include "accounts/KeyList.h"
-#include "branding/BrandingManager.h"
 #include "desktop/MovePlan.h"
-#include "support/LogFixture.h"
-#include "tools/UpdateToolManager.h"
+#include "support/InstallCheckFixture.h"
 #include "utils/Exception.h"
 #include "utils/ProductVersion.h"
 
@@ -28,10 +25,9 @@ size_t indexOf(const Lines &lines, const std::string &beginning) {
     return static_cast<size_t>(found - lines.begin());
 }
 
-class LauncherAppDelegate : public test::LogFixture {
+class LauncherAppDelegate : public test::InstallCheckFixture {
 protected:
     LauncherAppDelegate() {
-        _setStandardStreams(nullptr, nullptr);
         gAlsoRemoveBundlePaths.clear();
         platform.bundle.bundlePath = home.path("Applications/Quillmark.app");
         resource("Config.plist", "config", {{"Brand", 15}});
@@ -55,27 +51,17 @@ protected:
     void setItems(const List &items) {
         platform.propertyList.documents["catalogue"] = Dictionary{{"RequiredItems", items}};
     }
-    static RequiredItem item(const char *type, const char *name, const std::string &installPath) {
-        return {{kInstallType, type}, {kName, name}, {kInstallPath, installPath}};
-    }
     /// A tool in order: the administrator's, with mode 0755, and as new as this application.
     RequiredItem toolInOrder() {
-        const std::string path = "/usr/bin/env";
-        platform.tasks.outputs[path] = "Limited 1.14.0.0";
-        return item("QMTool", "env", path);
+        platform.tasks.outputs[kAdministratorsTool] = "Limited 1.14.0.0";
+        return itemOf("QMTool", "env", kAdministratorsTool);
     }
     /// Runs the start-up to the point where the process would end.
     void start() { EXPECT_THROW(delegate().applicationDidFinishLaunching(), test::Terminated); }
     Quillmark_LauncherAppDelegate &delegate() {
         if (!m_delegate) {
             m_strings.emplace(platform.bundle);
-            m_delegate.emplace(*m_strings, [this]() -> InstallCheckManager & {
-                if (!m_installCheck) {
-                    m_branding.emplace(platform.bundle, platform.images, *m_strings, [] { return -1; });
-                    m_installCheck.emplace(*m_strings, *m_branding, m_updateTool);
-                }
-                return *m_installCheck;
-            });
+            m_delegate.emplace(*m_strings, [this]() -> InstallCheckManager & { return manager(); });
         }
         return *m_delegate;
     }
@@ -100,9 +86,6 @@ protected:
 
 private:
     std::optional<LocalizedStrings> m_strings;
-    UpdateToolManager m_updateTool;
-    std::optional<BrandingManager> m_branding;
-    std::optional<InstallCheckManager> m_installCheck;
     std::optional<Quillmark_LauncherAppDelegate> m_delegate;
 };
 
@@ -147,7 +130,7 @@ TEST_F(LauncherAppDelegate, BesideARunningCoreThereIsAnAlertAndTheEndAndNothingE
 
 TEST_F(LauncherAppDelegate, AMoveComesBehindTheStaleCopiesAndIsTheEnd) {
     leaveApplications();
-    setItems({item("QMTool", "gone", "/none")});
+    setItems({itemOf("QMTool", "gone", "/none")});
     platform.alerts.answers = {{0, false}};
     start();
     Lines all = calls();
@@ -172,7 +155,7 @@ TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedIsFollowedByTheRestOfTheStart) {
 
 TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedMayBeFollowedByFaultyComponents) {
     leaveApplications();
-    setItems({item("QMTool", "gone", "/none")});
+    setItems({itemOf("QMTool", "gone", "/none")});
     platform.bundle.resources.emplace_back("InstallCheck.ui");
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
     EXPECT_LT(indexOf(calls(), "runModal "), indexOf(calls(), "bringToFront"));
@@ -180,7 +163,7 @@ TEST_F(LauncherAppDelegate, AMoveThatIsNotWantedMayBeFollowedByFaultyComponents)
 }
 
 TEST_F(LauncherAppDelegate, ComponentsInOrderAreExaminedLastOfAllBeforeTheLaunch) {
-    setItems({toolInOrder(), item("Framework", "Mono", "/none")});
+    setItems({toolInOrder(), itemOf("Framework", "Mono", "/none")});
     platform.userDefaults.stored["FileLogging"] = "verbose";
     start();
     EXPECT_EQ(linesFrom(calls(), 6),
@@ -197,11 +180,11 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
     platform.bundle.strings["Missing"] = "fehlt";
     resource("logo-1.bmp", "logo", {});
     platform.images.pictures[platform.bundle.resourcePath() + "/logo-1.bmp"] = Image{{}, 1, 1, "abcd"};
-    RequiredItem notRequired = item("FinderOverlayInsert", "later", "/none");
+    RequiredItem notRequired = itemOf("FinderOverlayInsert", "later", "/none");
     notRequired.insert_or_assign(kMinMacOSXVersion, "10.6");
     const std::string old = home.write("old.plugin", "");
-    setItems({item("QMTool", "gone", "/none"), toolInOrder(), notRequired, item("FinderCM", "old", old),
-              item("Bundle", "fs", "/none.fs")});
+    setItems({itemOf("QMTool", "gone", "/none"), toolInOrder(), notRequired, itemOf("FinderCM", "old", old),
+              itemOf("Bundle", "fs", "/none.fs")});
     EXPECT_TRUE(delegate().applicationDidFinishLaunching()); // comes back, and the window is up
     EXPECT_EQ(calls().back(), "bringToFront");
     EXPECT_EQ(linesFrom(calls(), indexOf(calls(), "applicationsFolders user"), 5),
@@ -214,7 +197,7 @@ TEST_F(LauncherAppDelegate, FaultyComponentsAreLoggedAsErrorsAndNothingIsLaunche
 
 TEST_F(LauncherAppDelegate, WithoutAWindowFaultyComponentsAreToldInAnAlertAndAreTheEnd) {
     platform.checkWindows.canBeShown = false;
-    setItems({item("QMTool", "gone", "/none"), toolInOrder(), item("Bundle", "fs", "/none.fs")});
+    setItems({itemOf("QMTool", "gone", "/none"), toolInOrder(), itemOf("Bundle", "fs", "/none.fs")});
     EXPECT_FALSE(delegate().applicationDidFinishLaunching());
     EXPECT_EQ(calls().back(), "runModal [Quillmark] RunFailedTitle | gone (Missing)\nfs (Missing) | Quit");
 }
@@ -229,7 +212,7 @@ TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaun
 }
 
 TEST_F(LauncherAppDelegate, TheWindowForAMissingComponentIsLoadedWhileTheProcessTableIsAsked) {
-    setItems({item("QMTool", "gone", "/none")});
+    setItems({itemOf("QMTool", "gone", "/none")});
     platform.bundle.resources.emplace_back("InstallCheck.ui");
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
     const size_t next = indexOf(calls(), "applicationsFolders user");
@@ -241,7 +224,7 @@ TEST_F(LauncherAppDelegate, TheWindowForAMissingComponentIsLoadedWhileTheProcess
 }
 
 TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsExaminedAndNoWindowComesUp) {
-    setItems({toolInOrder(), item("QMTool", "gone", "/none")});
+    setItems({toolInOrder(), itemOf("QMTool", "gone", "/none")});
     platform.tasks.statuses[kFirstPipeline] = 0;
     start();
     EXPECT_THAT(calls(), Not(Contains("launch /usr/bin/env ")));

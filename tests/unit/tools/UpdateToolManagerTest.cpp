@@ -82,9 +82,10 @@ const Command kCommands[] = {
      "fixmonokeypairs ~/.config/.mono/keypairs"},
 };
 
+const std::string kTool = "/Library/Application Support/Quillmark/updateqm";
+
 class UpdateToolCommands : public UpdateTool, public testing::WithParamInterface<Command> {
 protected:
-    static inline const std::string kTool = "/Library/Application Support/Quillmark/updateqm";
     std::string wantedRun() const { return "run " + kTool + ' ' + GetParam().arguments; }
 };
 
@@ -153,11 +154,9 @@ TEST_F(UpdateToolRun, ThatRaisesIsLoggedWithItsExceptionAndFails) {
 
 TEST_F(UpdateToolRun, ThatIsNotWaitedForCountsAsFailed) { // deliberate, unlike one of the overlay tool
     EXPECT_EQ(manager.runUpdateTool({"repaircore", a}, false), kRunFailed);
-    EXPECT_EQ(calls(), Lines{"start /Library/Application Support/Quillmark/updateqm repaircore /a b/é.pkg"});
-    EXPECT_EQ(log(), (Lines{"vrb UpdateToolManager:runExe: Running "
-                            "\"/Library/Application Support/Quillmark/updateqm\"...",
-                            "ERR UpdateToolManager:runExe: Failed running "
-                            "\"/Library/Application Support/Quillmark/updateqm\""}));
+    EXPECT_EQ(calls(), Lines{"start " + kTool + " repaircore /a b/é.pkg"});
+    EXPECT_EQ(log(), (Lines{"vrb UpdateToolManager:runExe: Running \"" + kTool + "\"...",
+                            "ERR UpdateToolManager:runExe: Failed running \"" + kTool + '"'}));
     EXPECT_EQ(manager.status(), UpdateToolManager::kNothingDone);
 }
 
@@ -175,10 +174,9 @@ TEST_F(UpdateToolRun, OfARealProgramEndsWithItsStatus) {
 
 class OverlayTool : public UpdateTool {
 protected:
-    const std::string m_running =
-        "vrb Running FinderOverlayTool \"/Library/Application Support/Quillmark/finderoverlaytool\"...";
-    const std::string m_succeeded =
-        "vrb FinderOverlayTool \"/Library/Application Support/Quillmark/finderoverlaytool\" did succeed";
+    const std::string m_tool = "/Library/Application Support/Quillmark/finderoverlaytool";
+    const std::string m_running = "vrb Running FinderOverlayTool \"" + m_tool + "\"...";
+    const std::string m_succeeded = "vrb FinderOverlayTool \"" + m_tool + "\" did succeed";
 };
 
 TEST_F(OverlayTool, IsRunToInsertTheOverlay) {
@@ -190,8 +188,7 @@ TEST_F(OverlayTool, IsRunToInsertTheOverlay) {
 TEST_F(OverlayTool, ThatFailsReturnsFourAndLeavesFive) {
     endWith(2);
     EXPECT_EQ(outcomeOf(&Manager::insertFinderOverlayBundle), Outcome(kRunFailed, kCommandBegun));
-    EXPECT_EQ(log(), (Lines{m_running, "vrb FinderOverlayTool \"/Library/Application Support/Quillmark/"
-                                       "finderoverlaytool\" did fail"}));
+    EXPECT_EQ(log(), (Lines{m_running, "vrb FinderOverlayTool \"" + m_tool + "\" did fail"}));
 }
 
 TEST_F(OverlayTool, ThatIsNotWaitedForCountsAsSucceeded) { // deliberate, unlike a run of the update tool
@@ -266,21 +263,22 @@ TEST_P(UpdateToolAsAdmin, ThatCannotBeStartedReturnsFourAndLeavesFour) {
                                {line("ERR", "AuthorizationExecuteWithPrivileges failed (OSStatus -60031)")}}));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Run, UpdateToolAsAdmin,
-    testing::Values(AdminRun{"repairPermissions",
-                             [](Manager &m) { return m.repairPermissions(); },
-                             "runUpdateToolAsAdmin",
-                             "/Library/Application Support/Quillmark/updateqm repairpermissions",
-                             {},
-                             {}},
-                    AdminRun{"repairUpdateTool",
-                             [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
-                             "runUninstalledUpdateToolAsAdmin",
-                             "/App/updateqm repair /a b/é.pkg", // the tool's own path is not an argument
-                             {"dtl updateQMSignaturePath is /a b/é.pkg"},
-                             {"dtl Running /App/updateqm"}}),
-    [](const auto &suite) { return std::string(suite.param.name); });
+const AdminRun kAdminRuns[] = {
+    {"repairPermissions",
+     [](Manager &m) { return m.repairPermissions(); },
+     "runUpdateToolAsAdmin",
+     "/Library/Application Support/Quillmark/updateqm repairpermissions",
+     {},
+     {}},
+    {"repairUpdateTool",
+     [](Manager &m) { return m.repairUpdateTool("/App/updateqm", a); },
+     "runUninstalledUpdateToolAsAdmin",
+     "/App/updateqm repair /a b/é.pkg", // the tool's own path is not an argument
+     {"dtl updateQMSignaturePath is /a b/é.pkg"},
+     {"dtl Running /App/updateqm"}},
+};
+INSTANTIATE_TEST_SUITE_P(Run, UpdateToolAsAdmin, testing::ValuesIn(kAdminRuns),
+                         [](const auto &suite) { return std::string(suite.param.name); });
 
 TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
     platform.authorization.rightsStatus = -60006;
@@ -297,6 +295,7 @@ TEST_F(UpdateTool, WithoutACommandTheAdministratorsRunAloneDecidesTheStatus) {
 class MacFuseLog : public UpdateTool {
 protected:
     std::string m_kept = home.path("Library/Logs/Quillmark/MacFUSE/macfuse-install.log");
+    const std::string m_both = "\"~/install.log\" to \"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"";
 
     void leaveLog() { home.write("install.log", "installed\n"); }
     /// The log's lines about the installation log.
@@ -311,10 +310,7 @@ TEST_F(MacFuseLog, IsCopiedAmongTheProductsOwn) {
     EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(test::readAll(m_kept), "installed\n");
     EXPECT_EQ(keeping(), (Lines{"vrb \"~/Library/Logs/Quillmark/MacFUSE\" subfolder missing - created it",
-                                "vrb Copying \"~/install.log\" to "
-                                "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
-                                "vrb Copied \"~/install.log\" to "
-                                "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" - MacFUSE log available"}));
+                                "vrb Copying " + m_both + "...", "vrb Copied " + m_both + " - MacFUSE log available"}));
 }
 
 TEST_F(MacFuseLog, IsKeptWhateverTheLetterCaseOfThePackage) {
@@ -360,12 +356,10 @@ TEST_F(MacFuseLog, DoesNotReplaceAnEarlierOne) {
     EXPECT_EQ(install(), Outcome(kSucceeded, kSucceeded));
     EXPECT_EQ(test::readAll(m_kept), "earlier");
     EXPECT_EQ(keeping(),
-              (Lines{"vrb Copying \"~/install.log\" to "
-                     "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\"...",
-                     "ERR Failed to copy \"~/install.log\" to "
-                     "\"~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log\" "
-                     "(\"Copying stopped at '~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log'\" because "
-                     "\"Posix error 17 (File exists)\")"}));
+              (Lines{"vrb Copying " + m_both + "...",
+                     "ERR Failed to copy " + m_both +
+                         " (\"Copying stopped at '~/Library/Logs/Quillmark/MacFUSE/macfuse-install.log'\" because "
+                         "\"Posix error 17 (File exists)\")"}));
 }
 
 TEST_F(MacFuseLog, WhoseFolderCannotBeMadeIsAnExceptionThatGoesNoFurther) {

@@ -8,16 +8,13 @@ namespace quillmark {
 namespace {
 
 TEST(BooleanValue, ReadsBooleansAndNumbers) {
-    EXPECT_TRUE(booleanValueOf(true));
-    EXPECT_FALSE(booleanValueOf(false));
-    EXPECT_TRUE(booleanValueOf(-1));
-    EXPECT_FALSE(booleanValueOf(0));
-    EXPECT_TRUE(booleanValueOf(0.5));
-    EXPECT_TRUE(booleanValueOf(-0.25));
-    EXPECT_TRUE(booleanValueOf(1e-300));
-    EXPECT_TRUE(booleanValueOf(0.25F));
-    EXPECT_TRUE(booleanValueOf(~std::uint64_t{0}));
-    EXPECT_FALSE(booleanValueOf(0.0));
+    for (const Value &value :
+         {Value(true), Value(-1), Value(0.5), Value(-0.25), Value(1e-300), Value(0.25F), Value(~std::uint64_t{0})}) {
+        EXPECT_TRUE(booleanValueOf(value)) << testing::PrintToString(value);
+    }
+    for (const Value &value : {Value(false), Value(0), Value(0.0)}) {
+        EXPECT_FALSE(booleanValueOf(value)) << testing::PrintToString(value);
+    }
 }
 
 TEST(BooleanValue, ReadsTheBeginningOfATextBehindBlanksAndZeros) {

@@ -10,7 +10,6 @@
 #include <sys/un.h>
 
 namespace quillmark {
-
 namespace {
 
 class CopyItem : public testing::Test {
@@ -250,5 +249,4 @@ TEST_F(CopyItem, ThatFailsLaterRemovesFoldersThatForbidIt) {
 }
 
 } // namespace
-
 } // namespace quillmark

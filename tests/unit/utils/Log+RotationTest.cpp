@@ -14,7 +14,8 @@ constexpr std::int64_t k4GiB = 1LL << 32;
 /// Logs into a file of a given length, by way of the whole set-up, so that a next file can be named.
 class LogRotation : public test::LogFixture {
 protected:
-    std::string setUp() { return initLogging3("normal", "error", home.path(), "Q", "Q"); }
+    std::string setUp() { return setUpIn(home.path()); }
+    static std::string setUpIn(const std::string &folder) { return initLogging3("normal", "error", folder, "Q", "Q"); }
     /// A sparse file stands in for a full one.
     static void grow(const std::string &path, std::int64_t length) {
         _flushLog();
@@ -36,6 +37,14 @@ protected:
         }
         passSeconds(1);
     }
+    /// Begins with a file in that folder that is longer than it may be, so that the next look at it ends it.
+    std::string setUpFullFile(const std::string &folder) {
+        startCountdown();
+        std::string file = setUpIn(folder);
+        grow(file, kMaxLogFileLength + 1);
+        passSeconds(5);
+        return file;
+    }
 };
 
 TEST_F(LogRotation, TheConstantsAreFiftyMebibytesAndFiveHundredLines) {
@@ -44,10 +53,7 @@ TEST_F(LogRotation, TheConstantsAreFiftyMebibytesAndFiveHundredLines) {
 }
 
 TEST_F(LogRotation, TheLengthIsLookedAtWithEvery501stLine) {
-    startCountdown();
-    const std::string file = setUp();
-    grow(file, kMaxLogFileLength + 1);
-    passSeconds(5);
+    const std::string file = setUpFullFile(home.path());
     logLines(500);
     EXPECT_EQ(getLogFilePath(), file); // deliberate: the constant says 500, the count is 501
     logLines(1);
@@ -85,10 +91,7 @@ TEST_F(LogRotation, AFileOfOneByteMoreDoesNot) {
 }
 
 TEST_F(LogRotation, TheOldFileIsLeftAsItIs) {
-    startCountdown();
-    const std::string file = setUp();
-    grow(file, kMaxLogFileLength + 1);
-    passSeconds(5);
+    const std::string file = setUpFullFile(home.path());
     logLines(502);
     _flushLog();
     EXPECT_GT(std::filesystem::file_size(file), kMaxLogFileLength + 1);
@@ -119,11 +122,7 @@ TEST_F(LogRotation, LengthsCountModulo4GiB) {
 }
 
 TEST_F(LogRotation, APathThatCannotBeMadeLeavesTheOldFileOpenUntilTheNextLook) {
-    startCountdown();
-    const std::string folder = home.makeFolder("x/logs");
-    const std::string file = initLogging3("normal", "error", folder, "Q", "Q");
-    grow(file, kMaxLogFileLength + 1);
-    passSeconds(5);
+    const std::string file = setUpFullFile(home.makeFolder("x/logs"));
     std::filesystem::rename(home.path("x"), home.path("moved"));
     home.write("x", "a file in the way, so that the folder can't be made again");
     logLines(501);
@@ -136,11 +135,7 @@ TEST_F(LogRotation, APathThatCannotBeMadeLeavesTheOldFileOpenUntilTheNextLook) {
 }
 
 TEST_F(LogRotation, ANextFileThatCannotBeOpenedIsAConfigurationFaultAsAtSetUp) {
-    startCountdown();
-    const std::string folder = home.makeFolder("logs");
-    const std::string file = initLogging3("normal", "error", folder, "Q", "Q");
-    grow(file, kMaxLogFileLength + 1);
-    passSeconds(5);
+    setUpFullFile(home.makeFolder("logs"));
     const std::string next = home.makeFolder("logs/Q-2024-03-05-141509.log");
     EXPECT_THAT([] { logLines(501); }, testing::ThrowsMessage<Exception>(testing::HasSubstr(
                                            "(Failed to open log file \"" + next + "\" for writing)")));

@@ -32,17 +32,18 @@ protected:
         std::string output = GetCapturedStdout();
         return {output, GetCapturedStderr()};
     }
+    static void logAtEachLevel() {
+        logError("one");
+        logNormal("two");
+        logVerbose("three");
+        logDetail("four");
+    }
 };
 
 TEST_F(Log, BothLevelsAreNormalBeforeAnyInitialisation) {
     EXPECT_EQ(_fileLoggingLevel, 1U);
     EXPECT_EQ(_stdioLoggingLevel, 1U);
-    const auto [output, error] = streamsOf([] {
-        logError("one");
-        logNormal("two");
-        logVerbose("three");
-        logDetail("four");
-    });
+    const auto [output, error] = streamsOf(logAtEachLevel);
     EXPECT_NE(error.find("(ERR)"), std::string::npos);
     EXPECT_NE(output.find("two\n"), std::string::npos);
     EXPECT_EQ(output.find("three"), std::string::npos);
@@ -69,10 +70,7 @@ TEST_F(Log, TheTimeFollowsTheClockWithFourDigitsOfASecond) {
 TEST_F(Log, EachLevelHasItsTag) {
     const std::string file = logToFile(kLogLevelDetailed);
     _setStandardStreams(nullptr, nullptr);
-    logError("0");
-    logNormal("1");
-    logVerbose("2");
-    logDetail("3");
+    logAtEachLevel();
     EXPECT_THAT(test::linesIn(contentsOf(file)),
                 ElementsAre(HasSubstr("(ERR) ["), HasSubstr("(nrm) ["), HasSubstr("(vrb) ["), HasSubstr("(dtl) [")));
 }
@@ -97,12 +95,7 @@ TEST_F(Log, EachSinkTakesTheLinesUpToItsOwnLevel) {
 
 TEST_F(Log, OnlyErrorsGoToStandardErrorAllElseToStandardOutput) {
     logToFile(kLogLevelError, kLogLevelDetailed);
-    const auto [output, error] = streamsOf([] {
-        logError("e");
-        logNormal("n");
-        logVerbose("v");
-        logDetail("d");
-    });
+    const auto [output, error] = streamsOf(logAtEachLevel);
     EXPECT_EQ(std::count(error.begin(), error.end(), '\n'), 1);
     EXPECT_EQ(std::count(output.begin(), output.end(), '\n'), 3);
 }
@@ -110,11 +103,7 @@ TEST_F(Log, OnlyErrorsGoToStandardErrorAllElseToStandardOutput) {
 TEST_F(Log, AProgramCanTakeTheStandardStreamsAway) {
     logToFile(kLogLevelError, kLogLevelDetailed);
     _setStandardStreams(nullptr, nullptr);
-    EXPECT_EQ(streamsOf([] {
-                  logError("e");
-                  logNormal("n");
-              }),
-              std::pair(std::string(), std::string()));
+    EXPECT_EQ(streamsOf(logAtEachLevel), std::pair(std::string(), std::string()));
     _setStandardStreams(stderr, stderr);
     const auto [output, error] = streamsOf([] { logNormal("n"); });
     EXPECT_EQ(output, "");
@@ -189,7 +178,7 @@ TEST_F(Log, AZeroByteEndsTheLineAsCStringsDo) {
 
 TEST_F(Log, LongMessagesAreWrittenWhole) {
     const std::string file = logToFile(kLogLevelNormal);
-    const std::string text = test::joined(Lines(100'000, "ä"), "");
+    const std::string text = test::repeated("ä", 100'000);
     logNormal("%@", text);
     EXPECT_EQ(messagesOf(file), Lines{text});
 }

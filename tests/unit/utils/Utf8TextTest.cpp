@@ -1,4 +1,5 @@
 #include "utils/Utf8Text.h"
+#include "support/Lines.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -30,10 +31,7 @@ TEST(Utf8Text, IsAbsentWhereAByteIsNoPartOfUtf8) {
 
 TEST(Utf8Text, ThatIsValidHasOneMarkInPlaceOfEachSuchByte) {
     for (const std::string fault : kFaults) {
-        std::string marks;
-        for (size_t i = 0; i < fault.size(); ++i) {
-            marks += "\uFFFD";
-        }
+        const std::string marks = test::repeated("\uFFFD", fault.size());
         EXPECT_EQ(validText(fault), marks);
         EXPECT_EQ(validText("aü" + fault + "€𝄞" + fault), "aü" + marks + "€𝄞" + marks);
         EXPECT_EQ(validText(fault + '\n'), marks + '\n');

@@ -1,8 +1,11 @@
 #include "platform/images/PortableImages.h"
+#include "support/Lines.h"
 #include "support/TemporaryHome.h"
 
 namespace quillmark {
 namespace {
+
+using test::repeated;
 
 /// The number's four bytes, the lowest first.
 std::string little(size_t number) {
@@ -11,14 +14,6 @@ std::string little(size_t number) {
         bytes += static_cast<char>(number >> shift);
     }
     return bytes;
-}
-
-std::string repeated(const std::string &bytes, size_t times) {
-    std::string all;
-    for (size_t i = 0; i < times; ++i) {
-        all += bytes;
-    }
-    return all;
 }
 
 /// A 24-bit bitmap, every pixel red.

@@ -10,7 +10,6 @@
 #include "utils/IntegerValue.h"
 
 #include <sys/file.h>
-#include <unistd.h>
 
 namespace quillmark {
 namespace {

@@ -53,6 +53,16 @@ std::string bytes(std::initializer_list<int> values) {
 Value value(const std::string &object) { return Document{{object}}.value(); }
 bool isRefused(const Document &document) { return document.value().isNothing(); }
 
+/// Lists in each other, of which each holds the next one twice.
+Document doubling(int levels) {
+    Document document;
+    for (int level = 0; level < levels; ++level) {
+        document.objects.push_back(bytes({0xA2, level + 1, level + 1}));
+    }
+    document.objects.push_back(bytes({0x09}));
+    return document;
+}
+
 TEST(PropertyListBinary, EachTypeHasItsValue) {
     EXPECT_EQ(value(bytes({0x08})), Value(false));
     EXPECT_EQ(value(bytes({0x09})), Value(true));
@@ -119,26 +129,21 @@ TEST(PropertyListBinary, KeysMustBeTexts) {
 TEST(PropertyListBinary, ReferencesAndOffsetsMustLeadToObjects) {
     EXPECT_TRUE(isRefused({{bytes({0xA1, 9})}}));
     EXPECT_TRUE(isRefused({{bytes({0x09})}, 5}));
-    Document wrongTable{{bytes({0x09})}};
     for (const std::uint64_t table : {0UL, 7UL, 100000UL, ~0UL}) {
-        wrongTable.table = table;
-        EXPECT_TRUE(isRefused(wrongTable)) << table;
+        EXPECT_TRUE(isRefused({.objects = {bytes({0x09})}, .table = table})) << table;
     }
-    Document wrongCount{{bytes({0x09})}};
     for (const std::uint64_t count : {0UL, 1UL << 40, ~0UL}) {
-        wrongCount.count = count;
-        EXPECT_TRUE(isRefused(wrongCount)) << count;
+        EXPECT_TRUE(isRefused({.objects = {bytes({0x09})}, .count = count})) << count;
     }
 }
 
 TEST(PropertyListBinary, SizesOfOffsetsAndReferencesAreChecked) {
     for (const int size : {0, 9, 255}) {
-        std::string document = Document{{bytes({0x09})}}.bytes();
-        document[document.size() - 26] = static_cast<char>(size);
-        EXPECT_TRUE(PortablePropertyList().parse(document).isNothing()) << size;
-        document = Document{{bytes({0x09})}}.bytes();
-        document[document.size() - 25] = static_cast<char>(size);
-        EXPECT_TRUE(PortablePropertyList().parse(document).isNothing()) << size;
+        for (const size_t fromEnd : {26U, 25U}) {
+            std::string document = Document{{bytes({0x09})}}.bytes();
+            document[document.size() - fromEnd] = static_cast<char>(size);
+            EXPECT_TRUE(PortablePropertyList().parse(document).isNothing()) << size << ' ' << fromEnd;
+        }
     }
 }
 
@@ -156,23 +161,9 @@ TEST(PropertyListBinary, CyclesAreRefused) {
     EXPECT_TRUE(isRefused({{bytes({0xA1, 1}), bytes({0xD1, 2, 0}), bytes({0x51, 'k'})}}));
 }
 
-TEST(PropertyListBinary, ASmallDocumentThatUnfoldsIntoAHugeOneIsRefused) {
-    Document doubling;
-    for (int level = 0; level < 60; ++level) {
-        doubling.objects.push_back(bytes({0xA2, level + 1, level + 1}));
-    }
-    doubling.objects.push_back(bytes({0x09}));
-    EXPECT_TRUE(isRefused(doubling));
-}
+TEST(PropertyListBinary, ASmallDocumentThatUnfoldsIntoAHugeOneIsRefused) { EXPECT_TRUE(isRefused(doubling(60))); }
 
-TEST(PropertyListBinary, SharedObjectsAreFineWithinBounds) {
-    Document doubling;
-    for (int level = 0; level < 10; ++level) {
-        doubling.objects.push_back(bytes({0xA2, level + 1, level + 1}));
-    }
-    doubling.objects.push_back(bytes({0x09}));
-    EXPECT_EQ(doubling.value().list().size(), 2U);
-}
+TEST(PropertyListBinary, SharedObjectsAreFineWithinBounds) { EXPECT_EQ(doubling(10).value().list().size(), 2U); }
 
 TEST(PropertyListBinary, NestingIsBounded) {
     Document deep;

@@ -3,13 +3,12 @@
 #include "fakes/FakeSessionBus.h"
 #include "platform/linux/desktop/LinuxWorkspace.h"
 #include "support/FileFacts.h"
+#include "support/Lines.h"
 #include "support/TemporaryHome.h"
 
 #include <ctime>
-#include <unistd.h>
 
 namespace quillmark {
-
 namespace {
 
 using Paths = std::vector<std::string>;
@@ -108,13 +107,7 @@ TEST_F(TrashTest, LeavesItemsThatNobodyKnowsTheOriginOf) {
 }
 
 TEST_F(TrashTest, ShortensNamesThatAreTooLongForAnInfoFileBetweenCharacters) {
-    const auto umlauts = [](int count) {
-        std::string text;
-        while (count-- > 0) {
-            text += "ä";
-        }
-        return text;
-    };
+    const auto umlauts = [](size_t count) { return test::repeated("ä", count); };
     const std::string name = umlauts(127) + 'x'; // 255 bytes
     for (int i = 0; i < 2; ++i) {
         home.write(name, "");
@@ -217,5 +210,4 @@ TEST_F(TrashTest, DownloadsFoldersAreTheDesktopsAndTheUsualOne) {
 }
 
 } // namespace
-
 } // namespace quillmark
