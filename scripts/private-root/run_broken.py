@@ -10,6 +10,7 @@ import time
 import unittest
 from pathlib import Path
 
+sys.path.insert(0, str(Path(__file__).parents[2] / "tests/support"))  # which drives windows and polkit, too
 from desktop import Desktop
 from machine import FILES, USER, environment, start, wait_until
 from polkit import confirm_password, start_agent, start_polkit
@@ -75,7 +76,7 @@ def main(arguments):
             say("several components are at fault, and there is no display here: using one without a screen")
             variables = {"XDG_RUNTIME_DIR": os.environ["XDG_RUNTIME_DIR"]} | user.desktop.variables
         variables |= {name: os.environ[name] for name in ("QUILLMARK_FILES", "XAUTHORITY") if name in os.environ}
-        inside = start("bash", Path(__file__).parents[2] / "scripts/private-root/run-inside.sh", *arguments, env=environment(**variables),
+        inside = start("bash", Path(__file__).with_name("run-inside.sh"), *arguments, env=environment(**variables),
                        stdout=person, stderr=person)
         test.addCleanup(lambda: (inside.kill(), inside.wait()))
         launcher = Process(int(wait_until(lambda: LAUNCHER_PID.exists() and LAUNCHER_PID.read_text(), "the launcher runs")))
