@@ -86,9 +86,10 @@ is_configured() { # FOLDER VARIABLE...
   done
 }
 
-# build PRESET TARGET [-DNAME=VALUE...]   Configures when need be, and builds. One build at a time in each folder.
+# build PRESET "TARGET..." [-DNAME=VALUE...]   Configures when need be, and builds. One build at a time in each folder.
 build() {
-  local preset=$1 target=$2 folder=build/$1 missing
+  local preset=$1 targets=() folder=build/$1 missing
+  read -ra targets <<<"$2"
   shift 2
   mkdir -p "$folder"
   exec 9>"$folder/.lock"
@@ -103,7 +104,7 @@ build() {
     }
   fi
   NINJA_STATUS='[%f/%t] ' with_progress "building $preset" "$folder/build.log" \
-    cmake --build --preset "$preset" --target "$target" || {
+    cmake --build --preset "$preset" --target "${targets[@]}" || {
     grep -vE '^\[[0-9]+/[0-9]+\]' "$folder/build.log" || :
     fail "cannot build $preset ($folder/build.log)"
   }
