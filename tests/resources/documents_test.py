@@ -11,7 +11,7 @@ from urllib.parse import unquote
 
 from bundle import SOURCES
 
-NOT_OURS = {".git", ".cache", "build"}
+HIDDEN_BUT_OURS = {".ci", ".github"}
 SUFFIXES = {".c", ".cmake", ".cpp", ".dot", ".h", ".in", ".json", ".md", ".plist", ".policy", ".py", ".sh", ".strings", ".svg",
             ".txt", ".ui"}
 # Of a name: what stands for any text.
@@ -24,7 +24,8 @@ def files():
     """The paths of all files of the project, and of the folders that hold them."""
     found = set()
     for folder, folders, names in os.walk(SOURCES):
-        folders[:] = [name for name in folders if name not in NOT_OURS and name != "__pycache__"]
+        folders[:] = [name for name in folders if name not in ("build", "__pycache__")
+                      and (not name.startswith(".") or name in HIDDEN_BUT_OURS)]
         place = PurePosixPath(os.path.relpath(folder, SOURCES).replace(os.sep, "/"))
         found.update(str(place / name) for name in names)
         found.update(f"{place / name}/" for name in folders)
