@@ -310,7 +310,57 @@ def drawn_texts(name):
     return {" ".join(html.unescape(text).split()) for text in texts} - {""}
 
 
+def arrows(name):
+    """The folders of a diagram's nodes, and its arrows as pairs of folders."""
+    text = text_of(f"docs/diagrams/{name}.dot")
+    folders = dict(re.findall(r'^ *(\w+) \[id="([^"]+)"', text, re.MULTILINE))
+    pairs = set()
+    for line in re.findall(r"^ *([^\[\n]*->[^\[;]*)", re.sub(r".*style=invis.*", "", text), re.MULTILINE):
+        ends = [re.findall(r"\w+", end) for end in line.split("->")]
+        for sources, targets in zip(ends, ends[1:]):
+            pairs.update((folders[source], folders[target]) for source in sources for target in targets)
+    return set(folders.values()), pairs
+
+
+def includes(folders):
+    """Which of the folders includes which other one, by the folder that is nearest to a file."""
+    def nearest(path):
+        return max((folder for folder in folders if path.startswith(f"{folder}/")), key=len, default=None)
+
+    pairs = set()
+    for path in files():
+        if path.startswith("src/") and path.endswith((".cpp", ".h")) and nearest(path):
+            for included in re.findall(r'^#include "(.+)"', text_of(path), re.MULTILINE):
+                pairs.add((nearest(path), nearest(f"src/{included}")))
+    return {(source, target) for source, target in pairs if target not in (None, source)}
+
+
+def reached(start, pairs):
+    found, waiting = set(), [start]
+    while waiting:
+        folder = waiting.pop()
+        for target in {target for source, target in pairs if source == folder} - found:
+            found.add(target)
+            waiting.append(target)
+    return found
+
+
 class Diagrams(unittest.TestCase):
+    def test_the_arrows_between_folders_are_those_of_the_sources(self):
+        for name in ("folders", "platform"):
+            folders, drawn = arrows(name)
+            real = includes(folders)
+            self.assertFalse(drawn - real, f"{name}: nobody includes that")
+            for source, target in real:
+                self.assertIn(target, reached(source, drawn), f"{name}: {source} includes {target}")
+
+    def test_every_folder_is_in_a_diagram(self):
+        folders = set().union(*(arrows(name)[0] for name in ("folders", "platform")))
+        for path in files():
+            if re.fullmatch(r"src/(platform/(linux/)?)?[a-z]+/", path):
+                inner = any(folder.startswith(path) for folder in folders)
+                self.assertTrue(inner or path.rstrip("/") in folders, path)
+
     def test_each_is_drawn_and_has_a_text(self):
         self.assertEqual(diagrams("dot"), diagrams("svg"))
         self.assertTrue(diagrams("dot"))
