@@ -14,7 +14,6 @@
 #include "utils/Exception.h"
 #include "utils/Log.h"
 
-#include <future>
 #include <utility>
 
 namespace quillmark {
@@ -51,15 +50,16 @@ bool InstallCheckManager::loadWindow() {
     return m_window != nullptr;
 }
 
-void InstallCheckManager::loadWindowWhile(const std::function<void()> &call) {
-    if (!isAnythingMissing()) {
-        call();
-        return;
+bool InstallCheckManager::prepareWindow() const {
+    const bool isWanted = isAnythingMissing();
+    if (isWanted) {
+        platform().checkWindows.prepare();
     }
-    platform().checkWindows.prepare();
-    std::future<void> done = std::async(std::launch::async, call);
+    return isWanted;
+}
+
+void InstallCheckManager::loadWindowInAdvance() {
     m_problemsInAdvance = problemsOf([this] { loadWindow(); });
-    done.get();
 }
 
 void InstallCheckManager::awakeFromNib() {

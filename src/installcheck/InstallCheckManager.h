@@ -155,9 +155,11 @@ public:
     // told to it is passed over.
 
     bool hasWindow() const { return m_window != nullptr; }
-    /// Makes the call; when anything is missing, on a thread of its own, while the window that will be shown is loaded.
-    /// What the call raises is raised here. What is wrong with the window is told when it is wanted.
-    void loadWindowWhile(const std::function<void()> &call);
+    /// When anything is missing, the window will be wanted soon, and what takes long begins. No other thread may run at
+    /// this moment. \returns whether it will be wanted.
+    bool prepareWindow() const;
+    /// Loads the window without showing it. What is wrong with it is told when it is wanted.
+    void loadWindowInAdvance();
     void runSelfRepair();
     /// Tells what is at fault where there is no such window, and waits until the user has read it.
     void runFaultsAlert();

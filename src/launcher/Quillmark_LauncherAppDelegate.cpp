@@ -18,6 +18,8 @@
 #include "utils/LogSetup.h"
 #include "utils/ProductVersion.h"
 
+#include <future>
+
 namespace quillmark {
 
 Quillmark_LauncherAppDelegate::Quillmark_LauncherAppDelegate(LocalizedStrings &strings,
@@ -42,6 +44,7 @@ bool Quillmark_LauncherAppDelegate::applicationDidFinishLaunching() {
     logNormal("%@ did finish launching", m_productName);
     if (installCheck.checkForRequiredItems()) {
         launchCore();
+        return false;
     }
     logFaults(installCheck);
     _flushLog(); // the user may look at the log while the window waits for him
@@ -91,12 +94,20 @@ std::int32_t Quillmark_LauncherAppDelegate::brandId() const {
 
 std::string Quillmark_LauncherAppDelegate::coreName() const { return m_productName + "Core"; }
 
+bool Quillmark_LauncherAppDelegate::isCoreRunning() {
+    const auto ask = [this] { return ProcessUtilities::quillmarkCoreAlreadyRunning(coreName()); };
+    InstallCheckManager &installCheck = m_installCheck();
+    if (!installCheck.prepareWindow()) {
+        return ask();
+    }
+    // Most of the start's time goes by in this question to the process table.
+    std::future<bool> answer = std::async(std::launch::async, ask);
+    installCheck.loadWindowInAdvance();
+    return answer.get();
+}
+
 void Quillmark_LauncherAppDelegate::ensureCoreNotRunning() {
-    bool isCoreRunning = false;
-    // Most of the start's time goes by in these questions to the process table.
-    m_installCheck().loadWindowWhile(
-        [&] { isCoreRunning = ProcessUtilities::quillmarkCoreAlreadyRunning(coreName()); });
-    if (!isCoreRunning) {
+    if (!isCoreRunning()) {
         return;
     }
     AlertDescription alert;

@@ -36,6 +36,8 @@ public:
 private:
     void readConfiguration();
     void setUpLogging();
+    /// Asks the process table, and meanwhile has the check window loaded when it will be wanted.
+    bool isCoreRunning();
     void logFaults(const InstallCheckManager &installCheck) const;
 
     /// The core application's name: the product's with "Core" behind it.

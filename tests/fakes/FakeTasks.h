@@ -22,6 +22,7 @@ public:
     int usualStatus = 1;
     std::map<std::string, std::string> outputs; ///< by path
     std::vector<std::string> unstartable;       ///< paths
+    std::function<void()> onRun;                ///< called before each run
     std::function<void()> onLaunch;             ///< called before each launch
     std::vector<std::string> programFolders;    ///< of the runs
     bool canStart = true;
@@ -30,6 +31,9 @@ public:
                            const std::optional<std::string> &programFolder) override {
         if (programFolder) {
             programFolders.push_back(*programFolder);
+        }
+        if (onRun) {
+            onRun();
         }
         constexpr int kFailure = 4;
         if (recordOrFail(callOf("run", path, arguments), "run")) {

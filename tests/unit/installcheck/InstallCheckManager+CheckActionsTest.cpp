@@ -68,12 +68,6 @@ protected:
         });
         return list;
     }
-    /// The thread on which a call is made beside the loading of the window.
-    std::thread::id callerBesideTheLoading() {
-        std::thread::id caller;
-        manager().loadWindowWhile([&caller] { caller = std::this_thread::get_id(); });
-        return caller;
-    }
     void runRepairThread() {
         ASSERT_EQ(platform.mainThread.threads.size(), 1U);
         std::exchange(platform.mainThread.threads, {}).front()();
@@ -127,9 +121,10 @@ TEST_F(InstallCheckWindow, IsLoadedOnce) {
     EXPECT_EQ(calls(), (Lines{"setText explanation", "setFaults", "bringToFront"}));
 }
 
-TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
+TEST_F(InstallCheckWindow, IsPreparedAndLoadedInAdvanceWhenAComponentIsMissing) {
     setItems({missing("QMTool", "a")});
-    EXPECT_NE(callerBesideTheLoading(), std::this_thread::get_id());
+    EXPECT_TRUE(manager().prepareWindow());
+    manager().loadWindowInAdvance();
     EXPECT_TRUE(manager().hasWindow());
     EXPECT_EQ(linesFrom(calls(), 0, 2), (Lines{"prepare", "load InstallCheck.ui"}));
     EXPECT_THAT(calls(), Not(Contains("bringToFront")));
@@ -139,16 +134,10 @@ TEST_F(InstallCheckWindow, IsLoadedBesideACallWhenAComponentIsMissing) {
     EXPECT_EQ(calls(), (Lines{"setText explanation", "setFaults", "bringToFront"}));
 }
 
-TEST_F(InstallCheckWindow, IsNotLoadedBesideACallWhenNoComponentIsMissing) {
+TEST_F(InstallCheckWindow, IsNotPreparedWhenNoComponentIsMissing) {
     setItems({itemOf("QMTool", "a", installTool("tool", ""))}); // which has a wrong owner
-    EXPECT_EQ(callerBesideTheLoading(), std::this_thread::get_id());
+    EXPECT_FALSE(manager().prepareWindow());
     EXPECT_TRUE(calls().empty());
-}
-
-TEST_F(InstallCheckWindow, LetsWhatTheCallBesideItRaisesThrough) {
-    setItems({missing("QMTool", "a")});
-    EXPECT_THROW(manager().loadWindowWhile([] { throw test::Terminated(); }), test::Terminated);
-    EXPECT_TRUE(manager().hasWindow());
 }
 
 TEST_F(InstallCheckWindow, ThatCannotBeShownIsTriedOnceAndBreaksNothing) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace quillmark {
 namespace {
@@ -214,13 +215,32 @@ TEST_F(LauncherAppDelegate, ACatalogueThatCannotBeReadIsReportedAndTheCoreIsLaun
 TEST_F(LauncherAppDelegate, TheWindowForAMissingComponentIsLoadedWhileTheProcessTableIsAsked) {
     setItems({itemOf("QMTool", "gone", "/none")});
     platform.bundle.resources.emplace_back("InstallCheck.ui");
+    std::thread::id asker;
+    platform.tasks.onRun = [&asker] { asker = std::this_thread::get_id(); };
     EXPECT_TRUE(delegate().applicationDidFinishLaunching());
+    EXPECT_NE(asker, std::this_thread::get_id());
     const size_t next = indexOf(calls(), "applicationsFolders user");
     EXPECT_EQ(calls()[3], "prepare");
     EXPECT_LT(indexOf(calls(), "load InstallCheck.ui"), next);
     for (const std::string &pipeline : pipelines()) {
         EXPECT_LT(indexOf(calls(), pipeline), next);
     }
+}
+
+TEST_F(LauncherAppDelegate, WhenNothingIsMissingTheProcessTableIsAskedOnTheMainThread) {
+    std::thread::id asker;
+    platform.tasks.onRun = [&asker] { asker = std::this_thread::get_id(); };
+    start();
+    EXPECT_EQ(asker, std::this_thread::get_id());
+    EXPECT_THAT(calls(), Not(Contains("prepare")));
+}
+
+TEST_F(LauncherAppDelegate, WhatTheQuestionBesideTheLoadingRaisesIsLetThrough) {
+    setItems({itemOf("QMTool", "gone", "/none")});
+    platform.bundle.resources.emplace_back("InstallCheck.ui");
+    platform.tasks.onRun = [] { throw Exception("Question", "nobody answers"); };
+    EXPECT_THROW(delegate().applicationDidFinishLaunching(), Exception);
+    EXPECT_THAT(calls(), Contains("load InstallCheck.ui"));
 }
 
 TEST_F(LauncherAppDelegate, BesideARunningCoreNoComponentIsExaminedAndNoWindowComesUp) {
