@@ -1,7 +1,7 @@
 #include "Command.h"
 #include "Input.h"
 
-#include "desktop/MovePlan.h"
+#include "desktop/MoveOffer.h"
 #include "launcher/StaleBundles.h"
 #include "platform/Platform.h"
 #include "texts/LocalizedStrings.h"

@@ -2,7 +2,7 @@
 
 #include "platform/Platform.h"
 #include "platform/Workspace.h"
-#include "tools/Applications.h"
+#include "tools/LaunchedApplications.h"
 #include "tools/ProcessUtilities.h"
 
 #include <CLI/CLI.hpp>

@@ -1,8 +1,8 @@
 #include "Administration.h"
 
 #include "Caller.h"
-#include "Catalogue.h"
 #include "Failure.h"
+#include "InstallPlaces.h"
 #include "platform/process/Surroundings.h"
 
 #include <chrono>

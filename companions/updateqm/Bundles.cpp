@@ -2,11 +2,11 @@
 
 #include "BundleVersion.h"
 #include "Caller.h"
-#include "Catalogue.h"
 #include "Failure.h"
 #include "Identity.h"
+#include "InstallPlaces.h"
 #include "Payload.h"
-#include "Place.h"
+#include "PlainPath.h"
 #include "Staging.h"
 #include "Tools.h"
 #include "Unpacking.h"
@@ -44,7 +44,7 @@ void installInto(const Folder &folder, const std::string &name, Unpacking &unpac
 }
 
 void installAt(const std::string &path, Unpacking &unpacking, const VerifiedPayload &payload) {
-    const Place place = Place::of(path);
+    const PlainPath place = PlainPath::of(path);
     const Administration administration = beginInstallation();
     const Folder folder = place.folder == kToolFolder ? toolFolder() : Folder::makeAdministrators(place.folder);
     installInto(folder, place.name, unpacking, payload);
@@ -53,7 +53,7 @@ void installAt(const std::string &path, Unpacking &unpacking, const VerifiedPayl
 void installArchiveAt(const std::string &path, const std::string &signaturePath, const std::string &installPath) {
     const auto payload = VerifiedPayload::read(path, signaturePath);
     Unpacking unpacking(payload, Packing::Archive);
-    requireBundle(unpacking, payload, Place::of(installPath).name);
+    requireBundle(unpacking, payload, PlainPath::of(installPath).name);
     installAt(installPath, unpacking, payload);
 }
 
@@ -84,7 +84,7 @@ void installPackage(const std::string &path) {
 }
 
 void installClient(const std::string &path, const std::string &signaturePath, const std::string &installPath) {
-    const Place place = Place::of(installPath);
+    const PlainPath place = PlainPath::of(installPath);
     if (place.name != kClientBundle) {
         throw Failure(Status::WrongPlace, installPath, "is not the client");
     }

@@ -3,7 +3,7 @@
 #include "Caller.h"
 #include "Failure.h"
 #include "Folder.h"
-#include "Place.h"
+#include "PlainPath.h"
 #include "VendorKey.h"
 #include "integrity/SignatureManager.h"
 
@@ -48,7 +48,7 @@ std::string contentsOf(int folder, const std::string &name, const std::string &p
 }
 
 std::string contentsOf(const std::string &path, size_t largest) {
-    Place::of(path);
+    PlainPath::of(path);
     return contentsOf(AT_FDCWD, path, path, largest);
 }
 

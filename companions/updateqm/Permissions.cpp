@@ -2,10 +2,10 @@
 
 #include "Administration.h"
 #include "Caller.h"
-#include "Catalogue.h"
 #include "Failure.h"
 #include "Folder.h"
-#include "Place.h"
+#include "InstallPlaces.h"
+#include "PlainPath.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,7 +18,7 @@ constexpr mode_t kCoreMode = 0755;
 
 /// With the caller's rights, which reach nothing that is not his. By its name: who owns a folder with mode 0 can't open
 /// it. \returns whether it is the caller's own.
-bool repairCallers(const Folder &folder, const Place &place) {
+bool repairCallers(const Folder &folder, const PlainPath &place) {
     struct stat status {};
     if (::fstatat(folder.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(status.st_mode) ||
         status.st_uid != Caller::user()) {
@@ -29,7 +29,7 @@ bool repairCallers(const Folder &folder, const Place &place) {
 }
 
 /// \returns whether it is the administrator's, where nobody else can have moved it to.
-bool repairAdministrators(const Place &place) {
+bool repairAdministrators(const PlainPath &place) {
     const Administration administration;
     const Folder core = Folder::openAdministrators(place.folder).inner(place.name);
     struct stat status {};
@@ -43,7 +43,7 @@ bool repairAdministrators(const Place &place) {
 } // namespace
 
 void repairCoreApplication(const std::string &path) {
-    const Place place = Place::of(path);
+    const PlainPath place = PlainPath::of(path);
     if (place.name != kCoreBundle || !place.folder.ends_with("/Contents/Resources")) {
         throw Failure(Status::WrongPlace, path, "is not the core application of a launcher");
     }
@@ -66,7 +66,7 @@ void repairKeyPairs(const std::string &path) {
     if (!path.ends_with("/.config/.mono/keypairs")) {
         throw Failure(Status::WrongPlace, path, "is not a folder of key pairs");
     }
-    Place::of(path);
+    PlainPath::of(path);
     Caller::becomeCallerForGood();
     const Folder folder = Folder::open(path);
     must(::fchmod(folder.get(), S_IRWXU) == 0, path);

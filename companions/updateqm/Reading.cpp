@@ -1,7 +1,7 @@
 #include "Reading.h"
 
 #include "Failure.h"
-#include "Place.h"
+#include "PlainPath.h"
 #include "Records.h"
 #include "platform/propertylist/PortablePropertyList.h"
 
@@ -220,7 +220,7 @@ void readVersion(std::string_view description, const RecordWriter &records) {
 
 void requirePlainPath(const std::string &path, const std::string &source) {
     try {
-        Place::of('/' + path);
+        PlainPath::of('/' + path);
     } catch (const Failure &) {
         throw Failure(Status::DamagedPayload, source, "holds an entry that would leave its folder");
     }

@@ -1,10 +1,10 @@
 #include "Tools.h"
 
-#include "Catalogue.h"
 #include "Failure.h"
 #include "Identity.h"
+#include "InstallPlaces.h"
 #include "Payload.h"
-#include "Place.h"
+#include "PlainPath.h"
 #include "Staging.h"
 
 #include <algorithm>
@@ -100,7 +100,7 @@ Administration beginInstallation() {
 }
 
 Folder toolFolder() {
-    const Place place = Place::of(kToolFolder);
+    const PlainPath place = PlainPath::of(kToolFolder);
     return Folder::makeAdministrators(place.folder).takeInner(place.name);
 }
 
@@ -112,7 +112,7 @@ void installItself(const std::string &signaturePath) {
 }
 
 void installTool(const std::string &path, const std::string &signaturePath, unsigned mode) {
-    const Tool &tool = toolNamed(Place::of(path).name, mode);
+    const Tool &tool = toolNamed(PlainPath::of(path).name, mode);
     const auto payload = VerifiedPayload::read(path, signaturePath);
     const Administration administration = beginInstallation();
     const Folder folder = toolFolder();

@@ -2,7 +2,7 @@
 
 #include "Failure.h"
 #include "Payload.h"
-#include "Place.h"
+#include "PlainPath.h"
 #include "Reading.h"
 #include "Staging.h"
 

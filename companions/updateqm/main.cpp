@@ -4,8 +4,8 @@
 
 #include "Bundles.h"
 #include "Caller.h"
-#include "Catalogue.h"
 #include "Failure.h"
+#include "InstallPlaces.h"
 #include "Permissions.h"
 #include "ToolIdentity.h"
 #include "Tools.h"

@@ -1,6 +1,6 @@
 #include "desktop/MoveToApplications.h"
 
-#include "desktop/MovePlan.h"
+#include "desktop/MoveOffer.h"
 #include "platform/Alerts.h"
 #include "platform/Application.h"
 #include "platform/Authorization.h"

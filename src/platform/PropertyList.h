@@ -2,7 +2,6 @@
 
 #include "platform/values/Value.h"
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -11,14 +10,11 @@ namespace quillmark {
 /// Property lists, in their XML and their binary form.
 class PropertyList {
 public:
-    /// Nested dictionaries and arrays, and the memory that one document may take while it is read.
-    static constexpr int kMaximumDepth = 256;
-    static constexpr std::int64_t kMaximumMemory = 56LL << 20;
-
     virtual ~PropertyList() = default;
 
     /// The document's root value. Nothing when the bytes are not a well-formed property list of either form, or when
-    /// they exceed kMaximumDepth or kMaximumMemory. The document is taken over and may be parsed in place.
+    /// they exceed the limits of propertylist/PropertyListLimits.h. The document is taken over and may be parsed in
+    /// place.
     virtual Value parse(std::string document) const = 0;
 
     /// The XML form; absent when a value has no place in a property list or a text holds a character that XML cannot

@@ -3,7 +3,7 @@
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
 #include "platform/Tasks.h"
-#include "tools/Applications.h"
+#include "tools/LaunchedApplications.h"
 #include "utils/FormattedText.h"
 
 namespace quillmark {

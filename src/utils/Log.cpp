@@ -75,10 +75,7 @@ const std::string &processIdentity() {
     return *identity.get();
 }
 
-void replaceGrownFile(FILE *stream) {
-    if (_fileLength(stream) <= static_cast<std::uint32_t>(kMaxLogFileLength)) {
-        return;
-    }
+void beginNewFile() {
     if (const auto makePath = logPathMaker.load(std::memory_order_acquire)) {
         if (const auto path = makePath()) {
             _initLogging(path);
@@ -96,7 +93,9 @@ void writeToFile(const char *line) {
     if (examineLengthInNLines.fetch_sub(1, std::memory_order_relaxed) == 0) {
         const AtEnd restart(
             [] { examineLengthInNLines.store(kExamineLogFileLengthEveryNLines, std::memory_order_relaxed); });
-        replaceGrownFile(stream);
+        if (hasGrownTooLong(stream)) {
+            beginNewFile();
+        }
     }
 }
 

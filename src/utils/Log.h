@@ -100,9 +100,8 @@ std::optional<std::string> _initLogging(const std::optional<std::string> &path);
 /// Looks up the process's name and id again, for the lines to come.
 void _recordLogIdentity();
 
-/// A file that is longer is left, and a new one begun. (50 MiB)
-inline constexpr std::int64_t kMaxLogFileLength = 52428800;
-/// Lines between two looks at the file's length: it is measured at the first line, then at every 501st.
+/// Lines between two looks at the length of the file (kMaxLogFileLength): it is measured at the first line, then at
+/// every 501st.
 inline constexpr std::int64_t kExamineLogFileLengthEveryNLines = 500;
 
 /// What makes the path of the file that replaces one which has grown too long; an absent path keeps the old file.

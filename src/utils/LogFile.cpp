@@ -71,4 +71,6 @@ std::uint32_t _fileLength(FILE *stream) {
     return static_cast<std::uint32_t>(length);
 }
 
+bool hasGrownTooLong(FILE *stream) { return _fileLength(stream) > static_cast<std::uint32_t>(kMaxLogFileLength); }
+
 } // namespace quillmark

@@ -7,6 +7,9 @@
 
 namespace quillmark {
 
+/// A file that is longer is left, and a new one begun. (50 MiB)
+inline constexpr std::int64_t kMaxLogFileLength = 52428800;
+
 /// An append-only file that threads write to while another one puts a new file in its place.
 ///
 /// Nobody waits for writers: the stream lives as long as the process, and a switch exchanges the descriptor beneath it.
@@ -37,5 +40,8 @@ private:
 
 /// The length of the stream's file, of which only the lower 32 bits are told; 0xFFFFFFFF for a null stream.
 std::uint32_t _fileLength(FILE *stream);
+
+/// Whether the stream's file is longer than a log file may be.
+bool hasGrownTooLong(FILE *stream);
 
 } // namespace quillmark

@@ -10,6 +10,7 @@
 #include "platform/files/Tree.h"
 #include "platform/files/WriteAll.h"
 #include "platform/process/AtEnd.h"
+#include "platform/propertylist/PropertyListLimits.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -123,7 +124,7 @@ Descriptor LinuxUserDefaults::lock() {
 LinuxUserDefaults::FileState LinuxUserDefaults::load() {
     m_stored.clear();
     m_problem.reset();
-    auto contents = readRegularFile(m_path, PropertyList::kMaximumMemory);
+    auto contents = readRegularFile(m_path, kMaximumPropertyListMemory);
     if (const auto *failure = std::get_if<ReadError>(&contents)) {
         if (failure->error == ENOENT) {
             return FileState::Usable;

@@ -1,6 +1,6 @@
 #include "platform/propertylist/PortablePropertyList.h"
 #include "platform/propertylist/PropertyListBytes.h"
-#include "platform/propertylist/PropertyListCost.h"
+#include "platform/propertylist/PropertyListLimits.h"
 
 #include <bit>
 #include <vector>
@@ -81,7 +81,7 @@ bool BinaryReader::charge(Object &target, std::int64_t cost) {
 bool BinaryReader::chargePart(Object &target, const Object &part) {
     target.treeCost += part.treeCost;
     const bool isShared = part.value.is<List>() || part.value.is<Dictionary>();
-    return target.treeCost <= PropertyList::kMaximumMemory && (isShared || m_budget.take(part.treeCost));
+    return target.treeCost <= kMaximumPropertyListMemory && (isShared || m_budget.take(part.treeCost));
 }
 
 /// An unsigned number of 1 to 8 bytes inside the objects' area or the offset table.
@@ -122,7 +122,7 @@ std::optional<std::uint64_t> BinaryReader::reference(Span references, std::int64
 
 /// Reads an object once; null for any fault, a cycle included.
 const BinaryReader::Object *BinaryReader::object(std::uint64_t index, int depth) {
-    if (index >= m_objects.size() || depth > PropertyList::kMaximumDepth) {
+    if (index >= m_objects.size() || depth > kMaximumPropertyListDepth) {
         return nullptr;
     }
     Object &target = m_objects[index];
@@ -197,7 +197,7 @@ bool BinaryReader::read(Object &target, std::int64_t at, int depth) {
 
 bool BinaryReader::readArray(Object &target, std::int64_t at, int depth) {
     const auto span = payload(at, m_referenceSize);
-    if (!span || depth >= PropertyList::kMaximumDepth || !charge(target, cost::kArray + span->count * cost::kElement)) {
+    if (!span || depth >= kMaximumPropertyListDepth || !charge(target, cost::kArray + span->count * cost::kElement)) {
         return false;
     }
     List list;
@@ -216,7 +216,7 @@ bool BinaryReader::readArray(Object &target, std::int64_t at, int depth) {
 
 bool BinaryReader::readDictionary(Object &target, std::int64_t at, int depth) {
     const auto span = payload(at, 2 * m_referenceSize); // all the keys, then all the values
-    if (!span || depth >= PropertyList::kMaximumDepth ||
+    if (!span || depth >= kMaximumPropertyListDepth ||
         !charge(target, cost::kDictionary + span->count * cost::kEntry)) {
         return false;
     }

@@ -1,6 +1,6 @@
 #include "platform/process/AtEnd.h"
 #include "platform/propertylist/PortablePropertyList.h"
-#include "platform/propertylist/PropertyListCost.h"
+#include "platform/propertylist/PropertyListLimits.h"
 #include "platform/propertylist/PropertyListText.h"
 
 #include <algorithm>
@@ -145,7 +145,7 @@ Value Converter::scalar(std::string_view type, std::string_view raw) {
 }
 
 Value Converter::dictionary(pugi::xml_node element, int depth) {
-    if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kDictionary)) {
+    if (depth >= kMaximumPropertyListDepth || !m_budget.take(cost::kDictionary)) {
         return {};
     }
     std::vector<Dictionary::value_type> entries;
@@ -166,7 +166,7 @@ Value Converter::dictionary(pugi::xml_node element, int depth) {
 }
 
 Value Converter::array(pugi::xml_node element, int depth) {
-    if (depth >= PropertyList::kMaximumDepth || !m_budget.take(cost::kArray)) {
+    if (depth >= kMaximumPropertyListDepth || !m_budget.take(cost::kArray)) {
         return {};
     }
     List list;

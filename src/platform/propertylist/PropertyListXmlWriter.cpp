@@ -1,4 +1,5 @@
 #include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListLimits.h"
 
 #include "platform/values/Base64.h"
 #include "platform/values/ScalarText.h"
@@ -88,7 +89,7 @@ bool XmlWriter::text(std::string_view tag, const std::string &text, int depth) {
 
 template <class Container>
 bool XmlWriter::container(std::string_view tag, const Container &content, int depth) {
-    if (depth >= PropertyList::kMaximumDepth) {
+    if (depth >= kMaximumPropertyListDepth) {
         return false;
     }
     markup("<", tag, content.empty() ? "/>\n" : ">\n", depth);

@@ -1,6 +1,6 @@
 #include "desktop/MoveToApplications.h"
 
-#include "desktop/MovePlan.h"
+#include "desktop/MoveOffer.h"
 #include "platform/files/Path.h"
 #include "support/LogFixture.h"
 #include "support/ValuePrinter.h"

@@ -1,5 +1,5 @@
 #include "launcher/Quillmark_LauncherAppDelegate.h"
-#include "desktop/MovePlan.h"
+#include "desktop/MoveOffer.h"
 #include "support/InstallCheckFixture.h"
 #include "utils/Exception.h"
 #include "utils/ProductVersion.h"

@@ -1,7 +1,7 @@
 #include "tools/ProcessUtilities.h"
 #include "support/LogFixture.h"
 #include "support/ValuePrinter.h"
-#include "tools/Applications.h"
+#include "tools/LaunchedApplications.h"
 
 #include <gmock/gmock.h>
 

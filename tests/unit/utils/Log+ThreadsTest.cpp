@@ -1,6 +1,7 @@
 #include "support/LogFixture.h"
 #include "support/Threads.h"
 #include "utils/CurrentThread.h"
+#include "utils/LogFile.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>

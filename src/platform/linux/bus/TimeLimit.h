@@ -11,12 +11,15 @@ namespace quillmark {
 /// Cancels calls that last too long: some have no time limit of their own.
 class TimeLimit {
 public:
-    explicit TimeLimit(std::chrono::milliseconds limit)
-        : m_cancellable(g_cancellable_new()), m_watch([this, limit](const std::stop_token &isDone) {
+    /// For one question to the session or the keyring, however many calls that takes.
+    static constexpr std::chrono::milliseconds kLimit{3000};
+
+    TimeLimit()
+        : m_cancellable(g_cancellable_new()), m_watch([this](const std::stop_token &isDone) {
               std::mutex mutex;
               std::unique_lock lock(mutex);
               std::condition_variable_any sleep;
-              sleep.wait_for(lock, isDone, limit, [] { return false; });
+              sleep.wait_for(lock, isDone, kLimit, [] { return false; });
               if (!isDone.stop_requested()) {
                   g_cancellable_cancel(m_cancellable);
               }

@@ -1,4 +1,5 @@
 #include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListLimits.h"
 #include "support/ValuePrinter.h"
 
 #include <bit>
@@ -50,7 +51,7 @@ TEST(PropertyListRegression, ARealHasOneSign) {
 }
 
 TEST(PropertyListRegression, BothFormsAndTheWriterAllowTheSameDepth) {
-    constexpr int kDeepest = PropertyList::kMaximumDepth;
+    constexpr int kDeepest = kMaximumPropertyListDepth;
     EXPECT_EQ(parseBinaryPropertyList(nestedBinary(kDeepest)), nested(kDeepest));
     EXPECT_EQ(parseXmlPropertyList(writeXmlPropertyList(nested(kDeepest)).value()), nested(kDeepest));
     EXPECT_TRUE(parseBinaryPropertyList(nestedBinary(kDeepest + 1)).isNothing());

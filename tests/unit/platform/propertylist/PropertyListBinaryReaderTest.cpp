@@ -1,4 +1,5 @@
 #include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListLimits.h"
 #include "support/ValuePrinter.h"
 
 #include <bit>
@@ -173,7 +174,7 @@ TEST(PropertyListBinary, NestingIsBounded) {
     }
     deep.objects.push_back(bytes({0x09}));
     EXPECT_TRUE(isRefused(deep));
-    deep.top = 2000 - PropertyList::kMaximumDepth;
+    deep.top = 2000 - kMaximumPropertyListDepth;
     EXPECT_FALSE(deep.value().isNothing());
 }
 

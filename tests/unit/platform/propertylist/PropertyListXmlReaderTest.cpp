@@ -1,4 +1,5 @@
 #include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListLimits.h"
 #include "support/Lines.h"
 #include "support/ValuePrinter.h"
 
@@ -168,8 +169,8 @@ TEST(PropertyListXml, Utf16AndByteOrderMarksAreUnderstood) {
 std::string nested(size_t depth) { return repeated("<array>", depth) + repeated("</array>", depth); }
 
 TEST(PropertyListXml, NestingIsBounded) {
-    EXPECT_FALSE(value(nested(PropertyList::kMaximumDepth)).isNothing());
-    EXPECT_TRUE(isRefused(nested(PropertyList::kMaximumDepth + 1)));
+    EXPECT_FALSE(value(nested(kMaximumPropertyListDepth)).isNothing());
+    EXPECT_TRUE(isRefused(nested(kMaximumPropertyListDepth + 1)));
     EXPECT_TRUE(isRefused(nested(1000000)));
     EXPECT_TRUE(isRefused(repeated("<dict><key>a</key>", 100000)));
 }

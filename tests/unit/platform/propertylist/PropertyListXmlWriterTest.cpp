@@ -1,4 +1,5 @@
 #include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListLimits.h"
 #include "support/TemporaryHome.h"
 #include "support/ValuePrinter.h"
 
@@ -70,7 +71,7 @@ TEST(PropertyListWriter, TextsThatXmlCannotCarryAreRefused) {
 
 TEST(PropertyListWriter, NestingIsBounded) {
     Value value = true;
-    for (int depth = 0; depth < PropertyList::kMaximumDepth; ++depth) {
+    for (int depth = 0; depth < kMaximumPropertyListDepth; ++depth) {
         value = List{value};
     }
     EXPECT_TRUE(list.toXml(value));
@@ -104,7 +105,7 @@ TEST(PropertyListFile, OfTheWrongShapeIsAnEmptyDictionary) {
 TEST(PropertyListFile, ThatIsTooLargeIsNotRead) {
     const test::TemporaryHome home;
     const std::string file = home.write("sparse", "<plist><true/></plist>");
-    ASSERT_EQ(::truncate(file.c_str(), PropertyList::kMaximumMemory + 1), 0);
+    ASSERT_EQ(::truncate(file.c_str(), kMaximumPropertyListMemory + 1), 0);
     EXPECT_TRUE(list.read(file).isNothing());
 }
 

@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    TimeLimit m_limit{std::chrono::milliseconds(3000)};
+    TimeLimit m_limit;
     Connection m_connection;
 };
 

@@ -1,4 +1,4 @@
-#include "tools/Applications.h"
+#include "tools/LaunchedApplications.h"
 
 #include "platform/AppleEvents.h"
 #include "platform/Clock.h"

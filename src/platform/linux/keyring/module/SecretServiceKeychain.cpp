@@ -1,5 +1,5 @@
-#include "platform/linux/keyring/Keyring.h"
 #include "platform/linux/bus/TimeLimit.h"
+#include "platform/linux/keyring/Keyring.h"
 #include "platform/linux/keyring/module/SecretService.h"
 
 #include <type_traits>
@@ -7,9 +7,6 @@
 namespace quillmark {
 
 namespace {
-
-/// For one operation of the keychain, however many calls that takes.
-constexpr std::chrono::milliseconds kTimeLimit(3000);
 
 constexpr const char *kService = "/org/freedesktop/secrets";
 constexpr const char *kDefaultCollection = "/org/freedesktop/secrets/aliases/default";
@@ -51,7 +48,7 @@ public:
         : m_connection(std::move(connection)), m_path(std::move(path)) {}
 
     std::int32_t copyContent(std::string &data) override {
-        const TimeLimit limit(kTimeLimit);
+        const TimeLimit limit;
         const Reply reply = m_connection.callWithSession(
             m_path.c_str(), "org.freedesktop.Secret.Item.GetSecret",
             [](const char *session) { return g_variant_new("(o)", session); }, "((oayays))", limit.cancellable());
@@ -62,7 +59,7 @@ public:
     }
 
     std::int32_t modifyContent(std::string_view data) override {
-        const TimeLimit limit(kTimeLimit);
+        const TimeLimit limit;
         return m_connection
             .callWithSession(
                 m_path.c_str(), "org.freedesktop.Secret.Item.SetSecret",
@@ -72,7 +69,7 @@ public:
     }
 
     std::int32_t remove() override {
-        const TimeLimit limit(kTimeLimit);
+        const TimeLimit limit;
         const Reply reply = m_connection.call(m_path.c_str(), "org.freedesktop.Secret.Item.Delete", nullptr, "(o)",
                                               limit.cancellable());
         return statusWithoutPrompt(reply, 0);
@@ -109,14 +106,14 @@ std::int32_t statusOfNothingFound(const SecretServiceConnection &connection, GCa
     return isUnlocked ? kKeychainItemNotFound : kKeychainInteractionNotAllowed;
 }
 
-class Keyring final : public Keychain {
+class SecretServiceKeychain final : public Keychain {
 public:
     std::int32_t findGenericPassword(const std::string &service, const std::string &account,
                                      std::unique_ptr<Item> &item) override {
         if (!isName(service) || !isName(account)) {
             return kKeychainWrongParameter;
         }
-        const TimeLimit limit(kTimeLimit);
+        const TimeLimit limit;
         SecretServiceConnection connection(limit.cancellable());
         const Reply found =
             connection.call(kService, "org.freedesktop.Secret.Service.SearchItems",
@@ -140,7 +137,7 @@ public:
         if (!isName(service) || !isName(account)) {
             return kKeychainWrongParameter;
         }
-        const TimeLimit limit(kTimeLimit);
+        const TimeLimit limit;
         SecretServiceConnection connection(limit.cancellable());
         const auto arguments = [&](const char *) {
             GVariantBuilder properties;
@@ -165,7 +162,7 @@ public:
 } // namespace quillmark
 
 extern "C" [[gnu::visibility("default")]] quillmark::Keychain *quillmarkOpenKeyring() {
-    static auto *const keyring = new quillmark::Keyring;
+    static auto *const keyring = new quillmark::SecretServiceKeychain;
     return keyring;
 }
 

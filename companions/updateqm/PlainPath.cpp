@@ -1,4 +1,4 @@
-#include "Place.h"
+#include "PlainPath.h"
 
 #include "Failure.h"
 
@@ -6,7 +6,7 @@
 
 namespace updateqm {
 
-Place Place::of(std::string_view path) {
+PlainPath PlainPath::of(std::string_view path) {
     const auto refuse = [path](const char *why) { return Failure(Status::WrongPlace, std::string(path), why); };
     if (!path.starts_with('/')) {
         throw refuse("is not an absolute path");

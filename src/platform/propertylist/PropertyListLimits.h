@@ -1,11 +1,15 @@
 #pragma once
 
-#include "platform/PropertyList.h"
+#include <cstdint>
 
 namespace quillmark {
 
+/// Nested dictionaries and arrays, and the memory that one document may take while it is read.
+inline constexpr int kMaximumPropertyListDepth = 256;
+inline constexpr std::int64_t kMaximumPropertyListMemory = 56LL << 20;
+
 /// What a value takes in memory once it is read: bytes, rounded up, allocation overhead included. A document is
-/// refused before it costs more than PropertyList::kMaximumMemory.
+/// refused before it costs more than kMaximumPropertyListMemory.
 namespace cost {
 
 constexpr std::int64_t kDictionary = 128;
@@ -35,7 +39,7 @@ public:
     std::int64_t left() const { return m_left; }
 
 private:
-    std::int64_t m_left = PropertyList::kMaximumMemory;
+    std::int64_t m_left = kMaximumPropertyListMemory;
 };
 
 } // namespace quillmark

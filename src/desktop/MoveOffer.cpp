@@ -1,4 +1,4 @@
-#include "desktop/MovePlan.h"
+#include "desktop/MoveOffer.h"
 
 #include "platform/Bundle.h"
 #include "platform/Platform.h"
