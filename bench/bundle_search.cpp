@@ -53,7 +53,7 @@ private:
         for (const char *key : {"CFBundleDevelopmentRegion", "CFBundleExecutable", "CFBundleIconFile",
                                 "CFBundleInfoDictionaryVersion", "CFBundleName", "CFBundlePackageType",
                                 "CFBundleShortVersionString", "CFBundleVersion", "NSPrincipalClass"}) {
-            values.emplace(key, "Value of usual length");
+            values.insert_or_assign(key, "Value of usual length");
         }
         return PortablePropertyList().toXml(values).value();
     }
