@@ -2,6 +2,7 @@
 
 #include "platform/Images.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 

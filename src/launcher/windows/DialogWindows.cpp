@@ -106,16 +106,16 @@ quillmarkOpenWindows(const std::string &resourceFolder, quillmark::OtherEvents &
     return windows;
 }
 
-extern "C" Q_DECL_EXPORT std::optional<std::string> quillmarkDrawHeader(const quillmark::HeaderPicture &picture,
-                                                                        std::string &obstacle) {
+extern "C" Q_DECL_EXPORT bool quillmarkDrawHeader(const quillmark::HeaderPicture &picture, std::string &png,
+                                                  std::string &obstacle) {
     if (!quillmark::openDisplay(quillmark::bundleName(quillmark::qtText(picture.branding.resourceFolder)), obstacle)) {
-        return std::nullopt;
+        return false;
     }
-    const QByteArray png = quillmark::headerPng(picture);
-    if (png.isEmpty()) {
+    png = quillmark::headerPng(picture).toStdString();
+    if (png.empty()) {
         obstacle = "there is not enough memory for the picture";
     }
-    return png.isEmpty() ? std::nullopt : std::optional(png.toStdString());
+    return !png.empty();
 }
 
 static_assert(std::is_same_v<decltype(quillmarkTryDisplay), quillmark::QuillmarkTryDisplay>);

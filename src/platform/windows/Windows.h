@@ -2,7 +2,6 @@
 
 #include "platform/CheckWindowView.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,8 +54,8 @@ inline constexpr const char *kOpenWindowsSymbol = "quillmarkOpenWindows";
 
 /// Draws a header view off screen. It needs no display, and a process that has no windows yet will have none
 /// that anybody sees. Main thread only.
-/// \param obstacle receives why there is no picture. \returns a PNG.
-using QuillmarkDrawHeader = std::optional<std::string>(const HeaderPicture &picture, std::string &obstacle);
+/// \param png receives the picture. \param obstacle receives why there is none. \returns false then.
+using QuillmarkDrawHeader = bool(const HeaderPicture &picture, std::string &png, std::string &obstacle);
 inline constexpr const char *kDrawHeaderSymbol = "quillmarkDrawHeader";
 
 } // namespace quillmark

@@ -67,7 +67,8 @@ std::optional<std::string> WindowModule::drawHeader(const HeaderPicture &picture
         leaveDesktop();
     }
     auto *const draw = reinterpret_cast<QuillmarkDrawHeader *>(symbol(kDrawHeaderSymbol, obstacle));
-    return draw != nullptr ? draw(picture, obstacle) : std::nullopt;
+    std::string png;
+    return draw != nullptr && draw(picture, png, obstacle) ? std::optional(png) : std::nullopt;
 }
 
 } // namespace quillmark

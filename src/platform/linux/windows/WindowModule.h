@@ -3,6 +3,7 @@
 #include "platform/linux/windows/DisplayTrial.h"
 #include "platform/windows/Windows.h"
 
+#include <optional>
 #include <string>
 
 namespace quillmark {
