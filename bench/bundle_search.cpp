@@ -1,7 +1,7 @@
 /// Finding a bundle by its identifier: listing the folders alone, fts with our property-list reader, ours.
 
 #include "platform/files/BundleSearch.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
@@ -55,7 +55,7 @@ private:
                                 "CFBundleShortVersionString", "CFBundleVersion", "NSPrincipalClass"}) {
             values.insert_or_assign(key, "Value of usual length");
         }
-        return PortablePropertyList().toXml(values).value();
+        return PropertyListFormats().toXml(values).value();
     }
 
     const std::filesystem::path m_root = std::filesystem::temp_directory_path() / "quillmark-bench-applications";
@@ -122,7 +122,7 @@ void byListing(benchmark::State &state) {
 }
 void byPeer(benchmark::State &state) {
     const std::string root = tree().path();
-    const PortablePropertyList propertyList;
+    const PropertyListFormats propertyList;
     for ([[maybe_unused]] auto run : state) {
         if (foundByFts(root, propertyList).size() != 1) {
             state.SkipWithError("the peer found something else");
@@ -131,7 +131,7 @@ void byPeer(benchmark::State &state) {
 }
 void byUs(benchmark::State &state) {
     const std::string root = tree().path();
-    const PortablePropertyList propertyList;
+    const PropertyListFormats propertyList;
     for ([[maybe_unused]] auto run : state) {
         std::optional<std::vector<std::string>> found;
         pathsForIdent(kIdentifier, root, &found, propertyList);

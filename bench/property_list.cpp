@@ -1,7 +1,7 @@
 /// Reading a catalogue of items from memory, in both forms: pugixml's parsing alone, libplist, ours. The latter two
 /// also visit every value.
 
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "utils/IntegerValue.h"
 
 #include <benchmark/benchmark.h>
@@ -27,7 +27,7 @@ std::string xmlCatalogue(std::int64_t items) {
                                   {"IsRequired", i % 2 == 0},
                                   {"Systems", List{"10.4", "10.5"}}});
     }
-    return PortablePropertyList().toXml(Dictionary{{"Items", list}}).value();
+    return PropertyListFormats().toXml(Dictionary{{"Items", list}}).value();
 }
 
 struct PlistDeleter {
@@ -147,7 +147,7 @@ void byPeer(benchmark::State &state, Plist (*peer)(const std::string &), const s
 }
 /// Each reading takes a copy of the document, in place of the file's reading.
 void byUs(benchmark::State &state, Plist (*peer)(const std::string &), const std::string &document) {
-    const PortablePropertyList propertyList;
+    const PropertyListFormats propertyList;
     uint64_t sum = 0;
     for ([[maybe_unused]] auto run : state) {
         sum = visit(propertyList.parse(document));

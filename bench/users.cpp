@@ -7,7 +7,7 @@
 #include "platform/Platform.h"
 #include "platform/linux/LinuxClock.h"
 #include "platform/linux/LinuxUserDefaults.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 
 #include <benchmark/benchmark.h>
 #include <filesystem>
@@ -51,7 +51,7 @@ public:
 
 private:
     const std::filesystem::path m_folder = std::filesystem::temp_directory_path() / "quillmark-bench-users";
-    PortablePropertyList m_propertyList;
+    PropertyListFormats m_propertyList;
     LinuxClock m_clock;
     LinuxUserDefaults m_defaults{m_folder / "preferences.plist", m_propertyList, m_clock};
     Platform m_platform = nativePlatform().with<UserDefaults>(m_defaults);

@@ -1,6 +1,6 @@
 #include "SameValue.h"
 
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 
 #include <algorithm>
 #include <chrono>
@@ -34,7 +34,7 @@ bool sameValue(const Value &a, const Value &b) {
 void requireRoundTrip(const Value &value) {
     // A value that is dear in its binary form may be too dear in XML; that is no fault.
     constexpr size_t kSmallDocument = 1 << 20;
-    const PortablePropertyList propertyList;
+    const PropertyListFormats propertyList;
     const auto xml = propertyList.toXml(value);
     if (!xml || xml->size() > kSmallDocument) {
         return;

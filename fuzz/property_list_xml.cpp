@@ -1,6 +1,6 @@
 #include "HeapLimit.h"
 #include "SameValue.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     Value value;
     {
         const fuzz::HeapLimit limit(64);
-        value = PortablePropertyList().parse(document);
+        value = PropertyListFormats().parse(document);
     }
     if (!value.isNothing()) {
         fuzz::requireRoundTrip(value);

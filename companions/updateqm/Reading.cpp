@@ -3,7 +3,7 @@
 #include "Failure.h"
 #include "PlainPath.h"
 #include "Records.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 
 #include <algorithm>
 #include <archive.h>
@@ -214,7 +214,7 @@ void readPackage(std::string_view package, const RecordWriter &records) {
 }
 
 void readVersion(std::string_view description, const RecordWriter &records) {
-    const auto root = quillmark::PortablePropertyList().parse(std::string(description));
+    const auto root = quillmark::PropertyListFormats().parse(std::string(description));
     records.write(Kind::Text, valueOf(root.dictionary(), "CFBundleVersion").text().value_or(""));
 }
 

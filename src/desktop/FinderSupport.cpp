@@ -1,6 +1,6 @@
 #include "desktop/FinderSupport.h"
 
-#include "desktop/FinderScripts.h"
+#include "desktop/CompiledFinderScripts.h"
 #include "platform/AppleEvents.h"
 #include "platform/Clock.h"
 #include "platform/Platform.h"
@@ -25,8 +25,8 @@ double secondsSinceReferenceDate(Clock::Time time) {
 }
 
 /// Made at the first use and never destroyed, as they are shared by all.
-FinderScripts &sharedScripts() {
-    static auto &scripts = *new FinderScripts(platform().scripts, QMLocalizedString("ProductName"));
+CompiledFinderScripts &sharedScripts() {
+    static auto &scripts = *new CompiledFinderScripts(platform().scripts, QMLocalizedString("ProductName"));
     return scripts;
 }
 

@@ -24,21 +24,20 @@ bool isSuccess(std::int32_t result) { return result == UpdateToolManager::kSucce
 struct RepairRule {
     std::string_view type;
     bool (InstallCheckManager::*repair)(const RequiredItem &item) = nullptr;
-    bool isNotRequiredRepaired = false; ///< such a status does not keep the item from being repaired
-    bool isUpdateToolLeftOut = false;   ///< the first pass has seen to it
-    bool isInstallerNeeded = false;     ///< without one there is nothing to repair it with
+    bool isUpdateToolLeftOut = false; ///< the first pass has seen to it
+    bool isInstallerNeeded = false;   ///< without one there is nothing to repair it with
 };
 
 using Manager = InstallCheckManager;
 
 constexpr RepairRule kRepairRules[] = {
-    {"CoreApp", &Manager::repairCoreApp, true, false, false},
-    {"QMTool", &Manager::repairQMTool, true, true, false},
-    {"FinderCM", &Manager::repairZIPArchiveItem, false, false, false},
-    {"QMToolRoot", &Manager::repairQMToolRoot, false, true, false},
-    {"Framework", &Manager::repairFramework, false, false, true},
-    {"Bundle", &Manager::repairBundle, false, false, true},
-    {"FinderOverlayInsert", &Manager::repairZIPArchiveItem, false, false, false},
+    {"CoreApp", &Manager::repairCoreApp, false, false},
+    {"QMTool", &Manager::repairQMTool, true, false},
+    {"FinderCM", &Manager::repairZIPArchiveItem, false, false},
+    {"QMToolRoot", &Manager::repairQMToolRoot, true, false},
+    {"Framework", &Manager::repairFramework, false, true},
+    {"Bundle", &Manager::repairBundle, false, true},
+    {"FinderOverlayInsert", &Manager::repairZIPArchiveItem, false, false},
 };
 
 const RepairRule *ruleFor(const RequiredItem &item) {
@@ -75,7 +74,7 @@ bool InstallCheckManager::runRepairPass(const OnRepairStep &onStep) {
         const RequiredItem &item = value.dictionary();
         const RepairRule *const rule = ruleFor(item);
         const auto status = rule != nullptr ? statusOf(item) : ItemStatus::InOrder;
-        if (status == ItemStatus::InOrder || (status == ItemStatus::NotRequired && !rule->isNotRequiredRepaired)) {
+        if (status == ItemStatus::InOrder || status == ItemStatus::NotRequired) {
             continue;
         }
         tell(nameOf(item), std::string("repairing what is \"") + (status ? keyOf(*status) : "") + '"');

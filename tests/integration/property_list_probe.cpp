@@ -7,7 +7,7 @@
 ///      as two answers; empty ones where there is none
 ///   v  "verdict": "valid" or "invalid", so that the answer itself takes no memory
 
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "utils/Utf16.h"
 
 #include <array>
@@ -94,7 +94,7 @@ void answer(const std::string &text) {
 } // namespace
 
 int main() {
-    const PortablePropertyList propertyList;
+    const PropertyListFormats propertyList;
     std::string question(5, '\0');
     while (readBytes(question)) {
         size_t length = 0;

@@ -16,7 +16,7 @@
 #include "platform/linux/windows/LinuxAlerts.h"
 #include "platform/linux/windows/LinuxCheckWindows.h"
 #include "platform/linux/windows/WindowModule.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 
 namespace quillmark {
 
@@ -27,7 +27,7 @@ struct LinuxBackends {
     LinuxApplication application{mainThread.runLoop()};
     LinuxClock clock;
     PortableImages images;
-    PortablePropertyList propertyList;
+    PropertyListFormats propertyList;
     LinuxScripts scripts;
     LinuxSystemInfo systemInfo{propertyList};
     LinuxBundle mainBundle{LinuxBundle::pathOfRunningBundle(), LinuxBundle::preferredLanguages(), propertyList};

@@ -1,4 +1,4 @@
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListBytes.h"
 #include "platform/propertylist/PropertyListLimits.h"
 

@@ -1,5 +1,5 @@
 #include "platform/process/AtEnd.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListLimits.h"
 #include "platform/propertylist/PropertyListText.h"
 

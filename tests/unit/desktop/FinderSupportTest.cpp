@@ -1,5 +1,5 @@
 #include "desktop/FinderSupport.h"
-#include "desktop/FinderScripts.h"
+#include "desktop/CompiledFinderScripts.h"
 #include "fakes/FakePlatform.h"
 #include "support/IdleProcess.h"
 #include "support/Threads.h"
@@ -52,13 +52,13 @@ protected:
 };
 
 TEST_F(FinderScriptsTest, TheRetryScriptIsNotCompiledButTheSelectionScriptTwice) { // deliberate
-    const FinderScripts made(scripts, "Quillmark");
+    const CompiledFinderScripts made(scripts, "Quillmark");
     const std::string compilation = "compile " + kSelectionSource;
     EXPECT_EQ(transcript.calls(), (Lines{compilation, compilation}));
 }
 
 TEST_F(FinderScriptsTest, TheSourcesAreIndentedWithTabsAndBlanks) {
-    FinderScripts made(scripts, "Quillmark");
+    CompiledFinderScripts made(scripts, "Quillmark");
     transcript.clear();
     made.run(false);
     made.run(true);
@@ -66,7 +66,7 @@ TEST_F(FinderScriptsTest, TheSourcesAreIndentedWithTabsAndBlanks) {
 }
 
 TEST_F(FinderScriptsTest, TheRetryNamesTheCoreOfTheProductWhateverItsName) {
-    FinderScripts made(scripts, "100%@ \"ü\"");
+    CompiledFinderScripts made(scripts, "100%@ \"ü\"");
     transcript.clear();
     made.run(true);
     EXPECT_TRUE(
@@ -76,7 +76,7 @@ TEST_F(FinderScriptsTest, TheRetryNamesTheCoreOfTheProductWhateverItsName) {
 TEST_F(FinderScriptsTest, ThatDoNotCompileAreRunAllTheSame) {
     scripts.doesCompile = false;
     scripts.answer = listOf({"/a"});
-    FinderScripts made(scripts, "Quillmark");
+    CompiledFinderScripts made(scripts, "Quillmark");
     EXPECT_TRUE(made.run(false));
     EXPECT_TRUE(made.run(true));
 }

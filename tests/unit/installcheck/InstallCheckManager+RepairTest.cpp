@@ -350,9 +350,8 @@ TEST_F(Reference, GivesTheSameRequestsForManyCatalogues) {
         const size_t count = below(7);
         for (size_t index = 0; index < count; ++index) {
             const Wanted &wanted = kinds[below(kinds.size())];
-            const bool isTool = std::string_view(wanted.type).starts_with("QMTool");
             const std::string name =
-                isTool && below(4) == 0 ? "updateqm" : 'r' + std::to_string(round) + 'i' + std::to_string(index);
+                below(4) == 0 ? "updateqm" : 'r' + std::to_string(round) + 'i' + std::to_string(index);
             const bool hasInstaller = below(3) != 0;
             const RequiredItem item = itemWith(wanted, name, hasInstaller);
             items.push_back(item);

@@ -1,5 +1,5 @@
 #include "platform/linux/LinuxBundle.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "support/TemporaryHome.h"
 #include "support/ValuePrinter.h"
 
@@ -25,7 +25,7 @@ protected:
     }
 
     test::TemporaryHome home;
-    PortablePropertyList list;
+    PropertyListFormats list;
     const std::string path = home.path("Q.app");
 };
 

@@ -1,7 +1,7 @@
 #include "platform/linux/LinuxUserDefaults.h"
 #include "fakes/FakeClock.h"
 #include "platform/files/Path.h"
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "support/FileFacts.h"
 #include "support/ProcessSettings.h"
 #include "support/TemporaryHome.h"
@@ -42,7 +42,7 @@ protected:
     const std::string b = "b";
     test::TemporaryHome home;
     test::FakeClock clock;
-    PortablePropertyList list;
+    PropertyListFormats list;
     const std::string path = home.path(kFile);
     const std::string lockFile = home.path("Library/Preferences/.com.example.plist.lock");
     LinuxUserDefaults defaults{path, list, clock};

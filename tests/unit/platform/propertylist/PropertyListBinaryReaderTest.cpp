@@ -1,4 +1,4 @@
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListLimits.h"
 #include "support/ValuePrinter.h"
 
@@ -41,7 +41,7 @@ struct Document {
         document += bigEndian(count.value_or(objects.size()), 8) + bigEndian(top, 8);
         return document + bigEndian(table.value_or(place), 8);
     }
-    Value value() const { return PortablePropertyList().parse(bytes()); }
+    Value value() const { return PropertyListFormats().parse(bytes()); }
 };
 
 std::string bytes(std::initializer_list<int> values) {
@@ -143,7 +143,7 @@ TEST(PropertyListBinary, SizesOfOffsetsAndReferencesAreChecked) {
         for (const size_t fromEnd : {26U, 25U}) {
             std::string document = Document{{bytes({0x09})}}.bytes();
             document[document.size() - fromEnd] = static_cast<char>(size);
-            EXPECT_TRUE(PortablePropertyList().parse(document).isNothing()) << size << ' ' << fromEnd;
+            EXPECT_TRUE(PropertyListFormats().parse(document).isNothing()) << size << ' ' << fromEnd;
         }
     }
 }
@@ -181,16 +181,16 @@ TEST(PropertyListBinary, NestingIsBounded) {
 TEST(PropertyListBinary, EveryTruncationOfADocumentIsRefused) {
     const std::string document =
         Document{{bytes({0xD1, 1, 2}), bytes({0x51, 'k'}), bytes({0x53, 'a', 'b', 'c'})}}.bytes();
-    ASSERT_FALSE(PortablePropertyList().parse(document).isNothing());
+    ASSERT_FALSE(PropertyListFormats().parse(document).isNothing());
     for (size_t length = 0; length < document.size(); ++length) {
-        EXPECT_TRUE(PortablePropertyList().parse(document.substr(0, length)).isNothing()) << length;
+        EXPECT_TRUE(PropertyListFormats().parse(document.substr(0, length)).isNothing()) << length;
     }
 }
 
 TEST(PropertyListBinary, OtherVersionsAreRefused) {
     std::string document = Document{{bytes({0x09})}}.bytes();
     document[6] = '1';
-    EXPECT_TRUE(PortablePropertyList().parse(document).isNothing());
+    EXPECT_TRUE(PropertyListFormats().parse(document).isNothing());
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListLimits.h"
 #include "support/Lines.h"
 #include "support/ValuePrinter.h"
@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 using test::repeated;
 
-Value parse(const std::string &document) { return PortablePropertyList().parse(document); }
+Value parse(const std::string &document) { return PropertyListFormats().parse(document); }
 
 /// The value of one element inside a document.
 Value value(const std::string &element) {

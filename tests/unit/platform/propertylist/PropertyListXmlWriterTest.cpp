@@ -1,4 +1,4 @@
-#include "platform/propertylist/PortablePropertyList.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListLimits.h"
 #include "support/TemporaryHome.h"
 #include "support/ValuePrinter.h"
@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-const PortablePropertyList list;
+const PropertyListFormats list;
 
 Value writtenAndRead(const Value &value) {
     const auto document = list.toXml(value);

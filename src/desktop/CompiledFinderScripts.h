@@ -9,10 +9,10 @@ namespace quillmark {
 
 /// The two scripts that read the Finder's selection: a list of POSIX paths. The retry brings the core application and
 /// then the Finder to the front before.
-class FinderScripts {
+class CompiledFinderScripts {
 public:
     /// Makes and compiles them.
-    FinderScripts(Scripts &scripts, const std::string &productName);
+    CompiledFinderScripts(Scripts &scripts, const std::string &productName);
 
     /// Runs one of them on the calling thread. \returns nothing when that failed.
     std::optional<ScriptDescriptor> run(bool isRetry) { return (isRetry ? m_retry : m_selection)->execute(); }

@@ -4,7 +4,7 @@
 
 namespace quillmark {
 
-class PortablePropertyList final : public PropertyList {
+class PropertyListFormats final : public PropertyList {
 public:
     Value parse(std::string document) const override;
     std::optional<std::string> toXml(const Value &value) const override;

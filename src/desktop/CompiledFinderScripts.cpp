@@ -1,4 +1,4 @@
-#include "desktop/FinderScripts.h"
+#include "desktop/CompiledFinderScripts.h"
 
 #include "utils/FormattedText.h"
 
@@ -37,7 +37,7 @@ std::string retrySource(const std::string &productName) {
 
 } // namespace
 
-FinderScripts::FinderScripts(Scripts &scripts, const std::string &productName)
+CompiledFinderScripts::CompiledFinderScripts(Scripts &scripts, const std::string &productName)
     : m_selection(scripts.scriptWithSource(selectionSource())),
       m_retry(scripts.scriptWithSource(retrySource(productName))) {
     m_selection->compile();
