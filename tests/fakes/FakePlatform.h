@@ -23,10 +23,10 @@ namespace quillmark::test {
 /// A whole platform of fakes, installed while it lives.
 class FakePlatform {
 public:
-    FakePlatform() { installPlatform(&platform); }
+    FakePlatform();
     FakePlatform(const FakePlatform &) = delete;
     FakePlatform &operator=(const FakePlatform &) = delete;
-    ~FakePlatform() { installPlatform(nullptr); }
+    ~FakePlatform();
 
     Transcript transcript;
     FakeAlerts alerts{transcript};
@@ -52,10 +52,6 @@ public:
 };
 
 /// One that is never destroyed, for what keeps the platform of its first use. Installs it.
-inline FakePlatform &immortalPlatform() {
-    static auto &instance = *new FakePlatform;
-    installPlatform(&instance.platform);
-    return instance;
-}
+FakePlatform &immortalPlatform();
 
 } // namespace quillmark::test

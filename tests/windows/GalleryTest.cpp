@@ -9,6 +9,8 @@
 #include "windows/CheckWindowFixture.h"
 #include "windows/NothingClipped.h"
 
+#include <filesystem>
+
 namespace quillmark::test {
 
 namespace {

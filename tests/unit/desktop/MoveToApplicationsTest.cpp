@@ -5,6 +5,7 @@
 #include "support/LogFixture.h"
 #include "support/ValuePrinter.h"
 #include "utils/FileManager.h"
+#include "utils/ReplaceAll.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,6 +1,7 @@
 #include "support/InstallCheckFixture.h"
 #include "utils/Exception.h"
 #include "utils/ProductVersion.h"
+#include "utils/ReplaceAll.h"
 
 #include <gmock/gmock.h>
 

@@ -2,6 +2,7 @@
 #include "platform/values/Base64.h"
 #include "support/LogFixture.h"
 #include "support/Threads.h"
+#include "utils/ReplaceAll.h"
 
 #include <cstring>
 #include <gmock/gmock.h>

@@ -5,6 +5,7 @@
 #include "support/TemporaryHome.h"
 #include "support/ZipArchive.h"
 
+#include <filesystem>
 #include <new>
 #include <unistd.h>
 

@@ -4,6 +4,7 @@
 #include "utils/Exception.h"
 
 #include <fcntl.h>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 

@@ -6,6 +6,7 @@
 #include "utils/FileManager.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <sys/socket.h>
 #include <sys/un.h>
 

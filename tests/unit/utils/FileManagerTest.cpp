@@ -2,6 +2,7 @@
 #include "support/FileFacts.h"
 #include "support/TemporaryHome.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <thread>
 #include <unistd.h>

@@ -3,6 +3,7 @@
 #include "support/Threads.h"
 #include "utils/Exception.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 
 namespace quillmark {

@@ -3,6 +3,7 @@
 #include "utils/Exception.h"
 #include "utils/LogFile.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <unistd.h>
 

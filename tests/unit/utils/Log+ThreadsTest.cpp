@@ -4,7 +4,9 @@
 #include "utils/LogFile.h"
 
 #include <algorithm>
+#include <fstream>
 #include <gmock/gmock.h>
+#include <iterator>
 #include <set>
 #include <unistd.h>
 

@@ -3,6 +3,7 @@
 #include "support/ProcessSettings.h"
 #include "utils/Exception.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <unistd.h>
 

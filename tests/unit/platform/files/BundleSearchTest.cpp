@@ -5,6 +5,7 @@
 #include "support/TemporaryHome.h"
 
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -2,6 +2,8 @@
 #include "support/Lines.h"
 #include "support/TemporaryHome.h"
 
+#include <gtest/gtest.h>
+
 namespace quillmark {
 namespace {
 

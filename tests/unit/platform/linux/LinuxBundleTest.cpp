@@ -3,6 +3,9 @@
 #include "support/TemporaryHome.h"
 #include "support/ValuePrinter.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
 #include <utility>
 
 namespace quillmark {

@@ -18,6 +18,9 @@
 #include <array>
 #include <climits>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <future>
 #include <gmock/gmock.h>
 

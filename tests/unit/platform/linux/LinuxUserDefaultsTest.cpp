@@ -9,6 +9,7 @@
 #include "support/ValuePrinter.h"
 #include "utils/IntegerValue.h"
 
+#include <filesystem>
 #include <sys/file.h>
 
 namespace quillmark {

@@ -4,6 +4,7 @@
 #include "support/ValuePrinter.h"
 
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -6,7 +6,9 @@
 #include "support/Lines.h"
 #include "support/TemporaryHome.h"
 
+#include <cstdlib>
 #include <ctime>
+#include <filesystem>
 
 namespace quillmark {
 namespace {

@@ -2,6 +2,10 @@
 
 #include "support/TemporaryHome.h"
 
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+
 namespace quillmark {
 namespace {
 
