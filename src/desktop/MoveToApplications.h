@@ -14,7 +14,7 @@ namespace quillmark {
 // Concurrency: the main thread only. Questions and the administrator's programs are waited for.
 
 /// \name Settings of the next move
-/// What each one means stands beside its variable in MovePlan.h.
+/// What each one means stands beside its variable in MoveOffer.h.
 void PFAlsoRemoveBundles(const std::vector<std::string> &paths);
 void PFAltDstBundleName(const std::optional<std::string> &name);
 void PFAltDstBundleParentPath(const std::optional<std::string> &path);
