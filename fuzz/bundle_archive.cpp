@@ -1,10 +1,10 @@
 /// What the update tool's confined process reads: packages, archives and descriptions of bundles. The first byte says
 /// which.
 
-#include "Failure.h"
+#include "process/Failure.h"
 #include "HeapLimit.h"
-#include "Reading.h"
-#include "Records.h"
+#include "payload/Reading.h"
+#include "process/Records.h"
 
 #include <cstddef>
 #include <cstdint>

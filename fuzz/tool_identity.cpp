@@ -1,6 +1,6 @@
 /// The section in which the update tool looks for a tool's name and version.
 
-#include "Identity.h"
+#include "payload/Identity.h"
 
 #include <cstddef>
 #include <cstdint>

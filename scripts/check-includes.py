@@ -10,6 +10,7 @@ import sys
 from pathlib import Path
 
 PROJECT = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parents[1]).resolve()
+PROGRAMS = ("ctl", "companions/updateqm")  # their sources name each other from here on
 BACKEND = re.compile(r"src/platform/(linux|macos)\b")
 
 
@@ -19,8 +20,9 @@ def sources(*folders):
 
 def included(path):
     """The project's own files that a source includes, by their paths from the project on."""
+    program = next((PROJECT / program for program in PROGRAMS if path.is_relative_to(PROJECT / program)), path.parent)
     for name in re.findall(r'^#include "(.+)"', path.read_text(), re.MULTILINE):
-        found = [folder / name for folder in (PROJECT / "src", path.parent) if (folder / name).is_file()]
+        found = [folder / name for folder in (path.parent, program, PROJECT / "src") if (folder / name).is_file()]
         yield from (str(file.relative_to(PROJECT)) for file in found[:1])
 
 
@@ -33,7 +35,7 @@ def ways_past_a_port():
 
 def circles():
     below = {}
-    for path in sources("src"):
+    for path in sources("src", "ctl", "companions"):
         folder = str(path.parent.relative_to(PROJECT))
         below.setdefault(folder, set()).update(str(Path(file).parent) for file in included(path))
     for top in sorted(below):

@@ -1,9 +1,9 @@
 #include "Administration.h"
 
-#include "Caller.h"
-#include "Failure.h"
 #include "InstallPlaces.h"
 #include "platform/process/Surroundings.h"
+#include "process/Caller.h"
+#include "process/Failure.h"
 
 #include <chrono>
 #include <csignal>

@@ -1,15 +1,15 @@
 #include "Bundles.h"
 
-#include "BundleVersion.h"
-#include "Caller.h"
-#include "Failure.h"
-#include "Identity.h"
 #include "InstallPlaces.h"
-#include "Payload.h"
-#include "PlainPath.h"
-#include "Staging.h"
 #include "Tools.h"
-#include "Unpacking.h"
+#include "files/PlainPath.h"
+#include "files/Staging.h"
+#include "payload/BundleVersion.h"
+#include "payload/Identity.h"
+#include "payload/Payload.h"
+#include "payload/Unpacking.h"
+#include "process/Caller.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 #include <fcntl.h>

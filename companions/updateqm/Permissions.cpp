@@ -1,11 +1,11 @@
 #include "Permissions.h"
 
 #include "Administration.h"
-#include "Caller.h"
-#include "Failure.h"
-#include "Folder.h"
 #include "InstallPlaces.h"
-#include "PlainPath.h"
+#include "files/Folder.h"
+#include "files/PlainPath.h"
+#include "process/Caller.h"
+#include "process/Failure.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

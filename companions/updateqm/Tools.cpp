@@ -1,11 +1,11 @@
 #include "Tools.h"
 
-#include "Failure.h"
-#include "Identity.h"
 #include "InstallPlaces.h"
-#include "Payload.h"
-#include "PlainPath.h"
-#include "Staging.h"
+#include "files/PlainPath.h"
+#include "files/Staging.h"
+#include "payload/Identity.h"
+#include "payload/Payload.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 #include <fcntl.h>

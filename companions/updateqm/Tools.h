@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Administration.h"
-#include "Folder.h"
+#include "files/Folder.h"
 
 #include <string>
 

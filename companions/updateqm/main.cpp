@@ -3,12 +3,12 @@
 /// signed, where the catalogue has it.
 
 #include "Bundles.h"
-#include "Caller.h"
-#include "Failure.h"
 #include "InstallPlaces.h"
 #include "Permissions.h"
 #include "ToolIdentity.h"
 #include "Tools.h"
+#include "process/Caller.h"
+#include "process/Failure.h"
 #include "utils/Log.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 /// Tries what a confined process must not be able to do, and writes one line for each: what, and the error it got.
 /// Started by the administrator. Its one argument is the process id of somebody whom it tries to reach.
 
-#include "Caller.h"
-#include "Confinement.h"
+#include "process/Caller.h"
+#include "process/Confinement.h"
 
 #include <cerrno>
 #include <csignal>

@@ -157,7 +157,7 @@ def support_commands():
     """Every command of the support tool, with the file of its table; groups of commands, too."""
     commands = {}
     for path in files():
-        if re.fullmatch(r"ctl/\w+Commands\.cpp", path):
+        if re.fullmatch(r"ctl/commands/\w+Commands\.cpp", path):
             for group, name in re.findall(r'^    \{(nullptr|"[^"]*"),\s*"([^"]+)",', text_of(path), re.MULTILINE):
                 group = "" if group == "nullptr" else group.strip('"')
                 commands[f"{group} {name}".strip()] = path
@@ -200,8 +200,8 @@ class Documents(unittest.TestCase):
                 self.assertTrue(is_there(name), f"{page}: {name}")
 
     def test_no_file_stays_found_that_is_gone(self):
-        for name in ("src/launcher/main.cpp", "launcher/main.cpp", "scripts/packages", "ctl/SUBJECTCommands.cpp", "src/utils/",
-                     "RequiredItems.plist", "resources/LANGUAGE.lproj/Localizable.strings", "resources/*.lproj"):
+        for name in ("src/launcher/main.cpp", "launcher/main.cpp", "scripts/packages", "ctl/commands/SUBJECTCommands.cpp",
+                     "src/utils/", "RequiredItems.plist", "resources/LANGUAGE.lproj/Localizable.strings", "resources/*.lproj"):
             self.assertTrue(is_there(name), name)
         for name in ("src/launcher/mein.cpp", "auncher/main.cpp", "scripts/package", "src/SUBJECTCommands.cpp", "src/util/"):
             self.assertFalse(is_there(name), name)

@@ -1,9 +1,9 @@
-#include "Reading.h"
+#include "payload/Reading.h"
 
-#include "Failure.h"
-#include "PlainPath.h"
-#include "Records.h"
+#include "files/PlainPath.h"
 #include "platform/propertylist/PropertyListFormats.h"
+#include "process/Failure.h"
+#include "process/Records.h"
 
 #include <algorithm>
 #include <archive.h>

@@ -1,6 +1,6 @@
-#include "PlainPath.h"
+#include "files/PlainPath.h"
 
-#include "Failure.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 

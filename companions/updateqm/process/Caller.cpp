@@ -1,6 +1,6 @@
-#include "Caller.h"
+#include "process/Caller.h"
 
-#include "Failure.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 #include <csignal>

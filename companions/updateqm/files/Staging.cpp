@@ -1,7 +1,7 @@
-#include "Staging.h"
+#include "files/Staging.h"
 
-#include "Failure.h"
-#include "Removal.h"
+#include "files/Removal.h"
+#include "process/Failure.h"
 
 #include <cstdio>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
-#include "Folder.h"
+#include "files/Folder.h"
 
-#include "Failure.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 #include <array>

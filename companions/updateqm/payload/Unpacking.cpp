@@ -1,10 +1,10 @@
-#include "Unpacking.h"
+#include "payload/Unpacking.h"
 
-#include "Failure.h"
-#include "Payload.h"
-#include "PlainPath.h"
-#include "Reading.h"
-#include "Staging.h"
+#include "files/PlainPath.h"
+#include "files/Staging.h"
+#include "payload/Payload.h"
+#include "payload/Reading.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 

@@ -1,11 +1,11 @@
-#include "Payload.h"
+#include "payload/Payload.h"
 
-#include "Caller.h"
-#include "Failure.h"
-#include "Folder.h"
-#include "PlainPath.h"
 #include "VendorKey.h"
+#include "files/Folder.h"
+#include "files/PlainPath.h"
 #include "integrity/SignatureManager.h"
+#include "process/Caller.h"
+#include "process/Failure.h"
 
 #include <array>
 #include <fcntl.h>

@@ -1,8 +1,8 @@
-#include "BundleVersion.h"
+#include "payload/BundleVersion.h"
 
-#include "Confined.h"
-#include "Failure.h"
-#include "Reading.h"
+#include "payload/Reading.h"
+#include "process/Confined.h"
+#include "process/Failure.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,6 +1,6 @@
-#include "Records.h"
+#include "process/Records.h"
 
-#include "Failure.h"
+#include "process/Failure.h"
 
 #include <algorithm>
 #include <array>

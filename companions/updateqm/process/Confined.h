@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Records.h"
 #include "platform/process/Descriptor.h"
+#include "process/Records.h"
 
 #include <functional>
 #include <string>

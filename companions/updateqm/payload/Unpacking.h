@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Confined.h"
+#include "process/Confined.h"
 
 #include <string>
 

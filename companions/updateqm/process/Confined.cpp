@@ -1,7 +1,7 @@
-#include "Confined.h"
+#include "process/Confined.h"
 
-#include "Confinement.h"
-#include "Failure.h"
+#include "process/Confinement.h"
+#include "process/Failure.h"
 
 #include <exception>
 #include <fcntl.h>

@@ -1,6 +1,6 @@
-#include "Confinement.h"
+#include "process/Confinement.h"
 
-#include "Caller.h"
+#include "process/Caller.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,7 +1,7 @@
-#include "Removal.h"
+#include "files/Removal.h"
 
-#include "Failure.h"
-#include "Folder.h"
+#include "files/Folder.h"
+#include "process/Failure.h"
 
 #include <fcntl.h>
 #include <string>

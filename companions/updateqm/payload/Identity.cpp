@@ -1,4 +1,4 @@
-#include "Identity.h"
+#include "payload/Identity.h"
 
 #include "ToolIdentity.h"
 

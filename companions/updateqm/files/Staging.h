@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Folder.h"
+#include "files/Folder.h"
 
 #include <string>
 #include <string_view>
