@@ -68,6 +68,12 @@ class Commands(AttackTest):
                 self.assert_done(word, tool.name)
                 self.assert_is_tool(tool, mode)
 
+    def test_the_administrator_gives_a_root_tool_its_owner_and_mode_back(self):
+        os.chown(UPDATE_TOOL, USER, USER)
+        os.chmod(UPDATE_TOOL, 0o755)
+        subprocess.run([UPDATE_TOOL, "repairpermissionsotherroot", UPDATE_TOOL.name], check=True)
+        self.assert_is_tool(UPDATE_TOOL, 0o4755)
+
     def test_the_administrator_gives_all_tools_their_owner_and_mode_back(self):
         for tool in (UPDATE_TOOL, OVERLAY_TOOL):
             os.chown(tool, USER, USER)
