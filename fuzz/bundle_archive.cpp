@@ -1,9 +1,9 @@
 /// What the update tool's confined process reads: packages, archives and descriptions of bundles. The first byte says
 /// which.
 
-#include "process/Failure.h"
 #include "HeapLimit.h"
 #include "payload/Reading.h"
+#include "process/Failure.h"
 #include "process/Records.h"
 
 #include <cstddef>
