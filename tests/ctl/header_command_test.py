@@ -1,11 +1,11 @@
 """The header of the windows, drawn into a picture without a display."""
 
+import plistlib
 import re
 import struct
-import subprocess
 
 from png import read_png
-from tool import APP, TOOL, ToolTest
+from tool import APP, ToolTest
 
 RESOURCES = APP / "Contents/Resources"
 WHITE, BLACK, CLEAR, GREY = (255, 255, 255, 255), (0, 0, 0, 255), (0, 0, 0, 0), (85, 85, 85, 255)
@@ -33,11 +33,6 @@ class Header(ToolTest):
         done = self.run_tool("header", "render", "--output", output, *arguments)
         self.assertEqual((done.stdout, done.stderr), ("", ""))
         return read_png(output.read_bytes())
-
-    def write(self, name, contents):
-        (self.home / name).parent.mkdir(parents=True, exist_ok=True)
-        (self.home / name).write_bytes(contents)
-        return self.home / name
 
     def test_is_600_points_wide_and_60_high_with_a_pixel_a_point(self):
         picture = self.render_wide()
@@ -74,9 +69,8 @@ class Header(ToolTest):
     def test_without_a_brand_welcome_reads_the_configuration(self):
         app = self.copy_app()
         configuration = app / "Contents/Resources/Config.plist"
-        for brand, color in (("15", BLACK), ("10001", WHITE)):
-            configuration.write_text('<plist version="1.0"><dict><key>Brand</key><integer>' + brand +
-                                     "</integer></dict></plist>")
+        for brand, color in ((15, BLACK), (10001, WHITE)):
+            configuration.write_bytes(plistlib.dumps({"Brand": brand}))
             self.assertEqual(self.render("--bundle", app, "--welcome").at(0, 0), color)
         configuration.unlink()
         self.assertEqual(self.render("--bundle", app, "--welcome").rows, self.render("--brand", "1").rows)
@@ -98,26 +92,25 @@ class Header(ToolTest):
         self.assertIsNone(self.render_wide("--brand", "10001", "--welcome", "--title", "").place_of(BLACK))
 
     def test_the_own_logo_is_replaced(self):
-        logo = self.write("logo.bmp", bitmap(30, 45))
+        logo = self.write_file("logo.bmp", bitmap(30, 45))
         self.assertEqual(self.render("--brand", "1", "--logo", logo).place_of(RED), (55, 8, 30, 45))
         self.assertIsNone(self.render("--brand", "7", "--logo", logo).place_of(RED), "other brands have their own")
 
     def test_the_logo_can_come_from_standard_input(self):
-        done = subprocess.run([TOOL, "header", "render", "--brand", "1", "--logo", "-", "--output", "-", "--width", "100"],
-                              input=bitmap(30, 30), capture_output=True, timeout=60, env={"HOME": str(self.home)})
+        done = self.call("header", "render", "--brand", "1", "--logo", "-", "--output", "-", "--width", "100",
+                         input=bitmap(30, 30))
         self.assertEqual((done.returncode, done.stderr), (0, b""))
         self.assertEqual(read_png(done.stdout).place_of(RED), (55, 15, 30, 30))
 
     def test_a_downloaded_logo_is_drawn_for_its_brand(self):
-        self.write("Library/Application Support/Quillmark/logo-7.bmp", bitmap(20, 20))
+        self.write_file("Library/Application Support/Quillmark/logo-7.bmp", bitmap(20, 20))
         self.assertEqual(self.render("--brand", "7").place_of(RED), (65, 20, 20, 20))
         self.assertIsNone(self.render("--brand", "8").place_of(RED))
 
     def test_a_relative_name_is_not_taken_for_a_resource(self):
-        self.write("logo-15.bmp", bitmap(120, 44))
-        done = subprocess.run([TOOL, "header", "render", "--brand", "1", "--logo", "logo-15.bmp", "--output", "-",
-                               "--scale", "2"], cwd=self.home, capture_output=True, timeout=60,
-                              env={"HOME": str(self.home)})
+        self.write_file("logo-15.bmp", bitmap(120, 44))
+        done = self.call("header", "render", "--brand", "1", "--logo", "logo-15.bmp", "--output", "-", "--scale", "2",
+                         cwd=self.home)
         self.assertEqual(read_png(done.stdout).place_of(RED), (930, 16, 240, 88))
 
     def test_another_bundles_artwork_is_drawn_by_this_programs_module(self):
@@ -130,7 +123,7 @@ class Header(ToolTest):
 
     def test_a_logo_that_is_none_is_named(self):
         for name, contents in (("text.bmp", b"no picture"), ("cut.png", b"\x89PNG\r\n\x1a\n"), ("empty.bmp", b"")):
-            path = self.write(name, contents)
+            path = self.write_file(name, contents)
             self.assertIn(f"quillmarkctl: {path}: ", self.failure("header", "render", "--output", "-", "--logo", path))
         missing = self.home / "missing.png"
         self.assertIn(f"quillmarkctl: {missing}: ", self.failure("header", "render", "--output", "-", "--logo", missing))
@@ -150,8 +143,8 @@ class Header(ToolTest):
     def test_without_the_module_the_reason_is_told(self):
         app = self.copy_app()
         (app / "Contents/PlugIns/libquillmark-windows.so").unlink()
-        done = subprocess.run([app / "Contents/MacOS/quillmarkctl", "header", "render", "--output", self.home / "h.png"],
-                              capture_output=True, text=True, timeout=60, env={"HOME": str(self.home)})
+        tool = app / "Contents/MacOS/quillmarkctl"
+        done = self.call("header", "render", "--output", self.home / "h.png", program=tool, text=True)
         self.assertEqual((done.returncode, done.stdout), (3, ""))
         self.assertRegex(done.stderr, r"\Aquillmarkctl: header render: [^\n]*libquillmark-windows.so[^\n]*\n\Z")
         self.assertFalse((self.home / "h.png").exists())
@@ -166,6 +159,5 @@ class Header(ToolTest):
             self.assertEqual(read_png(output.read_bytes()).rows, plain, changes)
 
     def test_loads_the_window_libraries(self):
-        done = subprocess.run([TOOL, "header", "render", "--output", "-"], capture_output=True, timeout=60,
-                              env={"HOME": str(self.home), "LD_DEBUG": "files"})
+        done = self.call("header", "render", "--output", "-", environment={"LD_DEBUG": "files"})
         self.assertTrue(re.search(rb"calling init: \S*libQt6Widgets", done.stderr))

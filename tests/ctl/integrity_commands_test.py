@@ -15,24 +15,20 @@ def run(*command, cwd=None, **options):
 
 
 class IntegrityTest(ToolTest):
-    def path(self, name, contents=None):
-        path = self.home / name
-        if contents is not None:
-            path.parent.mkdir(parents=True, exist_ok=True)
-            path.write_bytes(contents)
-        return path
+    def path(self, name):
+        return self.home / name
 
     def answer(self, *arguments, given=b"", **options):
         """Status, standard output and standard error of the tool that reads `given`."""
-        done = subprocess.run([TOOL, *map(str, arguments)], input=given, capture_output=True, timeout=60,
-                              env={"HOME": str(self.home), "PATH": os.environ["PATH"]}, **options)
+        done = self.call(*arguments, input=given, **options)
         return done.returncode, done.stdout, done.stderr
 
 
 class Signatures(IntegrityTest):
     def setUp(self):
         super().setUp()
-        self.key, self.public, self.file = self.path("private.pem"), self.path("public.pem"), self.path("file", b"data\0\n")
+        self.key, self.public = self.path("private.pem"), self.path("public.pem")
+        self.file = self.write_file("file", b"data\0\n")
         self.make_key(self.key, self.public)
 
     def make_key(self, private, public, bits=1024):
@@ -80,11 +76,11 @@ class Signatures(IntegrityTest):
         other_key, other_public = self.path("other.pem"), self.path("other-public.pem")
         self.make_key(other_key, other_public)
         self.verify(signature, status=1, key=other_public)
-        self.verify(signature, status=1, file=self.path("other", b"other data"))
-        self.verify(signature, status=1, file=self.path("empty", b""))
+        self.verify(signature, status=1, file=self.write_file("other", b"other data"))
+        self.verify(signature, status=1, file=self.write_file("empty", b""))
         self.verify(signature, status=1, file=signature)
         for wrong in (b"", right[:-1], bytes(len(right)), run("openssl", "base64", "-in", signature).stdout):
-            self.verify(self.path("wrong", wrong), status=1)
+            self.verify(self.write_file("wrong", wrong), status=1)
 
     def test_are_not_verified_with_a_key_of_another_form(self):
         run("openssl", "rsa", "-in", self.key, "-RSAPublicKey_out", "-out", self.path("rsa.pem"))
@@ -178,7 +174,8 @@ class Signatures(IntegrityTest):
             self.assertRegex(shown, rb"\Aquillmarkctl: [^\n]*secret.pem: [^\n]*\n\Z")
 
     def test_of_nothing_are_not_made(self):
-        self.assertIn("empty", self.failure("sign", "--key", self.key, self.path("empty", b""), "--output", self.path("s")))
+        empty = self.write_file("empty", b"")
+        self.assertIn("empty", self.failure("sign", "--key", self.key, empty, "--output", self.path("s")))
 
     def test_a_signature_that_cannot_be_written_is_named(self):
         for place in (self.path("no/such/folder"), "/dev/full"):
@@ -215,7 +212,7 @@ class Archives(IntegrityTest):
     def make_files(self):
         source = self.home / "source"
         for name, contents in self.FILES.items():
-            self.path(source / name, contents)
+            self.write_file(source / name, contents)
         (source / "no files").mkdir()
         return source
 
@@ -279,7 +276,7 @@ class Archives(IntegrityTest):
         self.assertFalse((self.archive.parent / "link").is_symlink())
 
     def test_that_would_leave_their_folder_are_stopped(self):
-        outside = self.path("outside/file", b"untouched")
+        outside = self.write_file("outside/file", b"untouched")
         os.symlink("../outside", self.archive.parent / "way")
         before = self.tree(self.home)
         for name in ("../outside/file", "../new", str(outside), "way/file", "way/new", "way", "a/../../new", "..\\new", "C:\\new"):
@@ -297,7 +294,7 @@ class Archives(IntegrityTest):
         self.assertTrue((self.archive.parent / "folder/file").is_dir())
 
     def test_that_are_none_tell_their_status_and_are_named(self):
-        not_one = self.path("in/text", b"text")
+        not_one = self.write_file("in/text", b"text")
         for path, why in ((self.home / "missing", "No such file or directory"), (not_one, "is no ZIP archive"),
                           (self.archive.parent, "file to open is a directory")):
             status, printed, told = self.answer("unzip", path)

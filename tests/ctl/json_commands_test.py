@@ -2,9 +2,8 @@
 
 import json
 import os
-import subprocess
 
-from tool import TOOL, ToolTest
+from tool import ToolTest
 
 
 class Json(ToolTest):
@@ -90,13 +89,11 @@ class Json(ToolTest):
         folder = os.open(self.home, os.O_RDONLY)
         self.addCleanup(os.close, folder)
         for command in ("decode", "encode", "escape", "unescape"):
-            done = subprocess.run([TOOL, "json", command], stdin=folder, capture_output=True, text=True, timeout=60,
-                                  env={"HOME": str(self.home), "LANG": "C.UTF-8"})
+            done = self.call("json", command, stdin=folder, text=True)
             self.assertEqual((done.returncode, done.stderr), (3, "quillmarkctl: standard input: Is a directory\n"))
 
     def test_a_text_that_cannot_be_written_is_a_failure(self):
         with open("/dev/full", "w") as full:
-            done = subprocess.run([TOOL, "json", "escape"], input=b"x", stdout=full, stderr=subprocess.PIPE, timeout=60,
-                                  env={"HOME": str(self.home)})
+            done = self.call("json", "escape", input=b"x", stdout=full)
         self.assertEqual(done.returncode, 3)
         self.assertIn(b"standard output", done.stderr)

@@ -21,9 +21,7 @@ class MovePlan(ToolTest):
         return self.copy_app().rename(place)
 
     def preferences(self, **values):
-        folder = self.home / "Library/Preferences"
-        folder.mkdir(parents=True)
-        (folder / "com.quillmark.QuillmarkLauncher.plist").write_bytes(plistlib.dumps(values))
+        self.write_file("Library/Preferences/com.quillmark.QuillmarkLauncher.plist", plistlib.dumps(values))
 
     def test_tells_everything_about_a_first_move(self):
         app = self.copy_to("Downloads", "First.app")

@@ -1,11 +1,9 @@
 """What holds for every command."""
 
 import json
-import os
 import re
-import subprocess
 
-from tool import APP, COMMANDS, TOOL, ToolTest
+from tool import APP, COMMANDS, ToolTest
 
 
 class Rules(ToolTest):
@@ -87,9 +85,7 @@ class Rules(ToolTest):
                          "host name": [], "host short": [], "process list": [], "host same": ["a", "a"],
                          "version build": ["1 2"], "run": ["/bin/true"], "status": [], "finder selection": [],
                          "finder servers": [], "repair": ["--help"], "header render": ["--help"]}.get(command, ["x"])
-            done = subprocess.run([TOOL, *command.split(), *arguments], capture_output=True, text=True, timeout=60,
-                                  env={"HOME": str(self.home), "LD_DEBUG": "files", "PATH": os.environ["PATH"]},
-                                  stdin=subprocess.DEVNULL)
+            done = self.call(*command.split(), *arguments, text=True, environment={"LD_DEBUG": "files"})
             libraries = set(re.findall(r"calling init: (\S+)", done.stderr))
             self.assertTrue(any("libc.so" in library for library in libraries))
             # Without a session bus there is nobody to ask about a secret.

@@ -40,8 +40,7 @@ class Run(ToolTest):
         self.assertEqual(self.json("run", "/usr/bin/printf", "%s|", *words)["output"], "".join(word + "|" for word in words))
 
     def test_a_program_may_be_called_like_an_option(self):
-        program = self.home / "-x"
-        program.write_text("#!/bin/sh\necho $#\n")
+        program = self.write_file("-x", "#!/bin/sh\necho $#\n")
         program.chmod(0o755)
         self.assertIn("could not be run", self.failure("run", "--", "-y", stdout=None, status=3))
         self.assertEqual(self.json("run", "--", program, "run")["output"], "1\n")

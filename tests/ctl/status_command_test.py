@@ -1,8 +1,7 @@
 import json
 import plistlib
-import subprocess
 
-from tool import APP, TOOL, ToolTest
+from tool import APP, ToolTest
 
 VERSION = "1.14.4"
 
@@ -30,19 +29,15 @@ class Status(ToolTest):
         return {"Type": kind, "Name": name, "InstallPath": str(self.home / path)} | more
 
     def make_component(self, path, version):
-        contents = self.home / path / "Contents"
-        contents.mkdir(parents=True, exist_ok=True)
-        (contents / "Info.plist").write_bytes(plistlib.dumps({"CFBundleShortVersionString": version}))
+        self.write_file(f"{path}/Contents/Info.plist", plistlib.dumps({"CFBundleShortVersionString": version}))
         return path
 
     def make_tool(self, script):
-        tool = self.home / "tool"
-        tool.write_text(f"#!/bin/sh\n{script}\n")
-        tool.chmod(0o775)  # so that it never is the administrator's
+        self.write_file("tool", f"#!/bin/sh\n{script}\n").chmod(0o775)  # so that it never is the administrator's
         return "tool"
 
     def test_the_bundles_own_catalogue_is_told_item_by_item(self):
-        done = subprocess.run([TOOL, "status"], capture_output=True, text=True, timeout=60)
+        done = self.call("status", text=True)
         told = json.loads(done.stdout)
         catalogue = plistlib.loads((APP / "Contents/Resources/RequiredItems.plist").read_bytes())["RequiredItems"]
         self.assertEqual([(item["type"], item["name"], item["installPath"]) for item in told["items"]],
@@ -105,7 +100,7 @@ class Status(ToolTest):
         self.assertEqual(told["items"], [{"index": index} | nothing for index in range(3)])
 
     def test_a_tool_that_cannot_be_started_is_old_and_no_failure(self):
-        (self.home / "plain").write_text("no program")
+        self.write_file("plain", "no program")
         self.assertEqual(self.status(self.item("QMTool", path="plain"), status=1)["items"][0]["status"], "Old Version")
 
     def test_what_a_tool_prints_does_not_get_among_the_results(self):

@@ -39,16 +39,12 @@ class Brand(ToolTest):
         self.assertEqual(self.json("brand"), {"brandID": -1, "reseller": False, "logo": "logo-1.bmp"})
 
     def test_a_downloaded_logo_is_told_by_its_path(self):
-        folder = self.home / "Library/Application Support/Quillmark"
-        folder.mkdir(parents=True)
-        logo = folder / "logo--1.bmp"
-        logo.write_bytes((APP / "Contents/Resources/logo-15.bmp").read_bytes())
+        logo = self.write_file("Library/Application Support/Quillmark/logo--1.bmp",
+                               (APP / "Contents/Resources/logo-15.bmp").read_bytes())
         self.assertEqual(self.json("brand")["logo"], str(logo))
 
     def test_a_downloaded_logo_that_is_no_picture_gives_way_to_the_default_one(self):
-        folder = self.home / "Library/Application Support/Quillmark"
-        folder.mkdir(parents=True)
-        (folder / "logo--1.bmp").write_bytes(b"BM no bitmap")
+        self.write_file("Library/Application Support/Quillmark/logo--1.bmp", "BM no bitmap")
         self.assertEqual(self.json("brand")["logo"], "logo-1.bmp")
 
 

@@ -28,23 +28,27 @@ class ToolTest(unittest.TestCase):
     def setUp(self):
         self.home = Path(self.enterContext(tempfile.TemporaryDirectory()))
 
-    def run_tool(self, *arguments, status=0, stdout=subprocess.PIPE, **environment):
+    def call(self, *arguments, program=TOOL, environment=None, **options):
+        """Runs the tool to its end, whatever its status is then; without input unless the options, which are those of
+        subprocess.run, say otherwise."""
+        values = {"HOME": str(self.home), "PATH": os.environ["PATH"], "LANG": "C.UTF-8"} | (environment or {})
+        streams = {} if "input" in options else {"stdin": subprocess.DEVNULL}
+        streams |= {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+        return subprocess.run([program, *map(str, arguments)], env=values, timeout=60, **(streams | options))
+
+    def run_tool(self, *arguments, status=0, may_print=False, stdout=subprocess.PIPE, **environment):
         """Runs the tool and checks its status; one line on standard error for the statuses 2 and 3, else none."""
-        values = {"HOME": str(self.home), "PATH": os.environ["PATH"], "LANG": "C.UTF-8"} | environment
-        done = subprocess.run([TOOL, *map(str, arguments)], env=values, stdin=subprocess.DEVNULL, stdout=stdout,
-                              stderr=subprocess.PIPE, text=True, timeout=60)
+        done = self.call(*arguments, stdout=stdout, text=True, environment=environment)
         self.assertEqual(done.returncode, status, done.stderr)
         if status >= 2:
             self.assertRegex(done.stderr, r"\Aquillmarkctl: [^\n]+: [^\n]+\n\Z")
-            self.assertIn(done.stdout, (None, ""))
+            self.assertTrue(may_print or not done.stdout, done.stdout)
         return done
 
     def run_with_input(self, *arguments, text="", status=0, **environment):
         """Standard output of the tool that reads the text, which may be bytes. `self.error_text` is one line for the statuses 2
         and 3, else empty."""
-        data = text if isinstance(text, bytes) else text.encode()
-        done = subprocess.run([TOOL, *arguments], input=data, capture_output=True, timeout=60,
-                              env={"HOME": str(self.home), "LANG": "C.UTF-8"} | environment)
+        done = self.call(*arguments, input=text if isinstance(text, bytes) else text.encode(), environment=environment)
         self.error_text = done.stderr.decode()
         self.assertEqual(done.returncode, status, self.error_text)
         self.assertRegex(self.error_text, r"\A[^\n]+\n\Z" if status >= 2 else r"\A\Z")
@@ -63,11 +67,7 @@ class ToolTest(unittest.TestCase):
 
     def failed(self, *arguments):
         """A command of status 3 that prints an error besides its line."""
-        done = subprocess.run([TOOL, *arguments], env={"HOME": str(self.home), "PATH": os.environ["PATH"]},
-                              capture_output=True, text=True, timeout=60)
-        self.assertEqual(done.returncode, 3)
-        self.assertRegex(done.stderr, r"\Aquillmarkctl: [^\n]+: [^\n]+\n\Z")
-        return done
+        return self.run_tool(*arguments, status=3, may_print=True)
 
     def failed_json(self, *arguments):
         return json.loads(self.failed(*arguments).stdout)
@@ -79,8 +79,13 @@ class ToolTest(unittest.TestCase):
         """A bundle of the test's own, to be changed."""
         return Path(shutil.copytree(APP, self.home / "Copy.app"))
 
+    def write_file(self, name, contents):
+        """A file in the home folder, of a text or of bytes, with the folders above it. \\returns its path."""
+        path = self.home / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(contents if isinstance(contents, bytes) else contents.encode())
+        return path
+
     def make_bundle(self, path, identifier):
-        contents = self.home / path / "Contents"
-        contents.mkdir(parents=True)
-        (contents / "Info.plist").write_bytes(plistlib.dumps({"CFBundleIdentifier": identifier}))
+        self.write_file(f"{path}/Contents/Info.plist", plistlib.dumps({"CFBundleIdentifier": identifier}))
         return str(self.home / path)
