@@ -6,13 +6,16 @@
 #include <cstdio>
 #include <iterator>
 #include <utf8.h>
+#include <utility>
 
 namespace quillmark::test {
 
 namespace {
 
-constexpr std::uint64_t kWordFalse = 5;
-constexpr std::uint64_t kWordTrue = 4;
+/// Characters and their escapes, in the order in which a text is searched for them.
+constexpr std::pair<std::string_view, std::string_view> kEscapes[] = {{"\\", "\\\\"}, {"\"", "\\\""}, {"/", "\\/"},
+                                                                      {"\b", "\\b"},  {"\f", "\\f"},  {"\n", "\\n"},
+                                                                      {"\r", "\\r"},  {"\t", "\\t"}};
 
 /// ASCII digits only; the digits of other scripts are characters like any other.
 bool isDigit(char16_t character) { return character >= u'0' && character <= u'9'; }
@@ -67,13 +70,8 @@ void replace(std::string &text, std::string_view what, std::string_view by) {
 
 std::string JSONReference::createJSONStrFromDict(const Dictionary &dictionary) {
     std::string result = "{";
-    bool isFirst = true;
     for (const auto &[key, value] : dictionary) {
-        if (!isFirst) {
-            result += ',';
-        }
-        isFirst = false;
-        result += '"' + key + "\":" + valueText(value);
+        result += (result == "{" ? "\"" : ",\"") + key + "\":" + valueText(value);
     }
     return result + '}';
 }
@@ -125,26 +123,15 @@ std::optional<Dictionary> JSONReference::createObjFromJSONStr(std::u16string_vie
             }
             --at;
             pendingValue = jsonNumberForStr(text, at, error);
-        } else if (character == u'f' || character == u'F') {
-            if (isKeyExpected) {
-                return std::nullopt;
-            }
+        } else if (character == u'f' || character == u'F' || character == u't' || character == u'T') {
+            const bool isTrue = character == u't' || character == u'T';
+            const std::u16string_view word = isTrue ? u"true" : u"false";
             const std::uint64_t letter = at - 1;
-            if (text.size() - letter < kWordFalse + 1) {
+            if (isKeyExpected || text.size() - letter < word.size() + 1) {
                 return std::nullopt;
             }
-            pendingValue = !isWord(std::u16string(text.substr(letter, kWordFalse)), u"false");
-            at = letter + kWordFalse;
-        } else if (character == u't' || character == u'T') {
-            if (isKeyExpected) {
-                return std::nullopt;
-            }
-            const std::uint64_t letter = at - 1;
-            if (text.size() - letter < kWordTrue + 1) {
-                return std::nullopt;
-            }
-            pendingValue = isWord(std::u16string(text.substr(letter, kWordTrue)), u"true");
-            at = letter + kWordTrue;
+            pendingValue = isWord(std::u16string(text.substr(letter, word.size())), word) == isTrue;
+            at = letter + word.size();
         }
         if (pendingKey && !pendingValue.isNothing()) {
             dictionary->insert_or_assign(*pendingKey, pendingValue);
@@ -170,16 +157,9 @@ std::optional<std::string> JSONReference::jsonStringForStr(std::u16string_view t
             }
             character = text[at];
             ++at;
-            if (character == u'b') {
-                character = u'\b';
-            } else if (character == u'f') {
-                character = u'\f';
-            } else if (character == u'n') {
-                character = u'\n';
-            } else if (character == u'r') {
-                character = u'\r';
-            } else if (character == u't') {
-                character = u'\t';
+            constexpr std::u16string_view kLetters = u"bfnrt";
+            if (const size_t letter = kLetters.find(character); letter != std::u16string_view::npos) {
+                character = u"\b\f\n\r\t"[letter];
             }
         }
         append(result, character);
@@ -228,27 +208,17 @@ Value JSONReference::jsonNumberForStr(std::u16string_view text, std::uint64_t &a
 
 std::string JSONReference::stringByAddingJSONEscape(std::string_view text) {
     std::string result(text);
-    replace(result, "\\", "\\\\");
-    replace(result, "\"", "\\\"");
-    replace(result, "/", "\\/");
-    replace(result, "\b", "\\b");
-    replace(result, "\f", "\\f");
-    replace(result, "\n", "\\n");
-    replace(result, "\r", "\\r");
-    replace(result, "\t", "\\t");
+    for (const auto &[character, escape] : kEscapes) {
+        replace(result, character, escape);
+    }
     return result;
 }
 
 std::string JSONReference::stringByReplacingJSONEscape(std::string_view text) {
     std::string result(text);
-    replace(result, "\\\\", "\\");
-    replace(result, "\\\"", "\"");
-    replace(result, "\\/", "/");
-    replace(result, "\\b", "\b");
-    replace(result, "\\f", "\f");
-    replace(result, "\\n", "\n");
-    replace(result, "\\r", "\r");
-    replace(result, "\\t", "\t");
+    for (const auto &[character, escape] : kEscapes) {
+        replace(result, escape, character);
+    }
     return result;
 }
 
