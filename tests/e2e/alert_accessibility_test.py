@@ -1,7 +1,7 @@
 """The alert beside a running core, as an assistive program finds, reads and presses it."""
 
-from desktop import Desktop, is_alert_ready, require_accessibility
-from machine import CORE, LAUNCHER, PATIENCE, LauncherTest, processes_of, run_launcher
+from desktop import WindowTest, is_alert_ready, require_accessibility
+from machine import CORE, LAUNCHER, PATIENCE, processes_of, run_launcher
 
 MESSAGE = "Quillmark is already running."
 INFORMATION = ("Only one copy of Quillmark can run at a time. To use this copy, first quit the one that is running, then "
@@ -10,15 +10,13 @@ INFORMATION = ("Only one copy of Quillmark can run at a time. To use this copy, 
 setUpModule = require_accessibility
 
 
-class AlertAccessibility(LauncherTest):
+class AlertAccessibility(WindowTest):
     def setUp(self):
         self.assertEqual(run_launcher().returncode, 0)
         self.running_core = self.core()
-        self.desktop = Desktop(self)
-        self.desktop.start_window_manager()
-        self.desktop.start_accessibility()
+        super().setUp()
         self.launcher = self.desktop.start(LAUNCHER)
-        self.tree = self.desktop.wait_for(self.launcher, is_alert_ready, "the alert is up")
+        self.tree = self.wait_for(is_alert_ready, "the alert is up")
 
     def test_is_an_alert_with_the_name_of_its_title_and_both_texts(self):
         self.assertEqual((self.tree.role, self.tree.name), ("application", "Quillmark"))
@@ -42,6 +40,6 @@ class AlertAccessibility(LauncherTest):
         self.assertEqual(self.tree.all(state="focused"), [button])
 
     def test_ends_the_launcher_and_not_the_core_when_its_button_is_pressed(self):
-        self.desktop.press(self.launcher, "push button", "Quit")
+        self.press("Quit")
         self.assertEqual(self.launcher.wait(timeout=PATIENCE), 0)
         self.assertEqual(processes_of(CORE), [self.running_core])

@@ -5,8 +5,8 @@ import shutil
 import subprocess
 
 from components import FILE_SYSTEM, OVERLAY_TOOL, TOOLS, fingerprint
-from desktop import Desktop, require_accessibility
-from machine import CORE, LAUNCHER, PATIENCE, RESOURCES, LauncherTest, end_cores, processes_of
+from desktop import WindowTest
+from machine import CORE, LAUNCHER, PATIENCE, RESOURCES, end_cores, processes_of
 from polkit import confirm_password, start_agent, start_polkit
 
 CONTINUE, DONT_INSTALL = "Continue", "Don’t Install"
@@ -28,17 +28,12 @@ def installation():
     return fingerprint() | {"core": oct(BUNDLED_CORE.stat().st_mode)}
 
 
-class CheckWindowTest(LauncherTest):
-    """`self.launcher` is the launcher that was started last."""
-
+class CheckWindowTest(WindowTest):
     maxDiff = 2000
 
     def setUp(self):
-        require_accessibility()
+        super().setUp()
         self.agents = {}  # one for each launcher
-        self.desktop = Desktop(self)
-        self.desktop.start_window_manager()
-        self.desktop.start_accessibility()
 
     def start_launcher(self, **options):
         """The launcher with its window up. \\returns what it shows."""
@@ -60,12 +55,6 @@ class CheckWindowTest(LauncherTest):
 
     def wait_for_failure(self, title=FAILED):
         return self.wait_for(lambda tree: tree.all("label", title, "showing"), "the failure is told")
-
-    def wait_for(self, condition, what):
-        return self.desktop.wait_for(self.launcher, condition, what)
-
-    def press(self, name):
-        self.desktop.press(self.launcher, "push button", name)
 
     def close_alert(self):
         self.press("OK")
@@ -94,8 +83,7 @@ class CheckWindowTest(LauncherTest):
 
     def assert_ended_with_core(self):
         """The launcher did what it is for, and the core that it started runs."""
-        _, err = self.launcher.communicate(timeout=PATIENCE)
-        self.assertEqual(self.launcher.returncode, 0, err)
+        self.assert_ended()
         self.core()
 
     def assert_ended_without_core(self):

@@ -8,7 +8,7 @@ import shutil
 import subprocess
 from pathlib import Path
 
-from machine import FILES, PATIENCE, end_with, environment, skip_without, start, wait_until
+from machine import FILES, PATIENCE, LauncherTest, end_with, environment, skip_without, start, wait_until
 
 PYTHON = "/usr/bin/python3"
 ACCESSIBILITY = Path(__file__).with_name("accessibility.py")
@@ -197,3 +197,23 @@ class Desktop:
         os.close(writing)
         with os.fdopen(reading) as number:
             return ":" + number.readline().strip()
+
+
+class WindowTest(LauncherTest):
+    """Works the windows of `self.launcher`, the launcher that was started last, on `self.desktop`."""
+
+    def setUp(self):
+        require_accessibility()
+        self.desktop = Desktop(self)
+        self.desktop.start_window_manager()
+        self.desktop.start_accessibility()
+
+    def wait_for(self, condition, what):
+        return self.desktop.wait_for(self.launcher, condition, what)
+
+    def press(self, name, role="push button"):
+        self.desktop.press(self.launcher, role, name)
+
+    def assert_ended(self):
+        _, err = self.launcher.communicate(timeout=PATIENCE)
+        self.assertEqual(self.launcher.returncode, 0, err)

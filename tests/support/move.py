@@ -7,8 +7,8 @@ import stat
 import subprocess
 from pathlib import Path
 
-from desktop import Desktop, is_alert_ready, require_accessibility
-from machine import APP, CORE, HOME, LOG_FOLDER, PATIENCE, USER, LauncherTest, processes_of, wait_until
+from desktop import WindowTest, is_alert_ready
+from machine import APP, CORE, HOME, LOG_FOLDER, PATIENCE, USER, processes_of, wait_until
 from polkit import confirm_password, start_agent
 
 MOVE, DO_NOT_MOVE, AGAIN = "Move to Applications Folder", "Do Not Move", "Do not show this message again"
@@ -68,19 +68,15 @@ def snapshot(bundle):
     return {str(path.relative_to(bundle)): facts(path) for path in [bundle, *bundle.rglob("*")]}
 
 
-class MoveTest(LauncherTest):
-    """`self.launcher` is the launcher that was started last. The bundle has been taken out of /Applications and lies in the
-    download folder."""
+class MoveTest(WindowTest):
+    """The bundle has been taken out of /Applications and lies in the download folder."""
 
     maxDiff = 3000
 
     def setUp(self):
-        require_accessibility()
+        super().setUp()
         copy_bundle(APP, DOWNLOADED)
         shutil.rmtree(APP)
-        self.desktop = Desktop(self)
-        self.desktop.start_window_manager()
-        self.desktop.start_accessibility()
 
     def put_old_copy(self, place=APP):
         """An older copy that the user may replace."""
@@ -93,12 +89,6 @@ class MoveTest(LauncherTest):
         options = {"stdout": subprocess.DEVNULL} | options
         self.launcher = self.desktop.start(bundle / "Contents/MacOS/Quillmark", **options)
         return self.wait_for(is_alert_ready, "the question is up")
-
-    def wait_for(self, condition, what):
-        return self.desktop.wait_for(self.launcher, condition, what)
-
-    def press(self, name, role="push button"):
-        self.desktop.press(self.launcher, role, name)
 
     def answer(self, button, bundle=DOWNLOADED):
         self.start_launcher(bundle)
@@ -113,10 +103,6 @@ class MoveTest(LauncherTest):
         self.press(MOVE)
         self.assertEqual(agent.stdout.readline(), "asked\n")
         confirm_password(agent)
-
-    def assert_ended(self):
-        _, err = self.launcher.communicate(timeout=PATIENCE)
-        self.assertEqual(self.launcher.returncode, 0, err)
 
     def assert_goes_on(self, bundle, launches):
         """The launcher has ended, and the core runs that was to."""
