@@ -29,9 +29,15 @@ class AuthorizationTest(unittest.TestCase):
         probe = subprocess.Popen(command, **pipes) if as_root else start(*command, **pipes)
         return end_with(self, probe)
 
-    def go(self, probe):
+    def go(self, probe, *answers):
+        """Lets the probe begin, which is to give these answers first."""
         probe.stdin.write("\n")
         probe.stdin.flush()
+        self.assertEqual([probe.stdout.readline().strip() for _ in answers], list(answers))
+
+    def end_sleepers(self):
+        for pid in processes_of("/usr/bin/sleep"):
+            os.kill(pid, signal.SIGKILL)
 
     def answers(self, *steps, **options):
         """What the steps answer, as lines, with nobody there to answer a dialog."""
@@ -196,8 +202,7 @@ class Programs(AuthorizationTest):
 
     def test_are_not_waited_for(self):
         self.assertEqual(self.run_as_root("run", 1, "/usr/bin/sleep", "1000", "run", 0, "/usr/bin/false"), ["0", "0"])
-        for pid in processes_of("/usr/bin/sleep"):
-            os.kill(pid, signal.SIGKILL)
+        self.end_sleepers()
 
     def test_tell_how_they_ended_to_who_waits(self):
         shell = ("run", 2, "/bin/sh", "-c")
@@ -211,8 +216,7 @@ class Programs(AuthorizationTest):
         self.assertEqual(self.run_as_root(*waiting, "run", 2, "/bin/sh", "-c", "exit 2", "wait", "run", 2, "/bin/sh", "-c",
                                           "echo > /tmp/go; sleep 1000", "wait"),
                          ["0", "0", "exit 2", "0", "exit 1"])
-        for pid in processes_of("/usr/bin/sleep"):
-            os.kill(pid, signal.SIGKILL)
+        self.end_sleepers()
 
     def test_that_are_not_there_are_not_waited_for(self):
         self.assertEqual(self.answers("wait", as_root=True), ["none"])
@@ -281,8 +285,7 @@ class Helper(AuthorizationTest):
         probe = self.start_probe("rights", ADMIN)
         look = lambda: start("/bin/ls", f"/proc/{probe.pid}/fd/", stderr=subprocess.DEVNULL).communicate()[0]
         self.assertNotEqual(look(), "")
-        self.go(probe)
-        self.assertEqual([probe.stdout.readline() for _ in range(2)], ["0\n", "0\n"])
+        self.go(probe, "0", "0")
         self.assertEqual(look(), "")
 
     def test_speaks_over_a_socket_that_keeps_messages_apart_only(self):
@@ -298,8 +301,7 @@ class Helper(AuthorizationTest):
     def test_ends_when_the_launcher_is_killed(self):
         start_polkit(self, "YES")
         probe = self.start_probe("rights", ADMIN)
-        self.go(probe)
-        self.assertEqual([probe.stdout.readline(), probe.stdout.readline()], ["0\n", "0\n"])
+        self.go(probe, "0", "0")
         helpers = wait_until(lambda: processes_of(HELPER), "the helper runs")
         probe.kill()
         wait_until(lambda: all(has_ended(pid) for pid in helpers), "the helper has ended")
@@ -317,8 +319,7 @@ class Helper(AuthorizationTest):
     def test_ends_when_the_launcher_is_killed_while_it_waits(self):
         start_polkit(self, "YES")
         probe = self.start_probe("rights", ADMIN, "run", 1, "/usr/bin/sleep", "1000", "wait")
-        self.go(probe)
-        self.assertEqual([probe.stdout.readline() for _ in range(3)], ["0\n"] * 3)
+        self.go(probe, "0", "0", "0")
         helper = wait_until(lambda: processes_of(HELPER), "the helper runs")[0]
         wait_until(lambda: self.is_waiting(helper), "the helper waits")
         probe.kill()
@@ -329,14 +330,12 @@ class Helper(AuthorizationTest):
     def test_that_is_killed_while_it_waits_leaves_the_launcher_without_a_status(self):
         probe = self.start_probe("rights", ADMIN, "run", 1, "/usr/bin/sleep", "1000", "wait", "wait", "run", 0,
                                  "/usr/bin/true", as_root=True)
-        self.go(probe)
-        self.assertEqual([probe.stdout.readline() for _ in range(3)], ["0\n"] * 3)
+        self.go(probe, "0", "0", "0")
         [helper] = processes_of(HELPER)
         wait_until(lambda: self.is_waiting(helper), "the helper waits")
         os.kill(helper, signal.SIGKILL)
         self.assertEqual([probe.stdout.readline() for _ in range(3)], ["none\n", "none\n", CANNOT_EXECUTE + "\n"])
-        for pid in processes_of("/usr/bin/sleep"):
-            os.kill(pid, signal.SIGKILL)
+        self.end_sleepers()
 
     def is_waiting(self, helper):
         """It lets the ends of programs through only then."""
