@@ -6,7 +6,7 @@ import shutil
 import subprocess
 from pathlib import Path
 
-from components import FILE_SYSTEM, FRAMEWORK, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UPDATE_TOOL, resource
+from components import FILE_SYSTEM, FRAMEWORK, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UPDATE_TOOL, signed
 from machine import CORE, RESOURCES, USER, LauncherTest, end_cores, environment, processes_of, run_launcher
 
 CATALOGUE = RESOURCES / "RequiredItems.plist"
@@ -153,14 +153,13 @@ class Systems(InstallCheckTest):
 
     def test_with_the_plug_ins_that_they_want_start_the_core(self):
         for archive, place in (("QuillmarkCM.zip", PLUGIN), ("QuillmarkOverlay.zip", OVERLAY)):
-            subprocess.run([UPDATE_TOOL, "repairzipitem", resource(archive), resource(f"{archive}.sig"), place], check=True)
+            subprocess.run([UPDATE_TOOL, "repairzipitem", *signed(archive), place], check=True)
         SYSTEM_VERSION.parent.mkdir(parents=True)
         SYSTEM_VERSION.write_bytes(plistlib.dumps({"ProductVersion": "10.5.8"}))
         self.assert_started(run_launcher())
 
     def test_whose_plug_in_is_out_of_date_are_told(self):
-        subprocess.run([UPDATE_TOOL, "repairzipitem", resource("QuillmarkOverlay.zip"), resource("QuillmarkOverlay.zip.sig"),
-                        OVERLAY], check=True)
+        subprocess.run([UPDATE_TOOL, "repairzipitem", *signed("QuillmarkOverlay.zip"), OVERLAY], check=True)
         (OVERLAY / "Contents/Info.plist").write_bytes(plistlib.dumps({"CFBundleShortVersionString": "1.13.9"}))
         self.assertEqual(self.run_on("10.6.8"), {"QuillmarkOverlay": f'Old Version ("{OVERLAY}")'})
 

@@ -14,7 +14,7 @@ from pathlib import Path
 
 from components import (CANNOT_WRITE, DAMAGED_PAYLOAD, FILE_SYSTEM, OLD_PAYLOAD, OLDER, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
                         UNREADABLE_PAYLOAD, UNSAFE_PLACE, UPDATE_TOOL, WRONG_PAYLOAD, WRONG_PLACE, WRONG_SIGNATURE,
-                        AttackTest, archive_with, foreign_key, make_bundle, make_package, of_release, resource, sign)
+                        AttackTest, archive_with, foreign_key, make_bundle, make_package, of_release, resource, sign, signed)
 from machine import HOME, RESOURCES, USER, make_user_folder, start, status_of, wait_until
 
 
@@ -86,8 +86,8 @@ class WrongThings(Attacks):
         self.assert_refused(WRONG_PAYLOAD, "repairotherroot", disguised, resource("finderoverlaytool.sig"))
 
     def test_a_tool_does_not_get_a_mode_that_is_not_its_own(self):
-        self.assert_refused(WRONG_PLACE, "repairotherroot", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
-        self.assert_refused(WRONG_PLACE, "repairother", resource("updateqm"), resource("updateqm.sig"))
+        self.assert_refused(WRONG_PLACE, "repairotherroot", *signed("finderoverlaytool"))
+        self.assert_refused(WRONG_PLACE, "repairother", *signed("updateqm"))
         self.assert_refused(WRONG_PLACE, "repairpermissionsotherroot", "finderoverlaytool")
 
     def test_signed_things_that_are_no_tools_are_not_installed_as_tools(self):
@@ -99,14 +99,14 @@ class WrongThings(Attacks):
         self.assert_refused(OLD_PAYLOAD, "repairother", *of_release("finderoverlaytool", OLDER, self.folder))
 
     def test_nothing_is_installed_at_places_outside_the_catalogue(self):
-        archive, signature = resource("QuillmarkCM.zip"), resource("QuillmarkCM.zip.sig")
+        archive, signature = signed("QuillmarkCM.zip")
         for place in ("/etc/QuillmarkCM.plugin", "/Library/QuillmarkCM.plugin", f"{PLUGIN}/", f"{PLUGIN}/../x", "relative",
                       "/Library/./Contextual Menu Items/QuillmarkCM.plugin", "/", "", str(FILE_SYSTEM), f"{PLUGIN}\n"):
             with self.subTest(place):
                 self.assert_refused(WRONG_PLACE, "repairzipitem", archive, signature, place)
 
     def test_one_bundle_is_not_installed_in_anothers_place(self):
-        self.assert_refused(WRONG_PAYLOAD, "repairzipitem", resource("QuillmarkCM.zip"), resource("QuillmarkCM.zip.sig"), OVERLAY)
+        self.assert_refused(WRONG_PAYLOAD, "repairzipitem", *signed("QuillmarkCM.zip"), OVERLAY)
 
     def test_tools_outside_the_catalogue_or_their_folder_are_not_repaired(self):
         for name in ("other", "../updateqm", "/usr/bin/env", "", ".", "updateqm/", "updateqm.sig"):
@@ -182,7 +182,7 @@ class OddFiles(Attacks):
             signal.pthread_sigmask(signal.SIG_BLOCK, range(1, 32))
 
         OVERLAY_TOOL.unlink()
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"), before=close_all)
+        self.assert_done("repairother", *signed("finderoverlaytool"), before=close_all)
         self.assert_is_tool(OVERLAY_TOOL, 0o755)
 
     def test_the_callers_mask_changes_nothing(self):
@@ -226,7 +226,7 @@ class ThingsInTheWay(Attacks):
         victim.write_text("precious")
         OVERLAY_TOOL.unlink()
         OVERLAY_TOOL.symlink_to(victim)
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+        self.assert_done("repairother", *signed("finderoverlaytool"))
         self.assert_is_tool(OVERLAY_TOOL, 0o755)
         self.assertEqual(victim.read_text(), "precious")
 
@@ -237,7 +237,7 @@ class ThingsInTheWay(Attacks):
         OVERLAY_TOOL.unlink()
         (OVERLAY_TOOL / "inner").mkdir(parents=True)
         (OVERLAY_TOOL / "inner/link").symlink_to(victim)
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+        self.assert_done("repairother", *signed("finderoverlaytool"))
         self.assert_is_tool(OVERLAY_TOOL, 0o755)
         self.assertEqual((victim / "file").read_text(), "precious")
 
@@ -262,7 +262,7 @@ class ThingsInTheWay(Attacks):
     def test_a_tool_folder_that_others_can_write_to_becomes_the_administrators(self):
         os.chown(TOOLS, USER, USER)
         TOOLS.chmod(0o777)
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+        self.assert_done("repairother", *signed("finderoverlaytool"))
         self.assertEqual((stat.S_IMODE(TOOLS.stat().st_mode), TOOLS.stat().st_uid), (0o755, 0))
 
     def test_a_tool_that_was_exchanged_does_not_get_its_rights_back(self):
@@ -282,7 +282,7 @@ class ThingsInTheWay(Attacks):
         others = TOOLS / ".quillmark-of-others"
         others.mkdir()
         os.chown(others, USER, USER)
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+        self.assert_done("repairother", *signed("finderoverlaytool"))
         self.assertFalse(left.exists())
         self.assertTrue(others.exists())
 
@@ -354,13 +354,13 @@ class Races(Attacks):
     def test_killed_at_any_moment_it_leaves_the_old_or_the_new(self):
         contents = resource("updateqm").read_bytes()
         for attempt in range(60):
-            process = start(UPDATE_TOOL, "repairotherroot", resource("updateqm"), resource("updateqm.sig"))
+            process = start(UPDATE_TOOL, "repairotherroot", *signed("updateqm"))
             time.sleep(random.random() * 0.03)  # any moment will do
             process.kill()
             process.communicate()
             status = UPDATE_TOOL.lstat()
             self.assertEqual((UPDATE_TOOL.read_bytes(), stat.S_IMODE(status.st_mode), status.st_uid), (contents, 0o4755, 0))
-        self.assert_done("repairotherroot", resource("updateqm"), resource("updateqm.sig"))
+        self.assert_done("repairotherroot", *signed("updateqm"))
         self.assertEqual(sorted(os.listdir(TOOLS)), ["finderoverlaytool", "finderoverlaytool.sig", "updateqm", "updateqm.sig"])
 
     def test_several_at_once_leave_one_whole_installation(self):
@@ -413,9 +413,7 @@ class HostilePackages(Attacks):
             os.chown(program, USER, USER)
             program.chmod(0o6777)
 
-        package = self.package(mark)
-        sign(package)
-        self.assert_done("repairpackage", package)
+        self.assert_done("repairpackage", self.package(mark))
         status = (FILE_SYSTEM / "program").stat()
         self.assertEqual((stat.S_IMODE(status.st_mode), status.st_uid, status.st_gid), (0o755, 0, 0))
 

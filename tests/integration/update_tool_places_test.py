@@ -7,7 +7,7 @@ import struct
 import subprocess
 from pathlib import Path
 
-from components import FILE_SYSTEM, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UNSAFE_PLACE, AttackTest, resource
+from components import FILE_SYSTEM, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS, UNSAFE_PLACE, AttackTest, resource, signed
 from machine import APP, HOME, RESOURCES, USER, make_user_folder, start
 
 SUPPORT = TOOLS.parent
@@ -24,12 +24,12 @@ def access_list(user):
 class FoldersOfOthers(AttackTest):
     def commands(self):
         """Every command that installs, with the folder that the place is in."""
-        yield "repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig")
-        yield "repairotherroot", resource("updateqm"), resource("updateqm.sig")
+        yield "repairother", *signed("finderoverlaytool")
+        yield "repairotherroot", *signed("updateqm")
         yield "repairpermissionsother", "finderoverlaytool"
         yield "repairpackage", resource("QuillmarkFS.pkg")
-        yield "repairzipitem", resource("QuillmarkCM.zip"), resource("QuillmarkCM.zip.sig"), PLUGIN
-        yield "repairzipitem", resource("QuillmarkOverlay.zip"), resource("QuillmarkOverlay.zip.sig"), OVERLAY
+        yield "repairzipitem", *signed("QuillmarkCM.zip"), PLUGIN
+        yield "repairzipitem", *signed("QuillmarkOverlay.zip"), OVERLAY
         yield "repairintel10_5", resource("Fixes10_5.zip"), resource("Fixes10_5.plist")
 
     def refuse_all(self, folder):
@@ -47,7 +47,7 @@ class FoldersOfOthers(AttackTest):
 
     def test_above_the_place_may_be_shared_where_each_keeps_his_own(self):
         LIBRARY.chmod(0o1777)
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+        self.assert_done("repairother", *signed("finderoverlaytool"))
         self.assert_done("repairpackage", resource("QuillmarkFS.pkg"))
 
     def test_in_which_a_bundle_lies_are_refused(self):
@@ -138,8 +138,8 @@ class AccessLists(AttackTest):
     def test_on_the_tools_folder_do_not_stay(self):
         for kind in ("default", "access"):
             os.setxattr(TOOLS, f"system.posix_acl_{kind}", access_list(USER))
-        self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
-        self.assert_done("repairzipitem", resource("QuillmarkOverlay.zip"), resource("QuillmarkOverlay.zip.sig"), OVERLAY)
+        self.assert_done("repairother", *signed("finderoverlaytool"))
+        self.assert_done("repairzipitem", *signed("QuillmarkOverlay.zip"), OVERLAY)
         for path in (TOOLS, OVERLAY_TOOL, OVERLAY, OVERLAY / "Contents", OVERLAY / "Contents/Info.plist"):
             self.assert_has_no_list(path)
 

@@ -9,7 +9,7 @@ import zipfile
 from pathlib import Path
 
 from components import (FILE_SYSTEM, NEWER, OLD_PAYLOAD, OLDER, OVERLAY_TOOL, PLUGIN, TOOLS, UPDATE_TOOL, WRONG_PAYLOAD, AttackTest,
-                        fingerprint, make_bundle, make_package, of_release, resource, sign)
+                        fingerprint, make_bundle, make_package, of_release, resource, sign, signed)
 from machine import APP, start
 
 
@@ -36,13 +36,13 @@ class KeptTools(AttackTest):
     def test_that_is_still_open_is_of_no_use(self):
         kept = os.open(UPDATE_TOOL, os.O_RDONLY)
         self.addCleanup(os.close, kept)
-        self.install(resource("updateqm"), resource("updateqm.sig"))
+        self.install(*signed("updateqm"))
         self.assert_is_of_no_use(f"/proc/self/fd/{kept}", pass_fds=[kept])
 
     def test_that_has_another_name_is_of_no_use(self):
         kept = TOOLS.with_name("kept")
         os.link(UPDATE_TOOL, kept)
-        self.install(resource("updateqm"), resource("updateqm.sig"))
+        self.install(*signed("updateqm"))
         self.assertEqual(stat.S_IMODE(kept.stat().st_mode), 0)
         self.assert_is_of_no_use(f"'{kept}'")
 
@@ -52,7 +52,7 @@ class KeptTools(AttackTest):
         kept = TOOLS.with_name("kept")
         os.link(UPDATE_TOOL, kept)
         UPDATE_TOOL.rename(left)
-        self.install(resource("updateqm"), resource("updateqm.sig"))
+        self.install(*signed("updateqm"))
         self.assertEqual(stat.S_IMODE(kept.stat().st_mode), 0)
         self.assertFalse(left.parent.exists())
 
@@ -66,7 +66,7 @@ class OlderReleases(AttackTest):
         tool, _ = of_release("updateqm", OLDER, self.folder)
         os.chown(tool, 0, 0)
         tool.chmod(0o4755)
-        for command in (("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig")),
+        for command in (("repairother", *signed("finderoverlaytool")),
                         ("repairpackage", resource("QuillmarkFS.pkg")), ("repairpermissionsother", "finderoverlaytool")):
             with self.subTest(command[0]):
                 self.assert_refused(OLD_PAYLOAD, *command, program=tool)
@@ -96,11 +96,10 @@ class OlderReleases(AttackTest):
 
     def test_of_a_tool_do_not_replace_one_that_is_newer_than_the_update_tool(self):
         self.assert_done("repairother", *of_release("finderoverlaytool", NEWER, self.folder))
-        self.assert_refused(OLD_PAYLOAD, "repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+        self.assert_refused(OLD_PAYLOAD, "repairother", *signed("finderoverlaytool"))
 
     def test_of_a_bundle_in_a_package_do_not_replace_the_newer_one(self):
         package = make_package(self.folder / "x.pkg", make_bundle(self.folder / "tree", FILE_SYSTEM.name, build="1302"))
-        sign(package)
         self.assert_refused(OLD_PAYLOAD, "repairpackage", package)
         shutil.rmtree(FILE_SYSTEM)  # as the administrator can, who wants it
         self.assert_done("repairpackage", package)
@@ -112,7 +111,7 @@ class OlderReleases(AttackTest):
         return archive, sign(archive)
 
     def test_of_a_bundle_in_an_archive_do_not_replace_the_newer_one(self):
-        self.assert_done("repairzipitem", resource("QuillmarkCM.zip"), resource("QuillmarkCM.zip.sig"), PLUGIN)
+        self.assert_done("repairzipitem", *signed("QuillmarkCM.zip"), PLUGIN)
         self.assert_refused(OLD_PAYLOAD, "repairzipitem", *self.archive_of(PLUGIN.name, "Contents/Info.plist", "1302"), PLUGIN)
         self.assert_done("repairzipitem", *self.archive_of(PLUGIN.name, "Contents/Info.plist", "1303.1"), PLUGIN)
 
@@ -129,7 +128,7 @@ class OlderReleases(AttackTest):
         self.assertEqual(fingerprint(APP), before)
 
     def test_without_a_version_do_not_replace_one_that_has_one(self):
-        self.assert_done("repairzipitem", resource("QuillmarkCM.zip"), resource("QuillmarkCM.zip.sig"), PLUGIN)
+        self.assert_done("repairzipitem", *signed("QuillmarkCM.zip"), PLUGIN)
         self.assert_refused(OLD_PAYLOAD, "repairzipitem", *self.archive_of(PLUGIN.name, "elsewhere", "1400"), PLUGIN)
 
 

@@ -12,11 +12,11 @@ import time
 from pathlib import Path
 
 from components import (BUSY, FILE_SYSTEM, LOCK, OVERLAY_TOOL, TOOLS, UPDATE_TOOL, AttackTest, fingerprint, make_bundle, make_package,
-                        of_release, resource, sign)
+                        of_release, resource, signed)
 from machine import HOME, PATIENCE, USER, end_with, full_pipe, has_ended, start, status_of, wait_until
 
 NAMES = ["finderoverlaytool", "finderoverlaytool.sig", "updateqm", "updateqm.sig"]
-REPAIR = ("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+REPAIR = ("repairother", *signed("finderoverlaytool"))
 
 
 def hold_lock(test):
@@ -31,9 +31,7 @@ class BigPackageTest(AttackTest):
     def big_package(self, mebibytes):
         tree = make_bundle(self.folder / "tree", FILE_SYSTEM.name)
         (tree / FILE_SYSTEM.name / "big").write_bytes(os.urandom(1 << 20) * mebibytes)
-        package = make_package(self.folder / "x.pkg", tree)
-        sign(package)
-        return package
+        return make_package(self.folder / "x.pkg", tree)
 
 
 class HostileSurroundings(BigPackageTest):
@@ -51,9 +49,7 @@ class HostileSurroundings(BigPackageTest):
         deep.mkdir(parents=True)
         (deep / "program").write_text("x")
         (deep / "program").chmod(0o700)
-        package = make_package(self.folder / "deep.pkg", tree)
-        sign(package)
-        return package, FILE_SYSTEM / "a/b/c/d/e/f/program"
+        return make_package(self.folder / "deep.pkg", tree), FILE_SYSTEM / "a/b/c/d/e/f/program"
 
     def test_with_few_descriptors_installs_all_or_nothing(self):
         package, program = self.deep_package()
@@ -241,7 +237,6 @@ class Killed(AttackTest):
         tree = make_bundle(self.folder / "tree", FILE_SYSTEM.name, build="1304")
         (tree / FILE_SYSTEM.name / "new").write_text("new")
         package = make_package(self.folder / "x.pkg", tree)
-        sign(package)
         old = fingerprint(FILE_SYSTEM)
         states = set()
 

@@ -8,7 +8,8 @@ import subprocess
 from pathlib import Path
 
 from components import (CANNOT_WRITE, FILE_SYSTEM, FRAMEWORK, NOT_ADMINISTRATOR, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
-                        UPDATE_TOOL, WRONG_COMMAND_LINE, WRONG_PAYLOAD, WRONG_PLACE, AttackTest, UpdateToolTest, resource)
+                        UPDATE_TOOL, WRONG_COMMAND_LINE, WRONG_PAYLOAD, WRONG_PLACE, AttackTest, UpdateToolTest,
+                        resource, signed)
 from machine import APP, HOME, RESOURCES, USER, fill, make_user_folder
 
 MODES = {"d": 0o755, "-": 0o644, "l": 0o777}
@@ -45,7 +46,7 @@ class Commands(AttackTest):
         self.assertEqual(sorted(os.listdir(TOOLS)), ["updateqm", "updateqm.sig"])
 
     def test_it_replaces_itself_while_it_runs(self):
-        self.assert_done("repairotherroot", resource("updateqm"), resource("updateqm.sig"))
+        self.assert_done("repairotherroot", *signed("updateqm"))
         self.assert_is_tool(UPDATE_TOOL, 0o4755)
 
     def test_it_installs_a_tool(self):
@@ -55,7 +56,7 @@ class Commands(AttackTest):
                     OVERLAY_TOOL.unlink()
                 if what == "half there":
                     OVERLAY_TOOL.write_bytes(b"\x7fELF")
-                self.assert_done("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig"))
+                self.assert_done("repairother", *signed("finderoverlaytool"))
                 self.assert_is_tool(OVERLAY_TOOL, 0o755)
 
     def test_it_gives_a_tool_its_owner_and_mode_back(self):
@@ -170,7 +171,7 @@ class Commands(AttackTest):
     def test_the_overlay_tool_wants_a_plug_in_that_only_the_administrator_can_have_changed(self):
         run = lambda: subprocess.run([OVERLAY_TOOL, "insertfinderoverlay"], capture_output=True, text=True)
         self.assertEqual(run().returncode, 66)
-        self.assert_done("repairzipitem", resource("QuillmarkOverlay.zip"), resource("QuillmarkOverlay.zip.sig"), OVERLAY)
+        self.assert_done("repairzipitem", *signed("QuillmarkOverlay.zip"), OVERLAY)
         self.assertEqual((run().returncode, run().stderr), (0, ""))
         OVERLAY.chmod(0o775)
         self.assertEqual(run().returncode, 77)
@@ -189,8 +190,7 @@ class FullDisk(UpdateToolTest):
     def test_leaves_what_was_there_before(self):
         shutil.copy(resource("QuillmarkCM.zip"), "/tmp/archive.zip")
         fill("/Library/ballast")
-        for arguments in (("repairother", resource("finderoverlaytool"), resource("finderoverlaytool.sig")),
-                          ("repairotherroot", resource("updateqm"), resource("updateqm.sig")),
+        for arguments in (("repairother", *signed("finderoverlaytool")), ("repairotherroot", *signed("updateqm")),
                           ("repairpackage", resource("QuillmarkFS.pkg")),
                           ("repairpermissionsother", "finderoverlaytool"),
                           ("repairintel10_5", resource("Fixes10_5.zip"), resource("Fixes10_5.plist"))):

@@ -33,6 +33,11 @@ def resource(name):
     return RESOURCES / name
 
 
+def signed(name):
+    """\\returns the resource and its signature."""
+    return resource(name), resource(f"{name}.sig")
+
+
 def sign(path, key=VENDOR_KEY):
     """Signs a file, in the vendor's place unless another key is given, and lets everybody read it. \\returns the signature's
     path."""
@@ -51,7 +56,7 @@ def foreign_key():
 
 
 def make_package(path, tree, location="/Library/Filesystems", description=None, contents=None):
-    """A flat package of what is in the folder `tree`, or of ready contents."""
+    """A flat package of what is in the folder `tree`, or of ready contents, signed by the vendor."""
     parts = Path("/tmp/package-parts")
     parts.mkdir(exist_ok=True)
     (parts / "PackageInfo").write_text(description if description is not None else
@@ -61,6 +66,7 @@ def make_package(path, tree, location="/Library/Filesystems", description=None, 
     else:
         (parts / "Payload").write_bytes(contents)
     subprocess.run(["bsdtar", "--format=xar", "-cf", path, "-C", parts, "PackageInfo", "Payload"], check=True)
+    sign(path)
     return path
 
 
