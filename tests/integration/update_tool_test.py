@@ -46,8 +46,10 @@ class Commands(AttackTest):
         self.assertEqual(sorted(os.listdir(TOOLS)), ["updateqm", "updateqm.sig"])
 
     def test_it_replaces_itself_while_it_runs(self):
+        before = UPDATE_TOOL.stat().st_ino
         self.assert_done("repairotherroot", *signed("updateqm"))
         self.assert_is_tool(UPDATE_TOOL, 0o4755)
+        self.assertNotEqual(UPDATE_TOOL.stat().st_ino, before)
 
     def test_it_installs_a_tool(self):
         for what in ("missing", "there already", "half there"):

@@ -1,5 +1,5 @@
-#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListBytes.h"
+#include "platform/propertylist/PropertyListFormats.h"
 #include "platform/propertylist/PropertyListLimits.h"
 
 #include <bit>
