@@ -17,6 +17,7 @@ protected:
         EXPECT_TRUE(file.open(QIODevice::ReadOnly));
         whole = file.readAll();
         interfaceFile = folder.filePath("InstallCheck.ui").toStdString();
+        write(whole);
     }
     void write(const QByteArray &contents) const { writeFile("InstallCheck.ui", contents); }
     void writeFile(const char *name, const QByteArray &contents) const {
@@ -79,6 +80,7 @@ QByteArray elementOf(const QByteArray &file, const QByteArray &outlet) {
 // No window
 
 TEST_F(CheckWindowDamage, AFileThatIsMissingGivesNoWindow) {
+    ASSERT_TRUE(QFile::remove(qtText(interfaceFile)));
     expectNoWindow("can't be read: No such file");
     interfaceFile = "InstallCheck.ui";
     expectNoWindow("can't be read");
@@ -92,7 +94,7 @@ TEST_F(CheckWindowDamage, AResourceThatIsMissingIsNamedAllTheSame) {
 }
 
 TEST_F(CheckWindowDamage, AFolderInTheFilesPlaceGivesNoWindow) {
-    ASSERT_TRUE(QDir().mkpath(qtText(interfaceFile)));
+    ASSERT_TRUE(QFile::remove(qtText(interfaceFile)) && QDir().mkpath(qtText(interfaceFile)));
     expectNoWindow("can't be read");
 }
 
@@ -214,7 +216,6 @@ TEST_F(CheckWindowDamage, WithoutASheetARepairCannotBeStartedTwice) {
 // Pictures
 
 TEST_F(CheckWindowDamage, PicturesThatAreMissingOrDamagedAreNamedAndTheTitleStaysReadable) {
-    write(whole);
     branding.resourceFolder = folder.path().toStdString();
     for (const QByteArray &contents : {QByteArray(), QByteArray("no picture"), QByteArray("\x89PNG\r\n\x1a\n", 8)}) {
         problems().clear();
@@ -231,7 +232,6 @@ TEST_F(CheckWindowDamage, PicturesThatAreMissingOrDamagedAreNamedAndTheTitleStay
 }
 
 TEST_F(CheckWindowDamage, ALogoThatIsNoneIsLeftOut) {
-    write(whole);
     show();
     for (const Image &image : {Image{}, Image{{}, 120, 44, "short"}, Image{{}, INT_MAX, INT_MAX, "short"},
                                Image{"../../logo", -1, -1, {}}}) {
@@ -244,7 +244,6 @@ TEST_F(CheckWindowDamage, ALogoThatIsNoneIsLeftOut) {
 // Values
 
 TEST_F(CheckWindowDamage, EveryBrandHasAHeader) {
-    write(whole);
     for (const qint32 each : {-1, 0, 1, 15, 10'000, 10'001, INT_MAX, INT_MIN}) {
         brand = each;
         show();
@@ -255,7 +254,6 @@ TEST_F(CheckWindowDamage, EveryBrandHasAHeader) {
 }
 
 TEST_F(CheckWindowDamage, TextsAreShownAsTheyAreWhateverStandsInThem) {
-    write(whole);
     show();
     for (const std::string &text : {std::string("%1 %s %n %@ {#Nothing#}"), std::string("<b>1 &lt; 2</b> & 3"),
                                     std::string("a\0b", 3), std::string(), std::string("\xED\xA0\x80")}) {
@@ -271,7 +269,6 @@ TEST_F(CheckWindowDamage, TextsAreShownAsTheyAreWhateverStandsInThem) {
 }
 
 TEST_F(CheckWindowDamage, ATextWithoutAnEndLeavesTheButtonsInSight) {
-    write(whole);
     show();
     view->setText(Outlet::Explanation, QString("And so on. ").repeated(20'000).toStdString());
     bringToFront();
@@ -281,7 +278,6 @@ TEST_F(CheckWindowDamage, ATextWithoutAnEndLeavesTheButtonsInSight) {
 }
 
 TEST_F(CheckWindowDamage, AListOfThousandsIsAsHighAsAShortOne) {
-    write(whole);
     showLines(10'000);
     EXPECT_LE(findWindow()->height(), 600);
 }

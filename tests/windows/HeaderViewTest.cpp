@@ -316,16 +316,13 @@ TEST_P(HeaderBrands, DoNotMatterInTheGenericForm) {
     EXPECT_TRUE(logosAskedFor.empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Header, HeaderBrands,
-                         testing::Values(BrandColors{INT32_MIN, 'w', 'o'}, BrandColors{-1, 'w', 'o'},
-                                         BrandColors{0, 'w', 'o'}, BrandColors{1, 'o', 'o'}, BrandColors{2, 'w', 'o'},
-                                         BrandColors{14, 'w', 'o'}, BrandColors{15, 'b', 'b'},
-                                         BrandColors{16, 'w', 'o'}, BrandColors{10000, 'w', 'o'},
-                                         BrandColors{10001, 'r', 'n'}, BrandColors{INT32_MAX, 'r', 'n'}),
-                         [](const auto &colors) {
-                             const qint64 brand = colors.param.brand;
-                             return (brand < 0 ? "minus" : "brand") + std::to_string(std::abs(brand));
-                         });
+constexpr BrandColors kBrands[] = {{INT32_MIN, 'w', 'o'}, {-1, 'w', 'o'},    {0, 'w', 'o'},        {1, 'o', 'o'},
+                                   {2, 'w', 'o'},         {14, 'w', 'o'},    {15, 'b', 'b'},       {16, 'w', 'o'},
+                                   {10000, 'w', 'o'},     {10001, 'r', 'n'}, {INT32_MAX, 'r', 'n'}};
+INSTANTIATE_TEST_SUITE_P(Header, HeaderBrands, testing::ValuesIn(kBrands), [](const auto &colors) {
+    const qint64 brand = colors.param.brand;
+    return (brand < 0 ? "minus" : "brand") + std::to_string(std::abs(brand));
+});
 
 TEST_F(HeaderView, AResellersWelcomeComesBeforeTheGenericForm) {
     configurationBrand = 10001;
