@@ -9,33 +9,30 @@ namespace {
 
 class VersionText : public test::LogFixture {
 protected:
-    static MicrosoftStyleVersion parse(const char *text) { return microsoftStyleVersionFromString(text); }
-    static MicrosoftStyleVersion version(std::uint32_t major, std::uint32_t minor, std::uint32_t build,
-                                         std::uint32_t revision) {
-        return {major, minor, build, revision};
-    }
+    using Version = MicrosoftStyleVersion;
+    static Version parse(const char *text) { return microsoftStyleVersionFromString(text); }
 };
 
 TEST_F(VersionText, FourNumbersAreMajorMinorBuildAndRevision) {
-    EXPECT_EQ(parse("1.14.4 (1303)"), version(1, 14, 4, 1303));
-    EXPECT_EQ(parse("1.14.4.1303"), version(1, 14, 4, 1303));
-    EXPECT_EQ(parse("version 3.1.9.0"), version(3, 1, 9, 0));
+    EXPECT_EQ(parse("1.14.4 (1303)"), (Version{1, 14, 4, 1303}));
+    EXPECT_EQ(parse("1.14.4.1303"), (Version{1, 14, 4, 1303}));
+    EXPECT_EQ(parse("version 3.1.9.0"), (Version{3, 1, 9, 0}));
 }
 
 TEST_F(VersionText, OneNumberIsTheMajorOne) {
-    EXPECT_EQ(parse("version 5"), version(5, 0, 0, 0));
-    EXPECT_EQ(parse("7"), version(7, 0, 0, 0));
+    EXPECT_EQ(parse("version 5"), (Version{5, 0, 0, 0}));
+    EXPECT_EQ(parse("7"), (Version{7, 0, 0, 0}));
 }
 
 TEST_F(VersionText, OnlyTheFirstLineCounts) {
-    EXPECT_EQ(parse("1.14.4 (1303)\nmore.of.it"), version(1, 14, 4, 1303));
-    EXPECT_EQ(parse("2\n1.2.3.4"), version(2, 0, 0, 0));
+    EXPECT_EQ(parse("1.14.4 (1303)\nmore.of.it"), (Version{1, 14, 4, 1303}));
+    EXPECT_EQ(parse("2\n1.2.3.4"), (Version{2, 0, 0, 0}));
 }
 
 TEST_F(VersionText, TheEmptyTextIsZeroWithoutAnError) {
     const std::string file = logToFile(kLogLevelError);
-    EXPECT_EQ(parse(""), version(0, 0, 0, 0));
-    EXPECT_EQ(microsoftStyleVersionFromString({}), version(0, 0, 0, 0));
+    EXPECT_EQ(parse(""), (Version{0, 0, 0, 0}));
+    EXPECT_EQ(microsoftStyleVersionFromString({}), (Version{0, 0, 0, 0}));
     EXPECT_EQ(contentsOf(file), "");
 }
 
@@ -43,7 +40,7 @@ TEST_F(VersionText, AnyOtherCountIsLoggedWithTheWholeTextAndGivesZeros) {
     const std::string file = logToFile(kLogLevelError);
     testing::internal::CaptureStderr();
     for (const char *text : {"1.14.4", "1.2.3.4.5", "1.2", "1 2 3", "a b"}) {
-        EXPECT_EQ(parse(text), version(0, 0, 0, 0)) << text;
+        EXPECT_EQ(parse(text), (Version{0, 0, 0, 0})) << text;
     }
     testing::internal::GetCapturedStderr();
     EXPECT_EQ(messagesOf(file).at(0), "Failed to extract version from string \"1.14.4\"");
@@ -51,23 +48,23 @@ TEST_F(VersionText, AnyOtherCountIsLoggedWithTheWholeTextAndGivesZeros) {
 }
 
 TEST_F(VersionText, TheLettersAAndBAreDroppedWhereverTheyStand) {
-    EXPECT_EQ(parse("1.2.0b3.4"), version(1, 2, 3, 4)); // deliberate: 0b3 becomes 03
-    EXPECT_EQ(parse("1a2"), version(12, 0, 0, 0));
-    EXPECT_EQ(parse("B1"), version(0, 0, 0, 0));
+    EXPECT_EQ(parse("1.2.0b3.4"), (Version{1, 2, 3, 4})); // deliberate: 0b3 becomes 03
+    EXPECT_EQ(parse("1a2"), (Version{12, 0, 0, 0}));
+    EXPECT_EQ(parse("B1"), (Version{0, 0, 0, 0}));
 }
 
 TEST_F(VersionText, TheWordVersionGoesOnlyWithItsBlank) {
-    EXPECT_EQ(parse("version version 4"), version(4, 0, 0, 0));
-    EXPECT_EQ(parse("versions 4"), version(0, 0, 0, 0));
+    EXPECT_EQ(parse("version version 4"), (Version{4, 0, 0, 0}));
+    EXPECT_EQ(parse("versions 4"), (Version{0, 0, 0, 0}));
 }
 
 TEST_F(VersionText, PiecesAreTheNumbersTheyBeginWith) {
-    EXPECT_EQ(parse("1x.y2.+3.-4"), version(1, 0, 3, 0));
-    EXPECT_EQ(parse("..."), version(0, 0, 0, 0));
+    EXPECT_EQ(parse("1x.y2.+3.-4"), (Version{1, 0, 3, 0}));
+    EXPECT_EQ(parse("..."), (Version{0, 0, 0, 0}));
 }
 
 TEST_F(VersionText, NumbersBeyond32BitsAreTheLargest) {
-    EXPECT_EQ(parse("99999999999"), version(std::numeric_limits<std::uint32_t>::max(), 0, 0, 0));
+    EXPECT_EQ(parse("99999999999"), (Version{std::numeric_limits<std::uint32_t>::max(), 0, 0, 0}));
 }
 
 TEST_F(VersionText, TheBuildStandsInParenthesesBehindOneBlank) {
