@@ -404,8 +404,7 @@ TEST_F(ITunes, GetsNothingWhenItDoesNotRun) {
 }
 
 TEST_F(ITunes, GetsNothingWithoutAProcessNumber) {
-    const Value numbers[] = {Value(), 0, "none"};
-    for (const Value &number : numbers) {
+    for (const Value &number : {Value(), Value(0), Value("none")}) {
         platform.workspace.applications = {
             {{kApplicationBundleIdentifier, "com.apple.iTunes"}, {kApplicationProcessIdentifier, number}}};
         EXPECT_TRUE(isHarmless()) << testing::PrintToString(number);

@@ -367,8 +367,7 @@ TEST_F(Unzip, ALongSizeThatIsDeclaredAndNotThereIsAFailure) {
 }
 
 TEST_F(Unzip, AnEntryCountThatLiesIsSurvived) {
-    const ZipArchive two{{"1", "1"}, {"2", "2"}};
-    EXPECT_EQ(OpenUnzipManager(archive(two.bytes(500))).extractAll(), 0);
+    EXPECT_EQ(OpenUnzipManager(archive(ZipArchive{{"1", "1"}, {"2", "2"}}.bytes(500))).extractAll(), 0);
     EXPECT_EQ(extracted().size(), 2U);
     EXPECT_EQ(OpenUnzipManager(archive(ZipArchive{{"3", "3"}, {"4", "4"}}.bytes(1))).extractAll(), 0);
     EXPECT_EQ(at("3"), "file 3");

@@ -50,8 +50,7 @@ TEST_F(TaskRunner, NoOutputIsAnEmptyTextAndNotANullOne) {
 }
 
 TEST_F(TaskRunner, ArgumentsArePassedAsTheyAre) {
-    const Lines arguments = {"%s|", "a b", "", "$(x) 'é'"};
-    EXPECT_EQ(stringByLaunchingPath("/usr/bin/printf", arguments, {}, &error), "a b||$(x) 'é'|");
+    EXPECT_EQ(stringByLaunchingPath("/usr/bin/printf", {"%s|", "a b", "", "$(x) 'é'"}, {}, &error), "a b||$(x) 'é'|");
 }
 
 TEST_F(TaskRunner, AnythingOnStandardErrorIsAnErrorBesidesTheOutput) {

@@ -3,7 +3,7 @@
 #include "support/TemporaryHome.h"
 
 #include <filesystem>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <thread>
 #include <unistd.h>
 

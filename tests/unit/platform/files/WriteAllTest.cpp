@@ -41,8 +41,7 @@ TEST(WriteAll, GoesOnWhereAPipeTakesAPartAndASignalInterrupts) {
     ::sigaction(SIGUSR1, &action, &before);
     int pipe[2];
     ASSERT_EQ(::pipe2(pipe, O_CLOEXEC), 0);
-    constexpr size_t kBytes = 1'000'000; // far more than a pipe holds
-    const std::string bytes(kBytes, 'x');
+    const std::string bytes(1'000'000, 'x'); // far more than a pipe holds
     bool isWritten = false;
     std::thread writer([&] {
         isWritten = writeAll(pipe[1], bytes);

@@ -46,13 +46,12 @@ TEST(PropertyListWriter, ShorterIntegersAndTextListsAreWrittenToo) {
 }
 
 TEST(PropertyListWriter, TheFormIsTheUsualOne) {
-    const std::string expected =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
-        "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
-        "<plist version=\"1.0\">\n<dict>\n\t<key>a</key>\n\t<array>\n\t\t<integer>1</integer>\n"
-        "\t</array>\n</dict>\n</plist>\n";
-    EXPECT_EQ(*list.toXml(Dictionary{{"a", List{1}}}), expected);
+    EXPECT_EQ(*list.toXml(Dictionary{{"a", List{1}}}),
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" "
+              "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+              "<plist version=\"1.0\">\n<dict>\n\t<key>a</key>\n\t<array>\n\t\t<integer>1</integer>\n"
+              "\t</array>\n</dict>\n</plist>\n");
 }
 
 TEST(PropertyListWriter, WhatHasNoPlaceInAPropertyListIsRefused) {
