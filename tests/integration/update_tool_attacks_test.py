@@ -14,7 +14,8 @@ from pathlib import Path
 
 from components import (CANNOT_WRITE, DAMAGED_PAYLOAD, FILE_SYSTEM, OLD_PAYLOAD, OLDER, OVERLAY, OVERLAY_TOOL, PLUGIN, TOOLS,
                         UNREADABLE_PAYLOAD, UNSAFE_PLACE, UPDATE_TOOL, WRONG_PAYLOAD, WRONG_PLACE, WRONG_SIGNATURE,
-                        AttackTest, archive_with, foreign_key, make_bundle, make_package, of_release, resource, sign, signed)
+                        AttackTest, archive_with, foreign_key, make_bundle, make_package, of_release, resource, sign,
+                        signed)
 from machine import HOME, RESOURCES, USER, make_user_folder, start, status_of, wait_until
 
 
