@@ -5,6 +5,7 @@
 #include "support/ValuePrinter.h"
 #include "texts/LocalizedStrings.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 
 namespace quillmark {
@@ -65,9 +66,13 @@ protected:
             operation(keychain, users);
         }
     }
-    /// All that was written: the log, the preferences, what else lies in the home folder.
+    /// All that was written: the preferences, the log, and what else lies in the home folder.
     std::string written() const {
-        return contentsOf(home.path("test.log")) + testing::PrintToString(Value(platform.userDefaults.stored));
+        std::string all = testing::PrintToString(Value(platform.userDefaults.stored));
+        for (const auto &entry : std::filesystem::recursive_directory_iterator(home.path())) {
+            all += entry.is_regular_file() ? contentsOf(entry.path()) : "";
+        }
+        return all;
     }
 
     static inline const std::string kAnna = "anna";
