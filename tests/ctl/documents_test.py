@@ -33,7 +33,8 @@ class Documents(ToolTest):
 
     def test_bash_completes_commands_step_by_step(self):
         self.assertEqual(self.complete("ve"), ["verify", "version"])
-        self.assertEqual(self.complete("version", ""), ["self", "parse", "component", "build", "--help", "--version", "--bundle", "--pretty", "--log-level"])
+        self.assertEqual(self.complete("version", ""),
+                         ["self", "parse", "component", "build", "--help", "--version", "--bundle", "--pretty", "--log-level"])
         self.assertEqual(self.complete("log", "wr"), ["write"])
 
     def test_bash_completes_a_commands_own_options_behind_its_arguments(self):

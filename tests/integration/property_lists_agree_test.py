@@ -359,7 +359,8 @@ EITHER_WAY = {
     "XML with a million dates":
         lambda: xml(b"<array>" + b"<date>2024-01-01T00:00:00Z</date>" * MILLION + b"</array>"),
     "XML with a million arrays": lambda: xml(b"<array>" + b"<array/>" * MILLION + b"</array>"),
-    "XML with 200 thousand keys": lambda: xml(b"<dict>" + b"".join(b"<key>%d</key><true/>" % n for n in range(200_000)) + b"</dict>"),
+    "XML with 200 thousand keys":
+        lambda: xml(b"<dict>" + b"".join(b"<key>%d</key><true/>" % n for n in range(200_000)) + b"</dict>"),
     "XML with a million comments": lambda: xml(b"<array>" + b"<!-- -->" * 4 * MILLION + b"</array>"),
     "XML full of blanks": lambda: xml(b"<array>" + b" " * 50 * MILLION + b"</array>"),
     "binary with a million tiny elements":
