@@ -5,7 +5,7 @@
 #include "launcher/BundleDefaults.h"
 #include "platform/Platform.h"
 #include "platform/UserDefaults.h"
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 
 #include <array>
 #include <cerrno>

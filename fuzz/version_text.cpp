@@ -1,6 +1,6 @@
+#include "platform/values/Utf8Text.h"
 #include "utils/Log.h"
 #include "utils/Utf16.h"
-#include "utils/Utf8Text.h"
 #include "utils/VersionText.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "accounts/KeychainManager.h"
 #include "platform/values/Base64.h"
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 
 #include <algorithm>
 

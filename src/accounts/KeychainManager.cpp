@@ -5,11 +5,11 @@
 #include "platform/Platform.h"
 #include "platform/values/Key.h"
 #include "platform/values/ScalarText.h"
+#include "platform/values/Utf8Text.h"
 #include "texts/LocalizedStrings.h"
 #include "utils/Assert.h"
 #include "utils/BooleanValue.h"
 #include "utils/Log.h"
-#include "utils/Utf8Text.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "tools/Task+OneLineTasksWithOutput.h"
 
+#include "platform/values/Utf8Text.h"
 #include "tools/TaskOutputReader.h"
 #include "utils/Exception.h"
-#include "utils/Utf8Text.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 #include "utils/FoldedCase.h"
 
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 
 #include <clocale>
 #include <cwctype>

@@ -2,8 +2,8 @@
 
 #include "platform/Platform.h"
 #include "platform/SystemInfo.h"
+#include "platform/values/Utf8Text.h"
 #include "utils/Log.h"
-#include "utils/Utf8Text.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

@@ -1,6 +1,6 @@
 #include "utils/Utf16.h"
 
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 
 #include <iterator>
 #include <utf8.h>

@@ -1,6 +1,7 @@
 #include "platform/propertylist/PropertyListText.h"
 
 #include "platform/values/Base64.h"
+#include "platform/values/Utf8Text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -20,9 +21,7 @@ std::string_view trimmed(std::string_view text) {
                                            : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
 }
 
-bool isText(std::string_view raw) {
-    return utf8::is_valid(raw.begin(), raw.end()) && raw.find('\0') == std::string_view::npos;
-}
+bool isText(std::string_view raw) { return isUtf8(raw) && raw.find('\0') == std::string_view::npos; }
 
 /// The character behind "#65" or "#x41".
 std::optional<char32_t> characterReference(std::string_view reference) {

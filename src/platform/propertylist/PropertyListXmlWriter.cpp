@@ -3,6 +3,7 @@
 
 #include "platform/values/Base64.h"
 #include "platform/values/ScalarText.h"
+#include "platform/values/Utf8Text.h"
 
 #include <algorithm>
 #include <cmath>
@@ -19,7 +20,7 @@ bool isXmlCharacter(char32_t character) {
 }
 
 bool isXmlText(const std::string &text) {
-    if (!utf8::is_valid(text.begin(), text.end())) {
+    if (!isUtf8(text)) {
         return false;
     }
     for (auto at = text.begin(); at != text.end();) {

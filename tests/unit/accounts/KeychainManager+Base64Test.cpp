@@ -1,5 +1,5 @@
 #include "accounts/KeychainManager.h"
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 
 #include <array>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 
 #include <algorithm>
 #include <utf8.h>
@@ -11,9 +11,13 @@ size_t asciiLength(std::string_view bytes) {
     return static_cast<size_t>(std::find_if_not(bytes.begin(), bytes.end(), isAscii) - bytes.begin());
 }
 
+bool isUtf8(std::string_view bytes) {
+    const std::string_view rest = bytes.substr(asciiLength(bytes));
+    return utf8::is_valid(rest.begin(), rest.end());
+}
+
 std::optional<std::string> utf8Text(std::string bytes) {
-    const std::string_view rest = std::string_view(bytes).substr(asciiLength(bytes));
-    return utf8::is_valid(rest.begin(), rest.end()) ? std::optional(std::move(bytes)) : std::nullopt;
+    return isUtf8(bytes) ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 std::string validText(std::string_view bytes) {

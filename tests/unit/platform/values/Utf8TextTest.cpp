@@ -1,4 +1,4 @@
-#include "utils/Utf8Text.h"
+#include "platform/values/Utf8Text.h"
 #include "support/Lines.h"
 
 #include <cstring>
@@ -10,6 +10,7 @@ namespace {
 TEST(Utf8Text, IsWhatTheBytesAre) {
     const std::string_view texts[] = {"", "a", "aü€𝄞", "\uFEFFa", {"a\0b", 3}, "\uFFFF\U0010FFFF\uFFFD"};
     for (const std::string_view text : texts) {
+        EXPECT_TRUE(isUtf8(text));
         EXPECT_EQ(utf8Text(std::string(text)), text);
         EXPECT_EQ(validText(text), text);
     }
@@ -23,6 +24,7 @@ constexpr const char *kFaults[] = {
 
 TEST(Utf8Text, IsAbsentWhereAByteIsNoPartOfUtf8) {
     for (const std::string fault : kFaults) {
+        EXPECT_FALSE(isUtf8(fault));
         EXPECT_EQ(utf8Text(fault), std::nullopt);
         EXPECT_EQ(utf8Text("ü" + fault), std::nullopt);
         EXPECT_EQ(utf8Text(fault + "ü"), std::nullopt);

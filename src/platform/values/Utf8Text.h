@@ -6,6 +6,8 @@
 
 namespace quillmark {
 
+bool isUtf8(std::string_view bytes);
+
 /// The text of UTF-8 bytes; absent when they are not valid.
 std::optional<std::string> utf8Text(std::string bytes);
 
