@@ -29,6 +29,12 @@ class CheckIncludes(unittest.TestCase):
         status, lines = self.check({"src/a/A.h": "b/B.h", "src/b/B.h": "c/C.h", "src/c/C.cpp": "a/A.h"})
         self.assertEqual((status, lines[0]), (1, "a circle of folders: src/a -> src/b -> src/c -> src/a"))
 
+    def test_names_a_circle_of_the_folders_of_a_program_that_starts_its_names_in_its_own_folder(self):
+        for program in ("ctl", "companions/updateqm"):
+            with self.subTest(program):
+                status, lines = self.check({f"{program}/a/A.h": "b/B.h", f"{program}/b/B.cpp": "a/A.h", f"{program}/b/B.h": "C.h"})
+                self.assertEqual((status, lines[0]), (1, f"a circle of folders: {program}/a -> {program}/b -> {program}/a"))
+
     def test_names_who_knows_a_backend(self):
         for source in ("src/tools/T.cpp", "ctl/C.cpp", "companions/c/main.cpp"):
             with self.subTest(source):
